@@ -1,0 +1,65 @@
+// What running a batch gives, as a stream of events: the engine tells, the wire (or a test) listens.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "server/types/sql_type.h"
+
+namespace dbkeeper::server {
+
+struct ResultColumn {
+  std::string name;
+  SqlType type;
+  bool identity = false;
+  bool updatable = false;   // a plain column of one base table
+  bool key = false;         // part of the base table's primary key
+  std::string base_table;   // empty for an expression
+  std::string base_column;  // empty for an expression
+};
+
+// An error (severity above 10) or an informational message in the server's form.
+struct ServerMessage {
+  int number = 0;
+  int state = 1;
+  int severity = 16;
+  int line = 1;
+  std::string text;  // UTF-8
+  std::string procedure;
+  bool IsError() const { return severity > 10; }
+};
+
+// The present row; cells are as sql_type.h lays them down. Views live until the next row.
+class RowView {
+ public:
+  virtual ~RowView() = default;
+  virtual bool IsNull(std::size_t column) const = 0;
+  virtual std::int64_t Integer(std::size_t column) const = 0;
+  virtual double Real(std::size_t column) const = 0;
+  virtual std::string_view Bytes(std::size_t column) const = 0;  // text or blob
+};
+
+// How one statement of a batch ended.
+struct StatementEnd {
+  std::int64_t rows = -1;  // rows sent or affected; -1: the statement counts none
+  bool is_select = false;
+  bool failed = false;
+};
+
+class ResultSink {
+ public:
+  virtual ~ResultSink() = default;
+  virtual void OnColumns(const std::vector<ResultColumn>& columns) = 0;
+  // False asks the engine to stop the statement (the client sent an attention or is gone).
+  virtual bool OnRow(const RowView& row) = 0;
+  virtual void OnStatementEnd(const StatementEnd& end) = 0;
+  virtual void OnMessage(const ServerMessage& message) = 0;
+  virtual void OnDatabaseChanged(const std::string& from, const std::string& to) = 0;
+  // An output parameter or the return status of a procedure called as an RPC.
+  virtual void OnReturnStatus(int status) = 0;
+};
+
+}  // namespace dbkeeper::server
