@@ -1,0 +1,11 @@
+find_package(GTest REQUIRED)
+include(GoogleTest)
+
+# dbkeeper_test(name SOURCES ... LIBS ...): a test program whose cases CTest knows one by one.
+function(dbkeeper_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR})
+  target_link_libraries(${name} PRIVATE ${ARG_LIBS} GTest::gtest_main)
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60)
+endfunction()
