@@ -1,0 +1,1 @@
+# Floors 0 to 4: the C++ standard library and nothing else.

@@ -1,0 +1,1 @@
+# The database session over ODBC, with its tests.

@@ -1,0 +1,1 @@
+# The Qt face, the program and the guided tour, with their tests.
