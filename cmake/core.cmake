@@ -1,1 +1,14 @@
-# Floors 0 to 4: the C++ standard library and nothing else.
+# Floors 0 to 4: the C++ standard library and nothing else. The target links no library and the
+# tests of the core link it alone, so a toolkit or driver that slipped in would not link.
+add_library(dbkeeper_core STATIC
+  controls/Inputs.cpp
+  controls/ListView.cpp
+  controls/Menu.cpp
+  controls/TreeView.cpp
+  app/support/DateText.cpp
+  app/support/TextHelpers.cpp
+  app/session/Connection.cpp
+  app/session/Query.cpp
+  app/session/ServerSession.cpp
+)
+target_include_directories(dbkeeper_core PUBLIC ${CMAKE_SOURCE_DIR})

@@ -1,0 +1,113 @@
+#include "app/session/Query.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <utility>
+
+#include "app/support/DateText.h"
+#include "app/support/TextHelpers.h"
+
+namespace dbkeeper {
+
+std::string FieldValue::AsString() const {
+  if (field_.kind == FieldKind::kDateTime && !text_.empty()) {
+    return ServerDateToHostText(text_, locale_.ShortDateFormat());
+  }
+  return std::string(text_);
+}
+
+std::int64_t FieldValue::AsInteger() const {
+  if (text_.empty()) return 0;
+  std::int64_t value = 0;
+  const char* end = text_.data() + text_.size();
+  const auto [stop, problem] = std::from_chars(text_.data(), end, value);
+  if (problem != std::errc() || stop != end) {
+    throw ConvertError("'" + std::string(text_) + "' is not a valid integer value");
+  }
+  return value;
+}
+
+Query::Query(Connection& connection, HostLocale& locale, DatabaseSwitched switched)
+    : connection_(connection), locale_(locale), switched_(std::move(switched)) {}
+
+std::string Query::Text() const {
+  std::string text;
+  for (std::size_t i = 0; i < lines_.size(); ++i) {
+    if (i > 0) text += "\r\n";
+    text += lines_[i];
+  }
+  return text;
+}
+
+void Query::Open() {
+  Close();
+  const std::string text = Text();
+  reader_ = connection_.Query(text);
+  NoteSwitch(text);
+  eof_ = reader_ == nullptr || !reader_->Next();
+}
+
+void Query::Open(std::string text) {
+  Close();
+  Clear();
+  Add(std::move(text));
+  Open();
+}
+
+std::int64_t Query::ExecSQL() {
+  Close();
+  const std::string text = Text();
+  const std::int64_t affected = connection_.Execute(text);
+  NoteSwitch(text);
+  return affected;
+}
+
+std::int64_t Query::Command(std::string text) {
+  Close();
+  Clear();
+  Add(std::move(text));
+  const std::int64_t affected = ExecSQL();
+  Clear();
+  return affected;
+}
+
+void Query::Close() {
+  reader_.reset();
+  eof_ = true;
+}
+
+void Query::Next() {
+  if (!eof_) eof_ = !reader_->Next();
+}
+
+const std::vector<Field>& Query::Fields() const {
+  if (reader_ == nullptr) throw SessionError("The query is not open.");
+  return reader_->Fields();
+}
+
+std::size_t Query::FieldIndex(std::string_view name) const {
+  const auto& fields = Fields();
+  const auto found = std::find_if(fields.begin(), fields.end(), [name](const Field& field) {
+    return EqualsIgnoringCase(field.name, name);
+  });
+  if (found == fields.end()) {
+    throw SessionError("Field '" + std::string(name) + "' not found");
+  }
+  return static_cast<std::size_t>(found - fields.begin());
+}
+
+FieldValue Query::FieldByName(std::string_view name) const { return FieldAt(FieldIndex(name)); }
+
+FieldValue Query::FieldAt(std::size_t index) const {
+  const Field& field = Fields().at(index);
+  if (eof_) return {field, {}, true, locale_};
+  return {field, reader_->Text(index), reader_->IsNull(index), locale_};
+}
+
+void Query::NoteSwitch(const std::string& sent) const {
+  if (!switched_) return;
+  if (const auto database = LeadingUseStatement(sent)) switched_(*database);
+}
+
+}  // namespace dbkeeper

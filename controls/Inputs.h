@@ -1,0 +1,157 @@
+// Controls that hold one value: labels, edits, buttons, boxes and lists to choose from.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "controls/Control.h"
+
+namespace dbkeeper {
+
+struct Label : Control {
+  Property<std::string> Caption;
+};
+
+// A single-line text with a label of its own.
+struct Edit : Control {
+  explicit Edit(std::string label = "") { EditLabel.Caption = std::move(label); }
+
+  Property<std::string> Text;
+  Property<bool> ReadOnly{false};
+  Property<dbkeeper::Color> Color{dbkeeper::Color::kWindow};
+  Label EditLabel;
+  Event OnChange;
+  Event OnEnter;
+  Event OnExit;
+
+  // Locked: read-only with the button-face colour; otherwise editable with the window colour.
+  void Lock(bool locked);
+  // What a person types; ignored while read-only or disabled.
+  void UserType(std::string text);
+  void UserEnter() { Raise(OnEnter); }
+  void UserExit() { Raise(OnExit); }
+};
+
+// Whether a button stays down when it is pressed.
+enum class ButtonKind { kPush, kToggle };
+
+struct Button : Control {
+  explicit Button(std::string caption = "", ButtonKind kind = ButtonKind::kPush) : Kind(kind) {
+    Caption = std::move(caption);
+  }
+
+  const ButtonKind Kind;
+  Property<std::string> Caption;
+  Property<bool> Down{false};
+  Event OnClick;
+
+  // A press by mouse or key; a toggle button changes its state before the event.
+  void UserClick();
+};
+
+struct CheckBox : Control {
+  explicit CheckBox(std::string caption = "", bool checked = false) {
+    Caption = std::move(caption);
+    Checked = checked;
+  }
+
+  Property<std::string> Caption;
+  Property<bool> Checked{false};
+  Event OnClick;
+
+  void UserCheck(bool checked);
+};
+
+enum class ComboStyle { kEditable, kDropDownList };
+
+// A text with a list of choices. In a drop-down list the text is always the chosen item's.
+class ComboBox : public Control {
+ public:
+  explicit ComboBox(ComboStyle style = ComboStyle::kDropDownList, std::string label = "");
+
+  const ComboStyle Style;
+  StringList Items;
+  Property<std::string> Text;
+  Label EditLabel;
+  Event OnChange;
+
+  // -1 when no item is chosen.
+  int ItemIndex() const;
+  // Chooses an item without raising the event; an index out of range chooses none.
+  void SetItemIndex(int index);
+  // A person chose an item, or typed into an editable box.
+  void UserSelect(int index);
+  void UserType(std::string text);
+};
+
+struct RadioGroup : Control {
+  Property<std::string> Caption;
+  StringList Items;
+  Property<int> ItemIndex{-1};
+  Event OnClick;
+
+  void UserSelect(int index);
+};
+
+// A list whose items carry check boxes.
+class CheckListBox : public Control {
+ public:
+  StringList Items;
+  Property<std::vector<bool>> Checks;  // as long as Items
+  Property<int> ItemIndex{-1};
+  Event OnClickCheck;
+
+  void Clear();
+  void Add(std::string text, bool checked = false);
+  bool Checked(std::size_t index) const { return Checks()[index]; }
+  void SetChecked(std::size_t index, bool checked);
+  void UserCheck(std::size_t index, bool checked);
+};
+
+// A text of several lines, joined by CR LF.
+class Memo : public Control {
+ public:
+  Property<std::string> Text;
+  Property<bool> ReadOnly{false};
+  Event OnChange;
+  // The program puts the caret at the start of the first line and scrolls there.
+  Signal<> CaretToStartRequested;
+
+  std::vector<std::string> Lines() const;
+  void SetLines(const std::vector<std::string>& lines);
+  void Clear() { Text = std::string(); }
+  void UserType(std::string text);
+};
+
+struct Panel : Control {
+  Property<int> Height{0};
+  Property<int> Width{0};
+};
+
+struct StatusBar : Control {
+  Property<std::string> SimpleText;
+};
+
+class TabControl : public Control {
+ public:
+  StringList Tabs;
+  Property<int> TabIndex{0};
+  Event OnChange;
+
+  void UserSelect(int index);
+};
+
+// A calendar date or a time of day.
+struct DateTimeValue {
+  int year = 1900, month = 1, day = 1, hour = 0, minute = 0, second = 0;
+  bool operator==(const DateTimeValue&) const = default;
+};
+
+struct DateTimePicker : Control {
+  Property<DateTimeValue> Value;
+  Event OnChange;
+
+  void UserPick(const DateTimeValue& value);
+};
+
+}  // namespace dbkeeper

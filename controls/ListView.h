@@ -1,0 +1,107 @@
+// The report list: columns, rows of texts, a selection, and a bulk update that tells once.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "controls/Control.h"
+#include "controls/Menu.h"
+
+namespace dbkeeper {
+
+enum class Alignment { kLeft, kRight };
+
+struct ListColumn {
+  std::string Caption;
+  int Width = 0;  // pixels at 96 dpi
+  Alignment Align = Alignment::kLeft;
+  bool operator==(const ListColumn&) const = default;
+};
+
+// A row: a caption (first column) and the sub-items of the further columns, sub-item 0 being the
+// second column.
+struct ListItem {
+  std::string Caption;
+  std::vector<std::string> SubItems;
+  bool Checked = false;
+
+  // Empty where the row has fewer sub-items.
+  const std::string& SubItem(std::size_t index) const;
+  // The text shown in a column; column 0 is the caption.
+  const std::string& Cell(std::size_t column) const;
+};
+
+class ListView : public Control {
+ public:
+  // What observers are told: the whole content, one row, or only the selection is another.
+  enum class Change { kColumns, kRows, kRow, kSelection, kCheckBoxes };
+
+  Signal<Change, std::size_t> Changed;  // the row's index with kRow, otherwise 0
+  Event OnSelectItem;
+  Event OnDblClick;
+  std::function<void(std::size_t column)> OnColumnClick;
+  // Null: the list has no popup menu.
+  Property<PopupMenu*> Popup{nullptr};
+  Property<bool> CheckBoxes{false};
+
+  const std::vector<ListColumn>& Columns() const { return columns_; }
+  const std::vector<ListItem>& Items() const { return items_; }
+
+  // Between the two, changes are collected; the last EndUpdate tells them once. Calls nest.
+  void BeginUpdate();
+  void EndUpdate();
+
+  void ClearItems();
+  void ClearColumns();
+  void AddColumn(std::string caption, int width, Alignment align = Alignment::kLeft);
+  // The row may be changed through the reference until the next change of the list.
+  ListItem& AddItem(std::string caption = "");
+  void DeleteItem(std::size_t row);
+  // Appends the next sub-item of a row.
+  void AddSubItem(std::size_t row, std::string text);
+  // Sets a sub-item, adding empty ones before it where the row is shorter.
+  void SetSubItem(std::size_t row, std::size_t index, std::string text);
+  void SetCaption(std::size_t row, std::string text);
+  void SetChecked(std::size_t row, bool checked);
+  // Brings the rows into the order of a permutation of their indexes; the selection goes with them.
+  void Reorder(const std::vector<std::size_t>& order);
+
+  // Selected rows in rising order.
+  const std::vector<std::size_t>& Selection() const { return selection_; }
+  std::size_t SelCount() const { return selection_.size(); }
+  // The first selected row, or null.
+  const ListItem* Selected() const;
+  void Select(std::vector<std::size_t> rows);
+
+  void UserSelect(std::vector<std::size_t> rows);
+  void UserDblClick() { Raise(OnDblClick); }
+  void UserColumnClick(std::size_t column);
+  void UserCheck(std::size_t row, bool checked) { SetChecked(row, checked); }
+
+ private:
+  void Tell(Change change, std::size_t row = 0);
+
+  std::vector<ListColumn> columns_;
+  std::vector<ListItem> items_;
+  std::vector<std::size_t> selection_;
+  int updating_ = 0;
+  bool columns_changed_ = false;
+  bool rows_changed_ = false;
+};
+
+// Keeps a list in a bulk update for a scope, also when the scope is left by an exception.
+class ListUpdate {
+ public:
+  explicit ListUpdate(ListView& list) : list_(list) { list_.BeginUpdate(); }
+  ListUpdate(const ListUpdate&) = delete;
+  ListUpdate& operator=(const ListUpdate&) = delete;
+  ~ListUpdate() { list_.EndUpdate(); }
+
+ private:
+  ListView& list_;
+};
+
+}  // namespace dbkeeper

@@ -1,0 +1,83 @@
+// The tree: nodes that carry only their text, and one selected node.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "controls/Control.h"
+#include "controls/Menu.h"
+
+namespace dbkeeper {
+
+class TreeView;
+
+class TreeNode {
+ public:
+  TreeNode(TreeView& tree, TreeNode* parent, std::string text);
+
+  const std::string& Text() const { return text_; }
+  void SetText(std::string text);
+  TreeNode* Parent() const { return parent_; }
+  // 0 for a root.
+  int Level() const;
+  bool HasChildren() const { return !children_.empty(); }
+  const std::vector<std::unique_ptr<TreeNode>>& Children() const { return children_; }
+  // Place among its siblings.
+  std::size_t Index() const { return index_; }
+  TreeNode& AddChild(std::string text);
+  // The selection moves to this node when it was below it.
+  void DeleteChildren();
+
+ private:
+  friend class TreeView;
+  TreeView& tree_;
+  TreeNode* parent_;
+  std::size_t index_ = 0;
+  std::string text_;
+  std::vector<std::unique_ptr<TreeNode>> children_;
+};
+
+class TreeView : public Control {
+ public:
+  enum class Change { kText, kStructure, kSelection, kExpand };
+
+  // The node concerned: of the text, the parent whose children changed, the selected one, or the
+  // one to be shown open. Null: the roots.
+  Signal<Change, const TreeNode*> Changed;
+  Event OnClick;
+  Event OnKeyUp;
+  Event OnRightMouseDown;  // before the popup menu is looked up
+  Property<PopupMenu*> Popup{nullptr};
+
+  const std::vector<std::unique_ptr<TreeNode>>& Roots() const { return roots_; }
+  TreeNode& AddRoot(std::string text);
+  // Null when nothing is selected.
+  TreeNode* Selected() const { return selected_; }
+  void Select(TreeNode* node);
+  // Shows the children of a node.
+  void Expand(const TreeNode& node) { Changed.Emit(Change::kExpand, &node); }
+
+  // Between the two, structure changes are collected; the last EndUpdate tells one for the whole
+  // tree. Calls nest.
+  void BeginUpdate() { ++updating_; }
+  void EndUpdate();
+
+  void UserClick(TreeNode* node);
+  void UserKeyUp(TreeNode* node);
+  // A right press leaves the selection alone, so that the commands of the list keep meaning the
+  // node whose list is shown.
+  void UserRightMouseDown() { Raise(OnRightMouseDown); }
+
+ private:
+  friend class TreeNode;
+  void Tell(Change change, const TreeNode* node);
+
+  std::vector<std::unique_ptr<TreeNode>> roots_;
+  TreeNode* selected_ = nullptr;
+  int updating_ = 0;
+  bool structure_changed_ = false;
+};
+
+}  // namespace dbkeeper
