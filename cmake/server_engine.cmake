@@ -2,6 +2,14 @@
 find_package(SQLite3 REQUIRED)
 find_package(Threads REQUIRED)
 
+# The language: lexer, parser, translator to SQLite, data types and their functions.
+add_library(dbkeeper_server_sql STATIC
+  server/types/messages.cpp
+  server/types/type_rules.cpp
+)
+target_include_directories(dbkeeper_server_sql PUBLIC ${CMAKE_SOURCE_DIR})
+target_link_libraries(dbkeeper_server_sql PUBLIC SQLite::SQLite3)
+
 add_library(dbkeeper_server_engine STATIC
   server/engine/placeholder.cpp
 )

@@ -1,0 +1,42 @@
+// Functions that the translated statements call at run time.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "server/engine/result_sink.h"
+
+struct sqlite3;
+
+namespace dbkeeper::server {
+
+struct Blob {
+  std::string bytes;
+};
+// A cell of SQLite: null, integer, real, text, blob.
+using Cell = std::variant<std::monostate, std::int64_t, double, std::string, Blob>;
+
+// What functions of the server's state answer. `function` is the name in lower case: "object_id",
+// "db_name", "user_name", "@@identity", "@@spid", "serverproperty", "columnproperty", ...; the list
+// with argument and result types is StateFunctions() in function_table.h. Arguments left out by the
+// statement are left out here. Called while a statement runs on the same connection. May throw
+// SqlError.
+class ServerState {
+ public:
+  virtual ~ServerState() = default;
+  virtual Cell Evaluate(std::string_view function, const std::vector<Cell>& arguments) = 0;
+};
+
+// Registers the collations MSTEXT and MSDECIMAL and every function that translated statements use.
+// `state` outlives the connection.
+void RegisterServerFunctions(sqlite3* connection, ServerState& state);
+
+// The server's message of a failed SQLite call: one that a function raised is given back as it was
+// raised (number, severity, state, text), anything else by its code (constraints: see
+// constraint_errors.h; SQLITE_FULL 1105, SQLITE_INTERRUPT 3617 ...). `line` is the statement's.
+ServerMessage MessageOfFailure(sqlite3* connection, int line);
+
+}  // namespace dbkeeper::server
