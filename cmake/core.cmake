@@ -6,9 +6,25 @@ add_library(dbkeeper_core STATIC
   controls/Menu.cpp
   controls/TreeView.cpp
   app/support/DateText.cpp
+  app/support/Files.cpp
+  app/support/SettingsFile.cpp
   app/support/TextHelpers.cpp
+  app/support/Utf8.cpp
   app/session/Connection.cpp
   app/session/Query.cpp
   app/session/ServerSession.cpp
+  catalog/DatabaseList.cpp
+  catalog/DatabaseProperties.cpp
+  catalog/ListRoutine.cpp
+  catalog/ObjectLists.cpp
+  catalog/ServerLists.cpp
+  app/main/Application.cpp
+  app/main/ListCommands.cpp
+  app/main/MainMenus.cpp
+  app/main/MenuTable.cpp
+  app/main/NodeDispatch.cpp
+  app/main/ServerCommands.cpp
+  app/main/UnitLogin.cpp
+  app/main/UnitMain.cpp
 )
 target_include_directories(dbkeeper_core PUBLIC ${CMAKE_SOURCE_DIR})

@@ -109,6 +109,9 @@ class Windows {
   // Returns when the form has been closed.
   virtual void ShowModal(Form& form) = 0;
   virtual void SetApplicationTitle(const std::string& title) = 0;
+  // Adds an item to the main window's system menu, a separator where the caption is empty; false
+  // when that fails. The choice of an item reaches the main form by its id.
+  virtual bool AppendSystemMenu(const std::string& caption, int id) = 0;
   virtual void BeginBusy() = 0;
   virtual void EndBusy() = 0;
 };

@@ -1,0 +1,43 @@
+// The whole program without its face: the session and every form, created once in a fixed order and
+// alive until the end.
+#pragma once
+
+#include <exception>
+
+#include "app/main/UnitLogin.h"
+#include "app/main/UnitMain.h"
+#include "app/session/ServerSession.h"
+#include "app/support/Host.h"
+#include "app/support/SettingsFile.h"
+#include "controls/ActionGuard.h"
+
+namespace dbkeeper {
+
+class Application {
+ public:
+  // `connection` and what `host` refers to outlive the application.
+  Application(Connection& connection, const Host& host);
+  Application(const Application&) = delete;
+  Application& operator=(const Application&) = delete;
+
+  // Everything a person does runs through this guard.
+  const ActionGuard& Guard() const { return guard_; }
+  // Runs the forms' creation handlers in the order of the forms; what one throws is shown, and the
+  // next one goes on. Call it once, when the face can show message boxes.
+  void Start();
+
+ private:
+  Host host_;
+  SettingsFile settings_;
+
+ public:
+  ServerSession Session;
+  // Declared in the order in which they are created.
+  TFormMain FormMain;
+  TFormLogin FormLogin;
+
+ private:
+  ActionGuard guard_;
+};
+
+}  // namespace dbkeeper

@@ -1,0 +1,75 @@
+// What a person does in the main list itself: sorting, opening by double click, the capacity view,
+// the switch for system tables.
+
+#include <algorithm>
+#include <numeric>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "app/main/UnitMain.h"
+#include "app/support/Utf8.h"
+#include "catalog/ObjectLists.h"
+
+namespace dbkeeper {
+
+namespace {
+
+// Left-padded with zeros to ten characters, of which the last ten count: numbers of up to ten
+// digits sort as numbers, everything longer, negative or with decimals as text.
+std::string PaddedKey(const std::string& text) {
+  const std::string padded = "0000000000" + text;
+  return FoldCase(Utf8Right(padded, 10));
+}
+
+std::vector<std::string> SortKeys(const ListView& list, std::size_t column) {
+  const bool numeric = column == 0 || list.Columns()[column].Align == Alignment::kRight;
+  std::vector<std::string> keys;
+  keys.reserve(list.Items().size());
+  for (const ListItem& item : list.Items()) {
+    const std::string& text = item.Cell(column);
+    keys.push_back(numeric ? PaddedKey(text) : FoldCase(text));
+  }
+  return keys;
+}
+
+}  // namespace
+
+void TFormMain::ListViewMainColumnClick(std::size_t column) {
+  if (column >= ListViewMain.Columns().size()) return;
+  sort_direction_ = -sort_direction_;
+  const std::vector<std::string> keys = SortKeys(ListViewMain, column);
+  std::vector<std::size_t> order(keys.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  if (sort_direction_ > 0) {
+    std::stable_sort(order.begin(), order.end(),
+                     [&keys](std::size_t a, std::size_t b) { return keys[a] < keys[b]; });
+  } else {
+    std::stable_sort(order.begin(), order.end(),
+                     [&keys](std::size_t a, std::size_t b) { return keys[b] < keys[a]; });
+  }
+  ListViewMain.Reorder(order);
+}
+
+// The table browser opens the selected table again while it is open.
+void TFormMain::ListViewMainDblClick() {}
+
+void TFormMain::HideTableBrowser() {
+  Pnl_SQL.Visible = false;
+  Splitter_SQL.Visible = false;
+  session_.ADOQuery_User.Close();
+}
+
+void TFormMain::PopupMenu_Table_CapacityClick() {
+  RunningStatus status(workbench_);
+  ListCapacity(TreeView.Selected()->Parent()->Text(), ListViewMain, session_.ADOQuerySystem);
+  status.Done("EXEC sp_spaceused Tablexxx");
+}
+
+void TFormMain::PM_DspSysTblClick() {
+  options_.ShowSystemTables = !options_.ShowSystemTables;
+  PopupMenu_Table->Find("PM_DspSysTbl")->Checked = options_.ShowSystemTables;
+  settings_.Write("SYSTEM", "DspSysTbl", options_.ShowSystemTables ? "True" : "False");
+}
+
+}  // namespace dbkeeper

@@ -1,0 +1,124 @@
+#include "app/support/SettingsFile.h"
+
+#include <cstddef>
+#include <optional>
+#include <utility>
+
+#include "app/support/Errors.h"
+#include "app/support/Files.h"
+#include "app/support/Messages.h"
+#include "app/support/TextHelpers.h"
+
+namespace dbkeeper {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Far above any honest settings file; what is longer is something else in its place.
+constexpr std::size_t kLongestFile = 1 << 20;
+
+std::optional<std::string> SectionOf(const std::string& line) {
+  const std::string text = Trim(line);
+  if (text.size() < 2 || text.front() != '[' || text.back() != ']') return std::nullopt;
+  return text.substr(1, text.size() - 2);
+}
+
+struct Entry {
+  std::string key;
+  std::string value;
+};
+
+std::optional<Entry> EntryOf(const std::string& line) {
+  const std::string text = Trim(line);
+  const std::size_t equals = text.find('=');
+  if (text.empty() || text.front() == ';' || equals == std::string::npos) return std::nullopt;
+  return Entry{Trim(text.substr(0, equals)), Trim(text.substr(equals + 1))};
+}
+
+// Where a key stands, or where it is to be added.
+struct Place {
+  bool section_found = false;
+  std::optional<std::size_t> line;
+  std::size_t insert_at = 0;
+};
+
+Place FindKey(const std::vector<std::string>& lines, std::string_view section,
+              std::string_view key) {
+  Place place;
+  bool inside = false;
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    if (const auto name = SectionOf(lines[i])) {
+      inside = !place.section_found && EqualsIgnoringCase(*name, section);
+      place.section_found |= inside;
+    }
+    if (!inside || Trim(lines[i]).empty()) continue;
+    place.insert_at = i + 1;
+    const auto entry = EntryOf(lines[i]);
+    if (entry && EqualsIgnoringCase(entry->key, key)) {
+      place.line = i;
+      return place;
+    }
+  }
+  return place;
+}
+
+}  // namespace
+
+fs::path SettingsPath(const fs::path& executable) {
+  const std::string name = PathText(executable.filename());
+  return executable.parent_path() / PathOf(name.substr(0, name.find('.')) + ".ini");
+}
+
+SettingsFile::SettingsFile(fs::path file, CodePage& code_page)
+    : file_(std::move(file)), code_page_(code_page) {}
+
+std::vector<std::string> SettingsFile::Lines() const {
+  std::error_code problem;
+  if (!fs::exists(file_, problem) && !problem) return {};
+  const std::string bytes = ReadFile(file_, kLongestFile);
+  const auto text = code_page_.ToUtf8(bytes);
+  if (!text || text->find('\0') != std::string::npos) {
+    throw FileError(messages::Fill(messages::kNoSettingsText, PathText(file_)));
+  }
+  return SplitLines(*text);
+}
+
+std::string SettingsFile::Read(std::string_view section, std::string_view key,
+                               const std::string& default_value) const {
+  const std::vector<std::string> lines = Lines();
+  const Place place = FindKey(lines, section, key);
+  return place.line ? EntryOf(lines[*place.line])->value : default_value;
+}
+
+std::vector<std::string> SettingsFile::Keys(std::string_view section) const {
+  std::vector<std::string> keys;
+  bool inside = false;
+  for (const std::string& line : Lines()) {
+    if (const auto name = SectionOf(line)) {
+      inside = EqualsIgnoringCase(*name, section);
+    } else if (const auto entry = EntryOf(line); entry && inside) {
+      keys.push_back(entry->key);
+    }
+  }
+  return keys;
+}
+
+void SettingsFile::Write(std::string_view section, std::string_view key, std::string_view value) {
+  std::vector<std::string> lines = Lines();
+  const Place place = FindKey(lines, section, key);
+  const std::string entry = std::string(key) + "=" + std::string(value);
+  if (place.line) {
+    lines[*place.line] = entry;
+  } else if (place.section_found) {
+    lines.insert(lines.begin() + static_cast<std::ptrdiff_t>(place.insert_at), entry);
+  } else {
+    lines.push_back("[" + std::string(section) + "]");
+    lines.push_back(entry);
+  }
+  std::string text;
+  for (const std::string& line : lines) text += line + "\r\n";
+  ReplaceFile(file_, ToAnsi(code_page_, text));
+}
+
+}  // namespace dbkeeper

@@ -1,0 +1,39 @@
+// The settings file: sections of keys with text values, opened, read or written and closed at each
+// use.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "app/support/Host.h"
+
+namespace dbkeeper {
+
+// The settings file of an executable: beside it, its name up to and including the first "." and
+// "ini" behind; a name without a "." takes ".ini".
+std::filesystem::path SettingsPath(const std::filesystem::path& executable);
+
+class SettingsFile {
+ public:
+  SettingsFile(std::filesystem::path file, CodePage& code_page);
+
+  // Section and key names compare without case. The default stands for an absent key, section or
+  // file. Throws FileError when the file is there and cannot be understood.
+  std::string Read(std::string_view section, std::string_view key,
+                   const std::string& default_value) const;
+  // The key names of a section in file order. Throws like Read.
+  std::vector<std::string> Keys(std::string_view section) const;
+  // Changes or adds one key; every other line stays as it is. Throws FileError, and a file that
+  // cannot be read is never overwritten.
+  void Write(std::string_view section, std::string_view key, std::string_view value);
+
+ private:
+  std::vector<std::string> Lines() const;
+
+  std::filesystem::path file_;
+  CodePage& code_page_;
+};
+
+}  // namespace dbkeeper

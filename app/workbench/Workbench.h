@@ -1,0 +1,57 @@
+// What a dialog or a command may see of the main window: the session, the tree, the list, the
+// status bar, the settings and the machine.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "app/session/ServerSession.h"
+#include "app/support/Host.h"
+#include "app/support/SettingsFile.h"
+#include "controls/Inputs.h"
+#include "controls/ListView.h"
+#include "controls/TreeView.h"
+
+namespace dbkeeper {
+
+// The two switches of section SYSTEM.
+struct Options {
+  bool Advanced = false;         // note columns and fields are shown
+  bool ShowSystemTables = true;  // system tables are listed
+};
+
+struct Workbench {
+  ServerSession& Session;
+  const dbkeeper::Host& Host;
+  dbkeeper::TreeView& Tree;
+  ListView& List;
+  StatusBar& Status;
+  Options& Switches;
+  SettingsFile& Settings;
+  std::filesystem::path ProgramFolder;
+
+  // The machine's name where the session's server is the local one, its server name otherwise.
+  std::string ServerMachine() const {
+    return Session.ServerName == kLocalServer ? Host.shell.ComputerName() : Session.ServerName;
+  }
+};
+
+// Shows that a statement runs: " *" and the waiting cursor, then " >" and what has run. Leaving the
+// scope by an exception takes the cursor back and leaves the " *".
+class RunningStatus {
+ public:
+  explicit RunningStatus(const Workbench& workbench)
+      : status_(workbench.Status), busy_(Show(workbench)) {}
+  void Done(const std::string& text) { status_.SimpleText = " >" + text; }
+
+ private:
+  static Windows& Show(const Workbench& workbench) {
+    workbench.Status.SimpleText = " *";
+    return workbench.Host.windows;
+  }
+
+  StatusBar& status_;
+  BusyScope busy_;
+};
+
+}  // namespace dbkeeper

@@ -1,0 +1,94 @@
+#include "catalog/DatabaseList.h"
+
+#include <array>
+#include <string_view>
+
+#include "catalog/ListRoutine.h"
+
+namespace dbkeeper {
+
+namespace {
+
+constexpr std::string_view kOffline = "offline,";
+
+struct StatusBit {
+  std::int32_t threshold;
+  std::string_view word;
+};
+
+// Deliberately greedy: a bit between two thresholds passes the next test too, and its remainder
+// decides the words after it. Operators know the words that their old servers show this way.
+constexpr std::array<StatusBit, 10> kStatusBits = {{
+    {0x40000000, ""},
+    {0x400000, ""},
+    {0x8000, "緊急ﾓｰﾄﾞ,"},
+    {0x1000, "ｼﾝｸﾞﾙﾕｰｻﾞｰ,"},
+    {0x800, "管理者専用,"},
+    {0x400, "読取専用,"},
+    {0x200, kOffline},
+    {0x100, "障害,"},
+    {0x80, "復旧中,"},
+    {0x40, "復旧準備中,"},
+}};
+
+std::string StateText(const Query& query) {
+  return DecodeDatabaseStatus(static_cast<std::int32_t>(query.FieldByName("status").AsInteger()));
+}
+
+constexpr std::array<CatalogColumn, 7> kColumns = {{
+    {"dbid", 48, Alignment::kRight, FieldText{"dbid"}},
+    {"Name", 96, Alignment::kLeft, FieldText{"name"}},
+    {"状態", 118, Alignment::kLeft, Decoding{StateText}},
+    {"status", 82, Alignment::kRight, FieldText{"status"}},
+    {"status2", 82, Alignment::kRight, FieldText{"status2"}},
+    {"作成日", 118, Alignment::kLeft, FieldText{"crdate"}},
+    {"ファイル名", 340, Alignment::kLeft, FieldText{"filename"}},
+}};
+
+constexpr std::array<const char*, 6> kDatabaseChildren = {"Table", "View", "Procedure",
+                                                          "User",  "Role", "Backup"};
+
+class TreeUpdate {
+ public:
+  explicit TreeUpdate(TreeView& tree) : tree_(tree) { tree_.BeginUpdate(); }
+  TreeUpdate(const TreeUpdate&) = delete;
+  TreeUpdate& operator=(const TreeUpdate&) = delete;
+  ~TreeUpdate() { tree_.EndUpdate(); }
+
+ private:
+  TreeView& tree_;
+};
+
+void GrowTree(TreeNode& parent, const Query& query) {
+  if (StateText(query).find(kOffline) != std::string::npos) return;
+  TreeNode& database = parent.AddChild(query.FieldByName("name").AsString());
+  for (const char* child : kDatabaseChildren) database.AddChild(child);
+}
+
+}  // namespace
+
+std::string DecodeDatabaseStatus(std::int32_t status) {
+  std::string words;
+  for (const StatusBit& bit : kStatusBits) {
+    if (status < bit.threshold) continue;
+    status -= bit.threshold;
+    words += bit.word;
+  }
+  return words;
+}
+
+void ListDatabases(TreeView& tree, ListView& list, Query& query) {
+  TreeNode* const parent = tree.Selected();
+  const bool grow = parent != nullptr && !parent->HasChildren();
+  const TreeUpdate tree_update(tree);
+  const ListUpdate update(list);
+  ResetList(list, kColumns);
+  query.Open("select * from master.dbo.sysdatabases");
+  AppendRows(list, query, kColumns, [&](const Query& record) {
+    if (grow) GrowTree(*parent, record);
+    return true;
+  });
+  query.Close();
+}
+
+}  // namespace dbkeeper

@@ -1,0 +1,46 @@
+// The common shape of every list routine: a table of columns, one query, one row per record.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <variant>
+
+#include "app/session/Query.h"
+#include "controls/ListView.h"
+
+namespace dbkeeper {
+
+// Where a cell's text comes from: the row's number (from 1), a field's text, or a decoding of the
+// present record. No source at all leaves the cell to be filled later.
+struct RowNumber {};
+struct FieldText {
+  std::string_view name;
+};
+using Decoding = std::string (*)(const Query& query);
+struct FilledLater {};
+using CellSource = std::variant<RowNumber, FieldText, Decoding, FilledLater>;
+
+struct CatalogColumn {
+  std::string_view caption;
+  int width;  // pixels
+  Alignment align;
+  CellSource source;
+};
+
+// Removes rows and columns and adds the columns of the table.
+void ResetList(ListView& list, std::span<const CatalogColumn> columns);
+
+// Adds a row for every record of the open query. Columns that are filled later get an empty cell
+// only where a filled one follows. A record that `accept` refuses makes no row.
+void AppendRows(ListView& list, Query& query, std::span<const CatalogColumn> columns,
+                const std::function<bool(const Query&)>& accept = {});
+
+// The whole shape: one bulk update, reset, open, rows, close. What a query throws ends it where it
+// stands; the rows read so far stay.
+void RunListRoutine(ListView& list, Query& query, std::span<const CatalogColumn> columns,
+                    const std::string& sql);
+
+}  // namespace dbkeeper

@@ -1,0 +1,143 @@
+#include "catalog/ObjectLists.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "catalog/ListRoutine.h"
+
+namespace dbkeeper {
+
+namespace {
+
+constexpr CatalogColumn kNumber = {"No.", 32, Alignment::kRight, RowNumber{}};
+constexpr CatalogColumn kName = {"Name", 100, Alignment::kLeft, FieldText{"name"}};
+constexpr CatalogColumn kType = {"xtype", 48, Alignment::kLeft, FieldText{"xtype"}};
+constexpr CatalogColumn kCreated = {"作成日", 118, Alignment::kLeft, FieldText{"crdate"}};
+
+constexpr std::array<CatalogColumn, 4> kColumns = {{kNumber, kName, kType, kCreated}};
+constexpr std::array<CatalogColumn, 6> kDescribedColumns = {{
+    kNumber,
+    kName,
+    {"Description", 120, Alignment::kLeft, FilledLater{}},
+    {"Note", 180, Alignment::kLeft, FilledLater{}},
+    kType,
+    kCreated,
+}};
+
+constexpr std::array<CatalogColumn, 9> kCapacityColumns = {{
+    kNumber,
+    {"Name", 128, Alignment::kLeft, FieldText{"name"}},
+    kType,
+    kCreated,
+    {"rows", 64, Alignment::kRight, FilledLater{}},
+    {"reserved", 82, Alignment::kRight, FilledLater{}},
+    {"data", 82, Alignment::kRight, FilledLater{}},
+    {"index_size", 82, Alignment::kRight, FilledLater{}},
+    {"unused", 82, Alignment::kRight, FilledLater{}},
+}};
+
+struct ObjectKind {
+  std::string_view kind;
+  std::string_view with_system;     // the condition while system tables are shown
+  std::string_view without_system;  // and while they are hidden
+};
+
+constexpr std::string_view kViews = "xtype='V'";
+constexpr std::string_view kProcedures = "(xtype='P')or       (xtype='X')";
+constexpr std::string_view kAllTables = "(xtype='S')or       (xtype='U')";
+
+constexpr std::array<ObjectKind, 3> kKinds = {{
+    {"Table", kAllTables, "(xtype='U')"},
+    {"View", kViews, kViews},
+    {"Procedure", kProcedures, kProcedures},
+}};
+
+// An unknown kind has no text; opening that fails in the session.
+std::string ObjectsSql(const std::string& database, const std::string& kind,
+                       SystemTables system_tables) {
+  const auto* const found =
+      std::find_if(kKinds.begin(), kKinds.end(),
+                   [&kind](const ObjectKind& entry) { return entry.kind == kind; });
+  if (found == kKinds.end()) return {};
+  const std::string_view condition =
+      system_tables == SystemTables::kShown ? found->with_system : found->without_system;
+  return "select * from [" + database + "].dbo.sysobjects where " + std::string(condition) +
+         " order by name";
+}
+
+// Which sub-item an extended property fills.
+constexpr std::array<std::pair<std::string_view, std::size_t>, 2> kProperties = {{
+    {"MS_Description", 1},
+    {"Note", 2},
+}};
+
+// Rows by object name; equal names of different owners share the properties of that name.
+using RowsByName = std::unordered_map<std::string_view, std::vector<std::size_t>>;
+
+RowsByName IndexRows(const std::vector<ListItem>& items) {
+  RowsByName rows;
+  rows.reserve(items.size());
+  for (std::size_t i = 0; i < items.size(); ++i) rows[items[i].SubItem(0)].push_back(i);
+  return rows;
+}
+
+void FillDescriptions(const std::string& database, ListView& list, Query& query) {
+  query.UseDatabase(database);
+  query.Open(
+      "select * from ::fn_listextendedproperty(default, 'user', 'dbo', 'table', "
+      "default,default,default)");
+  const RowsByName rows = IndexRows(list.Items());
+  for (; !query.Eof(); query.Next()) {
+    const std::string property = query.FieldByName("name").AsString();
+    const auto* const target =
+        std::find_if(kProperties.begin(), kProperties.end(),
+                     [&property](const auto& entry) { return entry.first == property; });
+    if (target == kProperties.end()) continue;
+    const auto found = rows.find(query.FieldByName("objname").Raw());
+    if (found == rows.end()) continue;
+    const std::string value = query.FieldByName("value").AsString();
+    for (const std::size_t row : found->second) list.SetSubItem(row, target->second, value);
+  }
+  query.Close();
+}
+
+}  // namespace
+
+void ListObjects(const std::string& database, ListView& list, Query& query, const std::string& kind,
+                 SystemTables system_tables, Descriptions descriptions) {
+  const ListUpdate update(list);
+  const bool described = descriptions == Descriptions::kShown;
+  const std::span<const CatalogColumn> columns =
+      described ? std::span<const CatalogColumn>(kDescribedColumns)
+                : std::span<const CatalogColumn>(kColumns);
+  ResetList(list, columns);
+  query.Open(ObjectsSql(database, kind, system_tables));
+  AppendRows(list, query, columns);
+  query.Close();
+  if (described) FillDescriptions(database, list, query);
+}
+
+void ListCapacity(const std::string& database, ListView& list, Query& query) {
+  const ListUpdate update(list);
+  ResetList(list, kCapacityColumns);
+  query.Open("select * from [" + database +
+             "].dbo.sysobjects where (xtype='S')or       (xtype='U')");
+  AppendRows(list, query, kCapacityColumns);
+  query.Close();
+  for (std::size_t row = 0; row < list.Items().size(); ++row) {
+    query.Open("EXEC [" + database + "].dbo.sp_spaceused  [" + list.Items()[row].SubItem(0) + "]");
+    if (!query.Eof()) {
+      for (const char* field : {"rows", "reserved", "data", "index_size", "unused"}) {
+        list.AddSubItem(row, query.FieldByName(field).AsString());
+      }
+    }
+    query.Close();
+  }
+}
+
+}  // namespace dbkeeper
