@@ -4,6 +4,13 @@ find_package(Threads REQUIRED)
 
 # The language: lexer, parser, translator to SQLite, data types and their functions.
 add_library(dbkeeper_server_sql STATIC
+  server/sql/lexer.cpp
+  server/sql/parse_administration.cpp
+  server/sql/parse_definition.cpp
+  server/sql/parse_expression.cpp
+  server/sql/parse_query.cpp
+  server/sql/parse_table.cpp
+  server/sql/parser.cpp
   server/types/messages.cpp
   server/types/type_rules.cpp
 )

@@ -332,25 +332,33 @@ struct CreateTableStatement {
   std::vector<Constraint> constraints;
 };
 
+// alter table ... add.
+struct AddColumns {
+  std::vector<ColumnDefinition> columns;
+  std::vector<Constraint> constraints;
+  bool check_existing = true;  // false after "with nocheck"
+};
+
+// alter table ... alter column.
+struct AlterColumn {
+  ColumnDefinition column;
+};
+
+// alter table ... drop.
+struct DropParts {
+  std::vector<std::string> constraints;
+  std::vector<std::string> columns;
+};
+
+// alter table ... check, nocheck constraint; enable, disable trigger.
+struct SwitchParts {
+  bool triggers = false;  // else constraints
+  bool enable = false;
+  std::vector<std::string> names;  // empty: all
+};
+
 struct AlterTableStatement {
   ObjectName table;
-  struct AddColumns {
-    std::vector<ColumnDefinition> columns;
-    std::vector<Constraint> constraints;
-    bool check_existing = true;  // false after "with nocheck"
-  };
-  struct AlterColumn {
-    ColumnDefinition column;
-  };
-  struct DropParts {
-    std::vector<std::string> constraints;
-    std::vector<std::string> columns;
-  };
-  struct SwitchParts {
-    bool triggers = false;  // else constraints
-    bool enable = false;
-    std::vector<std::string> names;  // empty: all
-  };
   std::variant<AddColumns, AlterColumn, DropParts, SwitchParts> action;
 };
 
@@ -417,29 +425,38 @@ struct CreateDatabaseStatement {
   bool for_attach = false;
 };
 
+// alter database ... set. Each in capitals: "ONLINE", "READ_ONLY", "RECOVERY SIMPLE",
+// "AUTO_SHRINK ON".
+struct DatabaseOptions {
+  std::vector<std::string> options;
+};
+
+struct ModifyDatabaseName {
+  std::string name;
+};
+
+struct ModifyDatabaseCollation {
+  std::string collation;
+};
+
+struct AddDatabaseFiles {
+  std::vector<DatabaseFile> files;
+  bool log = false;
+};
+
+struct ModifyDatabaseFile {
+  DatabaseFile file;
+};
+
+struct RemoveDatabaseFile {
+  std::string logical_name;
+};
+
 struct AlterDatabaseStatement {
   std::string name;
-  struct SetOptions {
-    // Each in capitals: "ONLINE", "READ_ONLY", "RECOVERY SIMPLE", "AUTO_SHRINK ON".
-    std::vector<std::string> options;
-  };
-  struct ModifyName {
-    std::string name;
-  };
-  struct Collate {
-    std::string collation;
-  };
-  struct AddFiles {
-    std::vector<DatabaseFile> files;
-    bool log = false;
-  };
-  struct ModifyFile {
-    DatabaseFile file;
-  };
-  struct RemoveFile {
-    std::string logical_name;
-  };
-  std::variant<SetOptions, ModifyName, Collate, AddFiles, ModifyFile, RemoveFile> action;
+  std::variant<DatabaseOptions, ModifyDatabaseName, ModifyDatabaseCollation, AddDatabaseFiles,
+               ModifyDatabaseFile, RemoveDatabaseFile>
+      action;
 };
 
 // ---- the rest ----------------------------------------------------------------------------------

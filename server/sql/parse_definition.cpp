@@ -1,0 +1,269 @@
+// Create, alter and drop of everything but tables and indexes.
+#include <utility>
+
+#include "server/sql/parser_core.h"
+#include "server/types/messages.h"
+
+namespace dbkeeper::server {
+namespace {
+
+struct ClassRow {
+  std::string_view word;
+  ObjectClass object_class;
+};
+constexpr ClassRow kClasses[] = {
+    {"TABLE", ObjectClass::kTable},         {"VIEW", ObjectClass::kView},
+    {"PROCEDURE", ObjectClass::kProcedure}, {"PROC", ObjectClass::kProcedure},
+    {"TRIGGER", ObjectClass::kTrigger},     {"FUNCTION", ObjectClass::kFunction},
+    {"DATABASE", ObjectClass::kDatabase},
+};
+
+// Options of alter database set that take a second word.
+constexpr std::string_view kValuedOptions[] = {"RECOVERY",
+                                               "CURSOR_DEFAULT",
+                                               "AUTO_CLOSE",
+                                               "AUTO_CREATE_STATISTICS",
+                                               "AUTO_SHRINK",
+                                               "AUTO_UPDATE_STATISTICS",
+                                               "ANSI_NULL_DEFAULT",
+                                               "ANSI_NULLS",
+                                               "ANSI_PADDING",
+                                               "ANSI_WARNINGS",
+                                               "ARITHABORT",
+                                               "CONCAT_NULL_YIELDS_NULL",
+                                               "NUMERIC_ROUNDABORT",
+                                               "QUOTED_IDENTIFIER",
+                                               "RECURSIVE_TRIGGERS",
+                                               "TORN_PAGE_DETECTION",
+                                               "CURSOR_CLOSE_ON_COMMIT"};
+
+bool TakesValue(std::string_view option) {
+  for (const std::string_view candidate : kValuedOptions) {
+    if (candidate == option) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+Parser::Node Parser::ParseCreate() {
+  if (AcceptKeyword("TABLE")) return ParseCreateTable();
+  if (AcceptKeyword("VIEW")) return ParseView(false);
+  if (AcceptKeyword("DATABASE")) return ParseCreateDatabase();
+  if (IsKeyword("UNIQUE") || IsKeyword("CLUSTERED") || IsKeyword("NONCLUSTERED") ||
+      IsKeyword("INDEX")) {
+    return ParseCreateIndex();
+  }
+  return ParseModule(false);
+}
+
+Parser::Node Parser::ParseAlter() {
+  if (AcceptKeyword("TABLE")) return ParseAlterTable();
+  if (AcceptKeyword("VIEW")) return ParseView(true);
+  if (AcceptKeyword("DATABASE")) return ParseAlterDatabase();
+  return ParseModule(true);
+}
+
+Parser::Node Parser::ParseDrop() {
+  if (AcceptKeyword("INDEX")) return ParseDropIndex();
+  for (const ClassRow& row : kClasses) {
+    if (!AcceptKeyword(row.word)) continue;
+    DropStatement drop{row.object_class, {}};
+    do {
+      drop.names.push_back(ExpectObjectName());
+    } while (AcceptSymbol(","));
+    return drop;
+  }
+  for (const std::string_view word : {"DEFAULT", "RULE", "STATISTICS"}) {
+    if (IsKeyword(word)) Refuse("DROP " + std::string(word));
+  }
+  Fail();
+}
+
+Parser::Node Parser::ParseDropIndex() {
+  DropIndexStatement drop;
+  do {
+    const int line = Current().line;
+    std::vector<std::string> parts = ParseDottedName();
+    if (parts.size() < 2) Fail();
+    DropIndexStatement::Item item;
+    item.index = std::move(parts.back());
+    parts.pop_back();
+    item.table = ObjectNameOf(std::move(parts), line);
+    drop.items.push_back(std::move(item));
+  } while (AcceptSymbol(","));
+  return drop;
+}
+
+// ---- views, procedures, triggers, functions ----------------------------------------------------
+
+Parser::Node Parser::ParseView(bool alter) {
+  CreateViewStatement view;
+  view.alter = alter;
+  if (statement_count_ > 1) throw MakeError(111, {alter ? "ALTER VIEW" : "CREATE VIEW"});
+  view.name = ExpectObjectName();
+  if (IsSymbol("(")) view.columns = ParseNameList();
+  if (AcceptKeyword("WITH")) {
+    do {
+      ExpectWord();
+    } while (AcceptSymbol(","));
+  }
+  ExpectKeyword("AS");
+  view.query = ParseQuery();
+  if (AcceptKeyword("WITH")) {
+    ExpectKeyword("CHECK");
+    ExpectKeyword("OPTION");
+    view.check_option = true;
+  }
+  view.text = TextBetween(0, text_.size());
+  return view;
+}
+
+// The body goes to the end of the batch, unread.
+Parser::Node Parser::ParseModule(bool alter) {
+  const int line = Current().line;
+  CreateModuleStatement module;
+  module.alter = alter;
+  if (AcceptKeyword("PROCEDURE") || AcceptKeyword("PROC")) {
+    module.object_class = ObjectClass::kProcedure;
+  } else if (AcceptKeyword("TRIGGER")) {
+    module.object_class = ObjectClass::kTrigger;
+  } else if (AcceptKeyword("FUNCTION")) {
+    module.object_class = ObjectClass::kFunction;
+  } else {
+    for (const std::string_view word : {"DEFAULT", "RULE", "STATISTICS", "SCHEMA"}) {
+      if (IsKeyword(word)) Refuse("CREATE " + std::string(word));
+    }
+    Fail();
+  }
+  if (statement_count_ > 1) throw MakeError(111, {"CREATE PROCEDURE"}, line);
+  module.name = ExpectObjectName();
+  if (module.object_class == ObjectClass::kTrigger) ParseTriggerHead(module);
+  bool body = false;
+  while (Current().kind != TokenKind::kEnd) {
+    body = body || IsKeyword("AS") || IsKeyword("RETURNS");
+    Advance();
+  }
+  if (!body) Fail();
+  module.text = TextBetween(0, text_.size());
+  return module;
+}
+
+void Parser::ParseTriggerHead(CreateModuleStatement& module) {
+  ExpectKeyword("ON");
+  module.table = ExpectObjectName();
+  if (AcceptKeyword("WITH")) ExpectWord();
+  if (AcceptKeyword("INSTEAD")) {
+    ExpectKeyword("OF");
+    module.instead_of = true;
+  } else if (!AcceptKeyword("FOR")) {
+    ExpectKeyword("AFTER");
+  }
+  do {
+    if (!IsKeyword("INSERT") && !IsKeyword("UPDATE") && !IsKeyword("DELETE")) Fail();
+    module.trigger_events.push_back(ToLowerAscii(ExpectWord()));
+  } while (AcceptSymbol(","));
+}
+
+// ---- databases ---------------------------------------------------------------------------------
+
+DatabaseFile Parser::ParseDatabaseFile() {
+  DatabaseFile file;
+  AcceptKeyword("PRIMARY");
+  ExpectSymbol("(");
+  do {
+    const std::string item = ExpectWord();
+    ExpectSymbol("=");
+    std::string value = ParseMeasure();
+    if (item == "NAME") {
+      file.logical_name = std::move(value);
+    } else if (item == "FILENAME") {
+      file.file_name = std::move(value);
+    } else if (item == "SIZE") {
+      file.size = std::move(value);
+    } else if (item == "MAXSIZE") {
+      file.maximum_size = std::move(value);
+    } else if (item == "FILEGROWTH") {
+      file.growth = std::move(value);
+    } else if (item != "NEWNAME") {
+      FailAt(tokens_[position_ - 3]);
+    }
+  } while (AcceptSymbol(","));
+  ExpectSymbol(")");
+  return file;
+}
+
+std::vector<DatabaseFile> Parser::ParseDatabaseFiles() {
+  std::vector<DatabaseFile> files;
+  do {
+    if (IsKeyword("FILEGROUP")) Refuse("FILEGROUP");
+    files.push_back(ParseDatabaseFile());
+  } while (AcceptSymbol(","));
+  return files;
+}
+
+Parser::Node Parser::ParseCreateDatabase() {
+  CreateDatabaseStatement create;
+  create.name = ExpectName();
+  if (AcceptKeyword("ON")) create.data_files = ParseDatabaseFiles();
+  if (AcceptKeyword("LOG")) {
+    ExpectKeyword("ON");
+    create.log_files = ParseDatabaseFiles();
+  }
+  if (AcceptKeyword("COLLATE")) {
+    create.collation = Current().text;
+    ExpectWord();
+  }
+  if (AcceptKeyword("FOR")) {
+    if (ExpectWord() != "ATTACH") Fail();
+    create.for_attach = true;
+  }
+  return create;
+}
+
+std::vector<std::string> Parser::ParseDatabaseOptions() {
+  std::vector<std::string> options;
+  do {
+    std::string option = ExpectWord();
+    if (TakesValue(option)) option += ' ' + ExpectWord();
+    options.push_back(std::move(option));
+  } while (AcceptSymbol(","));
+  if (AcceptKeyword("WITH")) {
+    if (ExpectWord() == "ROLLBACK" && !AcceptKeyword("IMMEDIATE")) {
+      AcceptKeyword("AFTER");
+      ExpectInteger();
+      AcceptKeyword("SECONDS");
+    }
+  }
+  return options;
+}
+
+Parser::Node Parser::ParseAlterDatabase() {
+  AlterDatabaseStatement alter;
+  alter.name = ExpectName();
+  if (AcceptKeyword("SET")) {
+    alter.action = DatabaseOptions{ParseDatabaseOptions()};
+  } else if (AcceptKeyword("COLLATE")) {
+    alter.action = ModifyDatabaseCollation{ExpectWord()};
+  } else if (AcceptKeyword("ADD")) {
+    const bool log = AcceptKeyword("LOG");
+    ExpectKeyword("FILE");
+    alter.action = AddDatabaseFiles{ParseDatabaseFiles(), log};
+  } else if (AcceptKeyword("REMOVE")) {
+    ExpectKeyword("FILE");
+    alter.action = RemoveDatabaseFile{ExpectName()};
+  } else if (AcceptKeyword("MODIFY")) {
+    if (AcceptKeyword("NAME")) {
+      ExpectSymbol("=");
+      alter.action = ModifyDatabaseName{ExpectName()};
+    } else {
+      ExpectKeyword("FILE");
+      alter.action = ModifyDatabaseFile{ParseDatabaseFile()};
+    }
+  } else {
+    Fail();
+  }
+  return alter;
+}
+
+}  // namespace dbkeeper::server
