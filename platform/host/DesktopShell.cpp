@@ -1,0 +1,60 @@
+#include "platform/host/DesktopShell.h"
+
+#include <pwd.h>
+#include <unistd.h>
+
+#include <QDesktopServices>
+#include <QProcess>
+#include <QUrl>
+#include <array>
+#include <system_error>
+
+namespace dbkeeper::host {
+
+namespace {
+
+// As long as a host name may be, with the end mark.
+constexpr std::size_t kHostNameSize = 256;
+
+}  // namespace
+
+void DesktopShell::Open(const std::string& file_or_address) {
+  QDesktopServices::openUrl(QUrl::fromUserInput(QString::fromStdString(file_or_address)));
+}
+
+void DesktopShell::Run(const std::string& command, const std::string& arguments,
+                       WindowState /*window*/) {
+  QProcess::startDetached(QString::fromStdString(command),
+                          QProcess::splitCommand(QString::fromStdString(arguments)));
+}
+
+std::string DesktopShell::ComputerName() {
+  std::array<char, kHostNameSize> name{};
+  if (gethostname(name.data(), name.size() - 1) != 0) return {};
+  return name.data();
+}
+
+std::string DesktopShell::UserName() {
+  const passwd* const user = getpwuid(geteuid());
+  return user == nullptr ? std::string() : std::string(user->pw_name);
+}
+
+std::string DesktopShell::TemporaryFolder() {
+  std::error_code none;
+  const std::filesystem::path folder = std::filesystem::temp_directory_path(none);
+  // An empty last part makes the one separator at the end.
+  return (none ? std::filesystem::path("/tmp") : folder) / "";
+}
+
+std::optional<std::string> DesktopShell::FileVersion(const std::filesystem::path& file) {
+  std::error_code differs;
+  if (std::filesystem::equivalent(file, Executable(), differs)) return version_;
+  return std::nullopt;
+}
+
+std::filesystem::path DesktopShell::Executable() {
+  std::error_code none;
+  return std::filesystem::read_symlink("/proc/self/exe", none);
+}
+
+}  // namespace dbkeeper::host

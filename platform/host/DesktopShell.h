@@ -1,0 +1,25 @@
+// The machine and its desktop.
+#pragma once
+
+#include "app/support/Host.h"
+
+namespace dbkeeper::host {
+
+class DesktopShell : public Shell {
+ public:
+  // The program's own version, which it gives as the version of its own file.
+  explicit DesktopShell(std::string version) : version_(std::move(version)) {}
+
+  void Open(const std::string& file_or_address) override;
+  void Run(const std::string& command, const std::string& arguments, WindowState window) override;
+  std::string ComputerName() override;
+  std::string UserName() override;
+  std::string TemporaryFolder() override;
+  std::optional<std::string> FileVersion(const std::filesystem::path& file) override;
+  std::filesystem::path Executable() override;
+
+ private:
+  std::string version_;
+};
+
+}  // namespace dbkeeper::host

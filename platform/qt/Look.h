@@ -1,0 +1,16 @@
+// Fonts, colours and measures of every window.
+#pragma once
+
+class QApplication;
+class QWidget;
+
+namespace dbkeeper::qt {
+
+// The style, a font with Japanese letters and half-width kana, and a selection that keeps its
+// colour in a window or list without the focus.
+void ApplyLook(QApplication& application);
+
+// Pixels at 96 dpi as pixels of the widget's screen.
+int Scaled(const QWidget& widget, int pixels);
+
+}  // namespace dbkeeper::qt

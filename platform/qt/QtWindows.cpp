@@ -1,0 +1,71 @@
+#include "platform/qt/QtWindows.h"
+
+#include <QApplication>
+#include <QEventLoop>
+#include <QStatusBar>
+
+#include "platform/qt/QtText.h"
+
+namespace dbkeeper::qt {
+
+QtWindows::QtWindows() = default;
+
+QtWindows::~QtWindows() {
+  // The others are the main window's children by ownership of the toolkit: they go first.
+  for (auto& [form, entry] : entries_) {
+    if (entry.window.get() != main_window_) entry.window.reset();
+  }
+}
+
+void QtWindows::Register(Form& form, Factory factory) {
+  entries_[&form] = {std::move(factory), nullptr};
+}
+
+QWidget& QtWindows::WindowOf(Form& form) {
+  Entry& entry = entries_.at(&form);
+  if (!entry.window) entry.window = entry.factory(main_window_);
+  if (main_window_ == nullptr) main_window_ = entry.window.get();
+  return *entry.window;
+}
+
+void QtWindows::Show(Form& form) {
+  QWidget& window = WindowOf(form);
+  form.Open();
+  window.raise();
+  window.activateWindow();
+}
+
+void QtWindows::ShowModal(Form& form) {
+  QWidget& window = WindowOf(form);
+  window.setWindowModality(Qt::ApplicationModal);
+  form.Open();
+  QEventLoop loop;
+  const Subscription closed = form.Visible.Observe([&loop](bool visible) {
+    if (!visible) loop.quit();
+  });
+  if (form.Visible()) loop.exec();
+}
+
+void QtWindows::SetApplicationTitle(const std::string& title) {
+  QCoreApplication::setApplicationName(ToQt(title));
+  // What a task bar shows.
+  if (main_window_ != nullptr) main_window_->setWindowIconText(ToQt(title));
+}
+
+bool QtWindows::AppendSystemMenu(const std::string& caption, int id) {
+  system_menu_.push_back({caption, id});
+  return true;
+}
+
+void QtWindows::BeginBusy() {
+  QApplication::setOverrideCursor(Qt::WaitCursor);
+  // The statement that follows keeps the event loop from painting.
+  for (QWidget* window : QApplication::topLevelWidgets()) {
+    if (!window->isVisible()) continue;
+    for (auto* bar : window->findChildren<QStatusBar*>()) bar->repaint();
+  }
+}
+
+void QtWindows::EndBusy() { QApplication::restoreOverrideCursor(); }
+
+}  // namespace dbkeeper::qt

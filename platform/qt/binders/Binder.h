@@ -1,0 +1,70 @@
+// Makes the widget of a control and ties the two together: what the program assigns appears in the
+// widget, what a person does reaches the control's User... methods, through the one guard.
+#pragma once
+
+#include <QString>
+#include <functional>
+
+#include "controls/ActionGuard.h"
+#include "controls/Inputs.h"
+#include "controls/ListView.h"
+#include "controls/TreeView.h"
+
+class QCheckBox;
+class QComboBox;
+class QDateTimeEdit;
+class QFrame;
+class QGroupBox;
+class QLabel;
+class QLineEdit;
+class QListWidget;
+class QPlainTextEdit;
+class QPushButton;
+class QStatusBar;
+class QTabBar;
+class QWidget;
+
+namespace dbkeeper::qt {
+
+class ListWidget;
+class TreeWidget;
+
+// What a picker lets a person choose.
+enum class Picks { kDate, kTime };
+
+class Binder {
+ public:
+  // The widgets become children of `window`; a layout may give them another parent. Guard and
+  // controls must outlive them. `name` is the control's name in its form, and the widget's.
+  Binder(const ActionGuard& guard, QWidget& window) : guard_(guard), window_(window) {}
+
+  QLabel* Make(Label& label, const QString& name) const;
+  // The edit alone; its label is made with Make(edit.EditLabel, ...).
+  QLineEdit* Make(Edit& edit, const QString& name) const;
+  // As Make, showing "*" for each character.
+  QLineEdit* MakePassword(Edit& edit, const QString& name) const;
+  QPushButton* Make(Button& button, const QString& name) const;
+  QCheckBox* Make(CheckBox& box, const QString& name) const;
+  QComboBox* Make(ComboBox& box, const QString& name) const;
+  QGroupBox* Make(RadioGroup& group, const QString& name) const;
+  QListWidget* Make(CheckListBox& list, const QString& name) const;
+  QPlainTextEdit* Make(Memo& memo, const QString& name) const;
+  // An empty frame; the form's layout fills it. A Height or Width of 0 leaves it to the layout.
+  QFrame* Make(Panel& panel, const QString& name) const;
+  QStatusBar* Make(StatusBar& bar, const QString& name) const;
+  QTabBar* Make(TabControl& tabs, const QString& name) const;
+  QDateTimeEdit* Make(DateTimePicker& picker, const QString& name, Picks picks) const;
+  ListWidget* Make(ListView& list, const QString& name) const;
+  TreeWidget* Make(TreeView& tree, const QString& name) const;
+
+ private:
+  // Name, enabling, visibility, hint and focus, which every control has.
+  void BindCommon(Control& control, QWidget& widget, const QString& name) const;
+  // Focus entering and leaving the widget.
+  void BindFocus(Edit& edit, QLineEdit& widget) const;
+
+  const ActionGuard& guard_;
+  QWidget& window_;
+};
+
+}  // namespace dbkeeper::qt

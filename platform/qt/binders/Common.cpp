@@ -1,0 +1,20 @@
+#include <QWidget>
+
+#include "platform/qt/Keep.h"
+#include "platform/qt/QtText.h"
+#include "platform/qt/binders/Binder.h"
+
+namespace dbkeeper::qt {
+
+void Binder::BindCommon(Control& control, QWidget& widget, const QString& name) const {
+  widget.setObjectName(name);
+  Keep(widget, control.Enabled.Observe([&widget](bool enabled) { widget.setEnabled(enabled); }));
+  Keep(widget, control.Visible.Observe([&widget](bool visible) {
+    if (widget.isHidden() == visible) widget.setVisible(visible);
+  }));
+  Keep(widget,
+       control.Hint.Observe([&widget](const std::string& hint) { widget.setToolTip(ToQt(hint)); }));
+  Keep(widget, control.FocusRequested.Connect([&widget] { widget.setFocus(); }));
+}
+
+}  // namespace dbkeeper::qt

@@ -1,0 +1,164 @@
+#include "platform/qt/binders/ListWidget.h"
+
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QGuiApplication>
+#include <QHeaderView>
+#include <QScopedValueRollback>
+
+#include "platform/qt/Keep.h"
+#include "platform/qt/Look.h"
+#include "platform/qt/QtText.h"
+#include "platform/qt/binders/Binder.h"
+#include "platform/qt/binders/MenuBinder.h"
+
+namespace dbkeeper::qt {
+
+namespace {
+
+// A cell in a text whose cells end at tabs and whose rows end at line breaks.
+QString PlainCell(const std::string& text) {
+  return ToQtLines(text).replace('\n', ' ').replace('\t', ' ');
+}
+
+// Rows in rising order as runs of neighbours, so that a long selection stays a short one.
+QItemSelection SelectionOf(const std::vector<std::size_t>& rows, const QAbstractItemModel& model) {
+  QItemSelection selection;
+  const int last_column = model.columnCount() - 1;
+  for (std::size_t i = 0; i < rows.size();) {
+    std::size_t end = i + 1;
+    while (end < rows.size() && rows[end] == rows[end - 1] + 1) ++end;
+    selection.select(model.index(static_cast<int>(rows[i]), 0),
+                     model.index(static_cast<int>(rows[end - 1]), last_column));
+    i = end;
+  }
+  return selection;
+}
+
+std::vector<std::size_t> RowsOf(const QItemSelection& selection) {
+  std::vector<std::size_t> rows;
+  for (const QItemSelectionRange& range : selection) {
+    for (int row = range.top(); row <= range.bottom(); ++row) {
+      rows.push_back(static_cast<std::size_t>(row));
+    }
+  }
+  return rows;
+}
+
+}  // namespace
+
+ListWidget::ListWidget(ListView& list, const ActionGuard& guard, QWidget* parent)
+    : QTreeView(parent), list_(list), guard_(guard), model_(list, guard, nullptr) {
+  setModel(&model_);
+  setRootIsDecorated(false);
+  setUniformRowHeights(true);
+  setAllColumnsShowFocus(true);
+  setSelectionBehavior(SelectRows);
+  setSelectionMode(ExtendedSelection);
+  setEditTriggers(NoEditTriggers);
+  setHorizontalScrollMode(ScrollPerPixel);
+  header()->setStretchLastSection(false);
+  header()->setSectionsMovable(false);
+  header()->setSectionsClickable(true);
+  header()->setHighlightSections(false);
+  header()->setMinimumSectionSize(0);
+
+  Keep(*this, list_.Changed.Connect(
+                  [this](ListView::Change change, std::size_t row) { Mirror(change, row); }));
+  Keep(*this, list_.CheckBoxes.Observe([this](bool) { viewport()->update(); }));
+  QObject::connect(this, &QTreeView::doubleClicked, this,
+                   [this](const QModelIndex&) { guard_.Run([this] { list_.UserDblClick(); }); });
+  QObject::connect(header(), &QHeaderView::sectionClicked, this, [this](int column) {
+    guard_.Run([&] { list_.UserColumnClick(static_cast<std::size_t>(column)); });
+  });
+  ShowColumnWidths();
+  ShowSelection();
+}
+
+QString ListWidget::SelectedText() const {
+  QString text;
+  for (const std::size_t row : list_.Selection()) {
+    if (!text.isEmpty()) text += '\n';
+    for (std::size_t column = 0; column < list_.Columns().size(); ++column) {
+      if (column > 0) text += '\t';
+      text += PlainCell(list_.Items()[row].Cell(column));
+    }
+  }
+  return text;
+}
+
+void ListWidget::keyPressEvent(QKeyEvent* event) {
+  if (event->matches(QKeySequence::Copy)) {
+    if (list_.SelCount() > 0) QGuiApplication::clipboard()->setText(SelectedText());
+    return;
+  }
+  QTreeView::keyPressEvent(event);
+}
+
+void ListWidget::contextMenuEvent(QContextMenuEvent* event) {
+  if (list_.Popup() == nullptr) return;
+  QPoint place = event->globalPos();
+  if (event->reason() == QContextMenuEvent::Keyboard) {
+    // Below the row that the keyboard is on.
+    place = viewport()->mapToGlobal(visualRect(currentIndex()).bottomLeft());
+  }
+  ShowPopup(*list_.Popup(), guard_, *this, place);
+}
+
+void ListWidget::selectionChanged(const QItemSelection& selected,
+                                  const QItemSelection& deselected) {
+  QTreeView::selectionChanged(selected, deselected);
+  if (mirroring_) return;
+  guard_.Run([this] { list_.UserSelect(RowsOf(selectionModel()->selection())); });
+}
+
+void ListWidget::Mirror(ListView::Change change, std::size_t row) {
+  switch (change) {
+    case ListView::Change::kColumns:
+    case ListView::Change::kRows: {
+      const QScopedValueRollback quiet(mirroring_, true);
+      model_.Reload();
+      ShowColumnWidths();
+      ShowSelection();
+      break;
+    }
+    case ListView::Change::kRow:
+      model_.RowChanged(row);
+      break;
+    case ListView::Change::kSelection:
+      ShowSelection();
+      break;
+    case ListView::Change::kCheckBoxes:
+      viewport()->update();
+      break;
+  }
+}
+
+void ListWidget::ShowColumnWidths() {
+  // The same columns again, as at a refresh: the widths that a person has chosen stay.
+  if (list_.Columns() == shown_columns_) return;
+  shown_columns_ = list_.Columns();
+  for (std::size_t column = 0; column < shown_columns_.size(); ++column) {
+    header()->resizeSection(static_cast<int>(column), Scaled(*this, shown_columns_[column].Width));
+  }
+}
+
+void ListWidget::ShowSelection() {
+  const QScopedValueRollback quiet(mirroring_, true);
+  const std::vector<std::size_t>& rows = list_.Selection();
+  if (rows == RowsOf(selectionModel()->selection())) return;
+  selectionModel()->select(SelectionOf(rows, model_),
+                           QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+  if (rows.empty()) return;
+  const QModelIndex first = model_.index(static_cast<int>(rows.front()), 0);
+  selectionModel()->setCurrentIndex(first, QItemSelectionModel::NoUpdate);
+  scrollTo(first);
+}
+
+ListWidget* Binder::Make(ListView& list, const QString& name) const {
+  auto* widget = new ListWidget(list, guard_, &window_);
+  BindCommon(list, *widget, name);
+  return widget;
+}
+
+}  // namespace dbkeeper::qt

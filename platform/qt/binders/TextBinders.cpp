@@ -1,0 +1,132 @@
+// Labels, edits, memos and the status bar.
+#include <QEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QStatusBar>
+
+#include "platform/qt/Keep.h"
+#include "platform/qt/QtText.h"
+#include "platform/qt/binders/Binder.h"
+
+namespace dbkeeper::qt {
+
+namespace {
+
+// Shows a text without moving the caret or breaking an input method's composition when it is the
+// shown one already.
+void Show(QLineEdit& widget, const std::string& text) {
+  const QString shown = ToQt(text);
+  if (widget.text() != shown) widget.setText(shown);
+}
+
+void Show(QPlainTextEdit& widget, const std::string& text) {
+  const QString shown = ToQtLines(text);
+  if (widget.toPlainText() != shown) widget.setPlainText(shown);
+}
+
+// Tells when the keyboard focus enters or leaves a widget.
+class FocusWatcher : public QObject {
+ public:
+  FocusWatcher(QWidget& widget, std::function<void()> entered, std::function<void()> left)
+      : QObject(&widget), entered_(std::move(entered)), left_(std::move(left)) {
+    widget.installEventFilter(this);
+  }
+
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (event->type() == QEvent::FocusIn) entered_();
+    if (event->type() == QEvent::FocusOut) left_();
+    return QObject::eventFilter(watched, event);
+  }
+
+ private:
+  std::function<void()> entered_;
+  std::function<void()> left_;
+};
+
+}  // namespace
+
+QLabel* Binder::Make(Label& label, const QString& name) const {
+  auto* widget = new QLabel(&window_);
+  widget->setTextFormat(Qt::PlainText);
+  BindCommon(label, *widget, name);
+  Keep(*widget, label.Caption.Observe(
+                    [widget](const std::string& text) { widget->setText(ToQtLines(text)); }));
+  return widget;
+}
+
+QLineEdit* Binder::Make(Edit& edit, const QString& name) const {
+  auto* widget = new QLineEdit(&window_);
+  BindCommon(edit, *widget, name);
+  BindFocus(edit, *widget);
+  Keep(*widget, edit.Text.Observe([widget](const std::string& text) { Show(*widget, text); }));
+  Keep(*widget,
+       edit.ReadOnly.Observe([widget](bool read_only) { widget->setReadOnly(read_only); }));
+  Keep(*widget, edit.Color.Observe([widget](Color color) {
+    QPalette palette = widget->window()->palette();
+    if (color == Color::kButtonFace) palette.setColor(QPalette::Base, palette.button().color());
+    widget->setPalette(palette);
+  }));
+  QObject::connect(widget, &QLineEdit::textEdited, widget, [this_guard = &guard_, &edit, widget] {
+    this_guard->Run([&] { edit.UserType(FromQt(widget->text())); });
+    Show(*widget, edit.Text());
+  });
+  return widget;
+}
+
+QLineEdit* Binder::MakePassword(Edit& edit, const QString& name) const {
+  QLineEdit* widget = Make(edit, name);
+  widget->setEchoMode(QLineEdit::Password);
+  widget->setStyleSheet("QLineEdit { lineedit-password-character: 42 }");
+  return widget;
+}
+
+void Binder::BindFocus(Edit& edit, QLineEdit& widget) const {
+  const auto run = [guard = &guard_](auto action) { guard->Run(action); };
+  new FocusWatcher(
+      widget, [run, &edit] { run([&edit] { edit.UserEnter(); }); },
+      [run, &edit] { run([&edit] { edit.UserExit(); }); });
+}
+
+QPlainTextEdit* Binder::Make(Memo& memo, const QString& name) const {
+  auto* widget = new QPlainTextEdit(&window_);
+  // The tab key goes to the next control, as everywhere in a dialog.
+  widget->setTabChangesFocus(true);
+  BindCommon(memo, *widget, name);
+  // Set while the text comes from the program: the widget has no signal of its own for typing.
+  auto mirroring = std::make_shared<bool>(false);
+  Keep(*widget, memo.Text.Observe([widget, mirroring](const std::string& text) {
+    *mirroring = true;
+    Show(*widget, text);
+    *mirroring = false;
+  }));
+  Keep(*widget,
+       memo.ReadOnly.Observe([widget](bool read_only) { widget->setReadOnly(read_only); }));
+  Keep(*widget, memo.CaretToStartRequested.Connect([widget] {
+    widget->moveCursor(QTextCursor::Start);
+    widget->ensureCursorVisible();
+  }));
+  QObject::connect(widget, &QPlainTextEdit::textChanged, widget,
+                   [guard = &guard_, &memo, widget, mirroring] {
+                     if (*mirroring) return;
+                     guard->Run([&] { memo.UserType(FromQtLines(widget->toPlainText())); });
+                   });
+  return widget;
+}
+
+QStatusBar* Binder::Make(StatusBar& bar, const QString& name) const {
+  auto* widget = new QStatusBar(&window_);
+  BindCommon(bar, *widget, name);
+  // A label, because the bar's own message gives way to the hints of menu items.
+  auto* text = new QLabel(widget);
+  text->setTextFormat(Qt::PlainText);
+  text->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+  widget->addWidget(text, 1);
+  Keep(*widget, bar.SimpleText.Observe([text](const std::string& shown) {
+    // One line: a statement of several lines shows them behind each other.
+    text->setText(ToQtLines(shown).replace('\n', ' '));
+  }));
+  return widget;
+}
+
+}  // namespace dbkeeper::qt
