@@ -1,6 +1,7 @@
 # Floors 0 to 4: the C++ standard library and nothing else. The target links no library and the
 # tests of the core link it alone, so a toolkit or driver that slipped in would not link.
 add_library(dbkeeper_core STATIC
+  controls/FnpNumericEdit.cpp
   controls/Inputs.cpp
   controls/ListView.cpp
   controls/Menu.cpp
