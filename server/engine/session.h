@@ -41,6 +41,8 @@ class Cursor {
   virtual ~Cursor() = default;
   virtual const std::vector<ResultColumn>& columns() const = 0;
   virtual std::int64_t row_count() const = 0;
+  // The row that the present page begins with; 0 before the first fetch.
+  virtual std::int64_t position() const = 0;
   virtual bool updatable() const = 0;
   // Sends up to `count` rows to `sink` (rows and one statement end, no columns) and remembers them
   // as the present page.

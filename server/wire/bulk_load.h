@@ -1,0 +1,30 @@
+// Bulk load: the statement INSERT BULK, and the rows that come after it in a message of their own.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "server/engine/session.h"
+#include "server/wire/bytes.h"
+#include "server/wire/code_page.h"
+#include "server/wire/wire_sink.h"
+
+namespace dbkeeper::server {
+
+// Where the rows of a bulk load go, as INSERT BULK says it.
+struct BulkTarget {
+  std::string table;                 // as written
+  std::vector<std::string> columns;  // as written, quotes included
+};
+
+// Nothing when the text is no INSERT BULK.
+std::optional<BulkTarget> ParseInsertBulk(std::string_view text);
+
+// Reads the rows off `in` and puts them into the table: all of them or, when one is refused, none.
+// Throws WireError when the message makes no sense; nothing has been kept then.
+void RunBulkLoad(const BulkTarget& target, ByteReader& in, const CodePage932& code_page,
+                 Session& session, WireSink& sink);
+
+}  // namespace dbkeeper::server

@@ -1,0 +1,79 @@
+// Remote procedure calls: the ones that clients prepare statements and open cursors with, and all
+// others, which go to the engine.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "server/engine/session.h"
+#include "server/wire/bytes.h"
+#include "server/wire/code_page.h"
+#include "server/wire/wire_sink.h"
+
+namespace dbkeeper::server {
+
+struct RpcRequest {
+  std::string procedure;
+  std::vector<RpcParameter> parameters;
+  bool more_follow = false;  // another call stands behind this one in the message
+};
+
+// Reads the next call of a message. Throws WireError.
+RpcRequest ReadRpcRequest(ByteReader& in, const CodePage932& code_page);
+
+// The names in a declaration of parameters like "@P1 int, @P2 decimal(10,2) output".
+std::vector<std::string> DeclaredNames(std::string_view declaration);
+
+// A client's prepared statements and open cursors. Refers to its session.
+class RpcCalls {
+ public:
+  explicit RpcCalls(Session& session);
+
+  // Runs the call; everything it gives, but the end of the answer, is told to `sink`.
+  void Run(const RpcRequest& request, WireSink& sink);
+
+ private:
+  using Arguments = std::vector<RpcParameter>;
+  using Handler = void (RpcCalls::*)(const Arguments&, WireSink&);
+  struct Procedure {
+    std::uint16_t id;
+    std::string_view name;
+    std::size_t least_arguments;
+    Handler handler;
+  };
+  struct Prepared {
+    std::vector<std::string> names;
+    std::string text;
+  };
+
+  static const std::vector<Procedure>& Procedures();
+  friend RpcRequest ReadRpcRequest(ByteReader& in, const CodePage932& code_page);
+
+  void ExecuteSql(const Arguments& arguments, WireSink& sink);
+  void Prepare(const Arguments& arguments, WireSink& sink);
+  void Execute(const Arguments& arguments, WireSink& sink);
+  void PrepareAndExecute(const Arguments& arguments, WireSink& sink);
+  void Unprepare(const Arguments& arguments, WireSink& sink);
+  void CursorOpen(const Arguments& arguments, WireSink& sink);
+  void CursorFetch(const Arguments& arguments, WireSink& sink);
+  void CursorOption(const Arguments& arguments, WireSink& sink);
+  void CursorClose(const Arguments& arguments, WireSink& sink);
+  void CursorChange(const Arguments& arguments, WireSink& sink);
+
+  int Keep(const Arguments& arguments);
+  void RunPrepared(const Prepared& prepared, const Arguments& arguments, std::size_t first_value,
+                   WireSink& sink);
+  Cursor* FindCursor(const Arguments& arguments, std::string_view procedure, WireSink& sink);
+
+  Session& session_;
+  std::map<int, Prepared> prepared_;
+  std::map<int, std::unique_ptr<Cursor>> cursors_;
+  int last_handle_ = 0;
+};
+
+}  // namespace dbkeeper::server

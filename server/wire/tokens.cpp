@@ -1,0 +1,152 @@
+#include "server/wire/tokens.h"
+
+#include <algorithm>
+#include <string>
+
+#include "server/wire/type_codec.h"
+
+namespace dbkeeper::server {
+namespace {
+
+constexpr std::uint8_t kReturnStatus = 0x79;
+constexpr std::uint8_t kColumnMetadata = 0x81;
+constexpr std::uint8_t kError = 0xAA;
+constexpr std::uint8_t kInfo = 0xAB;
+constexpr std::uint8_t kReturnValue = 0xAC;
+constexpr std::uint8_t kLoginAcknowledge = 0xAD;
+constexpr std::uint8_t kRow = 0xD1;
+constexpr std::uint8_t kEnvironmentChange = 0xE3;
+constexpr std::uint8_t kCollationKind = 7;
+
+constexpr std::uint16_t kNullable = 0x01;
+constexpr std::uint16_t kUpdatable = 0x08;
+constexpr std::uint16_t kIdentity = 0x10;
+
+constexpr std::uint16_t kTimestampUserType = 80;
+// A message keeps well under the 64 KB that the token's length can say.
+constexpr std::size_t kLongestMessage = 8000;
+
+std::string Utf16(std::string_view text, std::size_t most_characters) {
+  std::string units;
+  AppendUtf16(text, units);
+  units.resize(std::min(units.size(), most_characters * 2));
+  return units;
+}
+
+// Appends a token whose length, in two bytes, stands behind its first byte.
+template <typename Body>
+void AppendSizedToken(std::uint8_t token, ByteWriter& out, Body body) {
+  out.U8(token);
+  const std::size_t start = out.size();
+  out.U16(0);
+  body();
+  out.PatchU16(start, static_cast<std::uint16_t>(out.size() - start - 2));
+}
+
+}  // namespace
+
+void AppendShortText(std::string_view text, ByteWriter& out) {
+  const std::string units = Utf16(text, 255);
+  out.U8(static_cast<std::uint8_t>(units.size() / 2));
+  out.Raw(units);
+}
+
+void AppendLongText(std::string_view text, ByteWriter& out) {
+  const std::string units = Utf16(text, kLongestMessage);
+  out.U16(static_cast<std::uint16_t>(units.size() / 2));
+  out.Raw(units);
+}
+
+void AppendDone(DoneToken token, std::uint16_t status, std::uint16_t command, std::int64_t rows,
+                ByteWriter& out) {
+  out.U8(static_cast<std::uint8_t>(token));
+  out.U16(status);
+  out.U16(command);
+  out.U32(static_cast<std::uint32_t>(rows));
+}
+
+void AppendMessage(const ServerMessage& message, std::string_view server_name, ByteWriter& out) {
+  AppendSizedToken(message.IsError() ? kError : kInfo, out, [&] {
+    out.U32(static_cast<std::uint32_t>(message.number));
+    out.U8(static_cast<std::uint8_t>(message.state));
+    out.U8(static_cast<std::uint8_t>(message.severity));
+    AppendLongText(message.text, out);
+    AppendShortText(server_name, out);
+    AppendShortText(message.procedure, out);
+    out.U16(static_cast<std::uint16_t>(message.line));
+  });
+}
+
+void AppendEnvironment(Environment what, std::string_view now, std::string_view before,
+                       ByteWriter& out) {
+  AppendSizedToken(kEnvironmentChange, out, [&] {
+    out.U8(static_cast<std::uint8_t>(what));
+    AppendShortText(now, out);
+    AppendShortText(before, out);
+  });
+}
+
+void AppendCollationChange(ByteWriter& out) {
+  AppendSizedToken(kEnvironmentChange, out, [&] {
+    out.U8(kCollationKind);
+    out.U8(static_cast<std::uint8_t>(kCollation.size()));
+    out.Raw(kCollation);
+    out.U8(0);
+  });
+}
+
+void AppendLoginAcknowledge(ByteWriter& out) {
+  AppendSizedToken(kLoginAcknowledge, out, [&] {
+    out.U8(1);  // the dialect of the interface: Transact-SQL
+    out.Raw(std::string_view("\x71\x00\x00\x01", 4));
+    AppendShortText("Microsoft SQL Server", out);
+    out.Raw(std::string_view("\x08\x00\x07\xF7", 4));
+  });
+}
+
+void AppendColumns(const std::vector<ResultColumn>& columns, ByteWriter& out) {
+  out.U8(kColumnMetadata);
+  out.U16(static_cast<std::uint16_t>(columns.size()));
+  for (const ResultColumn& column : columns) {
+    const int flags = (column.type.nullable ? kNullable : 0) | (column.updatable ? kUpdatable : 0) |
+                      (column.identity ? kIdentity : 0);
+    out.U16(column.type.id == TypeId::kTimestamp ? kTimestampUserType : 0);
+    out.U16(static_cast<std::uint16_t>(flags));
+    AppendTypeInfo(column.type, out);
+    if (IsLarge(column.type.id)) AppendLongText(column.base_table, out);
+    AppendShortText(column.name, out);
+  }
+}
+
+void AppendRow(const std::vector<ResultColumn>& columns, const RowView& row,
+               const CodePage932& code_page, ByteWriter& out) {
+  out.U8(kRow);
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    AppendValue(columns[i].type, row, i, code_page, out);
+  }
+}
+
+void AppendRowStatus(ByteWriter& out) {
+  constexpr std::uint32_t kFetched = 1;
+  out.U8(4);
+  out.U32(kFetched);
+}
+
+void AppendReturnStatus(int status, ByteWriter& out) {
+  out.U8(kReturnStatus);
+  out.U32(static_cast<std::uint32_t>(status));
+}
+
+void AppendReturnedInteger(std::string_view name, std::int32_t value, ByteWriter& out) {
+  AppendSizedToken(kReturnValue, out, [&] {
+    AppendShortText(name, out);
+    out.U8(1);   // an output parameter
+    out.U16(0);  // user type
+    out.U16(0);  // flags
+    AppendTypeInfo(SqlType{TypeId::kInt}, out);
+    out.U8(4);
+    out.U32(static_cast<std::uint32_t>(value));
+  });
+}
+
+}  // namespace dbkeeper::server

@@ -1,0 +1,109 @@
+#include "server/wire/wire_sink.h"
+
+namespace dbkeeper::server {
+namespace {
+
+constexpr std::uint16_t kCommandSelect = 0xC1;
+// Tokens gather up to this size before they go to the packets.
+constexpr std::size_t kFlushAt = 4096;
+
+}  // namespace
+
+WireSink::WireSink(const AnswerContext& context, Kind kind) : context_(context), kind_(kind) {}
+
+void WireSink::OnColumns(const std::vector<ResultColumn>& columns) {
+  ReleaseDone(DoneStatus::kMore);
+  columns_ = columns;
+  in_rows_ = true;
+  if (!row_status_) return AppendColumns(columns_, tokens_);
+  std::vector<ResultColumn> with_status = columns;
+  with_status.emplace_back().name = "ROWSTAT";
+  AppendColumns(with_status, tokens_);
+}
+
+bool WireSink::OnRow(const RowView& row) {
+  if (context_.cancelled.load(std::memory_order_relaxed)) return false;
+  AppendRow(columns_, row, context_.code_page, tokens_);
+  if (row_status_) AppendRowStatus(tokens_);
+  if (tokens_.size() >= kFlushAt) Flush();
+  return true;
+}
+
+void WireSink::OnStatementEnd(const StatementEnd& end) {
+  ReleaseDone(DoneStatus::kMore);
+  const int status = (end.rows >= 0 ? DoneStatus::kCount : 0) |
+                     (end.failed || error_since_done_ ? DoneStatus::kError : 0);
+  const bool select = end.is_select || in_rows_;
+  HoldDone(static_cast<std::uint16_t>(status), select ? kCommandSelect : 0,
+           end.rows >= 0 ? end.rows : 0);
+  in_rows_ = false;
+  error_since_done_ = false;
+}
+
+void WireSink::OnMessage(const ServerMessage& message) {
+  // What a cancelled statement complains of is not what the client wants to hear.
+  if (context_.cancelled.load(std::memory_order_relaxed)) return;
+  ReleaseDone(DoneStatus::kMore);
+  if (message.IsError()) failed_ = error_since_done_ = true;
+  AppendMessage(message, context_.server_name, tokens_);
+}
+
+void WireSink::OnDatabaseChanged(const std::string& from, const std::string& to) {
+  ReleaseDone(DoneStatus::kMore);
+  AppendEnvironment(Environment::kDatabase, to, from, tokens_);
+}
+
+void WireSink::OnReturnStatus(int status) {
+  ReleaseDone(DoneStatus::kMore);
+  status_told_ = true;
+  AppendReturnStatus(status, tokens_);
+}
+
+void WireSink::ReturnStatusOnce(int status) {
+  if (!status_told_) OnReturnStatus(status);
+}
+
+void WireSink::ReturnInteger(const std::string& name, std::int64_t value) {
+  ReleaseDone(DoneStatus::kMore);
+  AppendReturnedInteger(name, static_cast<std::int32_t>(value), tokens_);
+}
+
+void WireSink::Finish(Position position) {
+  const auto error = static_cast<std::uint16_t>(error_since_done_ ? DoneStatus::kError : 0);
+  if (kind_ == Kind::kProcedure) {
+    ReturnStatusOnce(failed_ ? 1 : 0);
+    const int more = position == Position::kMoreFollow ? DoneStatus::kMore : 0;
+    AppendDone(DoneToken::kProcedure, static_cast<std::uint16_t>(error | more), 0, 0, tokens_);
+  } else {
+    // An error that ended the batch outside any statement still has to end in a DONE.
+    if (!done_held_ || error != 0) {
+      ReleaseDone(DoneStatus::kMore);
+      HoldDone(error, 0, 0);
+    }
+    ReleaseDone(0);
+  }
+  Flush();
+  if (position == Position::kLast) context_.writer.Finish();
+}
+
+void WireSink::HoldDone(std::uint16_t status, std::uint16_t command, std::int64_t rows) {
+  done_held_ = true;
+  done_status_ = status;
+  done_command_ = command;
+  done_rows_ = rows;
+}
+
+void WireSink::ReleaseDone(std::uint16_t more) {
+  if (!done_held_) return;
+  done_held_ = false;
+  const bool in_procedure = kind_ == Kind::kProcedure;
+  AppendDone(in_procedure ? DoneToken::kInProcedure : DoneToken::kBatch,
+             static_cast<std::uint16_t>(done_status_ | more), done_command_, done_rows_, tokens_);
+}
+
+void WireSink::Flush() {
+  context_.writer.Write(tokens_.bytes());
+  tokens_.Clear();
+}
+
+}  // namespace dbkeeper::server

@@ -1,0 +1,79 @@
+// Turns what the engine tells into the tokens of an answer.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "server/engine/result_sink.h"
+#include "server/wire/bytes.h"
+#include "server/wire/code_page.h"
+#include "server/wire/packet.h"
+#include "server/wire/tokens.h"
+
+namespace dbkeeper::server {
+
+// What an answer is written with; all outlive the sink.
+struct AnswerContext {
+  MessageWriter& writer;
+  const CodePage932& code_page;
+  const std::string& server_name;
+  // Set from another thread when the client does not want the rest.
+  const std::atomic<bool>& cancelled;
+};
+
+// The answer to one request. Begin it, let the engine tell, and end it with one of the Finish
+// calls.
+class WireSink : public ResultSink {
+ public:
+  enum class Kind { kBatch, kProcedure };
+
+  WireSink(const AnswerContext& context, Kind kind);
+
+  void OnColumns(const std::vector<ResultColumn>& columns) override;
+  bool OnRow(const RowView& row) override;
+  void OnStatementEnd(const StatementEnd& end) override;
+  void OnMessage(const ServerMessage& message) override;
+  void OnDatabaseChanged(const std::string& from, const std::string& to) override;
+  void OnReturnStatus(int status) override;
+
+  // Output parameters stand behind the return status; a procedure that told none gets `status`.
+  void ReturnStatusOnce(int status);
+  void ReturnInteger(const std::string& name, std::int64_t value);
+
+  // From here on every row of a result ends in a column that tells that the row is there, as the
+  // rows of a cursor do.
+  void AddRowStatus() { row_status_ = true; }
+
+  // Whether an error was told so far.
+  bool failed() const { return failed_; }
+
+  // Ends the answer and sends it. More of them may come in one message, one for each call of a
+  // batch of remote procedure calls; the last one sends it.
+  enum class Position { kLast, kMoreFollow };
+  void Finish(Position position = Position::kLast);
+
+ private:
+  void HoldDone(std::uint16_t status, std::uint16_t command, std::int64_t rows);
+  void ReleaseDone(std::uint16_t more);
+  void Flush();
+
+  const AnswerContext context_;
+  const Kind kind_;
+  std::vector<ResultColumn> columns_;
+  ByteWriter tokens_;
+  bool failed_ = false;
+  bool error_since_done_ = false;
+  bool status_told_ = false;
+  bool in_rows_ = false;
+  bool row_status_ = false;
+
+  // The end of a statement is held back until it is known whether something follows.
+  bool done_held_ = false;
+  std::uint16_t done_status_ = 0;
+  std::uint16_t done_command_ = 0;
+  std::int64_t done_rows_ = 0;
+};
+
+}  // namespace dbkeeper::server
