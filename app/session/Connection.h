@@ -19,7 +19,7 @@ struct ServerMessage {
   int state = 0;
   int severity = 0;  // 0 where the driver does not tell
   int line = 0;      // 0 where there is none
-  std::string text;
+  std::string text = {};
 };
 
 // A statement or a connection failed. Several messages of one failure stay together, in the
@@ -39,10 +39,10 @@ class ServerError : public Error {
 enum class FieldKind { kText, kInteger, kDecimal, kReal, kBit, kDateTime, kBinary, kGuid };
 
 struct Field {
-  std::string name;
+  std::string name = {};
   FieldKind kind = FieldKind::kText;
-  std::string type_name;  // the server's, such as "varchar"
-  std::size_t size = 0;   // characters, digits or bytes
+  std::string type_name = {};  // the server's, such as "varchar"
+  std::size_t size = 0;        // characters, digits or bytes
   int scale = 0;
   bool nullable = true;
   bool long_value = false;  // text, ntext, image

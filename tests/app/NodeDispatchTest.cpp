@@ -1,0 +1,275 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tests/support/AppFixture.h"
+
+namespace dbkeeper {
+namespace {
+
+using testing::AppFixture;
+using testing::TextFields;
+
+class NodeDispatchTest : public AppFixture {
+ protected:
+  NodeDispatchTest() {
+    app.Start();
+    Connect();
+    ClickPath({"Database"});
+    connection.statements.clear();
+  }
+  TFormMain& main = app.FormMain;
+};
+
+TEST_F(NodeDispatchTest, EveryNodeRunsItsStatementsAndGetsItsMenuAndStatus) {
+  struct Case {
+    std::vector<std::string> path;
+    std::vector<std::string> statements;
+    const char* popup;  // null: none
+    const char* status;
+  };
+  const std::vector<std::string> database = {"Database", "sales"};
+  const auto below = [&](const char* text) {
+    std::vector<std::string> path = database;
+    path.emplace_back(text);
+    return path;
+  };
+  const Case cases[] = {
+      {{"Database"},
+       {"select * from master.dbo.sysdatabases"},
+       "PopupMenu_Databases",
+       " >select * from master.dbo.sysdatabases"},
+      {database,
+       {"select * from master.dbo.sysdatabases where name = 'sales'", "use [sales]",
+        "EXEC sp_spaceused", "sp_helpdb [sales]"},
+       "PopupMenu_Minimum",
+       " >select * from master.dbo.sysdatabases / exec sp_spaceused"},
+      {below("User"),
+       {"use [sales]\r\nselect * from sysusers where(issqlrole <> 1)and(hasdbaccess = 1)"},
+       "PopupMenu_Users",
+       " >select * from sysusers where(issqlrole <> 1)and(hasdbaccess = 1)"},
+      {below("Role"), {"exec sp_helprole"}, "PopupMenu_Roles", " >exec sp_helprole"},
+      {{"Management", "Job"},
+       {"use msdb", "exec sp_help_job"},
+       "PopupMenu_Job",
+       " >EXEC sp_help_job            (USE msdb)"},
+      {{"Management", "BackUpDevice"},
+       {"select * from master.dbo.sysdevices where status=16"},
+       "PopupMenu_BackUp",
+       " >select * from master.dbo.sysdevices where status=16"},
+      {{"Management", "Process"},
+       {"use msdb", "exec sp_who"},
+       "PopupMenu_Process_Lock",
+       " >EXEC exec sp_who      (USE master)"},
+      {{"Management", "Lock"},
+       {"use msdb", "exec sp_lock"},
+       "PopupMenu_Process_Lock",
+       " >EXEC sp_lock          (USE master)"},
+      {below("Table"),
+       {"select * from [sales].dbo.sysobjects where (xtype='S')or       (xtype='U') order by name"},
+       "PopupMenu_Table",
+       " >select * from sysobjects  where(xtype='S')or(xtype='U')"},
+      {below("View"),
+       {"select * from [sales].dbo.sysobjects where xtype='V' order by name"},
+       "PopupMenu_View",
+       " >select * from sysobjects  where xtype='V'"},
+      {below("Procedure"),
+       {"select * from [sales].dbo.sysobjects where (xtype='P')or       (xtype='X') order by name"},
+       "PopupMenu_Procedure",
+       " >select * from sysobjects  where(xtype='X')or(xtype='P')"},
+      {below("Backup"),
+       {"use msdb",
+        "select backup_set_id,media_set_id,name,description,backup_start_date,       "
+        "backup_finish_date,type,backup_size,database_name  from backupset where database_name = "
+        "'sales' order by media_set_id,backup_set_id desc"},
+       "PopupMenu_DB_BackUp",
+       " >select * from backupset   (msdb)"},
+      {{"Security", "Login"},
+       {"select * from master.dbo.syslogins"},
+       "PopupMenu_Login",
+       " >select * from master.dbo.syslogins"},
+      {{"Security", "Server role"},
+       {"exec sp_helpsrvrole"},
+       "PopupMenu_SvRole",
+       " >exec sp_helpsrvrolemember"},
+      {{"Management"}, {}, nullptr, " >"},
+      {{"Security"}, {}, nullptr, " >"},
+  };
+  for (const auto& field_set : std::vector<std::pair<std::string, std::vector<std::string>>>{
+           {"sp_spaceused", {"database_size", "unallocated space"}},
+           {"sp_helpdb", {"status"}},
+           {"sysusers", {"uid", "name", "createdate", "updatedate", "hasdbaccess"}},
+           {"sp_helprole", {"RoleId", "RoleName"}},
+           {"sp_helpsrvrole", {"ServerRole", "Description"}},
+           {"sp_help_job",
+            {"job_id", "name", "enabled", "description", "date_created", "date_modified"}},
+           {"sysdevices", {"name", "phyname"}},
+           {"sp_who", {"spid", "ecid", "status", "loginame", "hostname", "blk", "dbname", "cmd"}},
+           {"sp_lock", {"spid", "dbid", "ObjId", "IndId", "Type", "Resource", "Mode", "Status"}},
+           {"sysobjects", {"name", "xtype", "crdate"}},
+           {"backupset",
+            {"backup_set_id", "media_set_id", "name", "description", "backup_start_date"}},
+           {"syslogins",
+            {"name", "createdate", "updatedate", "language", "dbname", "hasaccess", "isntname",
+             "sysadmin", "serveradmin"}}}) {
+    connection.Answer(field_set.first, {TextFields(field_set.second), {}});
+  }
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.path.back());
+    connection.statements.clear();
+    ClickPath(c.path);
+    EXPECT_EQ(connection.statements, c.statements);
+    const PopupMenu* const popup = main.ListViewMain.Popup();
+    EXPECT_EQ(popup == nullptr ? std::string() : popup->Name, c.popup == nullptr ? "" : c.popup);
+    EXPECT_EQ(Status(), c.status);
+    EXPECT_EQ(main.ListViewMain.Columns().empty(), c.popup == nullptr);
+  }
+  EXPECT_TRUE(fake.dialogs.errors.empty());
+}
+
+TEST_F(NodeDispatchTest, ServerRootShowsPropertiesOnlyWhileConnected) {
+  connection.Answer(
+      "SERVERPROPERTY",
+      {TextFields({"MachineName", "ServerName", "Edition", "ProductLevel", "ProductVersion",
+                   "SecurityMode", "IsSingleUser", "LicenseType", "NumLicenses"}),
+       {{"PC01", "PC01", "MSDE", "SP4", "8.00.2039", "0", "0", "DISABLED", {}}}});
+  Click(Node({}));
+  ASSERT_EQ(main.ListViewMain.Items().size(), 9U);
+  EXPECT_EQ(main.ListViewMain.Items()[4].SubItems,
+            (std::vector<std::string>{"ProductVersion", "8.00.2039"}));
+  EXPECT_EQ(main.ListViewMain.Popup(), main.PopupMenuServerCfg.get());
+  Choose(*main.PopupMenu_SQLServer, "PopupMenu_SQLServer_DisConnect");
+  Click(Node({}));
+  EXPECT_TRUE(main.ListViewMain.Columns().empty());
+  EXPECT_EQ(main.ListViewMain.Popup(), nullptr);
+}
+
+TEST_F(NodeDispatchTest, ConfigListsTheWizardsAndTheSwitch) {
+  main.Workbench().Switches.Advanced = true;
+  Click(*main.TreeView.Roots()[1]);
+  const ListView& list = main.ListViewMain;
+  ASSERT_EQ(list.Items().size(), 5U);
+  EXPECT_EQ(list.Columns()[2], (ListColumn{"設定", 340, Alignment::kLeft}));
+  EXPECT_EQ(list.Items()[0].Caption, "WIZ_BK01");
+  EXPECT_EQ(list.Items()[4].SubItems, (std::vector<std::string>{"拡張オプション", "On"}));
+  EXPECT_EQ(list.Popup(), main.PopupMenu_Management.get());
+  EXPECT_EQ(Status(), " >");
+}
+
+TEST_F(NodeDispatchTest, DatabaseNamedLikeANodeIsStillADatabase) {
+  Node({"Database"}).AddChild("Job");
+  connection.Answer("sp_spaceused", {TextFields({"database_size", "unallocated space"}), {}});
+  connection.Answer("sp_helpdb", {TextFields({"status"}), {}});
+  ClickPath({"Database", "Job"});
+  EXPECT_EQ(connection.statements.back(), "sp_helpdb [Job]");
+}
+
+TEST_F(NodeDispatchTest, TablesGetDescriptionColumnsOnlyInAdvancedMode) {
+  main.Workbench().Switches.Advanced = true;
+  connection.Answer("sysobjects", {TextFields({"name", "xtype", "crdate"}), {}});
+  connection.Answer("fn_listextendedproperty", {TextFields({"objname", "name", "value"}), {}});
+  ClickPath({"Database", "sales", "Table"});
+  EXPECT_EQ(main.ListViewMain.Columns().size(), 6U);
+  ClickPath({"Database", "sales", "View"});
+  EXPECT_EQ(main.ListViewMain.Columns().size(), 4U);
+}
+
+TEST_F(NodeDispatchTest, ServerMenuIsOfferedOnBothRootsAndNowhereElse) {
+  const auto offered = [this](TreeNode& node) {
+    main.TreeView.Select(&node);
+    main.TreeView.UserRightMouseDown();
+    return main.TreeView.Popup() == main.PopupMenu_SQLServer.get();
+  };
+  EXPECT_TRUE(offered(Node({})));
+  EXPECT_TRUE(offered(*main.TreeView.Roots()[1]));
+  EXPECT_FALSE(offered(Node({"Database"})));
+}
+
+TEST_F(NodeDispatchTest, StatusShowsTheStarBeforeTheStatementGoesOut) {
+  std::vector<std::string> painted;
+  fake.windows.painted = [&] {
+    painted.push_back(Status());
+    EXPECT_TRUE(connection.statements.empty());
+  };
+  ClickPath({"Database"});
+  EXPECT_EQ(painted, (std::vector<std::string>{" *"}));
+}
+
+TEST_F(NodeDispatchTest, ErrorInTheMiddleKeepsTheRowsAndShowsTheServersWords) {
+  connection.Answer("sysdevices", {.fields = TextFields({"name", "phyname"}),
+                                   .rows = {{"dev1", "C:\\1.bak"}},
+                                   .error = ServerMessage{.number = 1, .text = "broken pipe"}});
+  ClickPath({"Management", "BackUpDevice"});
+  EXPECT_EQ(main.ListViewMain.Items().size(), 1U);
+  EXPECT_EQ(fake.dialogs.errors, (std::vector<std::string>{"broken pipe"}));
+  EXPECT_EQ(fake.windows.busy, 0);
+  std::size_t told = 0;
+  const Subscription subscription =
+      main.ListViewMain.Changed.Connect([&](ListView::Change, std::size_t) { ++told; });
+  main.ListViewMain.AddItem("the bulk update has ended");
+  EXPECT_EQ(told, 1U);
+}
+
+TEST_F(NodeDispatchTest, MenuRulesFollowTheSelection) {
+  ClickPath({"Database"});
+  PopupMenu& menu = *main.PopupMenu_Databases;
+  const auto enabled = [&](const char* name) {
+    menu.UserPopup();
+    return menu.Find(name)->Enabled();
+  };
+  EXPECT_FALSE(enabled("PopupMenu_Databases_OnLine"));
+  EXPECT_TRUE(enabled("PM_Refresh"));
+  main.ListViewMain.UserSelect({0});
+  EXPECT_TRUE(enabled("PopupMenu_Databases_OnLine"));
+}
+
+TEST_F(NodeDispatchTest, SystemTablesSwitchIsRememberedAndWaitsForTheNextClick) {
+  connection.Answer("sysobjects", {TextFields({"name", "xtype", "crdate"}), {}});
+  ClickPath({"Database", "sales", "Table"});
+  connection.statements.clear();
+  Choose(*main.PopupMenu_Table, "PM_DspSysTbl");
+  EXPECT_TRUE(connection.statements.empty());
+  EXPECT_EQ(testing::FileBytes(folder / "DBKEEPER.ini"), "[SYSTEM]\r\nDspSysTbl=False\r\n");
+  ClickPath({"Database", "sales", "Table"});
+  EXPECT_EQ(connection.statements.back(),
+            "select * from [sales].dbo.sysobjects where (xtype='U') order by name");
+}
+
+class SortTest : public NodeDispatchTest {
+ protected:
+  // The captions after the clicks on columns, rows being "caption,text,number".
+  std::string SortedBy(const std::vector<std::size_t>& clicks) {
+    ListView& list = main.ListViewMain;
+    list.ClearItems();
+    list.ClearColumns();
+    list.AddColumn("No", 10);
+    list.AddColumn("text", 10);
+    list.AddColumn("number", 10, Alignment::kRight);
+    const std::vector<std::vector<std::string>> rows = {{"10", "100", "100"},
+                                                        {"9", "9", "9"},
+                                                        {"2", "10", "10"},
+                                                        {"30", "B", "-1"},
+                                                        {"31", "a", ""}};
+    for (const auto& row : rows) list.AddItem(row[0]).SubItems = {row[1], row[2]};
+    for (const std::size_t column : clicks) list.UserColumnClick(column);
+    std::string captions;
+    for (const ListItem& item : list.Items()) captions += item.Caption + " ";
+    return captions;
+  }
+};
+
+TEST_F(SortTest, NumbersSortAsNumbersTextsWithoutCaseAndClicksTurnTheDirection) {
+  EXPECT_EQ(SortedBy({0}), "2 9 10 30 31 ");
+  EXPECT_EQ(SortedBy({}), "10 9 2 30 31 ");
+  EXPECT_EQ(SortedBy({0}), "31 30 10 9 2 ");
+  ClickPath({"Management"});
+  EXPECT_EQ(SortedBy({1}), "2 10 9 31 30 ");
+  ClickPath({"Management"});
+  // A negative number is padded as text: "00000000-1" stands before every digit string.
+  EXPECT_EQ(SortedBy({2}), "30 31 9 2 10 ");
+}
+
+}  // namespace
+}  // namespace dbkeeper
