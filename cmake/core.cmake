@@ -19,11 +19,18 @@ add_library(dbkeeper_core STATIC
   catalog/ListRoutine.cpp
   catalog/ObjectLists.cpp
   catalog/ServerLists.cpp
+  database/Unit_BackupMedia.cpp
+  database/Unit_Database_Property.cpp
+  database/Unit_Restore.cpp
   app/main/Application.cpp
+  app/main/CsvExport.cpp
+  app/main/DatabaseCommands.cpp
+  app/main/DropCommands.cpp
   app/main/ListCommands.cpp
   app/main/MainMenus.cpp
   app/main/MenuTable.cpp
   app/main/NodeDispatch.cpp
+  app/main/RowCommand.cpp
   app/main/ServerCommands.cpp
   app/main/UnitLogin.cpp
   app/main/UnitMain.cpp

@@ -6,8 +6,12 @@ Application::Application(Connection& connection, const Host& host)
     : host_(host),
       settings_(SettingsPath(host_.shell.Executable()), host_.code_page),
       Session(connection, host_.locale),
-      FormMain(Session, host_, settings_, {FormLogin}),
+      FormMain(Session, host_, settings_,
+               {Form_Database_Property, FormLogin, Form_BackupMedia, FormRestore}),
+      Form_Database_Property(FormMain.Workbench()),
       FormLogin(Session, host_, settings_, FormMain),
+      Form_BackupMedia(FormMain.Workbench()),
+      FormRestore(FormMain.Workbench()),
       guard_([this](const std::exception& error) { FormMain.ApplicationException(error); }) {}
 
 void Application::Start() {

@@ -10,6 +10,9 @@
 #include "app/support/Host.h"
 #include "app/support/SettingsFile.h"
 #include "controls/ActionGuard.h"
+#include "database/Unit_BackupMedia.h"
+#include "database/Unit_Database_Property.h"
+#include "database/Unit_Restore.h"
 
 namespace dbkeeper {
 
@@ -34,7 +37,10 @@ class Application {
   ServerSession Session;
   // Declared in the order in which they are created.
   TFormMain FormMain;
+  TForm_Database_Property Form_Database_Property;
   TFormLogin FormLogin;
+  TForm_BackupMedia Form_BackupMedia;
+  TFormRestore FormRestore;
 
  private:
   ActionGuard guard_;

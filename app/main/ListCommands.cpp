@@ -1,5 +1,5 @@
 // What a person does in the main list itself: sorting, opening by double click, the capacity view,
-// the switch for system tables.
+// the switch for system tables, the check boxes for work on many rows, the export.
 
 #include <algorithm>
 #include <numeric>
@@ -7,7 +7,9 @@
 #include <utility>
 #include <vector>
 
+#include "app/main/CsvExport.h"
 #include "app/main/UnitMain.h"
+#include "app/support/Files.h"
 #include "app/support/Utf8.h"
 #include "catalog/ObjectLists.h"
 
@@ -70,6 +72,26 @@ void TFormMain::PM_DspSysTblClick() {
   options_.ShowSystemTables = !options_.ShowSystemTables;
   PopupMenu_Table->Find("PM_DspSysTbl")->Checked = options_.ShowSystemTables;
   settings_.Write("SYSTEM", "DspSysTbl", options_.ShowSystemTables ? "True" : "False");
+}
+
+// The two items that work on the checked rows appear with the boxes.
+void TFormMain::PopupMenu_Table_Select_ChkBoxClick() {
+  MenuItem& item = *PopupMenu_Table->Find("PopupMenu_Table_Select_ChkBox");
+  const bool shown = !item.Checked();
+  item.Checked = shown;
+  ListViewMain.CheckBoxes = shown;
+  for (const char* name : {"PopupMenu_Table_Select_Truncate", "PopupMenu_Table_Select_Drop"}) {
+    PopupMenu_Table->Find(name)->Visible = shown;
+  }
+}
+
+void TFormMain::PopupMenu_Minimum_CSV_OutClick() {
+  const auto file = host_.dialogs.SaveFile(
+      {"CSVﾌｧｲﾙ(*.csv)|*.csv|ﾃｷｽﾄﾌｧｲﾙ(*.txt)|*.txt|全てのﾌｧｲﾙ(*.*)|*.*", "", ""});
+  if (!file) return;
+  const BusyScope busy(host_.windows);
+  // Whole before the file is touched: a text that cannot be written leaves it as it was.
+  ReplaceFile(PathOf(*file), CsvBytes(ListViewMain, host_.code_page));
 }
 
 }  // namespace dbkeeper

@@ -26,7 +26,8 @@ constexpr MenuRow kReadme = {0, "PM_Readme", "Readme表示 ...", &Run<&TFormMain
 constexpr MenuRow kHomePage = {0, "PM_GotoHomePage", "サポート HomePageへ ...",
                                &Run<&TFormMain::PM_GotoHomePageClick>};
 constexpr MenuRow kRefresh = {0, "PM_Refresh", "最新の情報に更新", &Run<&TFormMain::TreeViewClick>};
-constexpr MenuRow kCsv = {0, "PopupMenu_Minimum_CSV_Out", "表示内容のCSV出力...", nullptr};
+constexpr MenuRow kCsv = {0, "PopupMenu_Minimum_CSV_Out", "表示内容のCSV出力...",
+                          &Run<&TFormMain::PopupMenu_Minimum_CSV_OutClick>};
 
 constexpr MenuRow kSqlServer[] = {
     {0, "PopupMenu_SQLServer_Connect", "接続 ...",
@@ -57,25 +58,36 @@ constexpr MenuRow kServerCfg[] = {
 };
 
 constexpr MenuRow kDatabases[] = {
-    {0, "PopupMenu_Databases_Create", "新規ﾃﾞｰﾀﾍﾞｰｽ ...", nullptr},
-    {0, "PopupMenu_Databases_Property", "ﾌﾟﾛﾊﾟﾃｨ...", nullptr, nullptr, MenuLook::kInvisible},
+    {0, "PopupMenu_Databases_Create", "新規ﾃﾞｰﾀﾍﾞｰｽ ...",
+     &Run<&TFormMain::PopupMenu_Databases_CreateClick>},
+    {0, "PopupMenu_Databases_Property", "ﾌﾟﾛﾊﾟﾃｨ...",
+     &Run<&TFormMain::PopupMenu_Databases_PropertyClick>, nullptr, MenuLook::kInvisible},
     {0, "PopupMenu_Databases_Backup", "バックアップ", nullptr},
-    {1, "PopupMenu_Databases_Backup_Backup", "指定データベースの手動バックアップ ...", nullptr,
-     &Selected},
+    {1, "PopupMenu_Databases_Backup_Backup", "指定データベースの手動バックアップ ...",
+     &Run<&TFormMain::PopupMenu_Databases_Backup_BackupClick>, &Selected},
     {1, "PopupMenu_Databases_Backup_Restore", "バックアップファイルを指定してのレストア ...",
-     nullptr},
-    {0, "PopupMenu_Databases_Shrink", "DBの圧縮", nullptr},
+     &Run<&TFormMain::PopupMenu_Databases_Backup_RestoreClick>},
+    {0, "PopupMenu_Databases_Shrink", "DBの圧縮",
+     &Run<&TFormMain::PopupMenu_Databases_ShrinkClick>},
     kRefresh,
     {0, "PopupMenu_Databases_SQL", "SQL 発行...", nullptr},
     {0, "PopupMenu_Databases_OnLine", "OnLine", nullptr, &Selected},
-    {1, "PopupMenu_Databases_OnLine_MULTI_RW", "通常", nullptr},
-    {1, "PopupMenu_Databases_OnLine_SINGLE", "ｼﾝｸﾞﾙ･ﾕｰｻﾞｰ", nullptr},
-    {1, "PopupMenu_Databases_OnLine_RESTRICTED", "管理者専用", nullptr},
-    {1, "PopupMenu_Databases_OnLine_READ_ONLY", "読取専用", nullptr},
-    {0, "PopupMenu_Databases_OffLine", "OffLine", nullptr, &SelectedOnline},
-    {0, "PopupMenu_Databases_Detach", "Detach Database", nullptr, &Selected},
-    {0, "PopupMenu_Databases_Attach", "Attach Database ...", nullptr},
-    {0, "PopupMenu_Databases_Drop", "削除", nullptr, &Selected},
+    {1, "PopupMenu_Databases_OnLine_MULTI_RW", "通常",
+     &Run<&TFormMain::PopupMenu_Databases_OnLine_MULTI_RWClick>},
+    {1, "PopupMenu_Databases_OnLine_SINGLE", "ｼﾝｸﾞﾙ･ﾕｰｻﾞｰ",
+     &Run<&TFormMain::PopupMenu_Databases_OnLine_MULTI_RWClick>},
+    {1, "PopupMenu_Databases_OnLine_RESTRICTED", "管理者専用",
+     &Run<&TFormMain::PopupMenu_Databases_OnLine_MULTI_RWClick>},
+    {1, "PopupMenu_Databases_OnLine_READ_ONLY", "読取専用",
+     &Run<&TFormMain::PopupMenu_Databases_OnLine_MULTI_RWClick>},
+    {0, "PopupMenu_Databases_OffLine", "OffLine",
+     &Run<&TFormMain::PopupMenu_Databases_OffLineClick>, &SelectedOnline},
+    {0, "PopupMenu_Databases_Detach", "Detach Database",
+     &Run<&TFormMain::PopupMenu_Databases_DetachClick>, &Selected},
+    {0, "PopupMenu_Databases_Attach", "Attach Database ...",
+     &Run<&TFormMain::PopupMenu_Databases_AttachClick>},
+    {0, "PopupMenu_Databases_Drop", "削除", &Run<&TFormMain::PopupMenu_Databases_DropClick>,
+     &Selected},
 };
 
 constexpr MenuRow kTable[] = {
@@ -96,12 +108,13 @@ constexpr MenuRow kTable[] = {
     {1, "PopupMenu_Table_Capacity", "容量調査", &Run<&TFormMain::PopupMenu_Table_CapacityClick>},
     {1, "PopupMenu_Table_Specification", "テーブル定義書の作成 (Excel形式)", nullptr},
     {0, "PopupMenu_Table_Bulk", "一括処理", nullptr, nullptr, MenuLook::kInvisible},
-    {1, "PopupMenu_Table_Select_ChkBox", "対象選択用のChkBox On/Off", nullptr},
+    {1, "PopupMenu_Table_Select_ChkBox", "対象選択用のChkBox On/Off",
+     &Run<&TFormMain::PopupMenu_Table_Select_ChkBoxClick>},
     {1, "PopupMenu_Table_Select_Truncate", "選択TableのTrncate(ﾚｺｰﾄﾞ全削除)", nullptr, nullptr,
      MenuLook::kInvisible},
     {1, "PopupMenu_Table_Select_Drop", "選択TableのDrop(削除)", nullptr, nullptr,
      MenuLook::kInvisible},
-    {0, "PopupMenu_Table_Drop", "削除", nullptr, &Selected},
+    {0, "PopupMenu_Table_Drop", "削除", &Run<&TFormMain::PopupMenu_Table_DropClick>, &Selected},
 };
 
 constexpr MenuRow kView[] = {
@@ -110,7 +123,7 @@ constexpr MenuRow kView[] = {
     {0, "PopupMenu_View_SQL", "SQL 発行...", nullptr},
     kCsv,
     {0, "PopupMenu_View_Script", "生成Script...", nullptr, &Selected},
-    {0, "PopupMenu_View_Drop", "削除", nullptr, &Selected},
+    {0, "PopupMenu_View_Drop", "削除", &Run<&TFormMain::PopupMenu_View_DropClick>, &Selected},
 };
 
 constexpr MenuRow kProcedure[] = {
@@ -119,7 +132,8 @@ constexpr MenuRow kProcedure[] = {
     {0, "PopupMenu_Procedure_SQL", "SQL 発行...", nullptr},
     kCsv,
     {0, "PopupMenu_Procedure_Script", "生成Script...", nullptr, &Selected},
-    {0, "PopupMenu_Procedure_Drop", "削除", nullptr, &Selected},
+    {0, "PopupMenu_Procedure_Drop", "削除", &Run<&TFormMain::PopupMenu_Procedure_DropClick>,
+     &Selected},
 };
 
 constexpr MenuRow kLogin[] = {
@@ -128,13 +142,15 @@ constexpr MenuRow kLogin[] = {
     kRefresh,
     {0, "PopupMenu_Login_SQL", "SQL 発行...", nullptr},
     kCsv,
-    {0, "PopupMenu_Login_drop", "削除", nullptr, &Selected},
+    {0, "PopupMenu_Login_drop", "削除", &Run<&TFormMain::PopupMenu_Login_dropClick>, &Selected},
 };
 
 constexpr MenuRow kUsers[] = {
-    {0, "PopupMenu_Users_Create", "新規ﾕｰｻﾞｰ...", nullptr},  kRefresh,
-    {0, "PopupMenu_Users_SQL", "SQL 発行...", nullptr},      kCsv,
-    {0, "PopupMenu_Users_Drop", "削除", nullptr, &Selected},
+    {0, "PopupMenu_Users_Create", "新規ﾕｰｻﾞｰ...", nullptr},
+    kRefresh,
+    {0, "PopupMenu_Users_SQL", "SQL 発行...", nullptr},
+    kCsv,
+    {0, "PopupMenu_Users_Drop", "削除", &Run<&TFormMain::PopupMenu_Users_DropClick>, &Selected},
 };
 
 constexpr MenuRow kRoles[] = {
@@ -143,7 +159,7 @@ constexpr MenuRow kRoles[] = {
     kRefresh,
     {0, "PopupMenu_Roles_SQL", "SQL 発行...", nullptr},
     kCsv,
-    {0, "PopupMenu_Roles_Drop", "削除", nullptr, &Selected},
+    {0, "PopupMenu_Roles_Drop", "削除", &Run<&TFormMain::PopupMenu_Roles_DropClick>, &Selected},
 };
 
 constexpr MenuRow kSvRole[] = {
@@ -155,33 +171,39 @@ constexpr MenuRow kSvRole[] = {
 constexpr MenuRow kJob[] = {
     {0, "PopupMenu_Job_Create", "新規ｼﾞｮﾌﾞ...", nullptr},
     {0, "PopupMenu_Job_Property", "ﾌﾟﾛﾊﾟﾃｨ", nullptr, &Selected},
-    {0, "PopupMenu_Job_AddJob", "ｼﾞｮﾌﾞの投入", nullptr, &Selected},
-    {0, "PopupMenu_Job_DeleteJob", "ｼﾞｮﾌﾞの投入解除", nullptr, &Selected},
+    {0, "PopupMenu_Job_AddJob", "ｼﾞｮﾌﾞの投入", &Run<&TFormMain::PopupMenu_Job_AddJobClick>,
+     &Selected},
+    {0, "PopupMenu_Job_DeleteJob", "ｼﾞｮﾌﾞの投入解除",
+     &Run<&TFormMain::PopupMenu_Job_DeleteJobClick>, &Selected},
     kRefresh,
     {0, "PopupMenu_Job_SQL", "SQL 発行...", nullptr},
     kCsv,
-    {0, "PopupMenu_Job_Drop", "削除", nullptr, &Selected},
+    {0, "PopupMenu_Job_Drop", "削除", &Run<&TFormMain::PopupMenu_Job_DropClick>, &Selected},
 };
 
 constexpr MenuRow kBackUp[] = {
-    {0, "PopupMenu_BackUp_Create", "新規ﾊﾞｯｸｱｯﾌﾟﾃﾞﾊﾞｲｽ...", nullptr},
+    {0, "PopupMenu_BackUp_Create", "新規ﾊﾞｯｸｱｯﾌﾟﾃﾞﾊﾞｲｽ...",
+     &Run<&TFormMain::PopupMenu_BackUp_CreateClick>},
     {0, "PopupMenu_BackUp_SQL", "SQL 発行...", nullptr},
     kCsv,
-    {0, "PopupMenu_BackUp_Drop", "削除", nullptr, &Selected},
+    {0, "PopupMenu_BackUp_Drop", "削除", &Run<&TFormMain::PopupMenu_BackUp_DropClick>, &Selected},
 };
 
 constexpr MenuRow kProcessLock[] = {
     kRefresh,
     {0, "PopupMenu_Process_Lock_SQL", "SQL 発行...", nullptr},
     kCsv,
-    {0, "PopupMenu_Process_Lock_Kill", "Kill", nullptr, &Selected},
+    {0, "PopupMenu_Process_Lock_Kill", "Kill", &Run<&TFormMain::PopupMenu_Process_Lock_KillClick>,
+     &Selected},
 };
 
 constexpr MenuRow kDbBackUp[] = {
-    {0, "PopupMenu_DB_BackUp_Restore", "レストア実行 ...", nullptr, &Selected},
-    {0, "PopupMenu_DB_BackUp_Direct_Restore", "ファイルを直接指定してレストア実行 ...", nullptr,
-     nullptr, MenuLook::kInvisible},
-    {0, "PopupMenu_DB_BackUp_Drop_Log", "ﾊﾞｯｸｱｯﾌﾟ履歴の削除 (Getdate-7)", nullptr},
+    {0, "PopupMenu_DB_BackUp_Restore", "レストア実行 ...",
+     &Run<&TFormMain::PopupMenu_DB_BackUp_RestoreClick>, &Selected},
+    {0, "PopupMenu_DB_BackUp_Direct_Restore", "ファイルを直接指定してレストア実行 ...",
+     &Run<&TFormMain::PopupMenu_DB_BackUp_Direct_RestoreClick>, nullptr, MenuLook::kInvisible},
+    {0, "PopupMenu_DB_BackUp_Drop_Log", "ﾊﾞｯｸｱｯﾌﾟ履歴の削除 (Getdate-7)",
+     &Run<&TFormMain::PopupMenu_DB_BackUp_Drop_LogClick>},
     {0, "PopupMenu_DB_BackUp_SQL", "SQL 発行...", nullptr},
     kCsv,
 };

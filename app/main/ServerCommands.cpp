@@ -68,13 +68,8 @@ void TFormMain::PopupMenu_SQLServer_DisConnectClick() {
   ListViewMain.ClearColumns();
 }
 
-bool TFormMain::ConfirmCaution(const std::string& text) {
-  return host_.dialogs.Ask({text, "注意", Buttons::kOkCancel, Icon::kStop, Answer::kCancel}) ==
-         Answer::kOk;
-}
-
 void TFormMain::PopupMenu_SQLServer_StopClick() {
-  if (!ConfirmCaution("サーバーを停止しますが、よろしいですか?")) return;
+  if (!workbench_.ConfirmCaution("サーバーを停止しますが、よろしいですか?")) return;
   {
     RunningStatus status(workbench_);
     session_.ADOQuerySystem.Command("shutdown");
@@ -84,7 +79,7 @@ void TFormMain::PopupMenu_SQLServer_StopClick() {
 }
 
 void TFormMain::PopupMenu_SQLServer_OneStopClick() {
-  if (!ConfirmCaution("サーバーを一時停止しますが、よろしいですか?")) return;
+  if (!workbench_.ConfirmCaution("サーバーを一時停止しますが、よろしいですか?")) return;
   {
     RunningStatus status(workbench_);
     host_.shell.Run("net", "pause mssqlserver", WindowState::kHidden);

@@ -2,10 +2,12 @@
 // commands behind them.
 //
 // One header; the members stand in several sources, one for each family of commands:
-//   UnitMain.cpp        start-up, the system menu, the error log
-//   NodeDispatch.cpp    which list a tree node shows
-//   ServerCommands.cpp  connect, disconnect, stop, pause, server tools
-//   ListCommands.cpp    sorting, capacity, system tables
+//   UnitMain.cpp          start-up, the system menu, the error log
+//   NodeDispatch.cpp      which list a tree node shows
+//   ServerCommands.cpp    connect, disconnect, stop, pause, server tools
+//   ListCommands.cpp      sorting, capacity, system tables, check boxes, export
+//   DatabaseCommands.cpp  states, backup and restore of databases, processes, jobs on the server
+//   DropCommands.cpp      what deletes the selected row's object
 #pragma once
 
 #include <cstddef>
@@ -25,11 +27,17 @@
 
 namespace dbkeeper {
 
+class TForm_BackupMedia;
+class TForm_Database_Property;
 class TFormLogin;
+class TFormRestore;
 
 // The other windows that the main window's commands show.
 struct MainForms {
+  TForm_Database_Property& Form_Database_Property;
   TFormLogin& FormLogin;
+  TForm_BackupMedia& Form_BackupMedia;
+  TFormRestore& FormRestore;
 };
 
 class TFormMain : public Form {
@@ -91,6 +99,36 @@ class TFormMain : public Form {
   void PopupMenuServerCfg_SvrNetCnClick();
   void PopupMenuServerCfg_OdbcAdClick();
   void PopupMenu_Table_CapacityClick();
+  void PopupMenu_Table_Select_ChkBoxClick();
+  void PopupMenu_Minimum_CSV_OutClick();
+
+  void PopupMenu_Databases_CreateClick();
+  void PopupMenu_Databases_AttachClick();
+  void PopupMenu_Databases_PropertyClick();
+  // One for the four items below "OnLine", which it tells apart by their captions.
+  void PopupMenu_Databases_OnLine_MULTI_RWClick(const MenuItem& sender);
+  void PopupMenu_Databases_OffLineClick();
+  void PopupMenu_Databases_DetachClick();
+  void PopupMenu_Databases_ShrinkClick();
+  void PopupMenu_Databases_DropClick();
+  void PopupMenu_Databases_Backup_BackupClick();
+  void PopupMenu_Databases_Backup_RestoreClick();
+  void PopupMenu_DB_BackUp_RestoreClick();
+  void PopupMenu_DB_BackUp_Direct_RestoreClick();
+  void PopupMenu_DB_BackUp_Drop_LogClick();
+  void PopupMenu_BackUp_CreateClick();
+  void PopupMenu_Process_Lock_KillClick();
+  void PopupMenu_Job_AddJobClick();
+  void PopupMenu_Job_DeleteJobClick();
+
+  void PopupMenu_Table_DropClick();
+  void PopupMenu_View_DropClick();
+  void PopupMenu_Procedure_DropClick();
+  void PopupMenu_Login_dropClick();
+  void PopupMenu_BackUp_DropClick();
+  void PopupMenu_Job_DropClick();
+  void PopupMenu_Users_DropClick();
+  void PopupMenu_Roles_DropClick();
 
  private:
   void BuildRoots();
@@ -101,7 +139,6 @@ class TFormMain : public Form {
   void HideTableBrowser();
   void BuildServerNodes();
   void ShowConnectionState(bool connected);
-  bool ConfirmCaution(const std::string& text);
 
   ServerSession& session_;
   const Host& host_;

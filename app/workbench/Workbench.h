@@ -34,6 +34,12 @@ struct Workbench {
   std::string ServerMachine() const {
     return Session.ServerName == kLocalServer ? Host.shell.ComputerName() : Session.ServerName;
   }
+
+  // The question before something that destroys or alters; Cancel is the default.
+  bool ConfirmCaution(const std::string& text) const {
+    return Host.dialogs.Ask({text, "注意", Buttons::kOkCancel, Icon::kStop, Answer::kCancel}) ==
+           Answer::kOk;
+  }
 };
 
 // Shows that a statement runs: " *" and the waiting cursor, then " >" and what has run. Leaving the

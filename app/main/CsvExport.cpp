@@ -1,0 +1,49 @@
+#include "app/main/CsvExport.h"
+
+#include <cstddef>
+
+#include "app/support/Errors.h"
+#include "app/support/Files.h"
+
+namespace dbkeeper {
+
+namespace {
+
+// A double quote inside is deliberately left as it is: the programs that read these files expect
+// the values as they stand.
+std::string Quoted(const std::string& text) { return '"' + text + '"'; }
+
+std::string Place(const ListView& list, std::size_t line, std::size_t column) {
+  const std::string where = line == 0 ? "見出し" : std::to_string(line) + "行目";
+  const bool named = column < list.Columns().size();
+  return " (" + where + "、" + std::to_string(column + 1) + "列目" +
+         (named ? "「" + list.Columns()[column].Caption + "」" : std::string()) + ")";
+}
+
+}  // namespace
+
+std::string CsvBytes(const ListView& list, CodePage& code_page) {
+  std::string bytes;
+  const auto add = [&](const std::string& text, std::size_t line, std::size_t column) {
+    if (column > 0) bytes += ',';
+    try {
+      bytes += ToAnsi(code_page, Quoted(text));
+    } catch (const FileError& error) {
+      throw FileError(error.what() + Place(list, line, column));
+    }
+  };
+  for (std::size_t column = 0; column < list.Columns().size(); ++column) {
+    add(list.Columns()[column].Caption, 0, column);
+  }
+  bytes += "\r\n";
+  for (std::size_t row = 0; row < list.Items().size(); ++row) {
+    const ListItem& item = list.Items()[row];
+    for (std::size_t column = 0; column <= item.SubItems.size(); ++column) {
+      add(item.Cell(column), row + 1, column);
+    }
+    bytes += "\r\n";
+  }
+  return bytes;
+}
+
+}  // namespace dbkeeper
