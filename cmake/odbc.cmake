@@ -1,1 +1,26 @@
 # The database session over ODBC, with its tests.
+find_path(ODBC_INCLUDE_DIR sql.h REQUIRED)
+find_library(ODBC_LIBRARY odbc REQUIRED)
+
+add_library(dbkeeper_odbc STATIC
+  platform/odbc/ConnectionString.cpp
+  platform/odbc/Diagnostics.cpp
+  platform/odbc/Driver.cpp
+  platform/odbc/FieldTypes.cpp
+  platform/odbc/OdbcConnection.cpp
+  platform/odbc/Pages.cpp
+  platform/odbc/Reader.cpp
+  platform/odbc/RowBlock.cpp
+  platform/odbc/RowStore.cpp
+  platform/odbc/Utf16.cpp
+)
+target_include_directories(dbkeeper_odbc SYSTEM PRIVATE ${ODBC_INCLUDE_DIR})
+target_link_libraries(dbkeeper_odbc PUBLIC dbkeeper_core PRIVATE ${ODBC_LIBRARY})
+
+dbkeeper_test(odbc_test
+  SOURCES
+    tests/platform/odbc/ConnectionStringTest.cpp
+    tests/platform/odbc/ReachingTest.cpp
+    tests/platform/odbc/RowStoreTest.cpp
+    tests/platform/odbc/Utf16Test.cpp
+  LIBS dbkeeper_odbc)
