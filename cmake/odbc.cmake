@@ -24,3 +24,15 @@ dbkeeper_test(odbc_test
     tests/platform/odbc/RowStoreTest.cpp
     tests/platform/odbc/Utf16Test.cpp
   LIBS dbkeeper_odbc)
+
+add_library(dbkeeper_local_server STATIC platform/host/LocalServerProcess.cpp)
+target_link_libraries(dbkeeper_local_server PUBLIC dbkeeper_core)
+
+# What end-to-end tests link to have a server of their own.
+if(TARGET dbkeeper-server)
+  add_library(dbkeeper_test_server STATIC tests/support/LocalServer.cpp)
+  target_compile_definitions(dbkeeper_test_server PRIVATE
+    DBKEEPER_SERVER_PROGRAM="$<TARGET_FILE:dbkeeper-server>")
+  target_link_libraries(dbkeeper_test_server PUBLIC dbkeeper_local_server)
+  add_dependencies(dbkeeper_test_server dbkeeper-server)
+endif()

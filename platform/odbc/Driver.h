@@ -121,9 +121,9 @@ class Statement {
   SQLHSTMT handle_ = nullptr;
 };
 
-// What a failed batch goes on with: runs the statements behind the failure that only count rows,
-// so that it is not left to chance which of them the server still gets to. What they say is kept
-// with the messages; rows are cancelled.
+// After a failure: runs the statements behind it that only count rows, so that it is not left to
+// chance which of them the server still gets to. What they say is kept with the messages; the
+// statement ends up before its next rows or at its end.
 void RunOut(Statement& statement);
 
 }  // namespace dbkeeper::odbc

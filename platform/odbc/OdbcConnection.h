@@ -46,7 +46,8 @@ class OdbcConnection : public Connection {
   void Close() override;
   bool IsOpen() const override;
 
-  // A failed batch runs on to its end or its next rows, before the failure is thrown.
+  // After a failure the statements behind it that give no rows still run before it is thrown; but
+  // when the very first statement of the batch fails, the driver manager cuts the batch off there.
   std::unique_ptr<RowReader> Query(const std::string& sql) override;
   // Rows are skipped. The first failure is thrown after the batch has ended; later ones are then
   // found among the messages.
