@@ -1,0 +1,14 @@
+# Measurements: they print numbers and never pass or fail. Build them with the target "benchmarks".
+find_package(benchmark REQUIRED)
+add_custom_target(benchmarks)
+
+# dbkeeper_bench(name SOURCES ... LIBS ...)
+function(dbkeeper_bench name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+  add_executable(${name} EXCLUDE_FROM_ALL ${ARG_SOURCES})
+  target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR})
+  target_link_libraries(${name} PRIVATE ${ARG_LIBS} benchmark::benchmark)
+  add_dependencies(benchmarks ${name})
+endfunction()
+
+dbkeeper_bench(core_bench SOURCES bench/core_bench.cpp LIBS dbkeeper_test_support)
