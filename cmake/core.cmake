@@ -1,10 +1,12 @@
 # Floors 0 to 4: the C++ standard library and nothing else. The target links no library and the
 # tests of the core link it alone, so a toolkit or driver that slipped in would not link.
 add_library(dbkeeper_core STATIC
+  controls/DataGrid.cpp
   controls/FnpNumericEdit.cpp
   controls/Inputs.cpp
   controls/ListView.cpp
   controls/Menu.cpp
+  controls/Navigator.cpp
   controls/TreeView.cpp
   app/support/DateText.cpp
   app/support/Files.cpp
@@ -17,6 +19,12 @@ add_library(dbkeeper_core STATIC
   catalog/DatabaseList.cpp
   catalog/DatabaseProperties.cpp
   catalog/ListRoutine.cpp
+  app/session/RowBlock.cpp
+  app/session/RowEditor.cpp
+  app/session/RowOverlay.cpp
+  app/session/RowStore.cpp
+  app/session/RowView.cpp
+  app/session/SelectSource.cpp
   catalog/ObjectLists.cpp
   catalog/ServerLists.cpp
   database/Unit_BackupMedia.cpp
@@ -36,3 +44,4 @@ add_library(dbkeeper_core STATIC
   app/main/UnitMain.cpp
 )
 target_include_directories(dbkeeper_core PUBLIC ${CMAKE_SOURCE_DIR})
+  app/main/TableBrowser.cpp

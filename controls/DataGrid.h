@@ -78,7 +78,9 @@ class GridSource {
   virtual void Next() = 0;
   virtual void Last() = 0;
 
-  // Why rows cannot be written; empty when they can.
+  // Whether rows can be written now.
+  virtual bool CanEdit() const = 0;
+  // Why rows could not be written in edit mode either; empty when there is no such reason.
   virtual const std::string& EditRefusal() const = 0;
   // A new row in the current one's place, which becomes the current one.
   virtual void Insert() = 0;

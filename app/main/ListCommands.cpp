@@ -53,15 +53,6 @@ void TFormMain::ListViewMainColumnClick(std::size_t column) {
   ListViewMain.Reorder(order);
 }
 
-// The table browser opens the selected table again while it is open.
-void TFormMain::ListViewMainDblClick() {}
-
-void TFormMain::HideTableBrowser() {
-  Pnl_SQL.Visible = false;
-  Splitter_SQL.Visible = false;
-  session_.ADOQuery_User.Close();
-}
-
 void TFormMain::PopupMenu_Table_CapacityClick() {
   RunningStatus status(workbench_);
   ListCapacity(TreeView.Selected()->Parent()->Text(), ListViewMain, session_.ADOQuerySystem);

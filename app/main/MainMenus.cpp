@@ -91,7 +91,8 @@ constexpr MenuRow kDatabases[] = {
 };
 
 constexpr MenuRow kTable[] = {
-    {0, "PopupMenu_Table_Open", "開く", nullptr, &Selected, MenuLook::kDefault},
+    {0, "PopupMenu_Table_Open", "開く", &Run<&TFormMain::PopupMenu_Table_OpenClick>, &Selected,
+     MenuLook::kDefault},
     {0, "PopupMenu_Table_Create", "新規ﾃｰﾌﾞﾙ...", nullptr},
     {0, "PopupMenu_Table_Property", "ﾌﾟﾛﾊﾟﾃｨ", nullptr, &Selected},
     {0, "PopupMenu_Table_Privileges", "権限の表示...", nullptr, &Selected},
@@ -118,7 +119,7 @@ constexpr MenuRow kTable[] = {
 };
 
 constexpr MenuRow kView[] = {
-    {0, "PopupMenu_View_Open", "開く...", nullptr, &Selected},
+    {0, "PopupMenu_View_Open", "開く...", &Run<&TFormMain::PopupMenu_Table_OpenClick>, &Selected},
     {0, "PopupMenu_View_Privileges", "権限の表示...", nullptr, &Selected},
     {0, "PopupMenu_View_SQL", "SQL 発行...", nullptr},
     kCsv,

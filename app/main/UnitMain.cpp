@@ -95,6 +95,7 @@ TFormMain::TFormMain(ServerSession& session, const dbkeeper::Host& host, Setting
   ListViewMain.OnColumnClick = [this](std::size_t column) { ListViewMainColumnClick(column); };
   ListViewMain.OnDblClick = [this] { ListViewMainDblClick(); };
   ListViewMain.Popup = PopupMenu1.get();
+  PrepareTableBrowser();
   BuildRoots();
   ShowConnectionState(false);
 }
@@ -212,9 +213,12 @@ void TFormMain::ApplicationException(const std::exception& error) {
         "異常が発生したので、TableをCloseします。\r\n対処方法：\r\n"
         "　新規挿入時には、全フィールドを埋めてください。\r\n\r\n" +
         message);
+    session_.ADOQuery_User.Rows.Cancel();
     session_.ADOQuery_User.Close();
+    SettleTableBrowser();
     return;
   }
+  SettleTableBrowser();
   host_.dialogs.ShowError(message);
 }
 

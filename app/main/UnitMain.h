@@ -9,6 +9,7 @@
 //   DatabaseCommands.cpp  states, backup and restore of databases, processes, jobs on the server
 //   DropCommands.cpp      what deletes the selected row's object
 #pragma once
+//   TableBrowser.cpp      the pane that shows the rows of a table
 
 #include <cstddef>
 #include <exception>
@@ -20,10 +21,12 @@
 #include "app/support/SettingsFile.h"
 #include "app/workbench/Workbench.h"
 #include "controls/Form.h"
+#include "controls/DataGrid.h"
 #include "controls/Inputs.h"
 #include "controls/ListView.h"
 #include "controls/Menu.h"
 #include "controls/TreeView.h"
+#include "controls/Navigator.h"
 
 namespace dbkeeper {
 
@@ -56,6 +59,18 @@ class TFormMain : public Form {
   const std::unique_ptr<PopupMenu> PopupMenu_SQLServer;
   const std::unique_ptr<PopupMenu> PopupMenuServerCfg;
   const std::unique_ptr<PopupMenu> PopupMenu_Databases;
+  // The table browser's pane.
+  Panel Pnl_SQL_Tool;
+  Button Sbtn_TableClose{"X"};
+  Button Sbtn_TableOpen{"Open", ButtonKind::kToggle};
+  Edit Edit_Open_TableName{"Table :"};
+  ComboBox ComboBox_Table_Where;
+  Button Sbtn_RE{"Edit", ButtonKind::kToggle};
+  Panel Pnl_Navigator;
+  Navigator DBNavigator1;
+  Edit Edit_Table_Where{"where : "};
+  DataGrid DBGrid1;
+
   const std::unique_ptr<PopupMenu> PopupMenu_Table;
   const std::unique_ptr<PopupMenu> PopupMenu_View;
   const std::unique_ptr<PopupMenu> PopupMenu_Procedure;
@@ -148,5 +163,11 @@ class TFormMain : public Form {
   dbkeeper::Workbench workbench_;
   int sort_direction_ = -1;
 };
+  void PrepareTableBrowser();
 
+  void OpenBrowseQuery();
+  void ShowBrowseState();
+  void ShowFilterRow(bool shown);
+  // Brings the pane in line with a query that an error or a lost connection has closed.
+  void SettleTableBrowser();
 }  // namespace dbkeeper

@@ -14,7 +14,8 @@ class RowBlock {
  public:
   RowBlock() = default;
 
-  // The cells of a row are added in order, then the row is ended.
+  // The cells of a row are added in order, then the row is ended. A block whose rows begin behind
+  // 4 GiB is refused with std::length_error.
   void AddNull() { AddLength(0); }
   void AddCell(std::string_view text) {
     AddLength(text.size() + 1);
@@ -27,6 +28,7 @@ class RowBlock {
   // either direction, costs no more than the row.
   std::optional<std::string_view> Cell(std::size_t row, std::size_t column);
 
+  std::size_t Bytes() const { return bytes_.size(); }
   // The memory that it takes.
   std::size_t Size() const;
   // Gives back the room kept for growth; no row is added afterwards.

@@ -5,16 +5,25 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "app/session/Connection.h"
 #include "app/session/RowSource.h"
+#include "app/session/SelectSource.h"
 
 namespace dbkeeper {
 
+// A row could not be written though the server raised no error.
+class RowError : public Error {
+ public:
+  using Error::Error;
+  const char* ClassName() const override { return "RowError"; }
+};
+
 // A row being changed: what it was, what it shall be, and which values a person gave.
 struct RowChange {
-  RowValues before;  // empty for a new row
+  RowValues before;  // nulls for a new row
   RowValues after;
   std::vector<bool> assigned;
 };
@@ -24,44 +33,49 @@ class RowEditor {
   // Prepares to write the rows of a result of `sql`, whose fields are `fields`; asks the server for
   // the columns and the key of its table in the connection's present database. Where the result
   // cannot be written back, Refusal() says why. Throws ServerError.
-  RowEditor(Connection& connection, const std::string& sql, const std::vector<Field>& fields);
+  RowEditor(Connection& connection, std::string_view sql, const std::vector<Field>& fields);
 
   // In plain words; empty when rows can be written.
   const std::string& Refusal() const { return refusal_; }
-  // False for a column that the server fills itself.
-  bool Writable(std::size_t field) const;
+  // False for a column that is computed, or that the server fills itself.
+  bool Writable(std::size_t field) const { return columns_[field].writable; }
 
-  // Each writes one row or throws: ServerError, or RowError when another number of rows than one
-  // would be touched. Insert and Update give the row as the server holds it now.
+  // Each writes one row or throws: ServerError, or RowError when none or several would be touched,
+  // or when the server cannot keep a text as it is. Insert and Update give the row as the server
+  // holds it now, as far as it can be named.
   RowValues Insert(const RowChange& change);
   RowValues Update(const RowChange& change);
   void Delete(const RowValues& before);
 
  private:
   struct Column {
-    std::string name;
-    std::string type;
+    Field field;
+    std::string name;  // in the table; empty for a computed expression
     bool writable = false;
     bool identity = false;
-    bool key = false;
-    bool compared = false;  // among the original values that name a row
+    bool in_key = false;
+    bool comparable = false;  // the server can compare its values
   };
 
-  void ReadColumns();
-  void ReadKey();
+  void ReadTable(const SelectSource& source);
+  void MatchColumns(const SelectSource& source);
+  void ReadKey(const std::string& catalog, const std::string& table_id);
+  bool HasKey() const;
+  Column* ColumnNamed(std::string_view name);
+
+  std::string Condition(const Column& column, const std::optional<std::string>& value) const;
   std::string WhereOriginal(const RowValues& before) const;
+  // Names the row once it has been written; empty when nothing does.
+  std::string WhereNow(const RowChange& change) const;
+  RowValues ReadBack(const RowChange& change);
+  // Runs a statement; gives the identity value that the session was given last. Throws RowError
+  // unless it touched one row.
+  std::string RequireOneRow(const std::string& statement);
 
   Connection& connection_;
-  std::string table_;  // with its database and owner
+  std::string table_;  // with its database and owner, so that a later "use" does not change it
   std::vector<Column> columns_;
   std::string refusal_;
-};
-
-// A row could not be written though the server raised no error.
-class RowError : public Error {
- public:
-  using Error::Error;
-  const char* ClassName() const override { return "RowError"; }
 };
 
 }  // namespace dbkeeper

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <deque>
 #include <list>
 #include <memory>
 #include <vector>
@@ -27,7 +28,7 @@ class RowStore : public RowSource {
   void ReadAll(RowReader& reader);
   // The same for a cursor that does not scroll.
   void ReadAll(PageCursor& cursor);
-  // One row, cell by cell; the reader's present row.
+  // The reader's present row.
   void Append(const RowReader& reader);
 
   std::size_t MemoryUsed() const { return memory_used_; }
@@ -49,25 +50,28 @@ class RowStore : public RowSource {
   struct Chunk {
     std::int64_t first_row = 0;
     RowBlock rows;
+    bool sealed = false;
     std::uint64_t place = 0;
-    std::size_t bytes = 0;  // in the file; 0 while in memory
+    std::size_t bytes = 0;  // in the file; 0 when it is kept in memory
   };
 
   RowBlock& OpenBlock();
   void EndRow();
-  void Seal();
+  void Seal(Chunk& chunk);
   void WriteOut(Chunk& chunk);
-  Chunk& ChunkOf(std::int64_t row);
-  RowBlock& Loaded(Chunk& chunk);
+  std::size_t ChunkOf(std::int64_t row);
+  RowBlock& Loaded(std::size_t index);
 
   const std::vector<Field> fields_;
   const std::size_t budget_;
-  std::vector<Chunk> chunks_;  // the last one is open for more rows
+  std::deque<Chunk> chunks_;  // the last one is open for more rows
   std::int64_t rows_ = 0;
   std::size_t memory_used_ = 0;
   std::uint64_t file_used_ = 0;
   std::unique_ptr<std::FILE, CloseFile> file_;
-  std::list<std::size_t> read_back_;  // chunks of the file now in memory, the latest used first
+  std::size_t last_chunk_ = 0;        // where the row asked for last stands
+  std::list<std::size_t> read_back_;  // chunks of the file now in memory, the newest first
+  std::size_t read_back_bytes_ = 0;
 };
 
 }  // namespace dbkeeper

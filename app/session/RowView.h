@@ -64,6 +64,7 @@ class RowView : public GridSource {
   void Prior() override;
   void Next() override;
   void Last() override;
+  bool CanEdit() const override { return editor_ != nullptr && refusal_.empty(); }
   const std::string& EditRefusal() const override { return refusal_; }
   void Insert() override;
   void Delete() override;
@@ -77,10 +78,12 @@ class RowView : public GridSource {
   void DescribeColumns();
   void SetState(GridState state);
   void SetCurrent(std::int64_t row);
+  // Throws RowError where rows cannot be written.
   void RequireEditable() const;
-  void PostPending();
-  bool IsPending(std::int64_t row) const;
+  void BeginChange(GridState state, RowValues before, RowValues after);
+  bool IsBeingChanged(std::int64_t row) const;
   RowValues ValuesOf(std::int64_t row);
+  std::string_view Shown(const Field& field, std::string_view value, std::size_t limit);
 
   HostLocale& locale_;
   std::unique_ptr<RowSource> rows_;
@@ -91,7 +94,7 @@ class RowView : public GridSource {
   GridState state_ = GridState::kClosed;
   bool detached_ = false;
   std::int64_t current_ = -1;
-  RowChange pending_;
+  RowChange change_;  // of the current row, in the states kEdit and kInsert
   std::exception_ptr failure_;
   std::string shown_;  // behind the texts that are not the source's own
 };

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "app/session/BrowseQuery.h"
 #include "app/session/Connection.h"
 #include "app/session/Query.h"
 
@@ -44,7 +45,7 @@ class ServerSession {
   // The shared query of every list, dialog and command.
   Query ADOQuerySystem;
   // The table browser's.
-  Query ADOQuery_User;
+  BrowseQuery ADOQuery_User;
 };
 
 }  // namespace dbkeeper

@@ -1,0 +1,160 @@
+// The pane below the main list: the rows of one table or view, a filter, and editing on demand.
+
+#include <string>
+
+#include "app/main/UnitMain.h"
+
+namespace dbkeeper {
+
+namespace {
+
+// Heights of the tool area with one row, and with the filter row.
+constexpr int kOneRow = 31;
+constexpr int kTwoRows = 53;
+
+struct Mode {
+  LockType lock;
+  int navigator_width;
+  int panel_width;
+  const char* caption;  // of the button: the mode that a press switches to
+  const char* status;
+};
+
+constexpr Mode kReadOnlyMode = {LockType::kReadOnly, 100, 104, "Edit", ""};
+constexpr Mode kEditMode = {
+    LockType::kOptimistic, 250, 254, "Ronly",
+    "Tab=Cancelと処理します。Inser時に全ﾌｨｰﾙﾄﾞを埋ない場合は、"
+    "空白ﾌｨｰﾙﾄﾞにﾌｫｰｶｽを移動させてNull扱いを明示して、「データ更新」を押します。"};
+
+}  // namespace
+
+void TFormMain::PrepareTableBrowser() {
+  Edit_Open_TableName.Text = ">";
+  Edit_Open_TableName.ReadOnly = true;
+  ComboBox_Table_Where.Items.Assign({"*"});
+  ComboBox_Table_Where.SetItemIndex(0);
+  Pnl_Navigator.Width = kReadOnlyMode.panel_width;
+  DBNavigator1.Source = &session_.ADOQuery_User.Rows;
+  DBNavigator1.ConfirmDelete = [this] {
+    return workbench_.ConfirmCaution("この行を削除してよろしいですか?");
+  };
+  DBGrid1.Source = &session_.ADOQuery_User.Rows;
+  Sbtn_TableOpen.OnClick = [this] { Sbtn_TableOpenClick(); };
+  Sbtn_TableClose.OnClick = [this] { Sbtn_TableCloseClick(); };
+  Sbtn_RE.OnClick = [this] { Sbtn_REClick(); };
+  ComboBox_Table_Where.OnChange = [this] { ComboBox_Table_WhereChange(); };
+  ShowFilterRow(false);
+}
+
+void TFormMain::ListViewMainDblClick() {
+  if (ListViewMain.Selected() == nullptr || !session_.ADOQuery_User.Active()) return;
+  PopupMenu_Table_OpenClick();
+}
+
+void TFormMain::PopupMenu_Table_OpenClick() {
+  const ListItem* const row = ListViewMain.Selected();
+  const TreeNode* const node = TreeView.Selected();
+  if (row == nullptr || node == nullptr || node->Parent() == nullptr) return;
+  const std::string name = row->SubItem(0);
+  RunningStatus status(workbench_);
+  BrowseQuery& query = session_.ADOQuery_User;
+  query.UseDatabase(node->Parent()->Text());
+  query.Clear();
+  query.Add("select * from [" + name + "]");
+
+  Edit_Open_TableName.Text = name;
+  Sbtn_TableOpen.Down = true;
+  Edit_Table_Where.Text = std::string();
+  ComboBox_Table_Where.Items.Assign({"*"});
+  OpenBrowseQuery();
+  if (query.Active()) {
+    for (const Field& field : query.Rows.Fields()) ComboBox_Table_Where.Items.Add(field.name);
+  }
+  ComboBox_Table_Where.SetItemIndex(0);
+  ShowFilterRow(false);
+  Pnl_SQL.Visible = true;
+  Splitter_SQL.Visible = true;
+  status.Done("select * from " + name);
+}
+
+void TFormMain::Sbtn_TableOpenClick() {
+  BrowseQuery& query = session_.ADOQuery_User;
+  if (!Sbtn_TableOpen.Down) {
+    query.Close();
+    ShowBrowseState();
+    return;
+  }
+  const BusyScope busy(host_.windows);
+  query.Clear();
+  query.Add("select * from [" + Edit_Open_TableName.Text() + "]");
+  // As it was typed: the text is a condition of the server's language.
+  if (!Edit_Table_Where.Text().empty()) query.Add(" where " + Edit_Table_Where.Text());
+  OpenBrowseQuery();
+}
+
+void TFormMain::OpenBrowseQuery() {
+  try {
+    session_.ADOQuery_User.Open();
+  } catch (...) {
+    ShowBrowseState();
+    throw;
+  }
+  ShowBrowseState();
+}
+
+void TFormMain::ShowBrowseState() {
+  const bool active = session_.ADOQuery_User.Active();
+  Sbtn_TableOpen.Caption = active ? "Close" : "Open";
+  Sbtn_TableOpen.Down = active;
+}
+
+void TFormMain::SettleTableBrowser() {
+  BrowseQuery& query = session_.ADOQuery_User;
+  if (query.Active() && !session_.Connected()) query.Rows.Detach();
+  if (Sbtn_TableOpen.Down && !query.Active()) ShowBrowseState();
+}
+
+void TFormMain::Sbtn_TableCloseClick() {
+  HideTableBrowser();
+  // Deliberate: its caption stays as it was; the next open sets it.
+  Sbtn_TableOpen.Down = false;
+}
+
+void TFormMain::HideTableBrowser() {
+  Pnl_SQL.Visible = false;
+  Splitter_SQL.Visible = false;
+  session_.ADOQuery_User.Close();
+}
+
+void TFormMain::ShowFilterRow(bool shown) {
+  Edit_Table_Where.Visible = shown;
+  Edit_Table_Where.EditLabel.Visible = shown;
+  Pnl_SQL_Tool.Height = shown ? kTwoRows : kOneRow;
+}
+
+void TFormMain::ComboBox_Table_WhereChange() {
+  const std::string& field = ComboBox_Table_Where.Text();
+  if (field == "*") {
+    Edit_Table_Where.Text = std::string();
+    ShowFilterRow(false);
+    return;
+  }
+  // Deliberate: no blanks around "and", and the name as it is; the operator goes on typing here.
+  const std::string before = Edit_Table_Where.Text();
+  Edit_Table_Where.Text = before + (before.empty() ? "" : "and") + "(" + field + " = '')";
+  ShowFilterRow(true);
+}
+
+void TFormMain::Sbtn_REClick() {
+  const Mode& mode = Sbtn_RE.Down ? kEditMode : kReadOnlyMode;
+  const bool editing = mode.lock == LockType::kOptimistic;
+  DBGrid1.ReadOnly = !editing;
+  DBNavigator1.VisibleButtons = editing ? AllNavigatorButtons() : MovingButtons();
+  DBNavigator1.Width = mode.navigator_width;
+  Pnl_Navigator.Width = mode.panel_width;
+  Sbtn_RE.Caption = mode.caption;
+  StatusBar1.SimpleText = std::string(" >") + mode.status;
+  session_.ADOQuery_User.SetLock(mode.lock);
+}
+
+}  // namespace dbkeeper
