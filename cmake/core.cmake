@@ -14,6 +14,8 @@ add_library(dbkeeper_core STATIC
   app/support/TextHelpers.cpp
   app/support/Utf8.cpp
   app/session/Connection.cpp
+  app/session/BrowseQuery.cpp
+  app/session/CellText.cpp
   app/session/Query.cpp
   app/session/ServerSession.cpp
   catalog/DatabaseList.cpp

@@ -117,6 +117,15 @@ class TFormMain : public Form {
   void PopupMenu_Table_Select_ChkBoxClick();
   void PopupMenu_Minimum_CSV_OutClick();
 
+  void PopupMenu_Databases_SQLClick();
+  void PopupMenu_Minimum_SQLClick();
+  void PopupMenu_Table_SQLClick();
+
+  void PopupMenu_Table_OpenClick();
+  void Sbtn_TableOpenClick();
+  void Sbtn_TableCloseClick();
+  void Sbtn_REClick();
+  void ComboBox_Table_WhereChange();
   void PopupMenu_Databases_CreateClick();
   void PopupMenu_Databases_AttachClick();
   void PopupMenu_Databases_PropertyClick();
