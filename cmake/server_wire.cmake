@@ -12,8 +12,10 @@ add_library(dbkeeper_server_wire STATIC
   server/wire/server.cpp
   server/wire/socket.cpp
   server/wire/tokens.cpp
-  server/wire/type_codec.cpp
+  server/wire/value_reader.cpp
+  server/wire/value_writer.cpp
   server/wire/wire_sink.cpp
+  server/wire/wire_types.cpp
 )
 target_include_directories(dbkeeper_server_wire PUBLIC ${CMAKE_SOURCE_DIR})
 target_link_libraries(dbkeeper_server_wire PUBLIC Threads::Threads)

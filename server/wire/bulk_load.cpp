@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "server/wire/type_codec.h"
+#include "server/wire/value_reader.h"
 
 namespace dbkeeper::server {
 namespace {

@@ -5,7 +5,7 @@
 #include <cctype>
 #include <optional>
 
-#include "server/wire/type_codec.h"
+#include "server/wire/value_reader.h"
 
 namespace dbkeeper::server {
 namespace {

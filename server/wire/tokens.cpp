@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <string>
 
-#include "server/wire/type_codec.h"
+#include "server/wire/value_writer.h"
+#include "server/wire/wire_types.h"
 
 namespace dbkeeper::server {
 namespace {

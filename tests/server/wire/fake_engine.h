@@ -59,7 +59,7 @@ class FakeEngine : public SessionFactory {
   std::string server_name() const override { return "FAKE"; }
   std::unique_ptr<Session> Login(const LoginRequest& request) override;
 
-  void Handle(FakeCall call, ResultSink& sink) {
+  void Handle(const FakeCall& call, ResultSink& sink) {
     {
       const std::lock_guard lock(mutex_);
       calls_.push_back(call);

@@ -9,6 +9,7 @@ namespace dbkeeper::server {
 namespace {
 
 constexpr std::int64_t kDay = 25'920'000;
+constexpr std::int64_t kMinute = 18'000;
 
 SqlType Sized(TypeId id, int length) {
   SqlType type;
@@ -67,7 +68,7 @@ std::vector<ValueCase> ValueCases() {
        "1753-01-01 00:00:00.000"},
       {"smalldatetime",
        {TypeId::kSmallDateTime},
-       Integer(65535 * kDay + 61 * 18'000),
+       Integer(65535 * kDay + 61 * kMinute),
        "2079-06-06 01:01:00"},
       {"char", Sized(TypeId::kChar, 6), Text("日本  "), "日本  "},
       {"varchar", Sized(TypeId::kVarChar, 20), Text("①髙ｱ～"), "①髙ｱ～"},
