@@ -177,6 +177,9 @@ struct Expression {
   std::size_t end = 0;
 };
 
+// Whether it is a predicate: true, false or unknown, but no value.
+bool IsPredicate(const Expression& expression);
+
 // ---- queries -----------------------------------------------------------------------------------
 
 struct NamedTable {

@@ -202,7 +202,4 @@ class Parser {
   int chain_ = 0;  // operators of the statement that made its expressions deeper
 };
 
-// Whether a node is a predicate (true or false, no value).
-bool IsPredicate(const Expression& expression);
-
 }  // namespace dbkeeper::server

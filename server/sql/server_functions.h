@@ -1,23 +1,16 @@
 // Functions that the translated statements call at run time.
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <string_view>
-#include <variant>
 #include <vector>
 
 #include "server/engine/result_sink.h"
+#include "server/types/cell.h"
 
 struct sqlite3;
 
 namespace dbkeeper::server {
-
-struct Blob {
-  std::string bytes;
-};
-// A cell of SQLite: null, integer, real, text, blob.
-using Cell = std::variant<std::monostate, std::int64_t, double, std::string, Blob>;
 
 // What functions of the server's state answer. `function` is the name in lower case: "object_id",
 // "db_name", "user_name", "@@identity", "@@spid", "serverproperty", "columnproperty", ...; the list

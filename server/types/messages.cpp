@@ -49,6 +49,9 @@ constexpr MessageRow kMessages[] = {
     {121, 15, 1,
      "The select list for the INSERT statement contains more items than the insert list. The "
      "number of SELECT values must match the number of INSERT columns."},
+    {128, 15, 1,
+     "The name '%1' is not permitted in this context. Only constants, expressions, or variables "
+     "allowed here. Column names are not permitted."},
     {131, 15, 3,
      "The size (%1) given to the type '%2' exceeds the maximum allowed for any data type (%3)."},
     {137, 15, 2, "Must declare the variable '%1'."},
@@ -56,6 +59,7 @@ constexpr MessageRow kMessages[] = {
     {147, 15, 1,
      "An aggregate may not appear in the WHERE clause unless it is in a subquery contained in a "
      "HAVING clause or a select list, and the column being aggregated is an outer reference."},
+    {155, 15, 1, "'%1' is not a recognized %2 option."},
     {156, 15, 1, "Incorrect syntax near the keyword '%1'."},
     {157, 15, 1, "An aggregate may not appear in the set list of an UPDATE statement."},
     {161, 15, 1, "Rule contains more than one variable."},
@@ -79,6 +83,7 @@ constexpr MessageRow kMessages[] = {
     {220, 16, 1, "Arithmetic overflow error for data type %1, value = %2."},
     {229, 14, 5, "%1 permission denied on object '%2', database '%3', owner '%4'."},
     {232, 16, 1, "Arithmetic overflow error for type %1, value = %2."},
+    {234, 16, 2, "There is insufficient result space to convert a money value to %1."},
     {235, 16, 0, "Cannot convert a char value to money. The char value has incorrect syntax."},
     {241, 16, 1, "Syntax error converting datetime from character string."},
     {242, 16, 3,
@@ -96,9 +101,13 @@ constexpr MessageRow kMessages[] = {
     {257, 16, 3,
      "Implicit conversion from data type %1 to %2 is not allowed. Use the CONVERT function to run "
      "this query."},
+    {259, 16, 2,
+     "Ad hoc updates to system catalogs are not enabled. The system administrator must reconfigure "
+     "SQL Server to allow this."},
     {260, 16, 1,
      "Disallowed implicit conversion from data type %1 to data type %2, table '%3', column '%4'. "
      "Use the CONVERT function to run this query."},
+    {263, 16, 1, "Must specify table to select from."},
     {264, 16, 1,
      "Column name '%1' appears more than once in the result column list. A column cannot be "
      "assigned more than one value in the same clause. Modify the clause to make sure that a "
@@ -183,6 +192,7 @@ constexpr MessageRow kMessages[] = {
     {4511, 16, 1,
      "Create View or Function failed because no column name was specified for column %1."},
     {4902, 16, 1, "Cannot alter table '%1' because this table does not exist in database '%2'."},
+    {8102, 16, 1, "Cannot update identity column '%1'."},
     {8114, 16, 5, "Error converting data type %1 to %2."},
     {8115, 16, 2, "Arithmetic overflow error converting %1 to data type %2."},
     {8116, 16, 1, "Argument data type %1 is invalid for argument %2 of %3 function."},

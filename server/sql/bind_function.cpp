@@ -1,0 +1,316 @@
+// Calls: aggregates, choices between values, conversions, and the functions of the table.
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "server/sql/binder.h"
+#include "server/sql/function_table.h"
+#include "server/sql/lexer.h"
+#include "server/types/datetime.h"
+#include "server/types/messages.h"
+#include "server/types/type_rules.h"
+
+namespace dbkeeper::server {
+namespace {
+
+constexpr std::string_view kAggregates[] = {"count", "count_big", "sum", "avg", "min", "max"};
+constexpr std::string_view kRefusedAggregates[] = {"stdev", "stdevp",       "var",
+                                                   "varp",  "checksum_agg", "grouping"};
+const SqlType kIntType{TypeId::kInt, 4, 10, 0, true};
+const SqlType kFloatType{TypeId::kFloat, 8, 53, 0, true};
+const SqlType kDateTimeType{TypeId::kDateTime, 8, 23, 3, true};
+const SqlType kNameType{TypeId::kNVarChar, 128, 0, 0, true};
+
+// The type that sum and avg of `type` have.
+SqlType SumType(const SqlType& type) {
+  switch (FamilyOf(type.id)) {
+    case TypeFamily::kInteger:
+      return type.id == TypeId::kBigInt ? type : kIntType;
+    case TypeFamily::kReal:
+      return kFloatType;
+    case TypeFamily::kMoney:
+      return SqlType{TypeId::kMoney, 8, 19, 4, true};
+    default:
+      return SqlType{TypeId::kDecimal, 0, 38, type.scale, true};
+  }
+}
+
+std::string Code(const SqlType& type) { return std::to_string(EncodeType(type)); }
+
+std::string Replaced(std::string_view text, std::string_view mark, std::string_view by) {
+  std::string result(text);
+  for (std::size_t at = result.find(mark); at != std::string::npos;
+       at = result.find(mark, at + by.size())) {
+    result.replace(at, mark.size(), by);
+  }
+  return result;
+}
+
+SqlType NumberType(const SqlType& first) {
+  if (FamilyOf(first.id) == TypeFamily::kInteger) {
+    return first.id == TypeId::kBigInt ? first : kIntType;
+  }
+  const bool number =
+      FamilyOf(first.id) == TypeFamily::kDecimal || FamilyOf(first.id) == TypeFamily::kMoney;
+  return number ? first : kFloatType;
+}
+
+SqlType TextType(const SqlType& first, bool widest) {
+  SqlType type = first;
+  if (FamilyOf(type.id) == TypeFamily::kBinary) {
+    type.id = TypeId::kVarBinary;
+    type.length = std::min(type.length, 8000);
+    return type;
+  }
+  type.id = IsNationalText(type.id) ? TypeId::kNVarChar : TypeId::kVarChar;
+  const int most = IsNationalText(type.id) ? 4000 : 8000;
+  type.length = widest ? most : std::min(type.length, most);
+  return type;
+}
+
+SqlType ResultType(const FunctionRow& row, const SqlType& first) {
+  switch (row.result) {
+    case ResultRule::kInt:
+      return kIntType;
+    case ResultRule::kBigInt:
+      return SqlType{TypeId::kBigInt, 8, 19, 0, true};
+    case ResultRule::kFloat:
+      return kFloatType;
+    case ResultRule::kDateTime:
+      return kDateTimeType;
+    case ResultRule::kGuid:
+      return SqlType{TypeId::kUniqueIdentifier, 16, 0, 0, true};
+    case ResultRule::kIdentity:
+      return SqlType{TypeId::kNumeric, 0, 38, 0, true};
+    case ResultRule::kName:
+      return kNameType;
+    case ResultRule::kVarChar:
+      return SqlType{TypeId::kVarChar, row.length, 0, 0, true};
+    case ResultRule::kNVarChar:
+      return SqlType{TypeId::kNVarChar, row.length, 0, 0, true};
+    case ResultRule::kVariant:
+      return SqlType{TypeId::kSqlVariant, 8016, 0, 0, true};
+    case ResultRule::kBinary:
+      return SqlType{TypeId::kVarBinary, row.length, 0, 0, true};
+    case ResultRule::kFirst:
+      return first;
+    case ResultRule::kNumber:
+      return NumberType(first);
+    case ResultRule::kWhole: {
+      SqlType type = NumberType(first);
+      if (FamilyOf(type.id) == TypeFamily::kDecimal) type.scale = 0;
+      return type;
+    }
+    case ResultRule::kText:
+      return TextType(first, false);
+    case ResultRule::kWideText:
+      return TextType(first, true);
+  }
+  return first;
+}
+
+void CheckCount(std::string_view name, std::size_t count, int least, int most, int line) {
+  const auto given = static_cast<int>(count);
+  if (given >= least && given <= most) return;
+  if (least == most) throw MakeError(174, {name, std::to_string(least)}, line);
+  throw MakeError(189, {name, std::to_string(least), std::to_string(most)}, line);
+}
+
+}  // namespace
+
+bool IsAggregate(std::string_view lower_name) {
+  return std::find(std::begin(kAggregates), std::end(kAggregates), lower_name) !=
+         std::end(kAggregates);
+}
+
+Bound Binder::BindCall(const FunctionCall& call, int line, const Scope& scope) {
+  const std::string name = ToLowerAscii(call.name);
+  if (IsAggregate(name)) return BindAggregate(call, line, scope);
+  if (std::find(std::begin(kRefusedAggregates), std::end(kRefusedAggregates), name) !=
+      std::end(kRefusedAggregates)) {
+    throw Unsupported("the function " + name + "()", line);
+  }
+  if (name == "coalesce" || name == "isnull" || name == "nullif" || name == "datalength") {
+    return BindChoice(name, call, line, scope);
+  }
+  const FunctionRow* row = FindFunction(name);
+  if (row == nullptr) throw MakeError(195, {call.name, "function name"}, line);
+  return BindListed(*row, call, line, scope);
+}
+
+// ---- aggregates --------------------------------------------------------------------------------
+
+Bound Binder::BindAggregate(const FunctionCall& call, int line, const Scope& scope) {
+  const std::string name = ToLowerAscii(call.name);
+  if (!scope.aggregates_allowed) throw MakeError(147, {}, line);
+  CheckCount(name, call.arguments.size(), 1, 1, line);
+  scope.has_aggregate = true;
+  const bool count = name == "count" || name == "count_big";
+  Bound result;
+  result.type = name == "count_big" ? SqlType{TypeId::kBigInt, 8, 19, 0, true} : kIntType;
+  if (std::holds_alternative<Star>(call.arguments[0]->node)) {
+    if (!count) throw MakeError(170, {"*", std::to_string(line)}, line);
+    result.sql = "count(*)";
+    return result;
+  }
+  const std::size_t loose = scope.loose_columns.size();
+  const Bound value = Bind(*call.arguments[0], scope);
+  scope.loose_columns.resize(loose);
+  const TypeFamily family = FamilyOf(value.type.id);
+  if (IsLargeObject(value.type.id)) {
+    throw MakeError(409, {name + " aggregate", NameOf(value.type.id)}, line);
+  }
+  const std::string argument =
+      (call.distinct ? "(DISTINCT " : "(") + Collated(value.sql, value.type.id) + ')';
+  if (count) {
+    result.sql = "count" + argument;
+    return result;
+  }
+  if (name == "min" || name == "max") {
+    if (value.type.id == TypeId::kBit) {
+      throw MakeError(409, {name + " aggregate", "bit"}, line);
+    }
+    result.sql = name + argument;
+    result.type = value.type;
+    result.type.nullable = true;
+    return result;
+  }
+  if (value.type.id == TypeId::kBit ||
+      (family != TypeFamily::kInteger && family != TypeFamily::kReal &&
+       family != TypeFamily::kDecimal && family != TypeFamily::kMoney)) {
+    throw MakeError(409, {name + " aggregate", NameOf(value.type.id)}, line);
+  }
+  const bool exact = family == TypeFamily::kDecimal || family == TypeFamily::kMoney;
+  result.type = SumType(value.type);
+  const std::string sum = (exact ? "ms_sum" : "sum") + argument;
+  const std::string counted = "count" + argument;
+  if (name == "sum") {
+    result.sql =
+        family == TypeFamily::kReal ? sum : "ms_range(" + sum + ", " + Code(result.type) + ')';
+  } else if (exact) {
+    if (family == TypeFamily::kDecimal) result.type.scale = std::max(6, result.type.scale);
+    result.sql =
+        "ms_decimal('/', " + sum + ", nullif(" + counted + ", 0), " + Code(result.type) + ')';
+  } else {
+    // Integers lose their remainder; a sum of nothing is null.
+    result.sql = '(' + sum + " / " + counted + ')';
+  }
+  return result;
+}
+
+// ---- choices and conversions -------------------------------------------------------------------
+
+Bound Binder::BindChoice(std::string_view name, const FunctionCall& call, int line,
+                         const Scope& scope) {
+  const bool single = name == "datalength";
+  const int most = single ? 1 : name == "coalesce" ? 1000 : 2;
+  CheckCount(name, call.arguments.size(), single ? 1 : 2, most, line);
+  std::vector<Bound> values;
+  for (const ExpressionPtr& argument : call.arguments) values.push_back(Bind(*argument, scope));
+  Bound result = values[0];
+  result.column = nullptr;
+  result.is_integer = false;
+  if (single) {
+    result.sql = "ms_datalength(" + values[0].sql + ", " + Code(values[0].type) + ')';
+    result.type = kIntType;
+    result.is_null = false;
+    return result;
+  }
+  if (name == "nullif") {
+    result.sql = "CASE WHEN " + Compare(BinaryOperator::kEqual, values[0], values[1], line) +
+                 " THEN NULL ELSE " + values[0].sql + " END";
+    result.type.nullable = true;
+    return result;
+  }
+  const bool first_decides = name == "isnull" && !values[0].is_null;
+  for (std::size_t i = 1; i < values.size() && !first_decides; ++i) {
+    if (values[i].is_null) continue;
+    result.type = result.is_null ? values[i].type : CommonType(result.type, values[i].type);
+    result.is_null = false;
+  }
+  result.sql = "coalesce(";
+  bool nullable = true;
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    result.sql += (i == 0 ? "" : ", ") + ConvertTo(values[i], result.type);
+    nullable = nullable && (values[i].is_null || values[i].type.nullable);
+  }
+  result.sql += ')';
+  result.type.nullable = nullable;
+  return result;
+}
+
+Bound Binder::BindCast(const Cast& cast, int line, const Scope& scope) {
+  const Bound value = Bind(*cast.value, scope);
+  Bound result;
+  result.type = cast.type;
+  result.type.nullable = value.is_null || value.type.nullable;
+  if (cast.style == nullptr) {
+    result.sql = value.is_null ? "NULL" : ConvertTo(value, result.type);
+    return result;
+  }
+  const Bound style = Bind(*cast.style, scope);
+  if (style.is_null) throw MakeError(8116, {"NULL", "3", "convert"}, line);
+  result.sql = value.is_null ? "NULL"
+                             : "ms_convert(" + value.sql + ", " + Code(value.type) + ", " +
+                                   Code(result.type) + ", " + ConvertTo(style, kIntType) + ')';
+  return result;
+}
+
+// ---- the table ---------------------------------------------------------------------------------
+
+Bound Binder::BindListed(const FunctionRow& row, const FunctionCall& call, int line,
+                         const Scope& scope) {
+  CheckCount(row.name, call.arguments.size(), row.least, row.most, line);
+  std::string list;
+  SqlType first;
+  bool nullable = row.least == 0 || row.sql == "state";
+  for (std::size_t i = 0; i < call.arguments.size(); ++i) {
+    const char kind = row.arguments[std::min(i, row.arguments.size() - 1)];
+    const Expression& argument = *call.arguments[i];
+    if (i > 0) list += ", ";
+    if (kind == 'p') {
+      const auto* word = std::get_if<ColumnReference>(&argument.node);
+      const std::string_view part =
+          word == nullptr || word->parts.size() != 1 ? "" : DatePartName(word->parts[0]);
+      if (part.empty())
+        throw MakeError(155, {word == nullptr ? "" : word->parts[0], row.name}, line);
+      list += QuoteText(part);
+      continue;
+    }
+    const Bound value = Bind(argument, scope);
+    const TypeFamily family = FamilyOf(value.type.id);
+    nullable = nullable || value.is_null || value.type.nullable;
+    SqlType wanted = value.type;
+    const bool text = family == TypeFamily::kText;
+    if (kind == 'i') wanted = kIntType;
+    if (kind == 'f') wanted = kFloatType;
+    if (kind == 'd') wanted = kDateTimeType;
+    if (kind == 'n') wanted = NumberType(value.type);
+    if ((kind == 't' || kind == 'b') && !text && !(kind == 'b' && family == TypeFamily::kBinary)) {
+      wanted = SqlType{TypeId::kVarChar, std::max(1, DisplayLength(value.type)), 0, 0, true};
+    }
+    if (i == 0) first = wanted;
+    list += ConvertTo(value, wanted);
+  }
+  Bound result;
+  result.type = ResultType(row, first);
+  result.type.nullable = nullable;
+  if (row.sql == "state") {
+    result.sql =
+        "ms_state('" + std::string(row.name) + '\'' + (list.empty() ? "" : ", ") + list + ')';
+    if (row.result == ResultRule::kIdentity) result.sql = "CAST(" + result.sql + " AS TEXT)";
+    return result;
+  }
+  result.sql = row.sql.empty() ? "ms_" + std::string(row.name) + "($*)" : std::string(row.sql);
+  result.sql = Replaced(result.sql, "$*", list);
+  if (row.sql.find("now") != std::string_view::npos) {
+    result.sql = Replaced(result.sql, "now", std::to_string(resolver_.StatementTime()));
+  }
+  // What the function computed as a number is brought to the type that was promised.
+  if (row.result == ResultRule::kNumber || row.result == ResultRule::kWhole) {
+    result.sql = "ms_number(" + result.sql + ", " + Code(result.type) + ')';
+  }
+  return result;
+}
+
+}  // namespace dbkeeper::server

@@ -1,0 +1,275 @@
+#include "server/sql/server_functions.h"
+
+#include <sqlite3.h>
+
+#include <memory>
+#include <new>
+#include <string>
+
+#include "server/sql/function_list.h"
+#include "server/types/decimal.h"
+#include "server/types/messages.h"
+#include "server/types/text.h"
+
+namespace dbkeeper::server {
+namespace {
+
+// An error on its way through SQLite: "MS:8134:16:1:Divide by zero error encountered."
+constexpr std::string_view kErrorMark = "MS:";
+
+Cell CellOf(sqlite3_value* value) {
+  const auto bytes = [value] {
+    return std::string(static_cast<const char*>(sqlite3_value_blob(value)) == nullptr
+                           ? ""
+                           : static_cast<const char*>(sqlite3_value_blob(value)),
+                       static_cast<std::size_t>(sqlite3_value_bytes(value)));
+  };
+  switch (sqlite3_value_type(value)) {
+    case SQLITE_INTEGER:
+      return static_cast<std::int64_t>(sqlite3_value_int64(value));
+    case SQLITE_FLOAT:
+      return sqlite3_value_double(value);
+    case SQLITE_TEXT:
+      return bytes();
+    case SQLITE_BLOB:
+      return Blob{bytes()};
+    default:
+      return {};
+  }
+}
+
+void SetResult(sqlite3_context* context, const Cell& cell) {
+  if (const auto* integer = std::get_if<std::int64_t>(&cell)) {
+    sqlite3_result_int64(context, *integer);
+  } else if (const auto* real = std::get_if<double>(&cell)) {
+    sqlite3_result_double(context, *real);
+  } else if (const auto* text = std::get_if<std::string>(&cell)) {
+    sqlite3_result_text64(context, text->data(), text->size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+  } else if (const auto* blob = std::get_if<Blob>(&cell)) {
+    sqlite3_result_blob64(context, blob->bytes.data(), blob->bytes.size(), SQLITE_TRANSIENT);
+  } else {
+    sqlite3_result_null(context);
+  }
+}
+
+void SetError(sqlite3_context* context, const ServerMessage& message) {
+  const std::string text = std::string(kErrorMark) + std::to_string(message.number) + ':' +
+                           std::to_string(message.severity) + ':' + std::to_string(message.state) +
+                           ':' + message.text;
+  sqlite3_result_error(context, text.data(), static_cast<int>(text.size()));
+}
+
+// No exception may pass through SQLite.
+template <typename Body>
+void Guarded(sqlite3_context* context, const Body& body) {
+  try {
+    body();
+  } catch (const SqlError& error) {
+    SetError(context, error.message());
+  } catch (const std::bad_alloc&) {
+    sqlite3_result_error_nomem(context);
+  } catch (const std::exception& error) {
+    sqlite3_result_error(context, error.what(), -1);
+  }
+}
+
+std::vector<Cell> CellsOf(int count, sqlite3_value** values) {
+  std::vector<Cell> cells;
+  cells.reserve(static_cast<std::size_t>(count));
+  for (int i = 0; i < count; ++i) cells.push_back(CellOf(values[i]));
+  return cells;
+}
+
+void RunEntry(sqlite3_context* context, int count, sqlite3_value** values) {
+  const auto& entry = *static_cast<const FunctionEntry*>(sqlite3_user_data(context));
+  for (int i = 0; i < count && entry.nulls == NullRule::kNullGivesNull; ++i) {
+    if (sqlite3_value_type(values[i]) == SQLITE_NULL) return sqlite3_result_null(context);
+  }
+  Guarded(context, [&] { SetResult(context, entry.run(CellsOf(count, values))); });
+}
+
+// ms_state(function, arguments ...)
+void RunState(sqlite3_context* context, int count, sqlite3_value** values) {
+  auto& state = *static_cast<ServerState*>(sqlite3_user_data(context));
+  Guarded(context, [&] {
+    const std::vector<Cell> cells = CellsOf(count - 1, values + 1);
+    SetResult(context, state.Evaluate(std::get<std::string>(CellOf(values[0])), cells));
+  });
+}
+
+// ---- aggregates --------------------------------------------------------------------------------
+
+// SQLite gives an aggregate zeroed memory; the state behind it is made with the first row.
+template <typename State>
+State* StateOf(sqlite3_context* context, bool make) {
+  auto** place = static_cast<State**>(
+      sqlite3_aggregate_context(context, make ? static_cast<int>(sizeof(State*)) : 0));
+  if (place == nullptr) return nullptr;
+  if (*place == nullptr && make) *place = new State();
+  return *place;
+}
+
+struct Sum {
+  Decimal total;
+  bool any = false;
+};
+
+void StepSum(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
+  if (sqlite3_value_type(values[0]) == SQLITE_NULL) return;
+  Guarded(context, [&] {
+    const Cell cell = CellOf(values[0]);
+    const auto* text = std::get_if<std::string>(&cell);
+    const std::optional<Decimal> number =
+        text != nullptr ? ParseDecimal(*text) : Decimal{sqlite3_value_int64(values[0]), 0};
+    Sum* sum = StateOf<Sum>(context, true);
+    if (!number || sum == nullptr) throw MakeError(8114, {"expression", "numeric"});
+    const std::optional<Decimal> total =
+        Add(sum->total, *number, std::max(sum->total.scale, number->scale));
+    if (!total) throw MakeError(8115, {"expression", "numeric"});
+    sum->total = *total;
+    sum->any = true;
+  });
+}
+
+void FinishSum(sqlite3_context* context) {
+  const std::unique_ptr<Sum> sum(StateOf<Sum>(context, false));
+  if (sum == nullptr || !sum->any) return sqlite3_result_null(context);
+  SetResult(context, FormatDecimal(sum->total));
+}
+
+struct Single {
+  Cell value;
+};
+
+// ms_single: the value of the one row; 512 at the second.
+void StepSingle(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
+  Guarded(context, [&] {
+    if (StateOf<Single>(context, false) != nullptr) throw MakeError(512, {});
+    Single* single = StateOf<Single>(context, true);
+    if (single != nullptr) single->value = CellOf(values[0]);
+  });
+}
+
+void FinishSingle(sqlite3_context* context) {
+  const std::unique_ptr<Single> single(StateOf<Single>(context, false));
+  SetResult(context, single == nullptr ? Cell{} : single->value);
+}
+
+// ---- collations --------------------------------------------------------------------------------
+
+std::string_view ViewOf(int length, const void* text) {
+  return {static_cast<const char*>(text), static_cast<std::size_t>(length)};
+}
+
+int CollateText(void* /*data*/, int left_length, const void* left, int right_length,
+                const void* right) {
+  return CompareText(ViewOf(left_length, left), ViewOf(right_length, right));
+}
+
+int CollateDecimal(void* /*data*/, int left_length, const void* left, int right_length,
+                   const void* right) {
+  return CompareDecimalText(ViewOf(left_length, left), ViewOf(right_length, right));
+}
+
+void RegisterEntries(sqlite3* connection, std::span<const FunctionEntry> entries) {
+  for (const FunctionEntry& entry : entries) {
+    const int flags = SQLITE_UTF8 | (entry.deterministic ? SQLITE_DETERMINISTIC : 0);
+    // SQLite hands the row back as it was given; it is never changed through this pointer.
+    sqlite3_create_function_v2(connection, entry.name, entry.arguments, flags,
+                               const_cast<FunctionEntry*>(&entry), RunEntry, nullptr, nullptr,
+                               nullptr);
+  }
+}
+
+struct CodeRow {
+  int code;  // of SQLite
+  int number;
+  std::string_view text;
+};
+constexpr CodeRow kCodes[] = {
+    {SQLITE_BUSY, 1222, "Lock request time out period exceeded."},
+    {SQLITE_LOCKED, 1222, "Lock request time out period exceeded."},
+    {SQLITE_INTERRUPT, 3617, "Operation cancelled by user."},
+    {SQLITE_NOMEM, 701, "There is insufficient system memory to run this query."},
+    {SQLITE_FULL, 1105, "Could not allocate space: the disk is full."},
+    {SQLITE_READONLY, 3906, "Could not run the statement because the database is read-only."},
+    {SQLITE_TOOBIG, 8152, "String or binary data would be truncated."},
+    {SQLITE_CORRUPT, 823, "I/O error (bad page) detected in the database file."},
+    {SQLITE_IOERR, 823, "I/O error detected in the database file."},
+};
+
+// Takes "number:severity:state:text" apart.
+ServerMessage ParseRaised(std::string_view text) {
+  ServerMessage message;
+  for (int* field : {&message.number, &message.severity, &message.state}) {
+    const std::size_t colon = std::min(text.find(':'), text.size());
+    *field = std::atoi(std::string(text.substr(0, colon)).c_str());
+    text.remove_prefix(std::min(colon + 1, text.size()));
+  }
+  message.text = text;
+  return message;
+}
+
+}  // namespace
+
+std::int64_t IntegerAt(Cells arguments, std::size_t index) {
+  if (const auto* value = std::get_if<std::int64_t>(&arguments[index])) return *value;
+  if (const auto* real = std::get_if<double>(&arguments[index])) {
+    return static_cast<std::int64_t>(*real);
+  }
+  return 0;
+}
+
+double DoubleAt(Cells arguments, std::size_t index) {
+  if (const auto* real = std::get_if<double>(&arguments[index])) return *real;
+  if (const auto* value = std::get_if<std::int64_t>(&arguments[index])) {
+    return static_cast<double>(*value);
+  }
+  const std::optional<Decimal> number = ParseDecimal(TextAt(arguments, index));
+  return number ? ToDouble(*number) : 0;
+}
+
+std::string_view TextAt(Cells arguments, std::size_t index) {
+  if (const auto* text = std::get_if<std::string>(&arguments[index])) return *text;
+  if (const auto* blob = std::get_if<Blob>(&arguments[index])) return blob->bytes;
+  return "";
+}
+
+void RegisterServerFunctions(sqlite3* connection, ServerState& state) {
+  sqlite3_create_collation(connection, "MSTEXT", SQLITE_UTF8, nullptr, CollateText);
+  sqlite3_create_collation(connection, "MSDECIMAL", SQLITE_UTF8, nullptr, CollateDecimal);
+  RegisterEntries(connection, ConversionFunctions());
+  RegisterEntries(connection, NumberFunctions());
+  RegisterEntries(connection, TextFunctions());
+  RegisterEntries(connection, DateFunctions());
+  sqlite3_create_function_v2(connection, "ms_state", -1, SQLITE_UTF8, &state, RunState, nullptr,
+                             nullptr, nullptr);
+  sqlite3_create_function_v2(connection, "ms_sum", 1, SQLITE_UTF8, nullptr, nullptr, StepSum,
+                             FinishSum, nullptr);
+  sqlite3_create_function_v2(connection, "ms_single", 1, SQLITE_UTF8, nullptr, nullptr, StepSingle,
+                             FinishSingle, nullptr);
+}
+
+ServerMessage MessageOfFailure(sqlite3* connection, int line) {
+  ServerMessage message;
+  const std::string_view text = sqlite3_errmsg(connection);
+  const std::size_t mark = text.find(kErrorMark);
+  const int code = sqlite3_errcode(connection) & 0xFF;
+  if (mark == 0) {
+    message = ParseRaised(text.substr(kErrorMark.size()));
+  } else if (text == "integer overflow") {
+    message = MakeMessage(8115, {"expression", "int"});
+  } else {
+    message.number = 50002;
+    message.text = "The local server could not run the statement: " + std::string(text);
+    for (const CodeRow& row : kCodes) {
+      if (row.code != code) continue;
+      message.number = row.number;
+      message.text = row.text;
+    }
+  }
+  message.line = line;
+  return message;
+}
+
+}  // namespace dbkeeper::server

@@ -1,0 +1,57 @@
+#include "server/types/guid.h"
+
+#include <array>
+#include <cstddef>
+
+namespace dbkeeper::server {
+namespace {
+
+// The byte of each pair of digits: the first three groups stand with their lowest byte first.
+constexpr std::array<std::size_t, 16> kOrder = {3, 2, 1,  0,  5,  4,  7,  6,
+                                                8, 9, 10, 11, 12, 13, 14, 15};
+constexpr std::size_t kTextLength = 36;
+
+bool IsDashPlace(std::size_t i) { return i == 8 || i == 13 || i == 18 || i == 23; }
+
+int HexValue(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  return -1;
+}
+
+}  // namespace
+
+std::optional<std::string> ParseGuid(std::string_view text) {
+  if (text.size() == kTextLength + 2 && text.front() == '{' && text.back() == '}') {
+    text = text.substr(1, kTextLength);
+  }
+  if (text.size() < kTextLength) return std::nullopt;
+  std::string bytes(16, '\0');
+  std::size_t pair = 0;
+  for (std::size_t i = 0; i < kTextLength; ++i) {
+    if (IsDashPlace(i)) {
+      if (text[i] != '-') return std::nullopt;
+      continue;
+    }
+    const int high = HexValue(text[i]);
+    const int low = HexValue(text[++i]);
+    if (high < 0 || low < 0) return std::nullopt;
+    bytes[kOrder[pair++]] = static_cast<char>(high * 16 + low);
+  }
+  return bytes;
+}
+
+std::string FormatGuid(std::string_view bytes) {
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  std::string text;
+  for (const std::size_t place : kOrder) {
+    if (IsDashPlace(text.size())) text += '-';
+    const unsigned char byte = place < bytes.size() ? static_cast<unsigned char>(bytes[place]) : 0;
+    text += kDigits[byte >> 4];
+    text += kDigits[byte & 15];
+  }
+  return text;
+}
+
+}  // namespace dbkeeper::server
