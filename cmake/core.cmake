@@ -9,29 +9,42 @@ add_library(dbkeeper_core STATIC
   controls/Navigator.cpp
   controls/TreeView.cpp
   app/support/DateText.cpp
+  app/support/FileReplacement.cpp
   app/support/Files.cpp
   app/support/SettingsFile.cpp
   app/support/TextHelpers.cpp
   app/support/Utf8.cpp
-  app/session/Connection.cpp
   app/session/BrowseQuery.cpp
   app/session/CellText.cpp
+  app/session/Connection.cpp
+  app/session/CursorRows.cpp
   app/session/Query.cpp
-  app/session/ServerSession.cpp
-  catalog/DatabaseList.cpp
-  catalog/DatabaseProperties.cpp
-  catalog/ListRoutine.cpp
   app/session/RowBlock.cpp
   app/session/RowEditor.cpp
   app/session/RowOverlay.cpp
   app/session/RowStore.cpp
   app/session/RowView.cpp
   app/session/SelectSource.cpp
+  app/session/ServerSession.cpp
+  catalog/DatabaseList.cpp
+  catalog/DatabaseProperties.cpp
+  catalog/ListRoutine.cpp
   catalog/ObjectLists.cpp
   catalog/ServerLists.cpp
   database/Unit_BackupMedia.cpp
   database/Unit_Database_Property.cpp
   database/Unit_Restore.cpp
+  query/EasySql.cpp
+  query/EasySqlCommands.cpp
+  query/MessageLog.cpp
+  query/ResultCommands.cpp
+  query/ResultExport.cpp
+  query/ScriptCommands.cpp
+  query/ScriptFile.cpp
+  query/SqlHistory.cpp
+  query/TemplateStore.cpp
+  query/UnitChooseTable.cpp
+  query/Unit_Exec_SQL.cpp
   app/main/Application.cpp
   app/main/CsvExport.cpp
   app/main/DatabaseCommands.cpp
@@ -40,10 +53,31 @@ add_library(dbkeeper_core STATIC
   app/main/MainMenus.cpp
   app/main/MenuTable.cpp
   app/main/NodeDispatch.cpp
+  app/main/QueryCommands.cpp
   app/main/RowCommand.cpp
   app/main/ServerCommands.cpp
+  app/main/TableBrowser.cpp
   app/main/UnitLogin.cpp
   app/main/UnitMain.cpp
 )
 target_include_directories(dbkeeper_core PUBLIC ${CMAKE_SOURCE_DIR})
-  app/main/TableBrowser.cpp
+
+# Fakes of the outside, for every test program of the core.
+add_library(dbkeeper_test_support STATIC tests/support/FakeHost.cpp)
+target_link_libraries(dbkeeper_test_support PUBLIC dbkeeper_core)
+
+dbkeeper_test(core_tests
+  SOURCES
+    tests/app/ConnectTest.cpp
+    tests/app/NodeDispatchTest.cpp
+    tests/app/StartUpTest.cpp
+    tests/app/SupportTest.cpp
+    tests/catalog/CatalogTest.cpp
+    tests/controls/FnpNumericEditTest.cpp
+    tests/controls/InputsTest.cpp
+    tests/controls/ListViewTest.cpp
+    tests/controls/ObservableTest.cpp
+    tests/controls/TreeViewTest.cpp
+    tests/session/SessionTest.cpp
+  LIBS dbkeeper_test_support
+)

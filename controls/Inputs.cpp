@@ -44,10 +44,15 @@ ComboBox::ComboBox(ComboStyle style, std::string label) : Style(style) {
   EditLabel.Caption = std::move(label);
 }
 
-int ComboBox::ItemIndex() const { return Items.IndexOf(Text); }
+int ComboBox::ItemIndex() const {
+  const bool valid = chosen_ >= 0 && static_cast<std::size_t>(chosen_) < Items.Count();
+  if (valid && Items[static_cast<std::size_t>(chosen_)] == Text()) return chosen_;
+  return Items.IndexOf(Text);
+}
 
 void ComboBox::SetItemIndex(int index) {
   const bool valid = index >= 0 && static_cast<std::size_t>(index) < Items.Count();
+  chosen_ = valid ? index : -1;
   Text = valid ? Items[static_cast<std::size_t>(index)] : std::string();
 }
 

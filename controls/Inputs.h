@@ -75,13 +75,16 @@ class ComboBox : public Control {
   Label EditLabel;
   Event OnChange;
 
-  // -1 when no item is chosen.
+  // The chosen item, among equal ones the one that was chosen; -1 when there is none.
   int ItemIndex() const;
   // Chooses an item without raising the event; an index out of range chooses none.
   void SetItemIndex(int index);
   // A person chose an item, or typed into an editable box.
   void UserSelect(int index);
   void UserType(std::string text);
+
+ private:
+  int chosen_ = -1;
 };
 
 struct RadioGroup : Control {

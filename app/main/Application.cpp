@@ -7,8 +7,9 @@ Application::Application(Connection& connection, const Host& host)
       settings_(SettingsPath(host_.shell.Executable()), host_.code_page),
       Session(connection, host_.locale),
       FormMain(Session, host_, settings_,
-               {Form_Database_Property, FormLogin, Form_BackupMedia, FormRestore}),
+               {Form_Database_Property, FormExecSQL, FormLogin, Form_BackupMedia, FormRestore}),
       Form_Database_Property(FormMain.Workbench()),
+      FormExecSQL(FormMain.Workbench()),
       FormLogin(Session, host_, settings_, FormMain),
       Form_BackupMedia(FormMain.Workbench()),
       FormRestore(FormMain.Workbench()),
@@ -16,6 +17,7 @@ Application::Application(Connection& connection, const Host& host)
 
 void Application::Start() {
   guard_.Run([this] { FormMain.FormCreate(); });
+  guard_.Run([this] { FormExecSQL.FormCreate(); });
   guard_.Run([this] { FormLogin.FormCreate(); });
 }
 

@@ -13,6 +13,7 @@
 #include "database/Unit_BackupMedia.h"
 #include "database/Unit_Database_Property.h"
 #include "database/Unit_Restore.h"
+#include "query/Unit_Exec_SQL.h"
 
 namespace dbkeeper {
 
@@ -38,6 +39,7 @@ class Application {
   // Declared in the order in which they are created.
   TFormMain FormMain;
   TForm_Database_Property Form_Database_Property;
+  TFormExecSQL FormExecSQL;
   TFormLogin FormLogin;
   TForm_BackupMedia Form_BackupMedia;
   TFormRestore FormRestore;

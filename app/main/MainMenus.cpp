@@ -46,7 +46,7 @@ constexpr MenuRow kSqlServer[] = {
 };
 
 constexpr MenuRow kServerCfg[] = {
-    {0, "PopupMenuServerCfg_SQL", "SQL 発行...", nullptr},
+    {0, "PopupMenuServerCfg_SQL", "SQL 発行...", &Run<&TFormMain::PopupMenu_Minimum_SQLClick>},
     kCsv,
     {0, "PopupMenuServerCfg_SvrNetCn", "SQL Serverﾈｯﾄﾜｰｸﾕｰﾃｨﾘﾃｨの起動",
      &Run<&TFormMain::PopupMenuServerCfg_SvrNetCnClick>},
@@ -70,7 +70,7 @@ constexpr MenuRow kDatabases[] = {
     {0, "PopupMenu_Databases_Shrink", "DBの圧縮",
      &Run<&TFormMain::PopupMenu_Databases_ShrinkClick>},
     kRefresh,
-    {0, "PopupMenu_Databases_SQL", "SQL 発行...", nullptr},
+    {0, "PopupMenu_Databases_SQL", "SQL 発行...", &Run<&TFormMain::PopupMenu_Databases_SQLClick>},
     {0, "PopupMenu_Databases_OnLine", "OnLine", nullptr, &Selected},
     {1, "PopupMenu_Databases_OnLine_MULTI_RW", "通常",
      &Run<&TFormMain::PopupMenu_Databases_OnLine_MULTI_RWClick>},
@@ -98,7 +98,7 @@ constexpr MenuRow kTable[] = {
     {0, "PopupMenu_Table_Privileges", "権限の表示...", nullptr, &Selected},
     {0, "PM_DspSysTbl", "System Tableも表示", &Run<&TFormMain::PM_DspSysTblClick>},
     kRefresh,
-    {0, "PopupMenu_Table_SQL", "SQL 発行...", nullptr},
+    {0, "PopupMenu_Table_SQL", "SQL 発行...", &Run<&TFormMain::PopupMenu_Table_SQLClick>},
     kCsv,
     {0, "PopupMenu_Table_Script", "生成Script...", nullptr, &Selected},
     {0, "PopupMenu_Table_BCP", "BCP", nullptr, &Selected},
@@ -121,7 +121,7 @@ constexpr MenuRow kTable[] = {
 constexpr MenuRow kView[] = {
     {0, "PopupMenu_View_Open", "開く...", &Run<&TFormMain::PopupMenu_Table_OpenClick>, &Selected},
     {0, "PopupMenu_View_Privileges", "権限の表示...", nullptr, &Selected},
-    {0, "PopupMenu_View_SQL", "SQL 発行...", nullptr},
+    {0, "PopupMenu_View_SQL", "SQL 発行...", &Run<&TFormMain::PopupMenu_Table_SQLClick>},
     kCsv,
     {0, "PopupMenu_View_Script", "生成Script...", nullptr, &Selected},
     {0, "PopupMenu_View_Drop", "削除", &Run<&TFormMain::PopupMenu_View_DropClick>, &Selected},
@@ -130,7 +130,7 @@ constexpr MenuRow kView[] = {
 constexpr MenuRow kProcedure[] = {
     {0, "PopupMenu_Procedure_Privileges", "権限の表示...", nullptr, &Selected},
     kRefresh,
-    {0, "PopupMenu_Procedure_SQL", "SQL 発行...", nullptr},
+    {0, "PopupMenu_Procedure_SQL", "SQL 発行...", &Run<&TFormMain::PopupMenu_Table_SQLClick>},
     kCsv,
     {0, "PopupMenu_Procedure_Script", "生成Script...", nullptr, &Selected},
     {0, "PopupMenu_Procedure_Drop", "削除", &Run<&TFormMain::PopupMenu_Procedure_DropClick>,
@@ -141,7 +141,7 @@ constexpr MenuRow kLogin[] = {
     {0, "PopupMenu_Login_Create", "新規ﾛｸﾞｲﾝ...", nullptr},
     {0, "PopupMenu_Login_Password", "ﾊﾟｽﾜｰﾄﾞ変更", nullptr, &Selected},
     kRefresh,
-    {0, "PopupMenu_Login_SQL", "SQL 発行...", nullptr},
+    {0, "PopupMenu_Login_SQL", "SQL 発行...", &Run<&TFormMain::PopupMenu_Databases_SQLClick>},
     kCsv,
     {0, "PopupMenu_Login_drop", "削除", &Run<&TFormMain::PopupMenu_Login_dropClick>, &Selected},
 };
@@ -149,7 +149,7 @@ constexpr MenuRow kLogin[] = {
 constexpr MenuRow kUsers[] = {
     {0, "PopupMenu_Users_Create", "新規ﾕｰｻﾞｰ...", nullptr},
     kRefresh,
-    {0, "PopupMenu_Users_SQL", "SQL 発行...", nullptr},
+    {0, "PopupMenu_Users_SQL", "SQL 発行...", &Run<&TFormMain::PopupMenu_Table_SQLClick>},
     kCsv,
     {0, "PopupMenu_Users_Drop", "削除", &Run<&TFormMain::PopupMenu_Users_DropClick>, &Selected},
 };
@@ -158,14 +158,14 @@ constexpr MenuRow kRoles[] = {
     {0, "PopupMenu_Roles_Create", "新規ﾛｰﾙ...", nullptr},
     {0, "PopupMenu_Roles_Property", "ﾌﾟﾛﾊﾟﾃｨ", nullptr, &Selected},
     kRefresh,
-    {0, "PopupMenu_Roles_SQL", "SQL 発行...", nullptr},
+    {0, "PopupMenu_Roles_SQL", "SQL 発行...", &Run<&TFormMain::PopupMenu_Table_SQLClick>},
     kCsv,
     {0, "PopupMenu_Roles_Drop", "削除", &Run<&TFormMain::PopupMenu_Roles_DropClick>, &Selected},
 };
 
 constexpr MenuRow kSvRole[] = {
     {0, "PopupMenu_SvRole_Property", "ﾌﾟﾛﾊﾟﾃｨ", nullptr, &Selected},
-    {0, "PopupMenu_SvRole_SQL", "SQL 発行...", nullptr},
+    {0, "PopupMenu_SvRole_SQL", "SQL 発行...", &Run<&TFormMain::PopupMenu_Table_SQLClick>},
     kCsv,
 };
 
@@ -177,7 +177,7 @@ constexpr MenuRow kJob[] = {
     {0, "PopupMenu_Job_DeleteJob", "ｼﾞｮﾌﾞの投入解除",
      &Run<&TFormMain::PopupMenu_Job_DeleteJobClick>, &Selected},
     kRefresh,
-    {0, "PopupMenu_Job_SQL", "SQL 発行...", nullptr},
+    {0, "PopupMenu_Job_SQL", "SQL 発行...", &Run<&TFormMain::PopupMenu_Databases_SQLClick>},
     kCsv,
     {0, "PopupMenu_Job_Drop", "削除", &Run<&TFormMain::PopupMenu_Job_DropClick>, &Selected},
 };
@@ -185,14 +185,14 @@ constexpr MenuRow kJob[] = {
 constexpr MenuRow kBackUp[] = {
     {0, "PopupMenu_BackUp_Create", "新規ﾊﾞｯｸｱｯﾌﾟﾃﾞﾊﾞｲｽ...",
      &Run<&TFormMain::PopupMenu_BackUp_CreateClick>},
-    {0, "PopupMenu_BackUp_SQL", "SQL 発行...", nullptr},
+    {0, "PopupMenu_BackUp_SQL", "SQL 発行...", &Run<&TFormMain::PopupMenu_Databases_SQLClick>},
     kCsv,
     {0, "PopupMenu_BackUp_Drop", "削除", &Run<&TFormMain::PopupMenu_BackUp_DropClick>, &Selected},
 };
 
 constexpr MenuRow kProcessLock[] = {
     kRefresh,
-    {0, "PopupMenu_Process_Lock_SQL", "SQL 発行...", nullptr},
+    {0, "PopupMenu_Process_Lock_SQL", "SQL 発行...", &Run<&TFormMain::PopupMenu_Databases_SQLClick>},
     kCsv,
     {0, "PopupMenu_Process_Lock_Kill", "Kill", &Run<&TFormMain::PopupMenu_Process_Lock_KillClick>,
      &Selected},
@@ -205,18 +205,18 @@ constexpr MenuRow kDbBackUp[] = {
      &Run<&TFormMain::PopupMenu_DB_BackUp_Direct_RestoreClick>, nullptr, MenuLook::kInvisible},
     {0, "PopupMenu_DB_BackUp_Drop_Log", "ﾊﾞｯｸｱｯﾌﾟ履歴の削除 (Getdate-7)",
      &Run<&TFormMain::PopupMenu_DB_BackUp_Drop_LogClick>},
-    {0, "PopupMenu_DB_BackUp_SQL", "SQL 発行...", nullptr},
+    {0, "PopupMenu_DB_BackUp_SQL", "SQL 発行...", &Run<&TFormMain::PopupMenu_Table_SQLClick>},
     kCsv,
 };
 
 constexpr MenuRow kManagement[] = {
     {0, "PopupMenu_Management_Run", "設定支援ウィザード実行", nullptr, &Selected},
-    {0, "PopupMenu_Management_SQL", "SQL 発行...", nullptr},
+    {0, "PopupMenu_Management_SQL", "SQL 発行...", &Run<&TFormMain::PopupMenu_Table_SQLClick>},
     kCsv,
 };
 
 constexpr MenuRow kMinimum[] = {
-    {0, "PopupMenu_Minimum_SQL", "SQL 発行...", nullptr},
+    {0, "PopupMenu_Minimum_SQL", "SQL 発行...", &Run<&TFormMain::PopupMenu_Minimum_SQLClick>},
     kCsv,
 };
 

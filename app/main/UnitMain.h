@@ -7,9 +7,10 @@
 //   ServerCommands.cpp    connect, disconnect, stop, pause, server tools
 //   ListCommands.cpp      sorting, capacity, system tables, check boxes, export
 //   DatabaseCommands.cpp  states, backup and restore of databases, processes, jobs on the server
+//   QueryCommands.cpp     the query window
 //   DropCommands.cpp      what deletes the selected row's object
-#pragma once
 //   TableBrowser.cpp      the pane that shows the rows of a table
+#pragma once
 
 #include <cstddef>
 #include <exception>
@@ -20,24 +21,26 @@
 #include "app/support/Host.h"
 #include "app/support/SettingsFile.h"
 #include "app/workbench/Workbench.h"
-#include "controls/Form.h"
 #include "controls/DataGrid.h"
+#include "controls/Form.h"
 #include "controls/Inputs.h"
 #include "controls/ListView.h"
 #include "controls/Menu.h"
-#include "controls/TreeView.h"
 #include "controls/Navigator.h"
+#include "controls/TreeView.h"
 
 namespace dbkeeper {
 
 class TForm_BackupMedia;
 class TForm_Database_Property;
+class TFormExecSQL;
 class TFormLogin;
 class TFormRestore;
 
 // The other windows that the main window's commands show.
 struct MainForms {
   TForm_Database_Property& Form_Database_Property;
+  TFormExecSQL& FormExecSQL;
   TFormLogin& FormLogin;
   TForm_BackupMedia& Form_BackupMedia;
   TFormRestore& FormRestore;
@@ -56,9 +59,6 @@ class TFormMain : public Form {
   Panel Pnl_SQL;
   Panel Splitter_SQL;
 
-  const std::unique_ptr<PopupMenu> PopupMenu_SQLServer;
-  const std::unique_ptr<PopupMenu> PopupMenuServerCfg;
-  const std::unique_ptr<PopupMenu> PopupMenu_Databases;
   // The table browser's pane.
   Panel Pnl_SQL_Tool;
   Button Sbtn_TableClose{"X"};
@@ -71,6 +71,9 @@ class TFormMain : public Form {
   Edit Edit_Table_Where{"where : "};
   DataGrid DBGrid1;
 
+  const std::unique_ptr<PopupMenu> PopupMenu_SQLServer;
+  const std::unique_ptr<PopupMenu> PopupMenuServerCfg;
+  const std::unique_ptr<PopupMenu> PopupMenu_Databases;
   const std::unique_ptr<PopupMenu> PopupMenu_Table;
   const std::unique_ptr<PopupMenu> PopupMenu_View;
   const std::unique_ptr<PopupMenu> PopupMenu_Procedure;
@@ -114,9 +117,6 @@ class TFormMain : public Form {
   void PopupMenuServerCfg_SvrNetCnClick();
   void PopupMenuServerCfg_OdbcAdClick();
   void PopupMenu_Table_CapacityClick();
-  void PopupMenu_Table_Select_ChkBoxClick();
-  void PopupMenu_Minimum_CSV_OutClick();
-
   void PopupMenu_Databases_SQLClick();
   void PopupMenu_Minimum_SQLClick();
   void PopupMenu_Table_SQLClick();
@@ -126,6 +126,9 @@ class TFormMain : public Form {
   void Sbtn_TableCloseClick();
   void Sbtn_REClick();
   void ComboBox_Table_WhereChange();
+  void PopupMenu_Table_Select_ChkBoxClick();
+  void PopupMenu_Minimum_CSV_OutClick();
+
   void PopupMenu_Databases_CreateClick();
   void PopupMenu_Databases_AttachClick();
   void PopupMenu_Databases_PropertyClick();
@@ -160,7 +163,13 @@ class TFormMain : public Form {
   void AppendSystemMenu();
   void OpenProgramFile(const std::string& name);
   void WriteErrorLog(const std::exception& error);
+  void PrepareTableBrowser();
   void HideTableBrowser();
+  void OpenBrowseQuery();
+  void ShowBrowseState();
+  void ShowFilterRow(bool shown);
+  // Brings the pane in line with a query that an error or a lost connection has closed.
+  void SettleTableBrowser();
   void BuildServerNodes();
   void ShowConnectionState(bool connected);
 
@@ -172,11 +181,5 @@ class TFormMain : public Form {
   dbkeeper::Workbench workbench_;
   int sort_direction_ = -1;
 };
-  void PrepareTableBrowser();
 
-  void OpenBrowseQuery();
-  void ShowBrowseState();
-  void ShowFilterRow(bool shown);
-  // Brings the pane in line with a query that an error or a lost connection has closed.
-  void SettleTableBrowser();
 }  // namespace dbkeeper

@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "app/support/Errors.h"
+#include "app/support/FileReplacement.h"
 #include "app/support/Messages.h"
 #include "app/support/Utf8.h"
 
@@ -49,28 +50,9 @@ std::string ReadFile(const fs::path& file, std::size_t limit) {
 }
 
 void ReplaceFile(const fs::path& file, std::string_view bytes) {
-  std::error_code problem;
-  const fs::file_status status = fs::status(file, problem);
-  if (fs::exists(status) && (!fs::is_regular_file(status) ||
-                             (status.permissions() & fs::perms::owner_write) == fs::perms::none)) {
-    throw Failure(messages::kCannotWrite, file);
-  }
-  fs::path fresh = file;
-  fresh += ".new";
-  bool written = false;
-  {
-    std::ofstream stream(fresh, std::ios::binary | std::ios::trunc);
-    stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    stream.close();
-    written = stream.good();
-  }
-  if (written) {
-    if (fs::exists(status)) fs::permissions(fresh, status.permissions(), problem);
-    fs::rename(fresh, file, problem);
-    if (!problem) return;
-  }
-  fs::remove(fresh, problem);
-  throw Failure(messages::kCannotWrite, file);
+  FileReplacement replacement(file);
+  replacement.Write(bytes);
+  replacement.Commit();
 }
 
 std::string ToAnsi(CodePage& code_page, std::string_view text) {

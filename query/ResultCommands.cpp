@@ -1,0 +1,108 @@
+// What is done with an open result: count, export, edit mode, large values.
+
+#include <cstddef>
+#include <optional>
+
+#include "app/support/Errors.h"
+#include "app/support/Files.h"
+#include "app/support/Messages.h"
+#include "query/QueryMessages.h"
+#include "query/ResultExport.h"
+#include "query/Unit_Exec_SQL.h"
+
+namespace dbkeeper {
+
+namespace {
+
+// Deliberately fixed and never asked for: operators put files there by hand. Where there are no
+// drive letters, the files of these names stand in the program's folder.
+constexpr const char* kBlobLoadFile = "D:\\TEST.bmp";
+constexpr const char* kBlobSaveFile = "D:\\TEST2.bmp";
+constexpr std::size_t kLongestBlob = std::size_t{256} << 20;
+
+std::string ToHexadecimal(std::string_view bytes) {
+  constexpr const char* kDigits = "0123456789ABCDEF";
+  std::string text;
+  text.reserve(bytes.size() * 2);
+  for (const char c : bytes) {
+    const auto byte = static_cast<unsigned char>(c);
+    text += kDigits[byte >> 4];
+    text += kDigits[byte & 15];
+  }
+  return text;
+}
+
+std::string FromHexadecimal(std::string_view text) {
+  const auto digit = [](char c) { return c <= '9' ? c - '0' : (c | 0x20) - 'a' + 10; };
+  std::string bytes;
+  bytes.reserve(text.size() / 2);
+  for (std::size_t i = 0; i + 1 < text.size(); i += 2) {
+    bytes += static_cast<char>(digit(text[i]) * 16 + digit(text[i + 1]));
+  }
+  return bytes;
+}
+
+}  // namespace
+
+void TFormExecSQL::Sbtn_CountClick() {
+  Caption = "RecordCount : " + std::to_string(rows_.RowCount().Rows);
+}
+
+void TFormExecSQL::SpeedButton7Click() {
+  const auto file = host_.dialogs.SaveFile(
+      {"CSVﾌｧｲﾙ(*.csv)|*.csv|ﾃｷｽﾄﾌｧｲﾙ(*.txt)|*.txt|全てのﾌｧｲﾙ(*.*)|*.*", "", ""});
+  if (!file) return;
+  if (!rows_.Active()) throw SessionError(std::string(messages::kNoResult));
+  rows_.First();
+  std::optional<std::string> lacking;
+  {
+    const BusyScope busy(host_.windows);
+    lacking = ExportResult(rows_, PathOf(*file), host_.code_page);
+  }
+  if (lacking) {
+    host_.dialogs.ShowMessage(messages::Fill(messages::kExportedAsUtf8, *lacking));
+  }
+}
+
+// The lock mode is that of the result opened next.
+void TFormExecSQL::SBtn_REClick() {
+  const bool editing = SBtn_RE.Down;
+  lock_mode_ = editing ? LockMode::kOptimistic : LockMode::kReadOnly;
+  SBtn_RE.Caption = editing ? "Ronly" : "Edit";
+  DBGrid1.ReadOnly = !editing;
+  DBNavigator1.VisibleButtons = editing ? AllNavigatorButtons() : MovingButtons();
+  DBNavigator1.Width = editing ? 250 : 100;
+  Panel_ToolRight.Width = editing ? 446 : 294;
+}
+
+std::size_t TFormExecSQL::SelectedField() const {
+  const int column = DBGrid1.CurrentColumn;
+  if (!rows_.Active() || column < 0 || rows_.CurrentRow() < 0) {
+    throw SessionError(std::string(messages::kNoResult));
+  }
+  return static_cast<std::size_t>(column);
+}
+
+void TFormExecSQL::PopupMenu_Grid_Blob_LoadClick() {
+  const std::size_t field = SelectedField();
+  rows_.Edit();
+  const std::string bytes = ReadFile(workbench_.ProgramFolder / kBlobLoadFile, kLongestBlob);
+  if (rows_.Fields()[field].kind == FieldKind::kBinary) {
+    rows_.SetValue(field, ToHexadecimal(bytes));
+  } else {
+    const auto text = host_.code_page.ToUtf8(bytes);
+    if (!text) throw FileError(messages::Fill(messages::kNotText, kBlobLoadFile));
+    rows_.SetValue(field, *text);
+  }
+  rows_.Post();
+}
+
+void TFormExecSQL::PopupMenu_Grid_Blob_SaveClick() {
+  const std::size_t field = SelectedField();
+  const std::string value(rows_.Value(rows_.CurrentRow(), field).value_or(""));
+  const bool binary = rows_.Fields()[field].kind == FieldKind::kBinary;
+  ReplaceFile(workbench_.ProgramFolder / kBlobSaveFile,
+              binary ? FromHexadecimal(value) : ToAnsi(host_.code_page, value));
+}
+
+}  // namespace dbkeeper

@@ -1,0 +1,137 @@
+#include "query/ScriptFile.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+
+#include "app/support/Errors.h"
+#include "app/support/Files.h"
+#include "app/support/Messages.h"
+#include "app/support/Utf8.h"
+#include "query/QueryMessages.h"
+
+namespace dbkeeper {
+
+namespace {
+
+constexpr std::size_t kLongestText = std::size_t{32} << 20;
+constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+constexpr std::string_view kUtf16LittleMark = "\xFF\xFE";
+constexpr std::string_view kUtf16BigMark = "\xFE\xFF";
+
+void AppendUtf8(std::string& text, std::uint32_t code) {
+  const auto tail = [code](int shift) {
+    return static_cast<char>(0x80 | ((code >> shift) & 0x3F));
+  };
+  if (code < 0x80) {
+    text += static_cast<char>(code);
+  } else if (code < 0x800) {
+    text += static_cast<char>(0xC0 | (code >> 6));
+    text += tail(0);
+  } else if (code < 0x10000) {
+    text += static_cast<char>(0xE0 | (code >> 12));
+    text += tail(6);
+    text += tail(0);
+  } else {
+    text += static_cast<char>(0xF0 | (code >> 18));
+    text += tail(12);
+    text += tail(6);
+    text += tail(0);
+  }
+}
+
+// `low` is the place of the lower byte in each pair. Absence for half a character.
+std::optional<std::string> FromUtf16(std::string_view bytes, std::size_t low) {
+  if (bytes.size() % 2 != 0) return std::nullopt;
+  const auto unit = [bytes, low](std::size_t at) {
+    const auto byte = [bytes](std::size_t i) { return static_cast<unsigned char>(bytes[i]); };
+    return static_cast<std::uint32_t>(byte(at + low) | (byte(at + 1 - low) << 8));
+  };
+  std::string text;
+  for (std::size_t at = 0; at < bytes.size(); at += 2) {
+    std::uint32_t code = unit(at);
+    if (code >= 0xD800 && code < 0xE000) {
+      at += 2;
+      if (code >= 0xDC00 || at >= bytes.size()) return std::nullopt;
+      const std::uint32_t second = unit(at);
+      if (second < 0xDC00 || second >= 0xE000) return std::nullopt;
+      code = 0x10000 + ((code - 0xD800) << 10) + (second - 0xDC00);
+    }
+    AppendUtf8(text, code);
+  }
+  return text;
+}
+
+// The longest character of a UTF-8 text in bytes, or 0 when it is none.
+std::size_t LongestUtf8Character(std::string_view text) {
+  std::size_t longest = 1;
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t length = Utf8Length(text, at);
+    if (length == 1 && static_cast<unsigned char>(text[at]) >= 0x80) return 0;
+    longest = std::max(longest, length);
+    at += length;
+  }
+  return longest;
+}
+
+// Without a mark the bytes decide. Japanese in UTF-8 has characters of three bytes, which the code
+// page gives by accident hardly ever; of two bytes it gives them easily, from half-width kana.
+std::optional<std::string> FromUnmarked(std::string_view bytes, CodePage& code_page) {
+  const std::size_t longest = LongestUtf8Character(bytes);
+  if (longest == 1 || longest >= 3) return std::string(bytes);
+  if (auto text = code_page.ToUtf8(bytes)) return text;
+  if (longest == 2) return std::string(bytes);
+  return std::nullopt;
+}
+
+std::optional<std::string> Decode(std::string_view bytes, CodePage& code_page) {
+  if (bytes.starts_with(kUtf8Mark)) {
+    bytes.remove_prefix(kUtf8Mark.size());
+    if (LongestUtf8Character(bytes) == 0) return std::nullopt;
+    return std::string(bytes);
+  }
+  if (bytes.starts_with(kUtf16LittleMark)) return FromUtf16(bytes.substr(2), 0);
+  if (bytes.starts_with(kUtf16BigMark)) return FromUtf16(bytes.substr(2), 1);
+  return FromUnmarked(bytes, code_page);
+}
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+}  // namespace
+
+std::vector<std::string> ReadTextLines(const std::filesystem::path& file, CodePage& code_page) {
+  const auto text = Decode(ReadFile(file, kLongestText), code_page);
+  // A zero in it: some other kind of file, or UTF-16 without a mark.
+  if (!text || text->find('\0') != std::string::npos) {
+    throw FileError(messages::Fill(messages::kNotText, PathText(file)));
+  }
+  return SplitLines(*text);
+}
+
+std::optional<StepSeparator> ParseSeparator(std::string_view line) {
+  constexpr std::string_view kStart = "/* COM";
+  constexpr std::size_t kEndLength = 3;  // " */", whatever stands there
+  if (line.size() < kStart.size() + 3 || !line.starts_with(kStart)) return std::nullopt;
+  std::string_view label = line.substr(kStart.size());
+  if (!IsDigit(label[0]) || !IsDigit(label[1]) || label[2] != ':') return std::nullopt;
+  const int step = (label[0] - '0') * 10 + (label[1] - '0');
+  label.remove_suffix(Utf8Right(label, kEndLength).size());
+  return StepSeparator{step, std::string(label)};
+}
+
+ScriptPart TakeSteps(const std::vector<std::string>& script, int first_step, int wanted_step) {
+  ScriptPart part;
+  int step = first_step;
+  for (const std::string& line : script) {
+    if (auto separator = ParseSeparator(line)) {
+      step = separator->step;
+      part.labels.push_back(std::move(separator->label));
+    } else if (step == wanted_step) {
+      part.lines.push_back(line);
+    }
+  }
+  return part;
+}
+
+}  // namespace dbkeeper
