@@ -11,7 +11,6 @@ add_library(dbkeeper_odbc STATIC
   platform/odbc/Pages.cpp
   platform/odbc/Reader.cpp
   platform/odbc/RowBlock.cpp
-  platform/odbc/RowStore.cpp
   platform/odbc/Utf16.cpp
 )
 target_include_directories(dbkeeper_odbc SYSTEM PRIVATE ${ODBC_INCLUDE_DIR})
@@ -21,7 +20,6 @@ dbkeeper_test(odbc_test
   SOURCES
     tests/platform/odbc/ConnectionStringTest.cpp
     tests/platform/odbc/ReachingTest.cpp
-    tests/platform/odbc/RowStoreTest.cpp
     tests/platform/odbc/Utf16Test.cpp
   LIBS dbkeeper_odbc)
 

@@ -169,6 +169,8 @@ Step Statement::NextResult() {
   return code == SQL_NO_DATA ? Step::kEnd : PresentStep(code);
 }
 
+void Statement::Cancel() { Check("SQLFreeStmt", SQLFreeStmt(Handle(), SQL_CLOSE)); }
+
 Step Statement::PresentStep(SQLRETURN code) const {
   // A statement that changed no row says "no data", and more may follow.
   if (code == SQL_NO_DATA) return Step::kCount;

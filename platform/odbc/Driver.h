@@ -107,6 +107,8 @@ class Statement {
   Step Execute(const std::string& sql);
   // Goes to the next result of the batch; may be called again after it threw.
   Step NextResult();
+  // Gives up what is left of the batch.
+  void Cancel();
   // The rows that the present statement of the batch counted, -1 when it counts none.
   std::int64_t RowCount() const;
 

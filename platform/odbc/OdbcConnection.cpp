@@ -93,9 +93,9 @@ bool OdbcConnection::IsOpen() const { return link_->Usable(); }
 
 std::unique_ptr<RowReader> OdbcConnection::Query(const std::string& sql) {
   link_->ClearWire();
-  auto statement = std::make_unique<Statement>(link_);
+  const auto statement = std::make_shared<Statement>(link_);
   if (RunToRows(*statement, sql) != Step::kRows) return nullptr;
-  return std::make_unique<odbc::Reader>(std::move(statement));
+  return std::make_unique<odbc::Reader>(statement);
 }
 
 std::int64_t OdbcConnection::Execute(const std::string& sql) {

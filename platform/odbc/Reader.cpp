@@ -4,9 +4,18 @@
 
 namespace dbkeeper::odbc {
 
-Reader::Reader(std::unique_ptr<Statement> statement) : statement_(std::move(statement)) {
+Reader::Reader(std::shared_ptr<Statement> statement) : statement_(std::move(statement)) {
   statement_->TheLink().TakeWire(*this);
   BeginResult();
+}
+
+Reader::Reader(const Reader& other, Place place)
+    : statement_(other.statement_),
+      fields_(other.fields_),
+      place_(place),
+      on_next_result_(other.on_next_result_),
+      batch_ended_(other.batch_ended_) {
+  if (place_ != Place::kBehindRows) BeginResult();
 }
 
 Reader::~Reader() { statement_->TheLink().ReturnWire(*this); }
@@ -43,8 +52,7 @@ bool Reader::NextOnWire() {
 }
 
 bool Reader::NextKept() {
-  KeptResult& result = kept_.front();
-  if (result.rows.Next()) {
+  if (++kept_row_ < kept_.front().rows.KnownRows()) {
     place_ = Place::kOnKeptRow;
     return true;
   }
@@ -53,15 +61,18 @@ bool Reader::NextKept() {
   return false;
 }
 
+std::optional<std::string_view> Reader::KeptValue(std::size_t field) const {
+  return kept_.front().rows.Value(kept_row_, field);
+}
+
 bool Reader::IsNull(std::size_t field) const {
   RequireRow();
-  return place_ == Place::kOnKeptRow ? kept_.front().rows.IsNull(field)
-                                     : block_->IsNull(row_, field);
+  return place_ == Place::kOnKeptRow ? !KeptValue(field).has_value() : block_->IsNull(row_, field);
 }
 
 std::string_view Reader::Text(std::size_t field) const {
   RequireRow();
-  return place_ == Place::kOnKeptRow ? kept_.front().rows.Text(field)
+  return place_ == Place::kOnKeptRow ? KeptValue(field).value_or(std::string_view())
                                      : block_->Text(row_, field, scratch_[field]);
 }
 
@@ -83,17 +94,18 @@ bool Reader::NextResultKept() {
   ThrowKeptFailure();
   if (kept_.size() == 1) return false;
   kept_.pop_front();
-  fields_ = kept_.front().fields;
+  fields_ = kept_.front().rows.Fields();
+  kept_row_ = -1;
   place_ = Place::kBeforeRows;
   return true;
 }
 
 void Reader::ThrowKeptFailure() {
-  std::deque<ServerError>& failures = kept_.front().failures;
+  std::deque<std::exception_ptr>& failures = kept_.front().failures;
   if (failures.empty()) return;
-  const ServerError failure = failures.front();
+  const std::exception_ptr failure = failures.front();
   failures.pop_front();
-  throw ServerError(failure);
+  std::rethrow_exception(failure);
 }
 
 bool Reader::GoToRows() {
@@ -107,50 +119,24 @@ bool Reader::GoToRows() {
 }
 
 void Reader::LeaveWire() {
+  const std::optional<ServerError> failure = block_->TakeFailure();
+  // The present block stays as it is, for views into it are out.
+  Reader rest(*this, failure ? Place::kBehindRows : place_);
   left_wire_ = true;
-  kept_.push_back({fields_, RowStore(fields_.size()), {}});
-  if (place_ != Place::kBehindRows) {
-    if (const auto failure = block_->TakeFailure()) {
-      kept_.back().failures.push_back(*failure);
-    } else {
-      // The present row stays where it is: views into it are still out.
-      RowBlock rest(*statement_);
-      KeepRows(rest, kept_.back());
-    }
-  }
-  KeepFollowingResults();
-}
-
-void Reader::KeepRows(RowBlock& block, KeptResult& kept) {
-  std::string scratch;
-  try {
-    while (block.FetchNext() > 0) {
-      for (std::size_t row = 0; row < block.Rows(); ++row) {
-        for (std::size_t field = 0; field < kept.fields.size(); ++field) {
-          if (block.IsNull(row, field)) {
-            kept.rows.AddNull();
-          } else {
-            kept.rows.Add(block.Text(row, field, scratch));
-          }
-        }
-      }
-    }
-  } catch (const ServerError& failure) {
-    kept.failures.push_back(failure);
-  }
-}
-
-void Reader::KeepFollowingResults() {
-  while (statement_->TheLink().Usable()) {
+  kept_.emplace_back(fields_);
+  if (failure) kept_.back().failures.push_back(std::make_exception_ptr(ServerError(*failure)));
+  for (bool more = true; more;) {
     try {
-      if (!on_next_result_ && !GoToRows()) return;
-      on_next_result_ = false;
-      RowBlock block(*statement_);
-      KeptResult next{block.Fields(), RowStore(block.Fields().size()), {}};
-      KeepRows(block, next);
-      kept_.push_back(std::move(next));
-    } catch (const ServerError& failure) {
-      kept_.back().failures.push_back(failure);
+      kept_.back().rows.ReadAll(rest);
+      more = rest.NextResult();
+      if (more) kept_.emplace_back(rest.Fields());
+    } catch (const ServerError&) {
+      kept_.back().failures.push_back(std::current_exception());
+      more = statement_->TheLink().Usable();
+    } catch (...) {
+      kept_.back().failures.push_back(std::current_exception());
+      statement_->Cancel();
+      return;
     }
   }
 }

@@ -1,0 +1,104 @@
+// The session over the real wire, against a local server of the test's own.
+#include "tests/support/LocalServer.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "platform/odbc/OdbcConnection.h"
+#include "tests/platform/odbc/ConnectionContract.h"
+
+namespace dbkeeper {
+namespace {
+
+constexpr const char* kWindowsLogin = "Provider=SQLOLEDB;Database=master;Integrated Security=SSPI;";
+
+class OnLocalServer : public testing::Test {
+ protected:
+  LocalServer server_;
+  OdbcConnection connection_{OdbcOptions{}, server_.Endpoint()};
+};
+
+TEST_F(OnLocalServer, TheContractOfAConnectionHolds) {
+  connection_.Open(server_.ConnectionString());
+  ExpectConnectionContract(connection_);
+}
+
+TEST_F(OnLocalServer, TheOperatorGetsInByWindowsAuthentication) {
+  connection_.Open(kWindowsLogin);
+  const auto reader = connection_.Query("select name from master.dbo.sysdatabases");
+  ASSERT_NE(reader, nullptr);
+  EXPECT_TRUE(reader->Next());
+}
+
+TEST_F(OnLocalServer, AWrongPasswordIsToldInTheServersWords) {
+  constexpr int kLoginFailed = 18456;
+  try {
+    connection_.Open("Provider=SQLOLEDB;Database=master;User ID=tester;Password=wrong;");
+    ADD_FAILURE() << "must not get in";
+  } catch (const ServerError& error) {
+    EXPECT_EQ(error.Number(), kLoginFailed);
+    EXPECT_EQ(std::string(error.what()).substr(0, 12), "Login failed");
+  }
+  EXPECT_FALSE(connection_.IsOpen());
+  EXPECT_NO_THROW(connection_.Open(server_.ConnectionString()));
+}
+
+TEST_F(OnLocalServer, AServerThatDiesIsNoticedAndCanBeReachedAgain) {
+  connection_.Open(kWindowsLogin);
+  const auto reader = connection_.Query("select name from master.dbo.sysobjects");
+  ASSERT_TRUE(reader->Next());
+  server_.Kill();
+  EXPECT_THROW(connection_.Execute("select 1"), ServerError);
+  EXPECT_FALSE(connection_.IsOpen());
+  EXPECT_THROW(connection_.Execute("select 1"), ServerError);
+  connection_.Open(kWindowsLogin);
+  EXPECT_TRUE(connection_.IsOpen());
+  EXPECT_THROW(reader->Next(), SessionError);
+  EXPECT_NE(connection_.Query("select 1"), nullptr);
+}
+
+TEST_F(OnLocalServer, ReadersOfAClosedConnectionAreHarmless) {
+  connection_.Open(kWindowsLogin);
+  const auto cursor = connection_.OpenCursor("select name from master.dbo.sysobjects");
+  const auto early = connection_.Query("select name from master.dbo.sysobjects");
+  ASSERT_TRUE(early->Next());
+  const auto late = connection_.Query("select name from master.dbo.sysobjects");
+  ASSERT_TRUE(late->Next());
+  connection_.Close();
+  EXPECT_FALSE(connection_.IsOpen());
+  EXPECT_THROW(early->Next(), SessionError);
+  EXPECT_THROW(late->Next(), SessionError);
+  EXPECT_THROW(late->NextResult(), SessionError);
+  EXPECT_THROW(cursor->Fetch(0, 10), SessionError);
+}
+
+TEST_F(OnLocalServer, ReadersMayOutliveTheConnection) {
+  std::unique_ptr<RowReader> reader;
+  {
+    OdbcConnection connection(OdbcOptions{}, server_.Endpoint());
+    connection.Open(kWindowsLogin);
+    reader = connection.Query("select 1");
+  }
+  EXPECT_THROW(reader->Next(), SessionError);
+}
+
+TEST(LocalServerProcess, AProgramThatIsNoServerIsTold) {
+  for (const char* program : {"/no/such/program", "/bin/true", "/bin/echo"}) {
+    LocalServerProcess process({.program = program, .data_folder = "/tmp"});
+    EXPECT_THROW(process.Locate(), SessionError) << program;
+    EXPECT_EQ(process.ProcessId(), 0);
+  }
+}
+
+TEST(LocalServerProcess, AServerThatNeverOpensItsPortIsGivenUp) {
+  // Reads its input to the end and says nothing.
+  LocalServerProcess process({.program = "/usr/bin/sort",
+                              .data_folder = "/tmp",
+                              .start_timeout = std::chrono::milliseconds(200)});
+  EXPECT_THROW(process.Locate(), SessionError);
+}
+
+}  // namespace
+}  // namespace dbkeeper
