@@ -12,3 +12,7 @@ function(dbkeeper_bench name)
 endfunction()
 
 dbkeeper_bench(core_bench SOURCES bench/core_bench.cpp LIBS dbkeeper_test_support)
+
+if(TARGET dbkeeper_test_server)
+  dbkeeper_bench(odbc_bench SOURCES bench/odbc_bench.cpp LIBS dbkeeper_odbc dbkeeper_test_server odbc)
+endif()

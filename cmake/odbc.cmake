@@ -33,4 +33,10 @@ if(TARGET dbkeeper-server)
     DBKEEPER_SERVER_PROGRAM="$<TARGET_FILE:dbkeeper-server>")
   target_link_libraries(dbkeeper_test_server PUBLIC dbkeeper_local_server)
   add_dependencies(dbkeeper_test_server dbkeeper-server)
+
+  dbkeeper_test(odbc_server_test
+    SOURCES
+      tests/platform/odbc/ConnectionContract.cpp
+      tests/platform/odbc/LocalServerTest.cpp
+    LIBS dbkeeper_odbc dbkeeper_test_server)
 endif()

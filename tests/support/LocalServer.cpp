@@ -23,7 +23,8 @@ LocalServer::LocalServer()
     : folder_(MakeFolder()),
       process_({.program = DBKEEPER_SERVER_PROGRAM,
                 .data_folder = folder_ / "data",
-                .logins = {{.name = kLogin, .password = kPassword}}}) {
+                .logins = {{.name = kLogin, .password = kPassword},
+                           {.name = kJapaneseLogin, .password = kJapanesePassword}}}) {
   process_.Locate();
 }
 

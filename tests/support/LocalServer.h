@@ -10,9 +10,11 @@ namespace dbkeeper {
 
 class LocalServer {
  public:
-  // The SQL login that is set, a system administrator.
+  // The SQL logins that are set, system administrators.
   static constexpr const char* kLogin = "tester";
-  static constexpr const char* kPassword = "ひみつ;1";
+  static constexpr const char* kPassword = "pass;word}1";
+  static constexpr const char* kJapaneseLogin = "検査";
+  static constexpr const char* kJapanesePassword = "ひみつ;1";
 
   // Starts dbkeeper-server; throws SessionError when it does not come up.
   LocalServer();
@@ -25,7 +27,7 @@ class LocalServer {
   // "127.0.0.1,PORT".
   std::string DataSource() { return process_.Locate().data_source; }
   int Port();
-  // The connection string of the SQL login to the master database.
+  // The connection string of the first login to the master database.
   std::string ConnectionString();
   const std::filesystem::path& DataFolder() const { return folder_; }
   // Ends the server at once, as a crash would.

@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <filesystem>
+#include <fstream>
 #include <memory>
 #include <string>
 
@@ -30,6 +33,12 @@ TEST_F(OnLocalServer, TheOperatorGetsInByWindowsAuthentication) {
   const auto reader = connection_.Query("select name from master.dbo.sysdatabases");
   ASSERT_NE(reader, nullptr);
   EXPECT_TRUE(reader->Next());
+}
+
+TEST_F(OnLocalServer, NamesAndPasswordsMayBeJapanese) {
+  EXPECT_NO_THROW(connection_.Open(std::string("Provider=SQLOLEDB;Database=master;User ID=") +
+                                   LocalServer::kJapaneseLogin +
+                                   ";Password=" + LocalServer::kJapanesePassword + ";"));
 }
 
 TEST_F(OnLocalServer, AWrongPasswordIsToldInTheServersWords) {
@@ -93,11 +102,14 @@ TEST(LocalServerProcess, AProgramThatIsNoServerIsTold) {
 }
 
 TEST(LocalServerProcess, AServerThatNeverOpensItsPortIsGivenUp) {
-  // Reads its input to the end and says nothing.
-  LocalServerProcess process({.program = "/usr/bin/sort",
-                              .data_folder = "/tmp",
-                              .start_timeout = std::chrono::milliseconds(200)});
+  const std::filesystem::path script =
+      std::filesystem::path(testing::TempDir()) / "dbkeeper-silent-server";
+  std::ofstream(script) << "#!/bin/sh\nexec cat >/dev/null\n";
+  std::filesystem::permissions(script, std::filesystem::perms::owner_all);
+  LocalServerProcess process(
+      {.program = script, .data_folder = "/tmp", .start_timeout = std::chrono::milliseconds(200)});
   EXPECT_THROW(process.Locate(), SessionError);
+  EXPECT_EQ(process.ProcessId(), 0);
 }
 
 }  // namespace
