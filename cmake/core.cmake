@@ -81,3 +81,13 @@ dbkeeper_test(core_tests
     tests/session/SessionTest.cpp
   LIBS dbkeeper_test_support
 )
+
+# The row view, the grid's model and the table browser.
+dbkeeper_test(rows_tests
+  SOURCES
+    tests/app/TableBrowserTest.cpp
+    tests/session/CellTextTest.cpp
+    tests/session/RowStoreTest.cpp
+    tests/session/RowViewTest.cpp
+  LIBS dbkeeper_test_support
+)

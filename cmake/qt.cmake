@@ -17,14 +17,20 @@ add_library(dbkeeper_qt STATIC
   platform/qt/QtWindows.cpp
   platform/qt/binders/ChoiceBinders.cpp
   platform/qt/binders/Common.cpp
+  platform/qt/binders/CellViewer.cpp
   platform/qt/binders/ListModel.cpp
   platform/qt/binders/ListWidget.cpp
+  platform/qt/binders/GridBinders.cpp
+  platform/qt/binders/GridModel.cpp
+  platform/qt/binders/GridWidget.cpp
   platform/qt/binders/MenuBinder.cpp
   platform/qt/binders/TextBinders.cpp
   platform/qt/binders/TreeModel.cpp
+  platform/qt/binders/NavigatorWidget.cpp
   platform/qt/binders/TreeWidget.cpp
   platform/qt/forms/LoginWindow.cpp
   platform/qt/forms/MainWindow.cpp
+  platform/qt/forms/BrowserPane.cpp
 )
 target_link_libraries(dbkeeper_qt PUBLIC dbkeeper_core Qt6::Widgets)
 target_compile_definitions(dbkeeper_qt PUBLIC QT_NO_KEYWORDS)

@@ -2,6 +2,7 @@
 // first answer whose text it holds.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -24,6 +25,8 @@ struct FakeResult {
   // Raised once the rows are read, or at once when there are no fields.
   std::optional<ServerMessage> error = std::nullopt;
   std::int64_t affected = -1;
+  int further_results = 0;                   // behind the rows
+  std::vector<ServerMessage> messages = {};  // said while the statement runs
 };
 
 // Text fields of the given names.
@@ -49,11 +52,65 @@ class FakeReader : public RowReader {
     const auto& cell = result_.rows[row_][field];
     return cell ? std::string_view(*cell) : std::string_view();
   }
-  bool NextResult() override { return false; }
+  bool NextResult() override { return result_.further_results-- > 0; }
 
  private:
   FakeResult result_;
   std::size_t row_ = static_cast<std::size_t>(-1);
+};
+
+// How the cursors of a server behave, and what they are asked for.
+struct FakeCursors {
+  bool scroll = true;
+  bool tell_count = true;
+  std::vector<std::pair<std::int64_t, std::size_t>> fetches{};  // first row and count
+  // The connection breaks when a row from here on is fetched.
+  std::optional<std::int64_t> break_at{};
+};
+
+class FakeCursor : public PageCursor {
+ public:
+  FakeCursor(FakeResult result, FakeCursors& cursors, bool& is_open)
+      : result_(std::move(result)), cursors_(cursors), is_open_(is_open) {
+    if (cursors_.tell_count) count_ = static_cast<std::int64_t>(result_.rows.size());
+  }
+
+  const std::vector<Field>& Fields() const override { return result_.fields; }
+  bool Scrolls() const override { return cursors_.scroll; }
+  std::int64_t RowCount() const override { return count_; }
+  std::size_t Fetch(std::int64_t first, std::size_t count) override {
+    cursors_.fetches.emplace_back(first, count);
+    const auto end = std::min(result_.rows.size(), static_cast<std::size_t>(first) + count);
+    if (cursors_.break_at && static_cast<std::int64_t>(end) > *cursors_.break_at) {
+      is_open_ = false;
+      throw ServerError({{.number = 20006, .text = "Write to the server failed"}});
+    }
+    page_first_ = std::min(static_cast<std::size_t>(first), end);
+    page_rows_ = end - page_first_;
+    return page_rows_;
+  }
+  std::int64_t FetchLast(std::size_t count) override {
+    count_ = static_cast<std::int64_t>(result_.rows.size());
+    const auto first = std::max<std::int64_t>(0, count_ - static_cast<std::int64_t>(count));
+    Fetch(first, count);
+    return first;
+  }
+  std::size_t PageRows() const override { return page_rows_; }
+  bool IsNull(std::size_t row, std::size_t field) const override {
+    return !result_.rows[page_first_ + row][field];
+  }
+  std::string_view Text(std::size_t row, std::size_t field) const override {
+    const auto& cell = result_.rows[page_first_ + row][field];
+    return cell ? std::string_view(*cell) : std::string_view();
+  }
+
+ private:
+  FakeResult result_;
+  FakeCursors& cursors_;
+  bool& is_open_;
+  std::int64_t count_ = -1;
+  std::size_t page_first_ = 0;
+  std::size_t page_rows_ = 0;
 };
 
 class FakeConnection : public Connection {
@@ -71,6 +128,7 @@ class FakeConnection : public Connection {
   std::vector<std::string> opened;
   std::optional<ServerMessage> open_failure;
   std::vector<ServerMessage> messages;
+  FakeCursors cursors;
 
   void Open(const std::string& connection_string) override {
     opened.push_back(connection_string);
@@ -85,7 +143,11 @@ class FakeConnection : public Connection {
     return std::make_unique<FakeReader>(std::move(result));
   }
   std::int64_t Execute(const std::string& sql) override { return Take(sql).affected; }
-  std::unique_ptr<PageCursor> OpenCursor(const std::string&) override { return nullptr; }
+  std::unique_ptr<PageCursor> OpenCursor(const std::string& sql) override {
+    FakeResult result = Take(sql);
+    if (result.fields.empty()) return nullptr;
+    return std::make_unique<FakeCursor>(std::move(result), cursors, is_open_);
+  }
   std::vector<ServerMessage> TakeMessages() override { return std::exchange(messages, {}); }
 
  private:
@@ -93,6 +155,7 @@ class FakeConnection : public Connection {
     statements.push_back(sql);
     for (const auto& [part, result] : answers_) {
       if (sql.find(part) == std::string::npos) continue;
+      messages.insert(messages.end(), result.messages.begin(), result.messages.end());
       if (result.error && result.fields.empty()) throw ServerError({*result.error});
       return result;
     }

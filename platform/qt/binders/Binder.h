@@ -6,8 +6,10 @@
 #include <functional>
 
 #include "controls/ActionGuard.h"
+#include "controls/DataGrid.h"
 #include "controls/Inputs.h"
 #include "controls/ListView.h"
+#include "controls/Navigator.h"
 #include "controls/TreeView.h"
 
 class QCheckBox;
@@ -56,6 +58,9 @@ class Binder {
   QDateTimeEdit* Make(DateTimePicker& picker, const QString& name, Picks picks) const;
   ListWidget* Make(ListView& list, const QString& name) const;
   TreeWidget* Make(TreeView& tree, const QString& name) const;
+  // The grid with the line below it that says why rows cannot be edited.
+  QWidget* Make(DataGrid& grid, const QString& name) const;
+  QWidget* Make(Navigator& navigator, const QString& name) const;
 
  private:
   // Name, enabling, visibility, hint and focus, which every control has.

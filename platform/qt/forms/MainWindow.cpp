@@ -15,6 +15,7 @@
 #include "platform/qt/binders/Binder.h"
 #include "platform/qt/binders/ListWidget.h"
 #include "platform/qt/binders/TreeWidget.h"
+#include "platform/qt/forms/BrowserPane.h"
 
 namespace dbkeeper::qt {
 
@@ -46,7 +47,9 @@ QWidget* MakeListSide(TFormMain& form, const Binder& binder, FormMainWindow& win
   side->setObjectName("Splitter_SQL");
   side->setChildrenCollapsible(false);
   side->addWidget(binder.Make(form.ListViewMain, "ListViewMain"));
-  side->addWidget(binder.Make(form.Pnl_SQL, "Pnl_SQL"));
+  QFrame* pane = binder.Make(form.Pnl_SQL, "Pnl_SQL");
+  LayOutBrowserPane(form, binder, *pane);
+  side->addWidget(pane);
   side->setStretchFactor(0, 1);
   side->setSizes({kHeight, Scaled(window, kBrowserHeight)});
   return side;
