@@ -69,7 +69,9 @@ target_link_libraries(dbkeeper_test_support PUBLIC dbkeeper_core)
 dbkeeper_test(core_tests
   SOURCES
     tests/app/ConnectTest.cpp
+    tests/app/DatabaseCommandsTest.cpp
     tests/app/NodeDispatchTest.cpp
+    tests/app/RowCommandTest.cpp
     tests/app/StartUpTest.cpp
     tests/app/SupportTest.cpp
     tests/catalog/CatalogTest.cpp
@@ -78,6 +80,9 @@ dbkeeper_test(core_tests
     tests/controls/ListViewTest.cpp
     tests/controls/ObservableTest.cpp
     tests/controls/TreeViewTest.cpp
+    tests/database/BackupMediaTest.cpp
+    tests/database/DatabasePropertyTest.cpp
+    tests/database/RestoreTest.cpp
     tests/session/SessionTest.cpp
   LIBS dbkeeper_test_support
 )
