@@ -36,7 +36,55 @@ target_include_directories(dbkeeper_server_sql PUBLIC ${CMAKE_SOURCE_DIR})
 target_link_libraries(dbkeeper_server_sql PUBLIC SQLite::SQLite3)
 
 add_library(dbkeeper_server_engine STATIC
-  server/engine/placeholder.cpp
+  server/catalog/catalog.cpp
+  server/catalog/column_types.cpp
+  server/catalog/live_tables.cpp
+  server/catalog/login_store.cpp
+  server/catalog/new_database.cpp
+  server/catalog/sample_data.cpp
+  server/catalog/sample_instance.cpp
+  server/catalog/system_tables.cpp
+  server/engine/cursor.cpp
+  server/engine/database_definition.cpp
+  server/engine/engine_messages.cpp
+  server/engine/engine_session.cpp
+  server/engine/instance.cpp
+  server/engine/instance_state.cpp
+  server/engine/object_definition.cpp
+  server/engine/permissions.cpp
+  server/engine/query_runner.cpp
+  server/engine/resolver.cpp
+  server/engine/session_settings.cpp
+  server/engine/sqlite.cpp
+  server/engine/state_functions.cpp
+  server/engine/statements.cpp
+  server/engine/table_change.cpp
+  server/engine/table_definition.cpp
+  server/engine/workspace.cpp
+  server/procedures/database_procedures.cpp
+  server/procedures/device_procedures.cpp
+  server/procedures/job_procedures.cpp
+  server/procedures/login_procedures.cpp
+  server/procedures/metadata_procedures.cpp
+  server/procedures/object_procedures.cpp
+  server/procedures/procedure_call.cpp
+  server/procedures/procedure_table.cpp
+  server/procedures/process_procedures.cpp
+  server/procedures/property_procedures.cpp
+  server/procedures/role_procedures.cpp
+  server/procedures/user_procedures.cpp
 )
 target_include_directories(dbkeeper_server_engine PUBLIC ${CMAKE_SOURCE_DIR})
-target_link_libraries(dbkeeper_server_engine PUBLIC SQLite::SQLite3 Threads::Threads)
+target_link_libraries(dbkeeper_server_engine PUBLIC dbkeeper_server_sql Threads::Threads crypt)
+
+dbkeeper_test(server_sql_tests
+  SOURCES
+    tests/server/sql/change_cases.cpp
+    tests/server/sql/expression_cases.cpp
+    tests/server/sql/fuzz_test.cpp
+    tests/server/sql/parser_test.cpp
+    tests/server/sql/query_cases.cpp
+    tests/server/sql/sql_fixture.cpp
+    tests/server/sql/translator_test.cpp
+  LIBS dbkeeper_server_sql
+)

@@ -127,12 +127,17 @@ Bound Binder::Arithmetic(BinaryOperator op, const Bound& left, const Bound& righ
   throw MakeError(403, {row.name, NameOf(common.id)}, line);
 }
 
-Bound Binder::IntegerArithmetic(BinaryOperator op, const Bound& left, const Bound& right) const {
+Bound Binder::IntegerArithmetic(BinaryOperator op, const Bound& left_operand,
+                                const Bound& right_operand) const {
   Bound result;
-  result.type = CommonType(left.type, right.type);
+  result.type = CommonType(left_operand.type, right_operand.type);
   if (result.type.id == TypeId::kBit && !IsBitOperator(op)) {
     result.type = SqlType{TypeId::kInt, 4, 10, 0, result.type.nullable};
   }
+  Bound left = left_operand;
+  Bound right = right_operand;
+  left.sql = ConvertTo(left, result.type);
+  right.sql = ConvertTo(right, result.type);
   const std::string symbol(RowOf(op).symbol);
   const std::string plain = '(' + left.sql + ' ' + symbol + ' ' + right.sql + ')';
   const std::string code = std::to_string(EncodeType(result.type));

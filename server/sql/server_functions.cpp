@@ -236,6 +236,10 @@ std::string_view TextAt(Cells arguments, std::size_t index) {
 }
 
 void RegisterServerFunctions(sqlite3* connection, ServerState& state) {
+  // SQLite's Bloom filters hash texts by their length, so that a join would miss rows that are
+  // equal only by the collation: 'a' and 'a '.
+  constexpr int kBloomFilters = 0x00080000;
+  sqlite3_test_control(SQLITE_TESTCTRL_OPTIMIZATIONS, connection, kBloomFilters);
   sqlite3_create_collation(connection, "MSTEXT", SQLITE_UTF8, nullptr, CollateText);
   sqlite3_create_collation(connection, "MSDECIMAL", SQLITE_UTF8, nullptr, CollateDecimal);
   RegisterEntries(connection, ConversionFunctions());
