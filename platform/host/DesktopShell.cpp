@@ -47,14 +47,8 @@ std::string DesktopShell::TemporaryFolder() {
 }
 
 std::optional<std::string> DesktopShell::FileVersion(const std::filesystem::path& file) {
-  std::error_code differs;
-  if (std::filesystem::equivalent(file, Executable(), differs)) return version_;
+  if (file == executable_) return version_;
   return std::nullopt;
-}
-
-std::filesystem::path DesktopShell::Executable() {
-  std::error_code none;
-  return std::filesystem::read_symlink("/proc/self/exe", none);
 }
 
 }  // namespace dbkeeper::host

@@ -7,8 +7,9 @@ namespace dbkeeper::host {
 
 class DesktopShell : public Shell {
  public:
-  // The program's own version, which it gives as the version of its own file.
-  explicit DesktopShell(std::string version) : version_(std::move(version)) {}
+  // The program's own file, and the version that it gives as that file's.
+  DesktopShell(std::filesystem::path executable, std::string version)
+      : executable_(std::move(executable)), version_(std::move(version)) {}
 
   void Open(const std::string& file_or_address) override;
   void Run(const std::string& command, const std::string& arguments, WindowState window) override;
@@ -16,9 +17,10 @@ class DesktopShell : public Shell {
   std::string UserName() override;
   std::string TemporaryFolder() override;
   std::optional<std::string> FileVersion(const std::filesystem::path& file) override;
-  std::filesystem::path Executable() override;
+  std::filesystem::path Executable() override { return executable_; }
 
  private:
+  std::filesystem::path executable_;
   std::string version_;
 };
 

@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QFont>
 #include <QPalette>
+#include <QProxyStyle>
 #include <QWidget>
 
 namespace dbkeeper::qt {
@@ -13,6 +14,27 @@ namespace {
 const QStringList kFontFamilies = {"VL PGothic", "IPAPGothic", "Noto Sans CJK JP", "sans-serif"};
 constexpr double kFontPoints = 9.75;  // 13 pixels at 96 dpi
 constexpr int kDesignDpi = 96;
+constexpr int kRowAir = 5;
+constexpr int kCellMargin = 5;
+
+// Rows of lists and trees with some air around the letters.
+class AiryStyle : public QProxyStyle {
+ public:
+  AiryStyle() : QProxyStyle("Fusion") {}
+
+  QSize sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
+                         const QWidget* widget) const override {
+    QSize result = QProxyStyle::sizeFromContents(type, option, size, widget);
+    if (type == CT_ItemViewItem) result.rheight() += kRowAir;
+    return result;
+  }
+
+  int pixelMetric(PixelMetric metric, const QStyleOption* option,
+                  const QWidget* widget) const override {
+    if (metric == PM_FocusFrameHMargin || metric == PM_HeaderMargin) return kCellMargin;
+    return QProxyStyle::pixelMetric(metric, option, widget);
+  }
+};
 
 QPalette MakePalette() {
   const QColor face(0xf0, 0xf0, 0xf0);
@@ -29,7 +51,7 @@ QPalette MakePalette() {
 }  // namespace
 
 void ApplyLook(QApplication& application) {
-  QApplication::setStyle("Fusion");
+  QApplication::setStyle(new AiryStyle);  // the application owns it
   QApplication::setPalette(MakePalette());
   QFont font;
   font.setFamilies(kFontFamilies);

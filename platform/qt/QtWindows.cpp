@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QEventLoop>
+#include <QPointer>
 #include <QStatusBar>
 
 #include "platform/qt/QtText.h"
@@ -10,11 +11,15 @@ namespace dbkeeper::qt {
 
 QtWindows::QtWindows() = default;
 
-QtWindows::~QtWindows() {
-  // The others are the main window's children by ownership of the toolkit: they go first.
+QtWindows::~QtWindows() { Clear(); }
+
+void QtWindows::Clear() {
+  // The toolkit would let the main window destroy the dialogs that it owns: they go first.
   for (auto& [form, entry] : entries_) {
     if (entry.window.get() != main_window_) entry.window.reset();
   }
+  entries_.clear();
+  main_window_ = nullptr;
 }
 
 void QtWindows::Register(Form& form, Factory factory) {
@@ -37,6 +42,7 @@ void QtWindows::Show(Form& form) {
 
 void QtWindows::ShowModal(Form& form) {
   QWidget& window = WindowOf(form);
+  const QPointer<QWidget> before = QApplication::activeWindow();
   window.setWindowModality(Qt::ApplicationModal);
   form.Open();
   QEventLoop loop;
@@ -44,6 +50,7 @@ void QtWindows::ShowModal(Form& form) {
     if (!visible) loop.quit();
   });
   if (form.Visible()) loop.exec();
+  if (before != nullptr) before->activateWindow();
 }
 
 void QtWindows::SetApplicationTitle(const std::string& title) {

@@ -24,11 +24,15 @@ class QtWindows : public Windows {
   };
 
   QtWindows();
+  QtWindows(const QtWindows&) = delete;
+  QtWindows& operator=(const QtWindows&) = delete;
   ~QtWindows() override;
 
   // A form's window is made when it is first shown, which keeps the start short. The form must
   // outlive this object.
   void Register(Form& form, Factory factory);
+  // Destroys every window and forgets every form.
+  void Clear();
   // The window of a registered form; throws std::out_of_range when it is not registered.
   QWidget& WindowOf(Form& form);
   // What the program has added to the main window's system menu, in order.

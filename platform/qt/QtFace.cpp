@@ -1,0 +1,22 @@
+#include "platform/qt/QtFace.h"
+
+#include <QWidget>
+
+#include "platform/qt/forms/LoginWindow.h"
+#include "platform/qt/forms/MainWindow.h"
+
+namespace dbkeeper::qt {
+
+QtFace::QtFace(Application& program, QtWindows& windows) : windows_(windows) {
+  const ActionGuard& guard = program.Guard();
+  windows.Register(program.FormMain, [&program, &guard, &windows](QWidget*) {
+    return MakeMainWindow(program.FormMain, guard, windows);
+  });
+  windows.Register(program.FormLogin, [&program, &guard](QWidget* owner) {
+    return MakeLoginWindow(program.FormLogin, guard, owner);
+  });
+}
+
+QtFace::~QtFace() { windows_.Clear(); }
+
+}  // namespace dbkeeper::qt

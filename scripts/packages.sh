@@ -1,0 +1,27 @@
+# The Debian packages that the project needs, and their installation. Sourced by ./run and ./test.
+
+# To build.
+BUILD_PACKAGES=(g++ cmake ninja-build ccache pkg-config qt6-base-dev libgl1-mesa-dev unixodbc-dev
+  libsqlite3-dev libgtest-dev)
+# To run: the driver to the servers, Japanese letters.
+PROGRAM_PACKAGES=(tdsodbc unixodbc fonts-vlgothic)
+# To test: other clients of the local server, a virtual display, the checkers.
+TEST_PACKAGES=(freetds-bin xvfb xauth clang-format-14 clang-tidy-14 libbenchmark-dev)
+
+as_root() {
+  if [[ $EUID -eq 0 ]]; then "$@"; else sudo "$@"; fi
+}
+
+# Installs those of the named packages that are missing.
+install_packages() {
+  local missing=() package
+  for package in "$@"; do
+    dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "install ok installed" ||
+      missing+=("$package")
+  done
+  [[ ${#missing[@]} -eq 0 ]] && return
+  echo "== Installing ${missing[*]}"
+  as_root env DEBIAN_FRONTEND=noninteractive apt-get update -qq
+  as_root env DEBIAN_FRONTEND=noninteractive \
+    apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+}

@@ -1,0 +1,109 @@
+#include <QApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QStatusBar>
+
+#include "platform/qt/tour/Chapters.h"
+#include "platform/qt/tour/Hands.h"
+#include "tests/platform/qt/RealWindows.h"
+
+namespace dbkeeper::testing {
+namespace {
+
+using namespace qt::tour;
+
+void ExpectLogin() { Require(IsShown("FormLogin"), "the dialog is not open"); }
+void ExpectNoLogin() { Require(!IsShown("FormLogin"), "the dialog is still open"); }
+
+Steps OpenLogin() {
+  return {
+      {"menu", [] { ClickNode("TreeView", {"SQL Server"}, Press::kRight); }, [] { OpenMenu(); }},
+      {"dialog", [] { ChooseItem("接続 ..."); }, ExpectLogin},
+  };
+}
+
+Steps operator+(Steps first, const Steps& then) {
+  first.insert(first.end(), then.begin(), then.end());
+  return first;
+}
+
+TEST_F(RealWindows, ConnectingListingAndDisconnectingByMouse) {
+  Run(ConnectSteps() + DatabaseSteps() + DisconnectSteps());
+  EXPECT_EQ(connection.opened.size(), 1U);
+}
+
+TEST_F(RealWindows, EscCancelsTheDialogAndEnterConnects) {
+  Run(OpenLogin() + Steps{{"esc", [] { PressKey(Qt::Key_Escape); }, ExpectNoLogin}} + OpenLogin() +
+      Steps{{"enter",
+             [] {
+               TypeInto("Edit_loginame", "sa");
+               PressKey(Qt::Key_Return);
+             },
+             ExpectNoLogin}});
+  ASSERT_EQ(connection.opened.size(), 1U);
+  EXPECT_NE(connection.opened[0].find("User ID=sa;"), std::string::npos);
+}
+
+TEST_F(RealWindows, TabGoesThroughTheDialogInTheOrderOfItsControls) {
+  const auto expect_focus = [](const char* name) {
+    return [name] { Require(Find(name).hasFocus(), std::string(name) + " has not the focus"); };
+  };
+  const auto tab = [] { PressKey(Qt::Key_Tab); };
+  Run(OpenLogin() + Steps{
+                        {"first", [] {}, expect_focus("Edit_loginame")},
+                        {"second", tab, expect_focus("Edit_passwd")},
+                        {"third", tab, expect_focus("ComboBox_SQL_Server")},
+                        {"fourth", tab, expect_focus("CheckBox_Windows")},
+                        {"fifth", tab, expect_focus("SBtn_Update")},
+                        {"sixth", tab, expect_focus("Sbtn_Cancel")},
+                        {"closed", [] { PressKey(Qt::Key_Space); }, ExpectNoLogin},
+                    });
+}
+
+TEST_F(RealWindows, AFailedLoginIsShownAndTheDialogStaysWithItsInputs) {
+  connection.open_failure =
+      ServerMessage{.number = 18456, .text = "Login failed for user 'sa'.\r\n(18456)"};
+  Run(OpenLogin() + Steps{
+                        {"refused",
+                         [] {
+                           TypeInto("Edit_loginame", "sa");
+                           Click("SBtn_Update");
+                         },
+                         [] { RequireEqual(BoxText(), "Login failed for user 'sa'.\n(18456)"); }},
+                        {"still open", [] { PressKey(Qt::Key_Return); },
+                         [] {
+                           ExpectLogin();
+                           RequireEqual(qt::tour::FindA<QLineEdit>("Edit_loginame").text(), "sa");
+                         }},
+                        {"closed", [] { PressKey(Qt::Key_Escape); }, ExpectNoLogin},
+                    });
+}
+
+// Counts the times that a widget is painted.
+class PaintCounter : public QObject {
+ public:
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (event->type() == QEvent::Paint) ++paints;
+    return QObject::eventFilter(watched, event);
+  }
+  int paints = 0;
+};
+
+TEST_F(RealWindows, TheStatusBarIsPaintedBeforeAStatementGoesOut) {
+  app.Start();
+  windows.Show(app.FormMain);
+  QApplication::processEvents();
+  PaintCounter counter;
+  FindA<QStatusBar>("StatusBar1").findChild<QLabel*>()->installEventFilter(&counter);
+  app.FormMain.StatusBar1.SimpleText = " *";
+  {
+    // No turn of the event loop in here.
+    const BusyScope busy(windows);
+    EXPECT_GT(counter.paints, 0);
+    EXPECT_EQ(QGuiApplication::overrideCursor()->shape(), Qt::WaitCursor);
+  }
+  EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
+}
+
+}  // namespace
+}  // namespace dbkeeper::testing
