@@ -83,6 +83,9 @@ dbkeeper_test(core_tests
     tests/database/BackupMediaTest.cpp
     tests/database/DatabasePropertyTest.cpp
     tests/database/RestoreTest.cpp
+    tests/query/EasySqlTest.cpp
+    tests/query/QueryWindowTest.cpp
+    tests/query/ScriptTest.cpp
     tests/session/SessionTest.cpp
   LIBS dbkeeper_test_support
 )

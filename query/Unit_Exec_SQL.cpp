@@ -232,9 +232,11 @@ std::unique_ptr<RowStore> TFormExecSQL::ReadResult() {
       store->Append(reader);
       store->ReadAll(reader);
     }
+    NoteMessages();
     messages_.AddLine(messages::Fill(messages::kRowsRead, std::to_string(store->KnownRows())));
     int further = 0;
     while (reader.NextResult()) ++further;
+    NoteMessages();
     if (further > 0) {
       messages_.AddLine(messages::Fill(messages::kFurtherResults, std::to_string(further)));
     }
@@ -254,6 +256,7 @@ void TFormExecSQL::SpeedButton3Click() {
       query_.Clear();
       query_.Add(sql);
       affected = query_.ExecSQL();
+      NoteMessages();
       if (affected >= 0) {
         messages_.AddLine(messages::Fill(messages::kRowsAffected, std::to_string(affected)));
       }
@@ -264,11 +267,10 @@ void TFormExecSQL::SpeedButton3Click() {
 }
 
 void TFormExecSQL::Logged(const std::string& sql, const std::function<void()>& run) {
-  Connection& connection = session_.TheConnection();
-  connection.TakeMessages();  // those of earlier statements are nobody's here
+  session_.TheConnection().TakeMessages();  // those of earlier statements are nobody's here
   messages_.BeginRun(FormatDateTime(host_.clock.Now(), "hh:nn:ss"), sql);
   const auto finish = [&] {
-    messages_.Add(connection.TakeMessages());
+    NoteMessages();
     messages_.EndRun();
     ShowMessages();
   };
@@ -281,6 +283,8 @@ void TFormExecSQL::Logged(const std::string& sql, const std::function<void()>& r
   }
   finish();
 }
+
+void TFormExecSQL::NoteMessages() { messages_.Add(session_.TheConnection().TakeMessages()); }
 
 void TFormExecSQL::ShowMessages() {
   if (MemoServerMessage.Visible) MemoServerMessage.Text = messages_.Text();

@@ -150,6 +150,7 @@ class TFormExecSQL : public Form {
   void ShowHistory();
   // Runs `run` with what the server says about it going to the message pane.
   void Logged(const std::string& sql, const std::function<void()>& run);
+  void NoteMessages();
   void ShowMessages();
   std::size_t SelectedField() const;
   void UseDatabase(const std::string& database);
