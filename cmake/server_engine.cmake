@@ -86,5 +86,8 @@ dbkeeper_test(server_sql_tests
     tests/server/sql/query_cases.cpp
     tests/server/sql/sql_fixture.cpp
     tests/server/sql/translator_test.cpp
+    tests/server/types/datetime_test.cpp
+    tests/server/types/decimal_test.cpp
+    tests/server/types/text_test.cpp
   LIBS dbkeeper_server_sql
 )

@@ -288,9 +288,12 @@ double ToDouble(const Decimal& number) {
 
 std::optional<Decimal> FromDouble(double number, int scale) {
   if (!std::isfinite(number) || std::fabs(number) >= 1e38) return std::nullopt;
-  // 17 digits are all that a double has; the rest of its expansion would be noise.
+  // The shortest digits that mean this double; the rest of its expansion would be noise.
   std::array<char, 64> digits{};
-  std::snprintf(digits.data(), digits.size(), "%.16e", number);
+  for (int count = 14; count <= 16; ++count) {
+    std::snprintf(digits.data(), digits.size(), "%.*e", count, number);
+    if (std::strtod(digits.data(), nullptr) == number) break;
+  }
   const std::string_view text(digits.data());
   const std::size_t exponent_at = text.find('e');
   const int exponent = std::atoi(text.data() + exponent_at + 1);

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
-
 #include "server/sql/lexer.h"
 #include "server/types/type_rules.h"
 
