@@ -5,33 +5,86 @@ add_library(dbkeeper_host STATIC
   platform/host/DesktopLocale.cpp
   platform/host/DesktopShell.cpp
   platform/host/IconvCodePage.cpp
+  platform/host/SessionSettings.cpp
   platform/host/SystemClock.cpp
 )
-target_link_libraries(dbkeeper_host PUBLIC dbkeeper_core Qt6::Gui)
+target_link_libraries(dbkeeper_host PUBLIC dbkeeper_core dbkeeper_local_server dbkeeper_odbc Qt6::Gui)
 
 add_library(dbkeeper_qt STATIC
   platform/qt/FormWindow.cpp
   platform/qt/Look.cpp
   platform/qt/QtDialogs.cpp
+  platform/qt/QtFace.cpp
   platform/qt/QtText.cpp
   platform/qt/QtWindows.cpp
+  platform/qt/binders/CellViewer.cpp
   platform/qt/binders/ChoiceBinders.cpp
   platform/qt/binders/Common.cpp
-  platform/qt/binders/CellViewer.cpp
-  platform/qt/binders/ListModel.cpp
-  platform/qt/binders/ListWidget.cpp
   platform/qt/binders/GridBinders.cpp
   platform/qt/binders/GridModel.cpp
   platform/qt/binders/GridWidget.cpp
+  platform/qt/binders/ListModel.cpp
+  platform/qt/binders/ListWidget.cpp
   platform/qt/binders/MenuBinder.cpp
+  platform/qt/binders/NavigatorWidget.cpp
   platform/qt/binders/TextBinders.cpp
   platform/qt/binders/TreeModel.cpp
-  platform/qt/binders/NavigatorWidget.cpp
   platform/qt/binders/TreeWidget.cpp
+  platform/qt/forms/BackupMediaWindow.cpp
+  platform/qt/forms/BrowserPane.cpp
+  platform/qt/forms/FieldRows.cpp
   platform/qt/forms/LoginWindow.cpp
   platform/qt/forms/MainWindow.cpp
-  platform/qt/forms/BrowserPane.cpp
+  platform/qt/forms/RestoreWindow.cpp
 )
 target_link_libraries(dbkeeper_qt PUBLIC dbkeeper_core Qt6::Widgets)
 target_compile_definitions(dbkeeper_qt PUBLIC QT_NO_KEYWORDS)
 target_precompile_headers(dbkeeper_qt PRIVATE <QtWidgets>)
+
+# The hands that drive the windows, for the tour and the tests.
+add_library(dbkeeper_tour_kit STATIC
+  platform/qt/tour/Chapters.cpp
+  platform/qt/tour/ConnectSteps.cpp
+  platform/qt/tour/DatabaseSteps.cpp
+  platform/qt/tour/DisconnectSteps.cpp
+  platform/qt/tour/Hands.cpp
+  platform/qt/tour/Picture.cpp
+  platform/qt/tour/Tour.cpp
+)
+target_link_libraries(dbkeeper_tour_kit PUBLIC dbkeeper_qt Qt6::Test)
+target_precompile_headers(dbkeeper_tour_kit REUSE_FROM dbkeeper_qt)
+
+# The program, and the guided tour: the same sources, but for who sits in the event loop.
+foreach(program dbkeeper dbkeeper-tour)
+  add_executable(${program} main.cpp)
+  target_compile_definitions(${program} PRIVATE DBKEEPER_VERSION="${PROJECT_VERSION}")
+  target_link_libraries(${program} PRIVATE dbkeeper_host dbkeeper_qt)
+  if(TARGET dbkeeper-server)
+    add_dependencies(${program} dbkeeper-server)
+  endif()
+endforeach()
+target_sources(dbkeeper PRIVATE platform/qt/OperatorRun.cpp)
+target_sources(dbkeeper-tour PRIVATE platform/qt/tour/TourRun.cpp)
+target_link_libraries(dbkeeper-tour PRIVATE dbkeeper_tour_kit)
+
+add_executable(qt_tests
+  tests/platform/qt/BinderTest.cpp
+  tests/platform/qt/ListTest.cpp
+  tests/platform/qt/OffscreenMain.cpp
+  tests/platform/qt/RealWindows.cpp
+  tests/platform/qt/TreeTest.cpp
+  tests/platform/qt/WindowsTest.cpp
+)
+target_link_libraries(qt_tests PRIVATE dbkeeper_tour_kit dbkeeper_test_support GTest::gtest)
+target_precompile_headers(qt_tests REUSE_FROM dbkeeper_qt)
+gtest_discover_tests(qt_tests DISCOVERY_TIMEOUT 60)
+
+dbkeeper_test(host_tests
+  SOURCES
+    tests/platform/host/CodePageTest.cpp
+    tests/platform/host/MachineTest.cpp
+  LIBS dbkeeper_host dbkeeper_test_support)
+
+add_executable(qt_grid_tests tests/platform/qt/GridTest.cpp tests/platform/qt/OffscreenMain.cpp)
+target_link_libraries(qt_grid_tests PRIVATE dbkeeper_qt dbkeeper_test_support Qt6::Test GTest::gtest)
+gtest_discover_tests(qt_grid_tests DISCOVERY_TIMEOUT 60)

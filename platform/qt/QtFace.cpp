@@ -2,8 +2,10 @@
 
 #include <QWidget>
 
+#include "platform/qt/forms/BackupMediaWindow.h"
 #include "platform/qt/forms/LoginWindow.h"
 #include "platform/qt/forms/MainWindow.h"
+#include "platform/qt/forms/RestoreWindow.h"
 
 namespace dbkeeper::qt {
 
@@ -14,6 +16,12 @@ QtFace::QtFace(Application& program, QtWindows& windows) : windows_(windows) {
   });
   windows.Register(program.FormLogin, [&program, &guard](QWidget* owner) {
     return MakeLoginWindow(program.FormLogin, guard, owner);
+  });
+  windows.Register(program.Form_BackupMedia, [&program, &guard](QWidget* owner) {
+    return MakeBackupMediaWindow(program.Form_BackupMedia, guard, owner);
+  });
+  windows.Register(program.FormRestore, [&program, &guard](QWidget* owner) {
+    return MakeRestoreWindow(program.FormRestore, guard, owner);
   });
 }
 
