@@ -11,6 +11,7 @@
 
 namespace dbkeeper::server {
 
+class FolderLock;
 class InstanceState;
 
 struct InstanceOptions {
@@ -49,8 +50,9 @@ class Instance : public SessionFactory {
   std::unique_ptr<Session> Login(const LoginRequest& request) override;
 
  private:
-  explicit Instance(std::unique_ptr<InstanceState> state);
+  Instance(std::unique_ptr<FolderLock> lock, std::unique_ptr<InstanceState> state);
 
+  const std::unique_ptr<FolderLock> lock_;
   const std::unique_ptr<InstanceState> state_;
 };
 

@@ -1,0 +1,444 @@
+#include "server/catalog/catalog.h"
+
+#include <algorithm>
+#include <chrono>
+#include <ctime>
+
+#include "server/catalog/column_types.h"
+#include "server/types/type_rules.h"
+
+namespace dbkeeper::server {
+
+namespace {
+
+std::string Trimmed(std::string_view text) {
+  const std::size_t end = text.find_last_not_of(' ');
+  return std::string(end == std::string_view::npos ? std::string_view() : text.substr(0, end + 1));
+}
+
+// The server tells keys of every kind apart by "K" in sysobjects.type.
+std::string_view OldType(std::string_view xtype) {
+  return xtype == "PK" || xtype == "UQ" ? "K " : xtype;
+}
+
+int SystemStatus(std::string_view xtype) {
+  if (xtype == "S") return 1;
+  if (xtype == "V") return 2;
+  if (xtype == "U") return 3;
+  if (xtype == "P") return 4;
+  if (xtype == "TR") return 8;
+  return 0;
+}
+
+constexpr std::int64_t kDeleteCascade = 4096;
+constexpr std::int64_t kUpdateCascade = 8192;
+constexpr std::int64_t kDisabled = 16384;
+
+CatalogObject ReadObject(const SqliteStatement& row) {
+  return {.id = row.Integer(0),
+          .name = row.Text(1),
+          .xtype = Trimmed(row.Bytes(2)),
+          .parent = row.Integer(3),
+          .info = row.Integer(4),
+          .status = row.Integer(5)};
+}
+
+std::string QuotedList(const std::vector<std::string>& names) {
+  std::string list;
+  for (const std::string& name : names) list += (list.empty() ? "" : ", ") + QuoteName(name);
+  return list;
+}
+
+}  // namespace
+
+bool SameName(std::string_view left, std::string_view right) {
+  const auto lower = [](unsigned char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<unsigned char>(c + ('a' - 'A')) : c;
+  };
+  return std::ranges::equal(left, right, {}, lower, lower);
+}
+
+std::int64_t CurrentTime() {
+  constexpr std::int64_t kTicksPerDay = 25'920'000;
+  const auto now = std::chrono::system_clock::now();
+  const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
+  std::tm local{};
+  localtime_r(&seconds, &local);
+  const auto date =
+      std::chrono::year_month_day(std::chrono::year(local.tm_year + 1900),
+                                  std::chrono::month(static_cast<unsigned>(local.tm_mon + 1)),
+                                  std::chrono::day(static_cast<unsigned>(local.tm_mday)));
+  const auto epoch = std::chrono::sys_days(std::chrono::year(1900) / 1 / 1);
+  const std::int64_t days = (std::chrono::sys_days(date) - epoch).count();
+  const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(
+                                now - std::chrono::system_clock::from_time_t(seconds))
+                                .count();
+  const std::int64_t second_of_day = (local.tm_hour * 60 + local.tm_min) * 60 + local.tm_sec;
+  return days * kTicksPerDay + second_of_day * 300 + milliseconds * 3 / 10;
+}
+
+const CatalogColumn* CatalogTable::FindColumn(std::string_view name) const {
+  const auto found =
+      std::ranges::find_if(columns, [&](const auto& c) { return SameName(c.name, name); });
+  return found == columns.end() ? nullptr : &*found;
+}
+
+const CatalogIndex* CatalogTable::FindIndex(std::string_view name) const {
+  const auto found = std::ranges::find_if(
+      indexes, [&](const auto& i) { return !i.keys.empty() && SameName(i.name, name); });
+  return found == indexes.end() ? nullptr : &*found;
+}
+
+const CatalogIndex* CatalogTable::PrimaryKey() const {
+  const auto found =
+      std::ranges::find_if(indexes, [](const auto& i) { return i.Has(IndexStatus::kPrimaryKey); });
+  return found == indexes.end() ? nullptr : &*found;
+}
+
+ColumnInfo ColumnInfoOf(const CatalogColumn& column) {
+  ColumnInfo info;
+  info.name = column.name;
+  info.type = column.type;
+  info.default_text = column.default_text;
+  return info;
+}
+
+Catalog::Catalog(SqliteConnection& connection, std::string alias)
+    : connection_(connection), alias_(std::move(alias)), quoted_(QuoteName(alias_) + ".") {}
+
+std::string Catalog::Path(std::string_view name) const { return quoted_ + QuoteName(name); }
+
+std::optional<CatalogObject> Catalog::FindObject(std::string_view name) {
+  const SqliteStatement row = [&] {
+    SqliteStatement statement =
+        connection_.Prepare("select id, name, xtype, parent_obj, info, status from " + quoted_ +
+                                "sysobjects where name = ?1",
+                            name);
+    statement.Step();
+    return statement;
+  }();
+  if (row.IsNull(0)) return std::nullopt;
+  return ReadObject(row);
+}
+
+std::optional<CatalogObject> Catalog::FindObject(std::int64_t id) {
+  SqliteStatement row =
+      connection_.Prepare("select id, name, xtype, parent_obj, info, status from " + quoted_ +
+                              "sysobjects where id = ?1",
+                          id);
+  if (!row.Step()) return std::nullopt;
+  return ReadObject(row);
+}
+
+std::vector<CatalogColumn> Catalog::Columns(std::int64_t id) {
+  std::vector<CatalogColumn> columns;
+  SqliteStatement row = connection_.Prepare(
+      "select c.name, c.colid, c.xtype, c.xusertype, c.length, c.xprec, c.xscale, c.isnullable, "
+      "c.collation, c.cdefault, c.colstat, i.seed, i.increment from " +
+          quoted_ + "syscolumns c left join " + quoted_ +
+          "\"#identity\" i on i.id = c.id and i.colid = c.colid where c.id = ?1 order by c.colid",
+      id);
+  while (row.Step()) {
+    CatalogColumn column;
+    column.name = row.Text(0);
+    column.colid = row.Integer(1);
+    column.type = TypeOfStored(static_cast<int>(row.Integer(2)), static_cast<int>(row.Integer(4)),
+                               static_cast<int>(row.Integer(5)), static_cast<int>(row.Integer(6)));
+    column.type.nullable = row.Integer(7) != 0;
+    column.is_sysname = row.Integer(3) == kSysnameType;
+    column.collation = row.Text(8);
+    column.default_id = row.Integer(9);
+    column.row_guid = (row.Integer(10) & 2) != 0;
+    if (!row.IsNull(11)) column.identity = CatalogIdentity{row.Integer(11), row.Integer(12)};
+    if (column.default_id != 0) column.default_text = ObjectText(column.default_id);
+    columns.push_back(std::move(column));
+  }
+  return columns;
+}
+
+std::vector<CatalogIndex> Catalog::Indexes(std::int64_t id) {
+  std::vector<CatalogIndex> indexes;
+  SqliteStatement row = connection_.Prepare("select indid, name, status, keys from " + quoted_ +
+                                                "sysindexes where id = ?1 order by indid",
+                                            id);
+  while (row.Step()) {
+    CatalogIndex index{row.Integer(0), row.Text(1), row.Integer(2), {}};
+    const std::string directions = row.Text(3);
+    SqliteStatement key = connection_.Prepare(
+        "select c.name from " + quoted_ + "sysindexkeys k join " + quoted_ +
+            "syscolumns c on c.id = k.id and c.colid = k.colid where k.id = ?1 and k.indid = ?2 "
+            "order by k.keyno",
+        id, index.indid);
+    while (key.Step()) {
+      const std::size_t at = index.keys.size();
+      index.keys.push_back({key.Text(0), at < directions.size() && directions[at] != 0});
+    }
+    indexes.push_back(std::move(index));
+  }
+  return indexes;
+}
+
+std::vector<CatalogCheck> Catalog::Checks(std::int64_t id) {
+  std::vector<CatalogCheck> checks;
+  SqliteStatement row = connection_.Prepare(
+      "select o.id, o.name, c.name, o.status from " + quoted_ + "sysobjects o left join " +
+          quoted_ +
+          "syscolumns c on c.id = o.parent_obj and c.colid = o.info where o.parent_obj = ?1 and "
+          "o.xtype = 'C ' order by o.id",
+      id);
+  while (row.Step()) {
+    checks.push_back({.id = row.Integer(0),
+                      .name = row.Text(1),
+                      .column = row.Text(2),
+                      .text = ObjectText(row.Integer(0)),
+                      .disabled = (row.Integer(3) & kDisabled) != 0});
+  }
+  return checks;
+}
+
+std::vector<CatalogForeignKey> Catalog::ForeignKeys(std::string_view side, std::int64_t id) {
+  std::vector<CatalogForeignKey> keys;
+  SqliteStatement row = connection_.Prepare(
+      "select f.constid, o.name, f.fkeyid, f.rkeyid, t.name, r.name, fc.name, rc.name, o.status "
+      "from " +
+          quoted_ + "sysforeignkeys f join " + quoted_ + "sysobjects o on o.id = f.constid join " +
+          quoted_ + "sysobjects t on t.id = f.fkeyid join " + quoted_ +
+          "sysobjects r on r.id = f.rkeyid join " + quoted_ +
+          "syscolumns fc on fc.id = f.fkeyid and fc.colid = f.fkey join " + quoted_ +
+          "syscolumns rc on rc.id = f.rkeyid and rc.colid = f.rkey where f." + std::string(side) +
+          " = ?1 order by f.constid, f.keyno",
+      id);
+  while (row.Step()) {
+    if (keys.empty() || keys.back().id != row.Integer(0)) {
+      const std::int64_t status = row.Integer(8);
+      keys.push_back({.id = row.Integer(0),
+                      .name = row.Text(1),
+                      .child = row.Integer(2),
+                      .parent = row.Integer(3),
+                      .child_table = row.Text(4),
+                      .parent_table = row.Text(5),
+                      .child_columns = {},
+                      .parent_columns = {},
+                      .delete_cascade = (status & kDeleteCascade) != 0,
+                      .update_cascade = (status & kUpdateCascade) != 0,
+                      .disabled = (status & kDisabled) != 0});
+    }
+    keys.back().child_columns.push_back(row.Text(6));
+    keys.back().parent_columns.push_back(row.Text(7));
+  }
+  return keys;
+}
+
+std::vector<CatalogForeignKey> Catalog::ReferencesTo(std::int64_t id) {
+  return ForeignKeys("rkeyid", id);
+}
+
+CatalogTable Catalog::Table(const CatalogObject& object) {
+  return {object, Columns(object.id), Indexes(object.id), Checks(object.id),
+          ForeignKeys("fkeyid", object.id)};
+}
+
+std::string Catalog::ObjectText(std::int64_t id) {
+  std::string text;
+  SqliteStatement row = connection_.Prepare(
+      "select text from " + quoted_ + "syscomments where id = ?1 order by number, colid", id);
+  while (row.Step()) text += row.Bytes(0);
+  return text;
+}
+
+std::int64_t Catalog::NewId() {
+  // The server steps through the numbers in the same way, so that ids look familiar.
+  constexpr std::int64_t kFirst = 1'977'058'079;
+  constexpr std::int64_t kStep = 16'000'057;
+  constexpr std::int64_t kRange = 2'147'483'647;
+  std::int64_t id = connection_.IntegerOf(
+      0, "select id from " + quoted_ + "sysobjects order by rowid desc limit 1");
+  id = id < 1000 ? kFirst : id;
+  do {
+    id = (id + kStep) % kRange;
+  } while (id < 1000 || FindObject(id));
+  return id;
+}
+
+std::int64_t Catalog::AddObject(std::string_view name, std::string_view xtype, std::int64_t parent,
+                                std::int64_t info, std::int64_t fixed_id) {
+  const std::int64_t id = fixed_id != 0 ? fixed_id : NewId();
+  const std::string padded = std::string(xtype) + (xtype.size() == 1 ? " " : "");
+  const std::string old_type(OldType(padded));
+  connection_.Run("insert into " + quoted_ +
+                      "sysobjects values (?1, ?2, ?3, 1, ?4, 0, 0, 0, ?5, ?6, 0, 0, 0, ?7, 1, ?8, "
+                      "0, ?6, 0, 0, 0, 0, 0, ?9, 0)",
+                  name, id, padded, info, parent, CurrentTime(), old_type, SystemStatus(xtype),
+                  xtype == "S" ? 2 : 0);
+  return id;
+}
+
+void Catalog::AddColumn(std::int64_t id, const CatalogColumn& column) {
+  const StoredType stored = StoredTypeOf(column.type, column.is_sysname);
+  const int status = (column.type.nullable ? 8 : 0) + (column.identity ? 128 : 0);
+  const int colstat = (column.identity ? 1 : 0) + (column.row_guid ? 2 : 0);
+  const Cell none;
+  connection_.Run(
+      "insert into " + quoted_ +
+          "syscolumns values (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, 0, 0, 0, ?10, ?11, 0, 0, ?9, "
+          "null, 0, ?12, null, ?13, ?14, ?15, null, ?16, ?17, 0, 0, ?18, ?19, null)",
+      column.name, id, stored.xtype, column.type.nullable ? 0 : 1, stored.xusertype, stored.length,
+      stored.xprec, stored.xscale, column.colid, colstat, column.default_id,
+      column.collation.empty() ? none : Cell(kJapaneseCollationId), status, stored.type,
+      stored.usertype, stored.prec, stored.scale, column.type.nullable ? 1 : 0,
+      column.collation.empty() ? none : Cell(column.collation));
+  if (column.identity) {
+    connection_.Run("insert into " + quoted_ +
+                        "\"#identity\"(id, colid, seed, increment, last) values (?, ?, ?, ?, null)",
+                    id, column.colid, column.identity->seed, column.identity->increment);
+  }
+}
+
+void Catalog::AddText(std::int64_t id, std::string_view text) {
+  constexpr std::size_t kCharactersPerRow = 4000;
+  int row = 0;
+  while (!text.empty() || row == 0) {
+    std::size_t end = 0;
+    for (std::size_t characters = 0; end < text.size(); ++end) {
+      const bool starts_character = (static_cast<unsigned char>(text[end]) & 0xC0) != 0x80;
+      if (starts_character && ++characters > kCharactersPerRow) break;
+    }
+    connection_.Run(
+        "insert into " + quoted_ + "syscomments values (?, 1, ?, 2, null, 2, 0, 0, 0, ?)", id,
+        ++row, text.substr(0, end));
+    text.remove_prefix(end);
+  }
+}
+
+void Catalog::ReplaceText(std::int64_t id, std::string_view text) {
+  connection_.Run("delete from " + quoted_ + "syscomments where id = ?", id);
+  AddText(id, text);
+  Touch(id);
+}
+
+void Catalog::AddIndex(std::int64_t id, const CatalogIndex& index, const CatalogTable& table) {
+  std::string directions;
+  for (const KeyColumn& key : index.keys) directions += key.descending ? '\1' : '\0';
+  connection_.Run("insert into " + quoted_ +
+                      "sysindexes values (?, ?, null, ?, null, 0, ?, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, "
+                      "0, 0, 0, null, 0, 0, 0, ?, ?, null, 0, 0)",
+                  id, index.status, index.indid, static_cast<std::int64_t>(index.keys.size()),
+                  index.keys.empty() ? Cell() : Cell(Blob{directions}), index.name);
+  std::int64_t number = 0;
+  for (const KeyColumn& key : index.keys) {
+    connection_.Run("insert into " + quoted_ + "sysindexkeys values (?, ?, ?, ?)", id, index.indid,
+                    table.FindColumn(key.name)->colid, ++number);
+  }
+}
+
+void Catalog::AddForeignKey(const CatalogForeignKey& key, const CatalogTable& child,
+                            const CatalogTable& parent) {
+  connection_.Run("update " + quoted_ + "sysobjects set status = ? where id = ?",
+                  (key.delete_cascade ? kDeleteCascade : 0) +
+                      (key.update_cascade ? kUpdateCascade : 0) + (key.disabled ? kDisabled : 0),
+                  key.id);
+  for (std::size_t i = 0; i < key.child_columns.size(); ++i) {
+    connection_.Run("insert into " + quoted_ + "sysforeignkeys values (?, ?, ?, ?, ?, ?)", key.id,
+                    key.child, key.parent, child.FindColumn(key.child_columns[i])->colid,
+                    parent.FindColumn(key.parent_columns[i])->colid,
+                    static_cast<std::int64_t>(i + 1));
+  }
+}
+
+void Catalog::DropIndex(std::int64_t id, std::int64_t indid) {
+  connection_.Run("delete from " + quoted_ + "sysindexes where id = ? and indid = ?", id, indid);
+  connection_.Run("delete from " + quoted_ + "sysindexkeys where id = ? and indid = ?", id, indid);
+}
+
+void Catalog::DropObject(std::int64_t id) {
+  std::vector<std::int64_t> parts;
+  SqliteStatement part =
+      connection_.Prepare("select id from " + quoted_ + "sysobjects where parent_obj = ?", id);
+  while (part.Step()) parts.push_back(part.Integer(0));
+  for (const std::int64_t child : parts) DropObject(child);
+  for (const char* table : {"sysobjects", "syscolumns", "sysindexes", "sysindexkeys", "syscomments",
+                            "sysprotects", "sysproperties", "\"#identity\""}) {
+    connection_.Run("delete from " + quoted_ + table + " where id = ?", id);
+  }
+  connection_.Run("delete from " + quoted_ + "sysforeignkeys where constid = ?1 or fkeyid = ?1",
+                  id);
+  connection_.Run("update " + quoted_ + "syscolumns set cdefault = 0 where cdefault = ?", id);
+}
+
+void Catalog::DropColumn(std::int64_t id, std::int64_t colid) {
+  connection_.Run("delete from " + quoted_ + "syscolumns where id = ? and colid = ?", id, colid);
+  connection_.Run("delete from " + quoted_ + "\"#identity\" where id = ? and colid = ?", id, colid);
+  connection_.Run(
+      "delete from " + quoted_ + "sysproperties where id = ? and smallid = ? and type = 4", id,
+      colid);
+}
+
+void Catalog::Touch(std::int64_t id) {
+  connection_.Run("update " + quoted_ + "sysobjects set schema_ver = schema_ver + 16 where id = ?",
+                  id);
+}
+
+void Catalog::Define(const CatalogTable& table, NameResolver& resolver) {
+  connection_.Execute("CREATE TABLE " + Path(table.object.name) + TableBody(table, resolver));
+}
+
+std::string Catalog::TableBody(const CatalogTable& table, NameResolver& resolver) {
+  std::string sql = "(";
+  ObjectInfo info;
+  info.name = table.object.name;
+  std::string separator;
+  for (const CatalogColumn& column : table.columns) {
+    sql += separator + QuoteName(column.name) + " " + SqliteDeclaration(column.type);
+    if (!column.type.nullable) sql += " NOT NULL";
+    info.columns.push_back(ColumnInfoOf(column));
+    separator = ", ";
+  }
+  const std::vector<ParameterInfo> no_parameters;
+  Translator translator(resolver, no_parameters);
+  for (const CatalogCheck& check : table.checks) {
+    if (check.disabled) continue;
+    sql += ", CONSTRAINT " + QuoteName(check.name) + " CHECK(" +
+           translator.CheckExpression(check.text, info) + ")";
+  }
+  for (const CatalogForeignKey& key : table.foreign_keys) {
+    if (key.disabled) continue;
+    sql += ", CONSTRAINT " + QuoteName(key.name) + " FOREIGN KEY(" + QuotedList(key.child_columns) +
+           ") REFERENCES " + QuoteName(key.parent_table) + "(" + QuotedList(key.parent_columns) +
+           ")";
+    if (key.delete_cascade) sql += " ON DELETE CASCADE";
+    if (key.update_cascade) sql += " ON UPDATE CASCADE";
+  }
+  return sql + ")";
+}
+
+void Catalog::Redefine(const CatalogTable& table, NameResolver& resolver) {
+  // SQLite's own way to change constraints: the stored text is replaced and the schema's version
+  // raised, so that every connection reads it anew. The layout of the rows must stay the same.
+  const std::int64_t version = connection_.IntegerOf(0, "pragma " + quoted_ + "schema_version") + 1;
+  connection_.Execute("pragma writable_schema = on");
+  connection_.Run(
+      "update " + quoted_ + "sqlite_schema set sql = ?1 where type = 'table' and name = ?2",
+      "CREATE TABLE " + QuoteName(table.object.name) + TableBody(table, resolver),
+      table.object.name);
+  connection_.Execute("pragma " + quoted_ + "schema_version = " + std::to_string(version));
+  connection_.Execute("pragma writable_schema = off");
+}
+
+std::string Catalog::IndexSqliteName(std::int64_t id, std::int64_t indid) {
+  return "#ix" + std::to_string(id) + "_" + std::to_string(indid);
+}
+
+std::string Catalog::IndexSql(const CatalogTable& table, const CatalogIndex& index) const {
+  const bool unique = index.Has(IndexStatus::kUnique);
+  std::string sql = std::string(unique ? "CREATE UNIQUE INDEX " : "CREATE INDEX ") +
+                    Path(IndexSqliteName(table.object.id, index.indid)) + " ON " +
+                    QuoteName(table.object.name) + "(";
+  std::string separator;
+  for (const KeyColumn& key : index.keys) {
+    sql += separator + QuoteName(key.name) + (key.descending ? " DESC" : "");
+    separator = ", ";
+  }
+  return sql + ")";
+}
+
+}  // namespace dbkeeper::server

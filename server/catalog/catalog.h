@@ -1,0 +1,155 @@
+// The system tables of one database as the engine reads and writes them. They are the one store of
+// truth: what SQLite knows of a table is written from them.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "server/engine/sqlite.h"
+#include "server/sql/ast.h"
+#include "server/sql/translator.h"
+
+namespace dbkeeper::server {
+
+struct CatalogObject {
+  std::int64_t id = 0;
+  std::string name;
+  std::string xtype;  // "U", "S", "V", "P", "TR", "PK", "UQ", "F", "C", "D", "X"
+  std::int64_t parent = 0;
+  std::int64_t info = 0;  // the column of a constraint written with a column
+  std::int64_t status = 0;
+};
+
+struct CatalogIdentity {
+  std::int64_t seed = 1;
+  std::int64_t increment = 1;
+};
+
+struct CatalogColumn {
+  std::string name;
+  std::int64_t colid = 0;
+  SqlType type;
+  bool is_sysname = false;
+  bool row_guid = false;
+  std::string collation;
+  std::optional<CatalogIdentity> identity;
+  std::int64_t default_id = 0;
+  std::string default_text;
+};
+
+// Bits of sysindexes.status.
+struct IndexStatus {
+  static constexpr std::int64_t kUnique = 2;
+  static constexpr std::int64_t kClustered = 16;
+  static constexpr std::int64_t kPrimaryKey = 2048;
+  static constexpr std::int64_t kUniqueKey = 4096;
+};
+
+struct CatalogIndex {
+  std::int64_t indid = 0;
+  std::string name;
+  std::int64_t status = 0;
+  std::vector<KeyColumn> keys;
+  bool Has(std::int64_t bit) const { return (status & bit) != 0; }
+};
+
+struct CatalogCheck {
+  std::int64_t id = 0;
+  std::string name;
+  std::string column;  // of a check written with its column
+  std::string text;
+  bool disabled = false;
+};
+
+struct CatalogForeignKey {
+  std::int64_t id = 0;
+  std::string name;
+  std::int64_t child = 0;
+  std::int64_t parent = 0;
+  std::string child_table;
+  std::string parent_table;
+  std::vector<std::string> child_columns;
+  std::vector<std::string> parent_columns;
+  bool delete_cascade = false;
+  bool update_cascade = false;
+  bool disabled = false;
+};
+
+struct CatalogTable {
+  CatalogObject object;
+  std::vector<CatalogColumn> columns;
+  std::vector<CatalogIndex> indexes;
+  std::vector<CatalogCheck> checks;
+  std::vector<CatalogForeignKey> foreign_keys;  // that this table has
+  const CatalogColumn* FindColumn(std::string_view name) const;
+  const CatalogIndex* FindIndex(std::string_view name) const;
+  const CatalogIndex* PrimaryKey() const;
+};
+
+// Names and texts compare as the server's collation has it: without case (of ASCII letters).
+bool SameName(std::string_view left, std::string_view right);
+
+class Catalog {
+ public:
+  // `alias` is the database's name in the connection ("main", "d7", "temp").
+  Catalog(SqliteConnection& connection, std::string alias);
+
+  const std::string& alias() const { return alias_; }
+  // "\"d7\".\"name\""
+  std::string Path(std::string_view name) const;
+
+  std::optional<CatalogObject> FindObject(std::string_view name);
+  std::optional<CatalogObject> FindObject(std::int64_t id);
+  // Columns, without indexes and constraints.
+  std::vector<CatalogColumn> Columns(std::int64_t id);
+  CatalogTable Table(const CatalogObject& object);
+  std::vector<CatalogIndex> Indexes(std::int64_t id);
+  // Foreign keys that refer to the table.
+  std::vector<CatalogForeignKey> ReferencesTo(std::int64_t id);
+  std::string ObjectText(std::int64_t id);
+
+  // All of these change the catalog only. They give back the id.
+  std::int64_t AddObject(std::string_view name, std::string_view xtype, std::int64_t parent = 0,
+                         std::int64_t info = 0, std::int64_t fixed_id = 0);
+  void AddColumn(std::int64_t id, const CatalogColumn& column);
+  void AddText(std::int64_t id, std::string_view text);
+  void ReplaceText(std::int64_t id, std::string_view text);
+  void AddIndex(std::int64_t id, const CatalogIndex& index, const CatalogTable& table);
+  void AddForeignKey(const CatalogForeignKey& key, const CatalogTable& child,
+                     const CatalogTable& parent);
+  void DropIndex(std::int64_t id, std::int64_t indid);
+  // The object with everything that hangs on it: columns, constraints, indexes, texts, rights,
+  // properties.
+  void DropObject(std::int64_t id);
+  void DropColumn(std::int64_t id, std::int64_t colid);
+  void Touch(std::int64_t id);  // raises schema_ver
+
+  // Makes the table in SQLite as the catalog has it, without indexes.
+  void Define(const CatalogTable& table, NameResolver& resolver);
+  // Makes SQLite's definition of an existing table follow the catalog without touching its rows.
+  void Redefine(const CatalogTable& table, NameResolver& resolver);
+  static std::string IndexSqliteName(std::int64_t id, std::int64_t indid);
+  std::string IndexSql(const CatalogTable& table, const CatalogIndex& index) const;
+
+ private:
+  // What follows the name in "CREATE TABLE"; checks are translated with `resolver`.
+  std::string TableBody(const CatalogTable& table, NameResolver& resolver);
+  std::vector<CatalogForeignKey> ForeignKeys(std::string_view side, std::int64_t id);
+  std::vector<CatalogCheck> Checks(std::int64_t id);
+  std::int64_t NewId();
+
+  SqliteConnection& connection_;
+  std::string alias_;
+  std::string quoted_;  // "\"d7\"."
+};
+
+// Now, in the storage form of datetime, local time.
+std::int64_t CurrentTime();
+
+// What the translator needs of a column.
+ColumnInfo ColumnInfoOf(const CatalogColumn& column);
+
+}  // namespace dbkeeper::server

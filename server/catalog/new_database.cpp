@@ -1,0 +1,136 @@
+#include "server/catalog/new_database.h"
+
+#include <vector>
+
+#include "server/catalog/column_types.h"
+#include "server/catalog/system_tables.h"
+#include "server/sql/parser.h"
+#include "server/types/type_rules.h"
+
+namespace dbkeeper::server {
+
+namespace {
+
+// The indexes by which the engine reads the system tables; a "#" keeps their names apart from
+// everything a client can make.
+constexpr std::pair<const char*, const char*> kSystemIndexes[] = {
+    {"#sysobjects1", "sysobjects(id)"},
+    {"#sysobjects2", "sysobjects(name)"},
+    {"#sysobjects3", "sysobjects(parent_obj)"},
+    {"#syscolumns1", "syscolumns(id, colid)"},
+    {"#sysindexes1", "sysindexes(id, indid)"},
+    {"#sysindexkeys1", "sysindexkeys(id, indid, keyno)"},
+    {"#syscomments1", "syscomments(id)"},
+    {"#sysproperties1", "sysproperties(id)"},
+    {"#sysprotects1", "sysprotects(id)"},
+    {"#sysforeignkeys1", "sysforeignkeys(fkeyid)"},
+    {"#sysforeignkeys2", "sysforeignkeys(rkeyid)"},
+};
+
+struct FixedUser {
+  int uid;
+  const char* name;
+  bool is_role;
+};
+constexpr FixedUser kFixedUsers[] = {
+    {0, "public", true},
+    {1, "dbo", false},
+    {2, "guest", false},
+    {3, "INFORMATION_SCHEMA", false},
+    {4, "system_function_schema", false},
+    {16384, "db_owner", true},
+    {16385, "db_accessadmin", true},
+    {16386, "db_securityadmin", true},
+    {16387, "db_ddladmin", true},
+    {16389, "db_backupoperator", true},
+    {16390, "db_datareader", true},
+    {16391, "db_datawriter", true},
+    {16392, "db_denydatareader", true},
+    {16393, "db_denydatawriter", true},
+};
+
+void FillTypes(SqliteConnection& connection, const std::string& table) {
+  for (const SystemType& type : SystemTypes()) {
+    const bool variable = type.name.starts_with("var") || type.name.starts_with("nvar");
+    connection.Run("insert into " + table +
+                       " values (?, ?, 0, ?, ?, ?, ?, 0, 0, ?, 0, ?, ?, ?, 1, ?, null, ?, ?, ?)",
+                   type.name, type.xtype, type.xusertype, type.length, type.precision,
+                   type.scale < 0 ? 0 : type.scale, type.name == "sysname" ? 1 : 4,
+                   type.collated ? Cell(kJapaneseCollationId) : Cell(), type.usertype,
+                   variable ? 1 : 0, type.type, type.precision,
+                   type.scale < 0 ? Cell() : Cell(static_cast<std::int64_t>(type.scale)),
+                   type.collated ? Cell(std::string(kDefaultCollation)) : Cell());
+  }
+}
+
+void FillUsers(SqliteConnection& connection, const std::string& table,
+               const std::string& owner_sid) {
+  const std::int64_t now = CurrentTime();
+  for (const FixedUser& user : kFixedUsers) {
+    const bool is_dbo = user.uid == 1;
+    const Cell sid = is_dbo ? Cell(Blob{owner_sid}) : Cell();
+    const int is_user = user.is_role ? 0 : 1;
+    connection.Run("insert into " + table +
+                       " values (?, 0, ?, ?, null, ?, ?, 0, null, ?, null, ?, ?, 0, 0, 0, ?, 0, ?, "
+                       "0)",
+                   user.uid, user.name, sid, now, now, user.is_role ? user.uid : 0, is_dbo ? 1 : 0,
+                   is_user, is_user, user.is_role ? 1 : 0);
+  }
+}
+
+}  // namespace
+
+void MakeSystemTables(SqliteConnection& connection, const std::string& alias,
+                      std::string_view definitions) {
+  const std::string schema = QuoteName(alias) + ".";
+  for (const Statement& statement : ParseBatch(definitions)) {
+    const auto& table = std::get<CreateTableStatement>(statement.node);
+    std::string sql = "create table " + schema + QuoteName(table.table.name) + "(";
+    std::string separator;
+    for (const ColumnDefinition& column : table.columns) {
+      sql += separator + QuoteName(column.name) + " " + SqliteDeclaration(column.type);
+      separator = ", ";
+    }
+    connection.Execute(sql + ")");
+  }
+  if (definitions != DatabaseSystemTables()) return;
+  for (const auto& [name, columns] : kSystemIndexes) {
+    connection.Execute("create index " + schema + QuoteName(name) + " on " + columns);
+  }
+  connection.Execute("create table " + schema +
+                     "\"#identity\"(id integer primary key, colid integer, seed integer, "
+                     "increment integer, last integer)");
+}
+
+void RegisterSystemTables(Catalog& catalog, std::string_view definitions, int first_id) {
+  for (const Statement& statement : ParseBatch(definitions)) {
+    const auto& table = std::get<CreateTableStatement>(statement.node);
+    // The server has these two as views over tables that nobody else needs.
+    const bool is_view = table.table.name == "sysconstraints" || table.table.name == "syslogins";
+    const std::int64_t id =
+        catalog.AddObject(table.table.name, is_view ? "V" : "S", 0, 0, first_id++);
+    std::int64_t colid = 0;
+    for (const ColumnDefinition& definition : table.columns) {
+      CatalogColumn column;
+      column.name = definition.name;
+      column.colid = ++colid;
+      column.type = definition.type;
+      column.is_sysname = definition.type_name == "sysname";
+      if (FamilyOf(column.type.id) == TypeFamily::kText) column.collation = kDefaultCollation;
+      catalog.AddColumn(id, column);
+    }
+  }
+}
+
+void FillNewDatabase(SqliteConnection& connection, const std::string& alias,
+                     const std::string& owner_sid) {
+  MakeSystemTables(connection, alias, DatabaseSystemTables());
+  Catalog catalog(connection, alias);
+  RegisterSystemTables(catalog, DatabaseSystemTables(), 1);
+  FillTypes(connection, catalog.Path("systypes"));
+  FillUsers(connection, catalog.Path("sysusers"), owner_sid);
+  connection.Run("insert into " + catalog.Path("sysmembers") + " values (1, 16384)");
+  connection.Run("insert into " + catalog.Path("sysfilegroups") + " values (1, 0, 16, 'PRIMARY')");
+}
+
+}  // namespace dbkeeper::server

@@ -1,0 +1,138 @@
+#include "server/catalog/sample_instance.h"
+
+#include <stdexcept>
+
+#include "server/catalog/login_store.h"
+#include "server/catalog/new_database.h"
+#include "server/catalog/sample_data.h"
+#include "server/catalog/system_tables.h"
+#include "server/engine/database_definition.h"
+#include "server/engine/engine_session.h"
+
+namespace dbkeeper::server {
+
+namespace {
+
+constexpr int kMasterId = 1;
+constexpr int kTempId = 2;
+constexpr int kModelId = 3;
+constexpr int kMsdbId = 4;
+constexpr int kFirstMasterTable = 30;
+
+// Bits that SQL Server 2000 itself has on its system databases.
+constexpr std::int64_t kMasterStatus =
+    DatabaseStatus::kTruncateLog | DatabaseStatus::kTornPageDetection;
+constexpr std::int64_t kTempStatus = DatabaseStatus::kTruncateLog;
+constexpr std::int64_t kModelStatus =
+    DatabaseStatus::kCleanlyShut | DatabaseStatus::kTornPageDetection;
+
+// A failure of the set-up is a fault of the program or the disk, and told as such.
+class FailingSink : public ResultSink {
+ public:
+  void OnColumns(const std::vector<ResultColumn>&) override {}
+  bool OnRow(const RowView&) override { return true; }
+  void OnStatementEnd(const StatementEnd&) override {}
+  void OnMessage(const ServerMessage& message) override {
+    if (message.IsError()) throw std::runtime_error("sample set-up: " + message.text);
+  }
+  void OnDatabaseChanged(const std::string&, const std::string&) override {}
+  void OnReturnStatus(int) override {}
+};
+
+// Functions of the dialect are not called before master is there.
+class NoState : public ServerState {
+ public:
+  Cell Evaluate(std::string_view, const std::vector<Cell>&) override { return {}; }
+};
+
+void MakeMaster(const InstanceState& state) {
+  NoState no_state;
+  SqliteConnection connection(state.FileOf(kMasterId).string());
+  RegisterServerFunctions(connection.handle(), no_state);
+  connection.Execute("pragma journal_mode = wal");
+  connection.Execute("begin");
+  FillNewDatabase(connection, "main", "\x01");
+  MakeSystemTables(connection, "main", MasterSystemTables());
+  Catalog catalog(connection, "main");
+  RegisterSystemTables(catalog, MasterSystemTables(), kFirstMasterTable);
+  StoreLogin(connection, {.name = "sa", .sysadmin = true});
+  StorePassword(connection, "sa", "");
+  StoreLogin(connection, {.name = "BUILTIN\\Administrators", .windows = true, .sysadmin = true});
+  connection.Run(
+      "insert into main.sysdatabases values ('master', 1, x'01', 0, ?1, 1090519040, ?2, 0, 0, 80, "
+      "?3, 539)",
+      kMasterStatus, CurrentTime(), state.FileOf(kMasterId).string());
+  connection.Run(
+      "insert into main.syslanguages values (0, 'mdy', 7, 0, 'us_english', 'English', "
+      "'', '', '', 1033, 1033)");
+  connection.Run(
+      "insert into main.syslanguages values (3, 'ymd', 7, 0, '日本語', 'Japanese', "
+      "'', '', '', 1041, 1041)");
+  connection.Run(
+      "insert into main.syscharsets values (1001, 109, 0, 0, 'cp932', 'Japanese', null, "
+      "null)");
+  connection.Run(
+      "insert into main.sysservers values (0, 0, ?1, 'SQL Server', 'SQLOLEDB', ?1, null, null, ?2, "
+      "0, 0, null, null, 0, 0, ?1)",
+      state.options().server_name, CurrentTime());
+  connection.Execute("commit");
+}
+
+}  // namespace
+
+void RenewTemporaryDatabase(InstanceState& state) {
+  NoState no_state;
+  const std::string file = state.FileOf(kTempId).string();
+  for (const char* suffix : {"", "-wal", "-shm"}) std::filesystem::remove(file + suffix);
+  SqliteConnection connection(file);
+  RegisterServerFunctions(connection.handle(), no_state);
+  connection.Execute("pragma journal_mode = wal");
+  connection.Execute("begin");
+  FillNewDatabase(connection, "main", "\x01");
+  connection.Execute("commit");
+}
+
+void MakeSampleInstance(const InstanceOptions& options) {
+  InstanceOptions apart = options;
+  apart.folder = options.folder / "new";
+  std::filesystem::remove_all(apart.folder);
+  std::filesystem::create_directories(apart.folder);
+  InstanceState state(apart);
+  MakeMaster(state);
+  {
+    EngineSession session(state, {.name = "sa", .sysadmin = true});
+    session.Enter({}, "master");
+    Workspace& workspace = session.workspace();
+    const InstanceState final_place(options);
+    const auto make = [&](int dbid, const std::string& name, std::int64_t status) {
+      MakeDatabase(workspace, dbid, {name, final_place.FileOf(dbid).string(), status});
+    };
+    workspace.connection().Run("update main.sysdatabases set filename = ?",
+                               final_place.FileOf(kMasterId).string());
+    make(kTempId, "tempdb", kTempStatus);
+    make(kModelId, "model", kModelStatus);
+    make(kMsdbId, "msdb", kMasterStatus);
+    FailingSink sink;
+    session.RunBatch("use msdb", sink);
+    session.RunBatch(MsdbTables(), sink);
+    for (const SampleDatabase& sample : SampleDatabases()) {
+      make(sample.dbid, std::string(sample.name), kMasterStatus);
+    }
+    for (const std::string& batch : SampleBatches()) session.RunBatch(batch, sink);
+    workspace.connection().Execute("pragma main.wal_checkpoint(truncate)");
+  }
+  // Whoever closed a file last has folded its log in; master comes last, for it is what the next
+  // start looks for.
+  std::filesystem::path master;
+  for (const auto& entry : std::filesystem::directory_iterator(apart.folder)) {
+    if (entry.path().filename() == state.FileOf(kMasterId).filename()) {
+      master = entry.path();
+      continue;
+    }
+    std::filesystem::rename(entry.path(), options.folder / entry.path().filename());
+  }
+  std::filesystem::rename(master, options.folder / master.filename());
+  std::filesystem::remove(apart.folder);
+}
+
+}  // namespace dbkeeper::server

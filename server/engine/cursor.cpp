@@ -1,0 +1,255 @@
+#include "server/engine/cursor.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "server/engine/engine_messages.h"
+#include "server/engine/engine_session.h"
+#include "server/sql/parser.h"
+
+namespace dbkeeper::server {
+
+namespace {
+
+// The rows of a page as positions in the whole result, counted from 1.
+struct Page {
+  std::int64_t first = 0;
+  std::int64_t count = 0;
+};
+
+class EngineCursor : public Cursor {
+ public:
+  EngineCursor(EngineSession& session, Translation translation)
+      : session_(session), translation_(std::move(translation)) {}
+
+  const std::vector<ResultColumn>& columns() const override { return translation_.columns; }
+  bool updatable() const override { return false; }
+  std::int64_t position() const override { return page_.first; }
+
+  void Fetch(FetchKind kind, std::int64_t row, int count, ResultSink& sink) override {
+    page_ = Move(kind, row, count);
+    Reported(sink, [&] { return StatementEnd{.rows = Send(page_, sink), .is_select = true}; });
+  }
+
+  void Update(int, const std::vector<RpcParameter>&, ResultSink& sink) override { Refuse(sink); }
+  void Delete(int, ResultSink& sink) override { Refuse(sink); }
+  void Insert(const std::vector<RpcParameter>&, ResultSink& sink) override { Refuse(sink); }
+
+ protected:
+  EngineSession& session() { return session_; }
+  const Translation& translation() const { return translation_; }
+  const Page& page() const { return page_; }
+
+  // Sends the rows of the page and gives their number.
+  virtual std::int64_t Send(const Page& page, ResultSink& sink) = 0;
+
+  template <typename Action>
+  void Reported(ResultSink& sink, const Action& action) {
+    ServerMessage message;
+    try {
+      session_.workspace().statement_time = CurrentTime();
+      sink.OnStatementEnd(action());
+      return;
+    } catch (const SqlError& error) {
+      message = error.message();
+    } catch (const SqliteError& error) {
+      message = session_.queries().MessageOfFailed(error, nullptr, "", 1);
+    }
+    sink.OnMessage(message);
+    sink.OnStatementEnd({.failed = true});
+  }
+
+ private:
+  Page Move(FetchKind kind, std::int64_t row, int count) const {
+    const std::int64_t total = row_count();
+    std::int64_t first = page_.first;
+    switch (kind) {
+      case FetchKind::kFirst:
+        first = 1;
+        break;
+      case FetchKind::kNext:
+        first = page_.first == 0 ? 1 : page_.first + page_.count;
+        break;
+      case FetchKind::kPrior:
+        // A page that would begin before the first row begins there.
+        first = page_.first > 1 ? std::max<std::int64_t>(page_.first - count, 1) : 0;
+        break;
+      case FetchKind::kLast:
+        first = std::max<std::int64_t>(total - count + 1, 1);
+        break;
+      case FetchKind::kAbsolute:
+        first = row < 0 ? total + row + 1 : row;
+        break;
+      case FetchKind::kRelative:
+        first = page_.first + row;
+        break;
+      case FetchKind::kRefresh:
+        break;
+    }
+    if (first < 1) return {0, 0};
+    if (first > total) return {total + 1, 0};
+    return {first, std::min<std::int64_t>(count, total - first + 1)};
+  }
+
+  void Refuse(ResultSink& sink) {
+    sink.OnMessage(MessageOf(16929));
+    sink.OnStatementEnd({.failed = true});
+  }
+
+  EngineSession& session_;
+  Translation translation_;
+  Page page_;
+};
+
+// Row ids of one table.
+class KeysetCursor : public EngineCursor {
+ public:
+  KeysetCursor(EngineSession& session, Translation rows) : EngineCursor(session, std::move(rows)) {
+    const int id_column = static_cast<int>(translation().columns.size());
+    SqliteStatement row = session.workspace().connection().Prepare(translation().sqlite_sql);
+    while (row.Step()) {
+      if (session.workspace().interrupted()) Fail(3617);
+      ids_.push_back(row.Integer(id_column));
+    }
+  }
+
+  std::int64_t row_count() const override { return static_cast<std::int64_t>(ids_.size()); }
+  bool updatable() const override { return true; }
+
+  void Update(int page_row, const std::vector<RpcParameter>& values, ResultSink& sink) override {
+    Reported(sink, [&] {
+      const std::vector<ParameterInfo> parameters = Parameters(values);
+      Translator translator(session().resolver(), parameters);
+      Translation update = translator.UpdateRow(*translation().target, parameters);
+      return Change(std::move(update), Values(values, IdOf(page_row)), "UPDATE");
+    });
+  }
+
+  void Delete(int page_row, ResultSink& sink) override {
+    Reported(sink, [&] {
+      const std::vector<ParameterInfo> none;
+      Translator translator(session().resolver(), none);
+      Translation removal = translator.DeleteRow(*translation().target);
+      return Change(std::move(removal), {IdOf(page_row)}, "DELETE");
+    });
+  }
+
+  void Insert(const std::vector<RpcParameter>& values, ResultSink& sink) override {
+    Reported(sink, [&] {
+      const std::vector<ParameterInfo> parameters = Parameters(values);
+      Translator translator(session().resolver(), parameters);
+      Translation insert = translator.InsertBound(*translation().target, parameters);
+      std::vector<Cell> cells = Values(values, Cell());
+      cells.pop_back();
+      return Change(std::move(insert), cells, "INSERT");
+    });
+  }
+
+ protected:
+  std::int64_t Send(const Page& page, ResultSink& sink) override {
+    // SQLite turns the condition on the select's last column into a look-up by row id.
+    std::string names;
+    for (std::size_t i = 0; i < columns().size(); ++i) names += "c" + std::to_string(i) + ", ";
+    SqliteStatement statement = session().workspace().connection().Prepare(
+        "with page(" + names + "id) as (" + translation().sqlite_sql +
+        ") select * from page where id = ?1");
+    const StatementRow row(statement);
+    std::int64_t sent = 0;
+    for (std::int64_t i = 0; i < page.count; ++i) {
+      statement.Reset();
+      statement.Bind(1, ids_[static_cast<std::size_t>(page.first - 1 + i)]);
+      // A row that was deleted meanwhile is left out.
+      if (!statement.Step()) continue;
+      ++sent;
+      if (!sink.OnRow(row)) break;
+    }
+    return sent;
+  }
+
+ private:
+  Cell IdOf(int page_row) const {
+    const std::int64_t position = page().first + page_row - 1;
+    if (page_row < 1 || page_row > page().count || position > row_count()) Fail(16931);
+    return ids_[static_cast<std::size_t>(position - 1)];
+  }
+
+  StatementEnd Change(Translation change, const std::vector<Cell>& values,
+                      const std::string& verb) {
+    change.target = translation().target;
+    StatementEnd end;
+    end.rows = session().queries().Change(change, values, verb, 1);
+    if (end.rows == 0) Fail(16947);
+    return end;
+  }
+
+  static std::vector<ParameterInfo> Parameters(const std::vector<RpcParameter>& values) {
+    std::vector<ParameterInfo> parameters;
+    for (const RpcParameter& value : values) {
+      const std::size_t name = value.name.starts_with('@') ? 1 : 0;
+      parameters.push_back({value.name.substr(name), value.type});
+    }
+    return parameters;
+  }
+
+  static std::vector<Cell> Values(const std::vector<RpcParameter>& values, Cell id) {
+    std::vector<Cell> cells;
+    for (const RpcParameter& value : values) cells.push_back(CellOf(value));
+    cells.push_back(std::move(id));
+    return cells;
+  }
+
+  std::vector<std::int64_t> ids_;
+};
+
+// The whole result, kept in a temporary table.
+class StaticCursor : public EngineCursor {
+ public:
+  StaticCursor(EngineSession& session, Translation rows, int number)
+      : EngineCursor(session, std::move(rows)),
+        table_("temp.\"#cursor" + std::to_string(number) + "\"") {
+    SqliteConnection& connection = session.workspace().connection();
+    connection.Execute("drop table if exists " + table_);
+    connection.Execute("create table " + table_ + " as " + translation().sqlite_sql);
+    rows_ = connection.IntegerOf(0, "select max(rowid) from " + table_);
+  }
+
+  ~StaticCursor() override {
+    const std::string drop = "drop table if exists " + table_;
+    sqlite3_exec(session().workspace().connection().handle(), drop.c_str(), nullptr, nullptr,
+                 nullptr);
+  }
+
+  std::int64_t row_count() const override { return rows_; }
+
+ protected:
+  std::int64_t Send(const Page& page, ResultSink& sink) override {
+    SqliteStatement rows = session().workspace().connection().Prepare(
+        "select * from " + table_ + " where rowid >= ? and rowid < ? order by rowid", page.first,
+        page.first + page.count);
+    return session().queries().SendRows(rows, sink);
+  }
+
+ private:
+  std::string table_;
+  std::int64_t rows_ = 0;
+};
+
+}  // namespace
+
+std::unique_ptr<Cursor> OpenEngineCursor(EngineSession& session, std::string_view text) {
+  const std::vector<Statement> statements = ParseBatch(text);
+  if (statements.size() != 1) return nullptr;
+  const auto* select = std::get_if<SelectStatement>(&statements[0].node);
+  if (select == nullptr) return nullptr;
+  const std::vector<ParameterInfo> none;
+  Translator translator(session.resolver(), none);
+  Translation rows = translator.Select(*select, {.with_row_id = true});
+  if (rows.into) return nullptr;
+  if (rows.has_row_id && rows.target && rows.target->kind == ObjectKind::kTable) {
+    return std::make_unique<KeysetCursor>(session, std::move(rows));
+  }
+  rows = translator.Select(*select);
+  return std::make_unique<StaticCursor>(session, std::move(rows), session.NextCursor());
+}
+
+}  // namespace dbkeeper::server

@@ -1,0 +1,93 @@
+// What the sessions of an instance share: its options, who is in, who holds and waits for what.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "server/engine/instance.h"
+#include "server/engine/session.h"
+
+namespace dbkeeper::server {
+
+// A lock as sp_lock shows it.
+struct LockRecord {
+  int dbid = 0;
+  std::int64_t object_id = 0;  // 0: the database itself
+  std::string type = "DB";     // "DB", "TAB"
+  std::string mode = "S";      // "S", "IX", "X", "Sch-M"
+  bool waiting = false;
+};
+
+// One session as the others see it.
+struct SessionRecord {
+  int spid = 0;
+  std::string login;
+  ClientInfo client;
+  std::int64_t login_time = 0;
+  std::int64_t last_batch = 0;
+  int dbid = 1;
+  std::string database = "master";
+  std::string status = "sleeping";
+  std::string command = "AWAITING COMMAND";
+  int blocked_by = 0;
+  int open_transactions = 0;
+  std::vector<LockRecord> locks;  // beside the shared lock on the current database
+  Session* session = nullptr;     // null: a task of the server itself
+  bool killed = false;
+};
+
+class InstanceState {
+ public:
+  explicit InstanceState(InstanceOptions options);
+
+  const InstanceOptions& options() const { return options_; }
+  std::filesystem::path FileOf(int dbid) const;
+  // Counts the files a database id has had: a session that still has an earlier one attached sees
+  // by it that it must let go.
+  int GenerationOf(int dbid) const;
+  void NewGeneration(int dbid);
+
+  // Eight bytes for a column of type timestamp, higher with each call.
+  std::string NextTimestamp();
+
+  // Gives the lowest free process id above those of the server's own tasks.
+  int Enter(Session& session, const std::string& login, const ClientInfo& client, int dbid,
+            const std::string& database);
+  void Leave(int spid);
+  void Update(int spid, const std::function<void(SessionRecord&)>& change);
+  std::vector<SessionRecord> Sessions() const;
+  std::optional<SessionRecord> Find(int spid) const;
+  // True when another session than `spid` has the database as its current one.
+  bool InUse(int dbid, int spid) const;
+  // The session that holds a write lock in the database; 0 when none does.
+  int WriterOf(int dbid) const;
+
+  // Marks and interrupts the session and has its connection closed; throws SqlError 6104, 6106.
+  void Kill(int spid, int killer);
+  void RequestShutdown();
+
+  void SetOperator(const std::string& windows_name, const std::string& secret);
+  bool IsOperator(const std::string& name, const std::string& secret) const;
+
+  void OnShutdown(std::function<void()> callback);
+  void OnKill(std::function<void(int)> callback);
+
+ private:
+  const InstanceOptions options_;
+  mutable std::mutex mutex_;
+  std::map<int, SessionRecord> sessions_;
+  std::map<int, int> generations_;
+  std::uint64_t last_timestamp_ = 0;
+  std::string operator_name_;
+  std::string operator_secret_;
+  std::function<void()> on_shutdown_;
+  std::function<void(int)> on_kill_;
+};
+
+}  // namespace dbkeeper::server

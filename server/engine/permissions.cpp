@@ -1,0 +1,90 @@
+#include "server/engine/permissions.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "server/engine/engine_messages.h"
+#include "server/types/messages.h"
+
+namespace dbkeeper::server {
+
+namespace {
+
+// sysprotects.action.
+struct ActionRow {
+  std::string_view word;
+  int action;
+  std::string_view xtypes;  // the objects it goes with; empty: statements
+};
+constexpr ActionRow kActions[] = {
+    {"REFERENCES", 26, "U"},      {"SELECT", 193, "U V S"},      {"INSERT", 195, "U V"},
+    {"DELETE", 196, "U V"},       {"UPDATE", 197, "U V"},        {"EXECUTE", 224, "P X FN"},
+    {"EXEC", 224, "P X FN"},      {"CREATE TABLE", 198, ""},     {"CREATE DATABASE", 203, ""},
+    {"CREATE VIEW", 207, ""},     {"CREATE PROCEDURE", 222, ""}, {"BACKUP DATABASE", 228, ""},
+    {"CREATE DEFAULT", 233, ""},  {"BACKUP LOG", 235, ""},       {"CREATE RULE", 236, ""},
+    {"CREATE FUNCTION", 178, ""},
+};
+
+// sysprotects.protecttype.
+constexpr int kGrantWithGrant = 204;
+constexpr int kGrant = 205;
+constexpr int kDeny = 206;
+
+std::vector<int> ActionsOf(const PermissionStatement& statement,
+                           const std::optional<FoundObject>& found) {
+  const auto fits = [&](const ActionRow& row) {
+    if (!found) return row.xtypes.empty();
+    return (" " + std::string(row.xtypes) + " ").find(" " + found->object.xtype + " ") !=
+           std::string::npos;
+  };
+  std::vector<int> actions;
+  if (statement.all) {
+    for (const ActionRow& row : kActions) {
+      if (fits(row) && row.word != "EXEC") actions.push_back(row.action);
+    }
+    return actions;
+  }
+  for (const std::string& permission : statement.permissions) {
+    const auto* row = std::ranges::find(kActions, permission, &ActionRow::word);
+    if (row == std::end(kActions)) throw Unsupported("the permission " + permission);
+    if (!fits(*row)) Fail(4606, {permission});
+    actions.push_back(row->action);
+  }
+  return actions;
+}
+
+}  // namespace
+
+void ChangePermissions(const PermissionStatement& statement, Workspace& workspace,
+                       Resolver& resolver) {
+  if (!statement.columns.empty()) throw Unsupported("permissions on columns");
+  std::optional<FoundObject> found;
+  if (statement.object) found = resolver.Need(*statement.object, "U V S P X FN");
+  const FoundObject place = found ? *found : resolver.Place({});
+  if (!workspace.IsOwner(place.database)) Fail(4613);
+  const std::vector<int> actions = ActionsOf(statement, found);
+  Catalog catalog = resolver.CatalogAt(place);
+  SqliteConnection& connection = workspace.connection();
+  WriteScope scope(workspace, place.database, place.alias);
+  for (const std::string& grantee : statement.grantees) {
+    const std::int64_t uid = connection.IntegerOf(
+        -1, "select uid from " + catalog.Path("sysusers") + " where name = ?1", grantee);
+    if (uid < 0) Fail(15151, {grantee});
+    for (const int action : actions) {
+      connection.Run(
+          "delete from " + catalog.Path("sysprotects") + " where id = ? and uid = ? and action = ?",
+          place.object.id, uid, action);
+      if (statement.verb == PermissionVerb::kRevoke) continue;
+      const int type = statement.verb == PermissionVerb::kDeny ? kDeny
+                       : statement.with_grant_option           ? kGrantWithGrant
+                                                               : kGrant;
+      // The one bit says that all columns are meant.
+      connection.Run(
+          "insert into " + catalog.Path("sysprotects") + " values (?, ?, ?, ?, x'01', 1)",
+          place.object.id, uid, action, type);
+    }
+  }
+  scope.Commit();
+}
+
+}  // namespace dbkeeper::server

@@ -1,0 +1,61 @@
+// Runs what the translator translates: select, insert, update, delete, select into.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "server/engine/resolver.h"
+#include "server/engine/result_sink.h"
+#include "server/engine/workspace.h"
+#include "server/sql/ast.h"
+#include "server/sql/translator.h"
+
+namespace dbkeeper::server {
+
+// What a statement runs with.
+struct Execution {
+  ResultSink& sink;
+  const std::vector<ParameterInfo>& parameters;
+  const std::vector<Cell>& values;
+  int line = 1;
+};
+
+class QueryRunner {
+ public:
+  QueryRunner(Workspace& workspace, Resolver& resolver)
+      : workspace_(workspace), resolver_(resolver) {}
+
+  // All of these give the number of rows sent or changed, and throw SqlError.
+  std::int64_t Select(const SelectStatement& statement, const Execution& execution);
+  std::int64_t Insert(const InsertStatement& statement, const Execution& execution);
+  std::int64_t Update(const UpdateStatement& statement, const Execution& execution);
+  std::int64_t Delete(const DeleteStatement& statement, const Execution& execution);
+
+  Cell Scalar(const Expression& expression, const Execution& execution);
+  Cell Scalar(const Expression& expression, const Execution& execution, SqlType& type);
+
+  // Sends the rows of a translated select, without its columns.
+  std::int64_t SendRows(SqliteStatement& rows, ResultSink& sink);
+  // Runs a translated change of rows. `verb` is "INSERT", "UPDATE" or "DELETE".
+  std::int64_t Change(const Translation& translation, const std::vector<Cell>& values,
+                      const std::string& verb, int line);
+
+  // The server's message for a failed call; `target` is the table that was changed, if any.
+  ServerMessage MessageOfFailed(const SqliteError& failure, const FoundObject* target,
+                                const std::string& verb, int line);
+
+ private:
+  std::int64_t SelectInto(const Translation& translation, const Execution& execution);
+  ServerMessage ForeignKeyFailure(const FoundObject& target, const std::string& sql,
+                                  const std::vector<Cell>& values, const std::string& verb,
+                                  int line);
+
+  Workspace& workspace_;
+  Resolver& resolver_;
+};
+
+// Binds the values to ?1, ?2 ... of a statement, as far as it has them.
+void BindAll(SqliteStatement& statement, const std::vector<Cell>& values);
+
+}  // namespace dbkeeper::server

@@ -1,0 +1,46 @@
+// Names of a statement looked up in the catalogs, for the translator.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "server/catalog/catalog.h"
+#include "server/engine/workspace.h"
+#include "server/sql/translator.h"
+
+namespace dbkeeper::server {
+
+// A table, view or other object by name, with where it was found.
+struct FoundObject {
+  DatabaseInfo database;
+  std::string alias;
+  CatalogObject object;
+  bool IsSystem() const { return object.xtype == "S" || object.id < 100; }
+};
+
+class Resolver : public NameResolver {
+ public:
+  explicit Resolver(Workspace& workspace) : workspace_(workspace) {}
+
+  std::optional<ObjectInfo> ResolveObject(const ObjectName& name) override;
+  std::optional<ObjectInfo> ResolveTableFunction(
+      const ObjectName& name, const std::vector<std::string>& arguments) override;
+  std::int64_t StatementTime() override { return workspace_.statement_time; }
+
+  // Any object of sysobjects by name; "#t" in the temporary tables. Throws 911, 942, 7202.
+  std::optional<FoundObject> Find(const ObjectName& name);
+  // As Find; throws `error` with the name as written when there is none of the kinds `xtypes`
+  // ("U", "V", ... blank between).
+  FoundObject Need(const ObjectName& name, std::string_view xtypes, int error = 208);
+  // Where an object of that name would be made: database and alias.
+  FoundObject Place(const ObjectName& name);
+  Catalog CatalogAt(const FoundObject& place) { return {workspace_.connection(), place.alias}; }
+
+ private:
+  ObjectInfo InformationSchemaView(const ObjectName& name, const DatabaseInfo& database);
+
+  Workspace& workspace_;
+};
+
+}  // namespace dbkeeper::server

@@ -1,0 +1,289 @@
+// The rest of TableDefinition: alter table and the renames.
+#include <algorithm>
+
+#include "server/catalog/column_types.h"
+#include "server/engine/engine_messages.h"
+#include "server/engine/table_definition.h"
+#include "server/types/messages.h"
+#include "server/types/type_rules.h"
+
+namespace dbkeeper::server {
+
+namespace {
+
+bool HasKey(const std::vector<KeyColumn>& keys, std::string_view name) {
+  return std::ranges::any_of(keys, [&](const KeyColumn& key) { return SameName(key.name, name); });
+}
+
+bool HasName(const std::vector<std::string>& names, std::string_view name) {
+  return std::ranges::any_of(names, [&](const std::string& n) { return SameName(n, name); });
+}
+
+// True when every value of the one type is one of the other as it stands.
+bool OnlyWidens(const SqlType& before, const SqlType& after) {
+  return before.id == after.id && after.length >= before.length &&
+         before.precision == after.precision && before.scale == after.scale;
+}
+
+}  // namespace
+
+void TableDefinition::Alter(const AlterTableStatement& statement, ResultSink& sink) {
+  const std::optional<FoundObject> found = resolver_.Find(statement.table);
+  if (!found || found->object.xtype != "U") {
+    Fail(4902, {statement.table.Text(), workspace_.database()});
+  }
+  WriteScope scope(workspace_, found->database, found->alias, found->object.id);
+  Work work = Start(*found);
+  if (const auto* add = std::get_if<AddColumns>(&statement.action)) {
+    AddNewColumns(work, *add);
+  } else if (const auto* alter = std::get_if<AlterColumn>(&statement.action)) {
+    ChangeColumn(work, alter->column, sink);
+  } else if (const auto* drop = std::get_if<DropParts>(&statement.action)) {
+    for (const std::string& name : drop->constraints) DropConstraint(work, name);
+    for (const std::string& name : drop->columns) DropColumn(work, name, sink);
+  } else {
+    Switch(work, std::get<SwitchParts>(statement.action));
+  }
+  scope.Commit();
+}
+
+void TableDefinition::AddNewColumns(Work& work, const AddColumns& action) {
+  SqliteConnection& connection = workspace_.connection();
+  const std::string path = work.catalog.Path(work.found.object.name);
+  std::vector<const Constraint*> constraints;
+  for (const ColumnDefinition& definition : action.columns) {
+    CatalogColumn column = MakeColumn(work, definition);
+    for (const Constraint& constraint : definition.constraints) {
+      constraints.push_back(&constraint);
+      if (constraint.kind == ConstraintKind::kDefault) AddDefault(work, column, constraint);
+      if (constraint.kind == ConstraintKind::kPrimaryKey) column.type.nullable = false;
+    }
+    if (!column.type.nullable && column.default_id == 0 && !column.identity &&
+        column.type.id != TypeId::kTimestamp) {
+      Fail(4901, {column.name, work.found.object.name});
+    }
+    connection.Execute("alter table " + path + " add column " + QuoteName(column.name) + " " +
+                       SqliteDeclaration(column.type));
+    work.catalog.AddColumn(work.found.object.id, column);
+    const std::string set = "update " + path + " set " + QuoteName(column.name) + " = ";
+    if (column.identity) {
+      connection.Execute(set + "next_identity(" + QuoteText(work.found.alias) + ", " +
+                         std::to_string(work.found.object.id) + ")");
+      workspace_.SaveIdentities();
+    } else if (!column.type.nullable && column.default_id != 0) {
+      const std::vector<ParameterInfo> none;
+      connection.Execute(
+          set + Translator(resolver_, none).DefaultExpression(column.default_text, column.type));
+    }
+    Reload(work);
+  }
+  for (const Constraint& constraint : action.constraints) {
+    if (constraint.kind != ConstraintKind::kDefault) {
+      constraints.push_back(&constraint);
+      continue;
+    }
+    const CatalogColumn* existing = work.table.FindColumn(constraint.default_column);
+    if (existing == nullptr) Fail(1911, {constraint.default_column});
+    CatalogColumn column = *existing;
+    AddDefault(work, column, constraint);
+    connection.Run("update " + work.catalog.Path("syscolumns") +
+                       " set cdefault = ? where id = ? and colid = ?",
+                   column.default_id, work.found.object.id, column.colid);
+  }
+  AddConstraints(work, constraints, action.check_existing);
+}
+
+bool TableDefinition::TellDependents(Work& work, const CatalogColumn& column, ResultSink& sink) {
+  bool any = false;
+  const auto tell = [&](std::string_view kind, std::string_view name) {
+    sink.OnMessage(MessageOf(5074, {kind, name, column.name}));
+    any = true;
+  };
+  for (const CatalogIndex& index : work.table.indexes) {
+    if (!HasKey(index.keys, column.name)) continue;
+    const bool is_key = index.Has(IndexStatus::kPrimaryKey) || index.Has(IndexStatus::kUniqueKey);
+    tell(is_key ? "object" : "index", index.name);
+  }
+  for (const CatalogForeignKey& key : work.table.foreign_keys) {
+    if (HasName(key.child_columns, column.name)) tell("object", key.name);
+  }
+  for (const CatalogForeignKey& key : work.catalog.ReferencesTo(work.found.object.id)) {
+    if (HasName(key.parent_columns, column.name)) tell("object", key.name);
+  }
+  for (const CatalogCheck& check : work.table.checks) {
+    if (SameName(check.column, column.name)) tell("object", check.name);
+  }
+  if (column.default_id != 0) {
+    if (const auto object = work.catalog.FindObject(column.default_id))
+      tell("object", object->name);
+  }
+  return any;
+}
+
+void TableDefinition::ChangeColumn(Work& work, const ColumnDefinition& definition,
+                                   ResultSink& sink) {
+  const std::string& table_name = work.found.object.name;
+  const CatalogColumn* existing = work.table.FindColumn(definition.name);
+  if (existing == nullptr) Fail(4924, {"ALTER", definition.name, table_name});
+  const CatalogColumn before = *existing;
+  if (before.type.id == TypeId::kTimestamp) Fail(4928, {before.name, "timestamp"});
+  CatalogColumn after = before;
+  after.type = definition.type;
+  // Without a word about nulls the column allows them, as the server does by its ANSI default.
+  if (!definition.null_said) after.type.nullable = true;
+  after.is_sysname = definition.type_name == "sysname";
+  if (FamilyOf(after.type.id) != TypeFamily::kText) {
+    after.collation.clear();
+  } else if (!definition.collation.empty() || after.collation.empty()) {
+    after.collation = definition.collation.empty() ? kDefaultCollation : definition.collation;
+  }
+  const bool in_primary_key =
+      work.table.PrimaryKey() != nullptr && HasKey(work.table.PrimaryKey()->keys, before.name);
+  const bool loosens_key = in_primary_key && after.type.nullable;
+  if ((loosens_key || !OnlyWidens(before.type, after.type)) && TellDependents(work, before, sink)) {
+    Fail(4922, {"ALTER", before.name});
+  }
+  if (after.identity) after.type.nullable = false;
+  const std::string path = work.catalog.Path(table_name);
+  if (!after.type.nullable &&
+      workspace_.connection().IntegerOf(0, "select 1 from " + path + " where " +
+                                               QuoteName(before.name) + " is null limit 1") != 0) {
+    Fail(515, {before.name, work.found.database.name + ".dbo." + table_name, "UPDATE"});
+  }
+  const StoredType stored = StoredTypeOf(after.type, after.is_sysname);
+  const bool nullable = after.type.nullable;
+  workspace_.connection().Run(
+      "update " + work.catalog.Path("syscolumns") +
+          " set xtype = ?, xusertype = ?, length = ?, xprec = ?, xscale = ?, type = ?, usertype = "
+          "?, prec = ?, scale = ?, isnullable = ?, typestat = ?, status = ?, collation = ? where "
+          "id "
+          "= ? and colid = ?",
+      stored.xtype, stored.xusertype, stored.length, stored.xprec, stored.xscale, stored.type,
+      stored.usertype, stored.prec, stored.scale, nullable ? 1 : 0, nullable ? 0 : 1,
+      (nullable ? 8 : 0) + (after.identity ? 128 : 0),
+      after.collation.empty() ? Cell() : Cell(after.collation), work.found.object.id, after.colid);
+  work.catalog.Touch(work.found.object.id);
+  Reload(work);
+  work.catalog.Redefine(work.table, resolver_);
+  if (!OnlyWidens(before.type, after.type) || after.type.id == TypeId::kChar ||
+      after.type.id == TypeId::kNChar || after.type.id == TypeId::kBinary) {
+    ConvertRows(work, before, after);
+  }
+}
+
+void TableDefinition::ConvertRows(Work& work, const CatalogColumn& before,
+                                  const CatalogColumn& after) {
+  ObjectName name;
+  name.database = work.found.object.name.starts_with('#') ? "" : work.found.database.name;
+  name.name = work.found.object.name;
+  const std::optional<ObjectInfo> info = resolver_.ResolveObject(name);
+  const std::vector<ParameterInfo> columns = {{after.name, before.type}};
+  const Translation update = Translator(resolver_, columns).UpdateRow(*info, columns);
+  SqliteConnection& connection = workspace_.connection();
+  SqliteStatement rows = connection.Prepare("select rowid, " + QuoteName(after.name) + " from " +
+                                            work.catalog.Path(name.name));
+  SqliteStatement change = connection.Prepare(update.sqlite_sql);
+  while (rows.Step()) {
+    if (rows.IsNull(1)) continue;
+    change.Reset();
+    change.Bind(1, rows.Value(1));
+    change.Bind(2, rows.Integer(0));
+    change.Step();
+  }
+}
+
+void TableDefinition::DropConstraint(Work& work, const std::string& name) {
+  const std::optional<CatalogObject> object = work.catalog.FindObject(name);
+  constexpr std::string_view kConstraintTypes = "PK UQ F C D";
+  if (!object || kConstraintTypes.find(object->xtype) == std::string_view::npos) Fail(3728, {name});
+  if (object->parent != work.found.object.id) Fail(3733, {name, work.found.object.name});
+  if (object->xtype == "PK" || object->xtype == "UQ") {
+    const CatalogIndex index = *work.table.FindIndex(object->name);
+    for (const CatalogForeignKey& key : work.catalog.ReferencesTo(work.found.object.id)) {
+      const bool uses = key.parent_columns.size() == index.keys.size() &&
+                        std::ranges::all_of(key.parent_columns, [&](const std::string& column) {
+                          return HasKey(index.keys, column);
+                        });
+      if (uses) Fail(3725, {object->name, key.child_table, key.name});
+    }
+    RemoveIndex(work, index);
+  }
+  work.catalog.DropObject(object->id);
+  work.catalog.Touch(work.found.object.id);
+  Reload(work);
+  work.catalog.Redefine(work.table, resolver_);
+}
+
+void TableDefinition::DropColumn(Work& work, const std::string& name, ResultSink& sink) {
+  const std::string& table_name = work.found.object.name;
+  const CatalogColumn* found = work.table.FindColumn(name);
+  if (found == nullptr) Fail(4924, {"DROP", name, table_name});
+  const CatalogColumn column = *found;
+  if (TellDependents(work, column, sink)) Fail(4922, {"DROP", column.name});
+  if (work.table.columns.size() == 1) Fail(4923, {column.name, table_name});
+  try {
+    workspace_.connection().Execute("alter table " + work.catalog.Path(table_name) +
+                                    " drop column " + QuoteName(column.name));
+  } catch (const SqliteError&) {
+    // SQLite refuses when a check over several columns names it.
+    Fail(4922, {"DROP", column.name});
+  }
+  work.catalog.DropColumn(work.found.object.id, column.colid);
+  work.catalog.Touch(work.found.object.id);
+  Reload(work);
+}
+
+void TableDefinition::Switch(Work& work, const SwitchParts& action) {
+  constexpr int kDisabled = 16384;
+  for (const std::string& name : action.names) {
+    const std::optional<CatalogObject> object = work.catalog.FindObject(name);
+    if (!object || object->parent != work.found.object.id) {
+      Fail(4917, {name});
+    }
+  }
+  const std::string types = action.triggers ? "('TR')" : "('C ', 'F ')";
+  SqliteStatement row =
+      workspace_.connection().Prepare("select id, name from " + work.catalog.Path("sysobjects") +
+                                          " where parent_obj = ? and xtype in " + types,
+                                      work.found.object.id);
+  std::vector<std::int64_t> ids;
+  while (row.Step()) {
+    if (action.names.empty() || HasName(action.names, row.Bytes(1))) ids.push_back(row.Integer(0));
+  }
+  for (const std::int64_t id : ids) {
+    workspace_.connection().Run("update " + work.catalog.Path("sysobjects") +
+                                    " set status = (status & ~?1) | ?2 where id = ?3",
+                                kDisabled, action.enable ? 0 : kDisabled, id);
+  }
+  Reload(work);
+  work.catalog.Redefine(work.table, resolver_);
+}
+
+void TableDefinition::RenameTable(const FoundObject& found, const std::string& name) {
+  WriteScope scope(workspace_, found.database, found.alias, found.object.id);
+  Catalog catalog = resolver_.CatalogAt(found);
+  workspace_.connection().Execute("alter table " + catalog.Path(found.object.name) + " rename to " +
+                                  QuoteName(name));
+  workspace_.connection().Run("update " + catalog.Path("sysobjects") + " set name = ? where id = ?",
+                              name, found.object.id);
+  workspace_.connection().Run(
+      "update " + catalog.Path("sysindexes") + " set name = ? where id = ? and indid = 0", name,
+      found.object.id);
+  catalog.Touch(found.object.id);
+  scope.Commit();
+}
+
+void TableDefinition::RenameColumn(const FoundObject& found, const std::string& column,
+                                   const std::string& name) {
+  WriteScope scope(workspace_, found.database, found.alias, found.object.id);
+  Catalog catalog = resolver_.CatalogAt(found);
+  workspace_.connection().Execute("alter table " + catalog.Path(found.object.name) +
+                                  " rename column " + QuoteName(column) + " to " + QuoteName(name));
+  workspace_.connection().Run(
+      "update " + catalog.Path("syscolumns") + " set name = ?1 where id = ?2 and name = ?3", name,
+      found.object.id, column);
+  catalog.Touch(found.object.id);
+  scope.Commit();
+}
+
+}  // namespace dbkeeper::server

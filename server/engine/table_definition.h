@@ -1,0 +1,76 @@
+// Tables, their columns, constraints and indexes: made, changed, dropped, renamed.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "server/catalog/catalog.h"
+#include "server/engine/resolver.h"
+#include "server/engine/result_sink.h"
+#include "server/engine/workspace.h"
+#include "server/sql/ast.h"
+
+namespace dbkeeper::server {
+
+// Every statement is carried out whole or, when it throws SqlError, not at all. What the server
+// says in several messages goes to the sink before the last one is thrown.
+class TableDefinition {
+ public:
+  TableDefinition(Workspace& workspace, Resolver& resolver)
+      : workspace_(workspace), resolver_(resolver) {}
+
+  void Create(const CreateTableStatement& statement);
+  void Alter(const AlterTableStatement& statement, ResultSink& sink);
+  void Drop(const ObjectName& name);
+  void Truncate(const TruncateStatement& statement);
+  void CreateIndex(const CreateIndexStatement& statement);
+  void DropIndex(const DropIndexStatement::Item& item);
+
+  void RenameTable(const FoundObject& table, const std::string& name);
+  void RenameColumn(const FoundObject& table, const std::string& column, const std::string& name);
+
+  // The two halves of select into; the caller holds the write scope.
+  CatalogObject MakeFromColumns(const FoundObject& place, const std::string& name,
+                                const std::vector<ResultColumn>& columns);
+  // Sets the identity counter behind the highest value that is there.
+  void AdoptIdentity(const FoundObject& table);
+
+ private:
+  // A table while it is changed: read again after each step.
+  struct Work {
+    FoundObject found;
+    Catalog catalog;
+    CatalogTable table;
+  };
+
+  Work Start(const FoundObject& found);
+  void Reload(Work& work);
+  CatalogColumn MakeColumn(const Work& work, const ColumnDefinition& definition);
+  void AddDefault(Work& work, CatalogColumn& column, const Constraint& constraint);
+  void AddConstraints(Work& work, const std::vector<const Constraint*>& constraints,
+                      bool check_existing);
+  void AddKey(Work& work, const Constraint& constraint);
+  void AddCheck(Work& work, const Constraint& constraint, bool check_existing);
+  void AddForeignKey(Work& work, const Constraint& constraint, bool check_existing);
+  void CheckForeignKey(Work& work, const CatalogForeignKey& key);
+  void AddIndex(Work& work, CatalogIndex index);
+  void RemoveIndex(Work& work, const CatalogIndex& index);
+  void RefuseDuplicates(Work& work, const CatalogIndex& index);
+  std::string NameFor(Work& work, const Constraint& constraint, std::string_view prefix,
+                      std::string_view column);
+
+  void AddNewColumns(Work& work, const AddColumns& action);
+  void ChangeColumn(Work& work, const ColumnDefinition& definition, ResultSink& sink);
+  void ConvertRows(Work& work, const CatalogColumn& before, const CatalogColumn& after);
+  void DropConstraint(Work& work, const std::string& name);
+  void DropColumn(Work& work, const std::string& name, ResultSink& sink);
+  void Switch(Work& work, const SwitchParts& action);
+  // Tells the sink what hangs on the column; true when something does.
+  bool TellDependents(Work& work, const CatalogColumn& column, ResultSink& sink);
+
+  Workspace& workspace_;
+  Resolver& resolver_;
+};
+
+}  // namespace dbkeeper::server

@@ -1,0 +1,166 @@
+// What one session works with: its SQLite connection, the databases attached to it, its
+// transaction, its options, and its counters.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "server/catalog/catalog.h"
+#include "server/engine/instance_state.h"
+#include "server/engine/sqlite.h"
+
+namespace dbkeeper::server {
+
+// Bits of sysdatabases.status.
+struct DatabaseStatus {
+  static constexpr std::int64_t kAutoClose = 1;
+  static constexpr std::int64_t kTruncateLog = 8;
+  static constexpr std::int64_t kTornPageDetection = 16;
+  static constexpr std::int64_t kOffline = 512;
+  static constexpr std::int64_t kReadOnly = 1024;
+  static constexpr std::int64_t kDboOnly = 2048;
+  static constexpr std::int64_t kSingleUser = 4096;
+  static constexpr std::int64_t kAutoShrink = 4194304;
+  static constexpr std::int64_t kCleanlyShut = 1073741824;
+};
+
+struct DatabaseInfo {
+  int dbid = 0;
+  std::string name;
+  std::int64_t status = 0;
+  bool Has(std::int64_t bit) const { return (status & bit) != 0; }
+};
+
+struct SessionOptions {
+  bool no_count = false;
+  bool format_only = false;
+  bool no_execute = false;
+  bool quoted_identifiers = true;
+  std::int64_t row_count = 0;                             // 0: no limit
+  std::optional<std::chrono::milliseconds> lock_timeout;  // none: the instance's
+  std::string identity_insert;  // "database.table" in lower case; empty: none
+};
+
+struct LoginInfo {
+  std::string name;
+  bool sysadmin = false;
+  bool dbcreator = false;
+  bool security_admin = false;
+};
+
+class Workspace {
+ public:
+  // `state` answers for the functions of translated statements.
+  Workspace(InstanceState& instance, LoginInfo login, ServerState& state);
+
+  SqliteConnection& connection() { return connection_; }
+  InstanceState& instance() { return instance_; }
+  const LoginInfo& login() const { return login_; }
+  SessionOptions& options() { return options_; }
+
+  int spid() const { return spid_; }
+  void set_spid(int spid) { spid_ = spid; }
+  const std::string& database() const { return database_; }
+  int dbid() const { return dbid_; }
+
+  // Throws SqlError 911.
+  DatabaseInfo FindDatabase(std::string_view name);
+  std::optional<DatabaseInfo> LookUpDatabase(std::string_view name);
+  std::optional<DatabaseInfo> LookUpDatabase(int dbid);
+  // Attaches the database when it is not; gives its alias. Throws 942, 924, 916.
+  std::string Open(const DatabaseInfo& database);
+  // The catalog of a database by name; an empty name is the current one, "#" the temporary tables.
+  Catalog CatalogOf(std::string_view database);
+  // Lets go of the database's file, so that it can be changed or removed.
+  void Detach(int dbid);
+  // Makes the database current, without telling anybody.
+  void SetCurrent(const DatabaseInfo& database);
+  bool IsOwner(const DatabaseInfo& database);
+
+  // Transactions of the client: SQLite's begins with the first write, so that reads before it see
+  // what others have committed meanwhile, and a write never meets an outdated snapshot.
+  int transaction_count() const { return transaction_count_; }
+  void BeginTransaction();
+  void CommitTransaction();
+  void RollbackTransaction();
+  // Notices that SQLite gave up the transaction; true when it did.
+  bool LostTransaction();
+
+  // Identity columns. The function next_identity of a statement takes from them.
+  std::int64_t NextIdentity(const std::string& alias, std::int64_t table);
+  void SaveIdentities();
+  void ForgetIdentities() { identities_.clear(); }
+  std::optional<std::int64_t> last_identity;
+
+  void Interrupt();
+  void ClearInterrupt() { interrupted_ = false; }
+  bool interrupted() const { return interrupted_; }
+
+  std::int64_t last_row_count = 0;
+  int last_error = 0;
+  std::int64_t statement_time = 0;
+
+ private:
+  friend class WriteScope;
+  struct Counter {
+    std::int64_t increment = 1;
+    std::int64_t next = 1;
+    std::optional<std::int64_t> last;
+  };
+
+  static int OnBusy(void* self, int calls);
+  bool Wait(int calls);
+  void MakeRoomToAttach();
+  void PrepareTemporary();
+
+  InstanceState& instance_;
+  const LoginInfo login_;
+  SqliteConnection connection_;
+  SessionOptions options_;
+  int spid_ = 0;
+  std::string database_ = "master";
+  int dbid_ = 1;
+  struct Attached {
+    int dbid;
+    int generation;  // of the file, see InstanceState
+  };
+  std::vector<Attached> attached_;  // the least recently used first
+  bool temporary_ready_ = false;
+  int transaction_count_ = 0;
+  int waiting_for_dbid_ = 0;
+  std::chrono::steady_clock::time_point wait_start_;
+  std::map<std::pair<std::string, std::int64_t>, Counter> identities_;
+  std::atomic<bool> interrupted_ = false;
+};
+
+// The writing part of a statement: the database is locked for writing, and what was written is
+// undone unless it is committed. Outside a client's transaction it is one of its own.
+class WriteScope {
+ public:
+  // Throws SqlError 1222, 3906. `object_id` is the table that the lock is shown for, or 0.
+  WriteScope(Workspace& workspace, const DatabaseInfo& database, const std::string& alias,
+             std::int64_t object_id = 0);
+  ~WriteScope();
+  WriteScope(const WriteScope&) = delete;
+  WriteScope& operator=(const WriteScope&) = delete;
+
+  void Commit();
+
+ private:
+  void Lock(const DatabaseInfo& database, const std::string& alias, std::int64_t object_id);
+  void Forget(int dbid, std::int64_t object_id);
+
+  Workspace& workspace_;
+  bool own_transaction_ = false;
+  bool began_ = false;
+  bool open_ = false;
+};
+
+}  // namespace dbkeeper::server

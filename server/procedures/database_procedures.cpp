@@ -1,0 +1,244 @@
+// Databases as a whole: properties, sizes, options.
+#include <array>
+#include <cstdio>
+
+#include "server/catalog/column_types.h"
+#include "server/engine/database_definition.h"
+#include "server/engine/engine_messages.h"
+#include "server/procedures/procedure_table.h"
+
+namespace dbkeeper::server {
+
+namespace {
+
+constexpr std::int64_t kKilobyte = 1024;
+constexpr std::int64_t kTicksPerDay = 25'920'000;
+
+std::string Kilobytes(std::int64_t bytes) {
+  return std::to_string((bytes + kKilobyte - 1) / kKilobyte) + " KB";
+}
+
+std::string Megabytes(std::int64_t bytes) {
+  std::array<char, 32> text{};
+  std::snprintf(text.data(), text.size(), "%.2f MB",
+                static_cast<double>(bytes) / (kKilobyte * kKilobyte));
+  return text.data();
+}
+
+// "Mar  8 2005"
+std::string DateWords(std::int64_t time) {
+  constexpr std::array<const char*, 12> kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                                   "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+  const std::chrono::year_month_day date(std::chrono::sys_days(std::chrono::year(1900) / 1 / 1) +
+                                         std::chrono::days(time / kTicksPerDay));
+  std::array<char, 16> text{};
+  std::snprintf(text.data(), text.size(), "%s %2u %d",
+                kMonths.at(static_cast<unsigned>(date.month()) - 1),
+                static_cast<unsigned>(date.day()), static_cast<int>(date.year()));
+  return text.data();
+}
+
+std::int64_t FileBytes(const std::string& path) {
+  std::error_code ignored;
+  const auto size = std::filesystem::file_size(path, ignored);
+  return ignored ? 0 : static_cast<std::int64_t>(size);
+}
+
+struct StatusWord {
+  const char* column;
+  std::int64_t bit;
+  std::string_view word;
+};
+constexpr StatusWord kStatusWords[] = {
+    {"status", DatabaseStatus::kTornPageDetection, "IsTornPageDetectionEnabled"},
+    {"status", DatabaseStatus::kAutoClose, "IsAutoClose"},
+    {"status", DatabaseStatus::kAutoShrink, "IsAutoShrink"},
+    {"status2", 0x1000000, "IsAutoCreateStatistics"},
+    {"status2", 0x40000000, "IsAutoUpdateStatistics"},
+};
+
+std::string StatusText(const DatabaseInfo& database, std::int64_t status2) {
+  if (database.Has(DatabaseStatus::kOffline)) {
+    return std::string("Status=OFFLINE, Updateability=") +
+           (database.Has(DatabaseStatus::kReadOnly) ? "READ_ONLY" : "READ_WRITE");
+  }
+  std::string text = "Status=ONLINE, Updateability=";
+  text += database.Has(DatabaseStatus::kReadOnly) ? "READ_ONLY" : "READ_WRITE";
+  text += ", UserAccess=";
+  text += database.Has(DatabaseStatus::kSingleUser) ? "SINGLE_USER"
+          : database.Has(DatabaseStatus::kDboOnly)  ? "RESTRICTED_USER"
+                                                    : "MULTI_USER";
+  text += ", Recovery=";
+  text += database.Has(DatabaseStatus::kTruncateLog) ? "SIMPLE"
+          : database.Has(4)                          ? "BULK_LOGGED"
+                                                     : "FULL";
+  text += ", Version=539, Collation=" + std::string(kDefaultCollation) + ", SQLSortOrder=0";
+  for (const StatusWord& word : kStatusWords) {
+    const std::int64_t bits = std::string_view(word.column) == "status" ? database.status : status2;
+    if ((bits & word.bit) != 0) text += ", " + std::string(word.word);
+  }
+  return text;
+}
+
+void HelpDatabase(ProcedureCall& call) {
+  const std::string wanted = call.Text("@dbname");
+  if (call.Has("@dbname") && !call.workspace().LookUpDatabase(wanted)) Fail(15010, {wanted});
+  std::vector<std::vector<Cell>> rows;
+  SqliteStatement row = call.sqlite().Prepare(
+      "select d.name, d.dbid, d.status, d.status2, d.crdate, l.name, d.cmptlevel from "
+      "main.sysdatabases d left join main.syslogins l on l.sid = d.sid where ?1 = '' or d.name = "
+      "?1 order by d.name",
+      wanted);
+  while (row.Step()) {
+    const DatabaseInfo database{static_cast<int>(row.Integer(1)), row.Text(0), row.Integer(2)};
+    const std::string file = call.workspace().instance().FileOf(database.dbid).string();
+    const std::string size = Megabytes(FileBytes(file) + FileBytes(file + "-wal"));
+    constexpr std::size_t kSizeWidth = 13;
+    rows.push_back(
+        {database.name,
+         std::string(size.size() < kSizeWidth ? kSizeWidth - size.size() : 0, ' ') + size,
+         row.Value(5), row.Value(1), DateWords(row.Integer(4)),
+         StatusText(database, row.Integer(3)), row.Value(6)});
+  }
+  call.Rows({NameColumn("name"), TextColumn("db_size", 13), NameColumn("owner"),
+             NumberColumn("dbid", TypeId::kSmallInt), TextColumn("created", 11),
+             TextColumn("status", 600), NumberColumn("compatibility_level", TypeId::kTinyInt)},
+            rows);
+  const auto database = call.workspace().LookUpDatabase(wanted);
+  if (!database || database->Has(DatabaseStatus::kOffline)) return;
+  const DatabaseInfo before = call.database();
+  call.workspace().Open(*database);
+  call.workspace().SetCurrent(*database);
+  call.Run(R"(
+select convert(sysname, rtrim(name)) as name, fileid, filename,
+  case groupid when 1 then 'PRIMARY' else null end as filegroup,
+  convert(nvarchar(15), size * 8) + N' KB' as size, N'Unlimited' as maxsize,
+  convert(nvarchar(15), growth) + N'%' as growth,
+  case groupid when 0 then 'log only' else 'data only' end as usage
+from sysfiles order by fileid)");
+  call.workspace().SetCurrent(before);
+}
+
+// Bytes of SQLite's pages.
+struct PageUse {
+  std::int64_t reserved = 0;
+  std::int64_t data = 0;
+  std::int64_t indexes = 0;
+  std::int64_t unused = 0;
+};
+
+PageUse UseOf(ProcedureCall& call, const Catalog& catalog, const std::string& table) {
+  PageUse use;
+  const std::string schema = QuoteName(catalog.alias()) + ".";
+  SqliteStatement part = call.sqlite().Prepare(
+      "select type, name from " + schema + "sqlite_schema where tbl_name = ?1", table);
+  while (part.Step()) {
+    SqliteStatement pages = call.sqlite().Prepare(
+        "select pgsize, unused from dbstat where schema = ?1 and aggregate = 1 and name = ?2",
+        catalog.alias(), part.Text(1));
+    if (!pages.Step()) continue;
+    use.reserved += pages.Integer(0);
+    (part.Bytes(0) == "table" ? use.data : use.indexes) += pages.Integer(0);
+  }
+  return use;
+}
+
+std::int64_t Pragma(ProcedureCall& call, const std::string& alias, const std::string& name) {
+  return call.sqlite().IntegerOf(0, "pragma " + QuoteName(alias) + "." + name);
+}
+
+void SpaceOfTable(ProcedureCall& call) {
+  const FoundObject found = call.Object("@objname", "U S");
+  const Catalog catalog = call.resolver().CatalogAt(found);
+  const PageUse use = UseOf(call, catalog, found.object.name);
+  const std::int64_t rows =
+      call.sqlite().IntegerOf(0, "select count(*) from " + catalog.Path(found.object.name));
+  ResultColumn rows_column = TextColumn("rows", 11);
+  rows_column.type.id = TypeId::kChar;
+  std::string count = std::to_string(rows);
+  count.resize(std::max<std::size_t>(count.size(), 11), ' ');
+  call.Rows({NameColumn("name"), rows_column, TextColumn("reserved", 18), TextColumn("data", 18),
+             TextColumn("index_size", 18), TextColumn("unused", 18)},
+            {{found.object.name, count, Kilobytes(use.reserved), Kilobytes(use.data),
+              Kilobytes(use.indexes), Kilobytes(use.unused)}});
+}
+
+void SpaceUsed(ProcedureCall& call) {
+  if (call.Has("@objname")) {
+    SpaceOfTable(call);
+    return;
+  }
+  const DatabaseInfo database = call.database();
+  const std::string alias = call.catalog().alias();
+  const std::string schema = QuoteName(alias) + ".";
+  const std::int64_t page = Pragma(call, alias, "page_size");
+  const std::int64_t pages = Pragma(call, alias, "page_count");
+  const std::int64_t free = Pragma(call, alias, "freelist_count");
+  const std::string file = call.workspace().instance().FileOf(database.dbid).string();
+  call.Rows({NameColumn("database_name"), TextColumn("database_size", 18),
+             TextColumn("unallocated space", 18)},
+            {{database.name, Megabytes(pages * page + FileBytes(file + "-wal")),
+              Megabytes(free * page)}});
+  PageUse use;
+  SqliteStatement part = call.sqlite().Prepare(
+      "select coalesce(m.type, 'table'), sum(s.pgsize) from dbstat s left join " + schema +
+          "sqlite_schema m on m.name = s.name where s.schema = ?1 and s.aggregate = 1 group by 1",
+      alias);
+  while (part.Step()) {
+    (part.Bytes(0) == "index" ? use.indexes : use.data) += part.Integer(1);
+  }
+  use.reserved = (pages - free) * page;
+  use.unused = std::max<std::int64_t>(use.reserved - use.data - use.indexes, 0);
+  call.Rows({TextColumn("reserved", 18), TextColumn("data", 18), TextColumn("index_size", 18),
+             TextColumn("unused", 18)},
+            {{Kilobytes(use.reserved), Kilobytes(use.data), Kilobytes(use.indexes),
+              Kilobytes(use.unused)}});
+}
+
+struct OldOption {
+  std::string_view name;
+  std::string_view when_true;
+  std::string_view when_false;
+};
+constexpr OldOption kOldOptions[] = {
+    {"offline", "OFFLINE", "ONLINE"},
+    {"read only", "READ_ONLY", "READ_WRITE"},
+    {"single user", "SINGLE_USER", "MULTI_USER"},
+    {"dbo use only", "RESTRICTED_USER", "MULTI_USER"},
+    {"autoclose", "AUTO_CLOSE ON", "AUTO_CLOSE OFF"},
+    {"autoshrink", "AUTO_SHRINK ON", "AUTO_SHRINK OFF"},
+    {"torn page detection", "TORN_PAGE_DETECTION ON", "TORN_PAGE_DETECTION OFF"},
+    {"trunc. log on chkpt.", "RECOVERY SIMPLE", "RECOVERY FULL"},
+    {"auto create statistics", "AUTO_CREATE_STATISTICS ON", "AUTO_CREATE_STATISTICS OFF"},
+    {"auto update statistics", "AUTO_UPDATE_STATISTICS ON", "AUTO_UPDATE_STATISTICS OFF"},
+};
+
+void SetOption(ProcedureCall& call) {
+  const std::string name = call.Text("@dbname");
+  const std::optional<DatabaseInfo> database = call.workspace().LookUpDatabase(name);
+  if (!database) Fail(15010, {name});
+  const std::string value = call.Text("@optvalue");
+  const bool on = SameName(value, "true") || SameName(value, "on");
+  if (!on && !SameName(value, "false") && !SameName(value, "off")) Fail(15241);
+  for (const OldOption& option : kOldOptions) {
+    if (!SameName(option.name, call.Text("@optname"))) continue;
+    AlterDatabaseStatement statement{name, DatabaseOptions{}};
+    std::get<DatabaseOptions>(statement.action)
+        .options.emplace_back(on ? option.when_true : option.when_false);
+    DatabaseDefinition(call.workspace()).Alter(statement);
+    return;
+  }
+  Fail(15011, {call.Text("@optname")});
+}
+
+constexpr ProcedureRow kProcedures[] = {
+    {"sp_helpdb", "@dbname=", HelpDatabase},
+    {"sp_spaceused", "@objname=, @updateusage=", SpaceUsed},
+    {"sp_dboption", "@dbname, @optname, @optvalue", SetOption},
+};
+
+}  // namespace
+
+std::span<const ProcedureRow> DatabaseProcedures() { return kProcedures; }
+
+}  // namespace dbkeeper::server

@@ -1,0 +1,75 @@
+// Backup devices.
+#include "server/engine/engine_messages.h"
+#include "server/procedures/procedure_table.h"
+
+namespace dbkeeper::server {
+
+namespace {
+
+// sysdevices: status of a backup device, control types of a disk and a tape.
+constexpr int kBackupDevice = 16;
+constexpr int kDisk = 2;
+constexpr int kTape = 5;
+
+void AddDevice(ProcedureCall& call) {
+  call.NeedAdministrator();
+  const std::string type = call.Text("@devtype");
+  const std::string name = call.Text("@logicalname");
+  const std::string path = call.Text("@physicalname");
+  if (!SameName(type, "disk") && !SameName(type, "tape")) Fail(15600, {"sp_addumpdevice"});
+  if (name.empty()) Fail(15006, {name});
+  if (call.sqlite().IntegerOf(0, "select 1 from main.sysdevices where name = ?1", name) != 0) {
+    Fail(15026, {name});
+  }
+  if (call.sqlite().IntegerOf(0, "select 1 from main.sysdevices where phyname = ?1", path) != 0) {
+    Fail(15061, {path});
+  }
+  WriteScope scope(call.workspace(), call.workspace().FindDatabase("master"), "main");
+  call.sqlite().Run("insert into main.sysdevices values (?, 0, 0, 0, ?, ?, ?)", name, kBackupDevice,
+                    SameName(type, "disk") ? kDisk : kTape, path);
+  scope.Commit();
+  ServerMessage message;
+  message.severity = 0;
+  message.text = SameName(type, "disk") ? "'Disk' device added." : "'Tape' device added.";
+  call.sink().OnMessage(message);
+}
+
+void DropDevice(ProcedureCall& call) {
+  call.NeedAdministrator();
+  const std::string name = call.Text("@logicalname");
+  if (call.sqlite().IntegerOf(0, "select 1 from main.sysdevices where name = ?1", name) == 0) {
+    Fail(15012, {name});
+  }
+  if (call.Has("@delfile")) Fail(50001, {"sp_dropdevice with @delfile"});
+  WriteScope scope(call.workspace(), call.workspace().FindDatabase("master"), "main");
+  call.sqlite().Run("delete from main.sysdevices where name = ?1", name);
+  scope.Commit();
+  call.Inform(15463);
+}
+
+void HelpDevice(ProcedureCall& call) {
+  const std::string name = call.Text("@devname");
+  if (!name.empty() &&
+      call.sqlite().IntegerOf(0, "select 1 from main.sysdevices where name = ?1", name) == 0) {
+    Fail(15012, {name});
+  }
+  call.Run(R"(
+select name as device_name, phyname as physical_name,
+  convert(nvarchar(255), case cntrltype when 2 then 'disk, backup device'
+    else 'tape, backup device' end) as description,
+  convert(int, status) as status, cntrltype, size
+from master.dbo.sysdevices where @devname is null or name = @devname order by name)");
+}
+
+constexpr ProcedureRow kProcedures[] = {
+    {"sp_addumpdevice",
+     "@devtype, @logicalname, @physicalname, @cntrltype=, @devstatus=", AddDevice},
+    {"sp_dropdevice", "@logicalname, @delfile=", DropDevice},
+    {"sp_helpdevice", "@devname=", HelpDevice},
+};
+
+}  // namespace
+
+std::span<const ProcedureRow> DeviceProcedures() { return kProcedures; }
+
+}  // namespace dbkeeper::server

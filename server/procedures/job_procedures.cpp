@@ -1,0 +1,247 @@
+// Jobs of the agent: kept, shown and assigned in msdb; nothing runs them here.
+#include <algorithm>
+#include <chrono>
+#include <ctime>
+
+#include "server/engine/engine_messages.h"
+#include "server/procedures/procedure_table.h"
+
+namespace dbkeeper::server {
+
+namespace {
+
+using std::chrono::year_month_day;
+
+// What the agent's tables keep of a schedule; dates as yyyymmdd, times as hhmmss.
+struct Schedule {
+  std::int64_t id = 0;
+  int freq_type = 0;
+  int freq_interval = 0;
+  int start_date = 0;
+  int start_time = 0;
+};
+
+constexpr int kOnce = 1;
+constexpr int kDaily = 4;
+constexpr int kWeekly = 8;
+constexpr int kMonthly = 16;
+
+int NumberOf(const year_month_day& date) {
+  return static_cast<int>(date.year()) * 10000 +
+         static_cast<int>(static_cast<unsigned>(date.month())) * 100 +
+         static_cast<int>(static_cast<unsigned>(date.day()));
+}
+
+year_month_day DateOf(int number) {
+  return {std::chrono::year(number / 10000),
+          std::chrono::month(static_cast<unsigned>(number / 100 % 100)),
+          std::chrono::day(static_cast<unsigned>(number % 100))};
+}
+
+bool RunsOn(const Schedule& schedule, std::chrono::sys_days day) {
+  const year_month_day date(day);
+  switch (schedule.freq_type) {
+    case kOnce:
+      return NumberOf(date) == schedule.start_date;
+    case kDaily: {
+      const auto since = (day - std::chrono::sys_days(DateOf(schedule.start_date))).count();
+      return since % std::max(schedule.freq_interval, 1) == 0;
+    }
+    case kWeekly:
+      // Sunday is the lowest bit.
+      return (schedule.freq_interval >> std::chrono::weekday(day).c_encoding() & 1) != 0;
+    case kMonthly:
+      return static_cast<int>(static_cast<unsigned>(date.day())) == schedule.freq_interval;
+    default:
+      return false;
+  }
+}
+
+// The next day and time from now on; 0 when there is none within two years.
+std::pair<int, int> NextRun(const Schedule& schedule) {
+  const std::time_t now = std::time(nullptr);
+  std::tm local{};
+  localtime_r(&now, &local);
+  const int today = (local.tm_year + 1900) * 10000 + (local.tm_mon + 1) * 100 + local.tm_mday;
+  const int time = local.tm_hour * 10000 + local.tm_min * 100 + local.tm_sec;
+  constexpr int kDaysAhead = 731;
+  std::chrono::sys_days day(DateOf(std::max(today, schedule.start_date)));
+  for (int i = 0; i < kDaysAhead; ++i, day += std::chrono::days(1)) {
+    const int number = NumberOf(year_month_day(day));
+    const bool past = number == today && schedule.start_time <= time;
+    if (!past && RunsOn(schedule, day)) return {number, schedule.start_time};
+  }
+  return {0, 0};
+}
+
+class Agent {
+ public:
+  explicit Agent(ProcedureCall& call) : call_(call), catalog_(call.workspace().CatalogOf("msdb")) {}
+
+  std::string Path(std::string_view table) const { return catalog_.Path(table); }
+  const std::string& alias() const { return catalog_.alias(); }
+
+  // The job that @job_id or @job_name means; throws 14294, 14262.
+  Cell NeedJob() {
+    if (call_.Has("@job_id") == call_.Has("@job_name")) Fail(14294, {"@job_id", "@job_name"});
+    const bool by_name = call_.Has("@job_name");
+    SqliteStatement row =
+        call_.sqlite().Prepare("select job_id from " + Path("sysjobs") +
+                                   (by_name ? " where name = ?1" : " where job_id = ?1"),
+                               call_.Value(by_name ? "@job_name" : "@job_id"));
+    if (!row.Step()) {
+      Fail(14262, {by_name ? "@job_name" : "@job_id", by_name ? call_.Text("@job_name") : ""});
+    }
+    return row.Value(0);
+  }
+
+  std::pair<Cell, std::pair<int, int>> NextOf(const Cell& job) {
+    std::pair<int, int> next{0, 0};
+    Cell id = std::int64_t{0};
+    SqliteStatement row = call_.sqlite().Prepare(
+        "select schedule_id, freq_type, freq_interval, active_start_date, active_start_time from " +
+            Path("sysjobschedules") + " where job_id = ?1 and enabled = 1",
+        job);
+    while (row.Step()) {
+      const Schedule schedule{row.Integer(0), static_cast<int>(row.Integer(1)),
+                              static_cast<int>(row.Integer(2)), static_cast<int>(row.Integer(3)),
+                              static_cast<int>(row.Integer(4))};
+      const std::pair<int, int> run = NextRun(schedule);
+      if (run.first == 0 || (next.first != 0 && run >= next)) continue;
+      next = run;
+      id = schedule.id;
+    }
+    return {id, next};
+  }
+
+ private:
+  ProcedureCall& call_;
+  Catalog catalog_;
+};
+
+// The columns of sp_help_job; those from last_run_date on are worked out.
+std::vector<ResultColumn> JobColumns() {
+  const auto number = [](const char* name) { return NumberColumn(name); };
+  return {NumberColumn("job_id", TypeId::kUniqueIdentifier),
+          TextColumn("originating_server", 30),
+          NameColumn("name"),
+          NumberColumn("enabled", TypeId::kTinyInt),
+          TextColumn("description", 512),
+          number("start_step_id"),
+          NameColumn("category"),
+          NameColumn("owner"),
+          number("notify_level_eventlog"),
+          number("notify_level_email"),
+          number("notify_level_netsend"),
+          number("notify_level_page"),
+          NameColumn("notify_email_operator"),
+          NameColumn("notify_netsend_operator"),
+          NameColumn("notify_page_operator"),
+          number("delete_level"),
+          NumberColumn("date_created", TypeId::kDateTime),
+          NumberColumn("date_modified", TypeId::kDateTime),
+          number("version_number"),
+          number("last_run_date"),
+          number("last_run_time"),
+          number("last_run_outcome"),
+          number("next_run_date"),
+          number("next_run_time"),
+          number("next_run_schedule_id"),
+          number("current_execution_status"),
+          NameColumn("current_execution_step"),
+          number("current_retry_attempt"),
+          number("has_step"),
+          number("has_schedule"),
+          number("has_target"),
+          number("type")};
+}
+
+void HelpJob(ProcedureCall& call) {
+  Agent agent(call);
+  Cell wanted;
+  if (call.Has("@job_id") || call.Has("@job_name")) wanted = agent.NeedJob();
+  // 5: the outcome is not known; 4: the job is idle, since nothing runs jobs here.
+  SqliteStatement job = call.sqlite().Prepare(
+      "select j.job_id, j.originating_server, j.name, j.enabled, j.description, j.start_step_id, "
+      "coalesce(c.name, '[Uncategorized (Local)]'), coalesce(l.name, 'sa'), "
+      "j.notify_level_eventlog, j.notify_level_email, j.notify_level_netsend, j.notify_level_page, "
+      "'(unknown)', '(unknown)', '(unknown)', j.delete_level, j.date_created, j.date_modified, "
+      "j.version_number, coalesce(s.last_run_date, 0), coalesce(s.last_run_time, 0), "
+      "coalesce(s.last_run_outcome, 5), 0, 0, 0, 4, '0 (unknown)', 0, (select count(*) from " +
+          agent.Path("sysjobsteps") + " t where t.job_id = j.job_id), (select count(*) from " +
+          agent.Path("sysjobschedules") +
+          " t where t.job_id = j.job_id), s.job_id is not null, s.job_id is not null from " +
+          agent.Path("sysjobs") + " j left join " + agent.Path("sysjobservers") +
+          " s on s.job_id = j.job_id left join " + agent.Path("syscategories") +
+          " c on c.category_id = j.category_id left join main.syslogins l on l.sid = j.owner_sid "
+          "where ?1 is null or j.job_id = ?1 order by j.name",
+      wanted);
+  constexpr std::size_t kNextDate = 22;
+  constexpr std::size_t kHasTarget = 30;
+  std::vector<std::vector<Cell>> rows;
+  while (job.Step()) {
+    std::vector<Cell> cells;
+    for (int i = 0; i < job.ColumnCount(); ++i) cells.push_back(job.Value(i));
+    if (cells[kHasTarget] == Cell(std::int64_t{1})) {
+      const auto [schedule, next] = agent.NextOf(cells[0]);
+      cells[kNextDate] = std::int64_t{next.first};
+      cells[kNextDate + 1] = std::int64_t{next.second};
+      cells[kNextDate + 2] = schedule;
+    }
+    rows.push_back(std::move(cells));
+  }
+  call.Rows(JobColumns(), rows);
+}
+
+void AddJobServer(ProcedureCall& call) {
+  Agent agent(call);
+  const Cell job = agent.NeedJob();
+  const std::string server = call.Text("@server_name", "(local)");
+  if (call.sqlite().IntegerOf(
+          0, "select 1 from " + agent.Path("sysjobservers") + " where job_id = ?1", job) != 0) {
+    Fail(14269, {call.Text("@job_name"), server});
+  }
+  WriteScope scope(call.workspace(), call.workspace().FindDatabase("msdb"), agent.alias());
+  call.sqlite().Run(
+      "insert into " + agent.Path("sysjobservers") + " values (?1, 0, 5, null, 0, 0, 0)", job);
+  scope.Commit();
+}
+
+void DeleteJobServer(ProcedureCall& call) {
+  Agent agent(call);
+  const Cell job = agent.NeedJob();
+  if (call.sqlite().IntegerOf(
+          0, "select 1 from " + agent.Path("sysjobservers") + " where job_id = ?1", job) == 0) {
+    Fail(14270, {call.Text("@job_name"), call.Text("@server_name")});
+  }
+  WriteScope scope(call.workspace(), call.workspace().FindDatabase("msdb"), agent.alias());
+  call.sqlite().Run("delete from " + agent.Path("sysjobservers") + " where job_id = ?1", job);
+  scope.Commit();
+}
+
+void DeleteJob(ProcedureCall& call) {
+  Agent agent(call);
+  const Cell job = agent.NeedJob();
+  WriteScope scope(call.workspace(), call.workspace().FindDatabase("msdb"), agent.alias());
+  for (const char* table :
+       {"sysjobhistory", "sysjobsteps", "sysjobschedules", "sysjobservers", "sysjobs"}) {
+    call.sqlite().Run("delete from " + agent.Path(table) + " where job_id = ?1", job);
+  }
+  scope.Commit();
+}
+
+constexpr ProcedureRow kProcedures[] = {
+    {"sp_help_job",
+     "@job_id=, @job_name=, @job_aspect=, @job_type=, @owner_login_name=, @subsystem=, "
+     "@category_name=, @enabled=, @execution_status=",
+     HelpJob},
+    {"sp_add_jobserver", "@job_id=, @job_name=, @server_name=, @automatic_post=", AddJobServer},
+    {"sp_delete_jobserver", "@job_id=, @job_name=, @server_name=", DeleteJobServer},
+    {"sp_delete_job", "@job_id=, @job_name=, @originating_server=, @delete_history=", DeleteJob},
+};
+
+}  // namespace
+
+std::span<const ProcedureRow> JobProcedures() { return kProcedures; }
+
+}  // namespace dbkeeper::server

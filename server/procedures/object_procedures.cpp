@@ -1,0 +1,183 @@
+// Objects of a database: their texts, indexes and names; statements as texts.
+#include <algorithm>
+
+#include "server/engine/database_definition.h"
+#include "server/engine/engine_messages.h"
+#include "server/engine/state_functions.h"
+#include "server/engine/table_definition.h"
+#include "server/procedures/procedure_table.h"
+#include "server/sql/parser.h"
+
+namespace dbkeeper::server {
+
+namespace {
+
+void HelpText(ProcedureCall& call) {
+  constexpr std::size_t kLineWidth = 255;
+  const FoundObject found = call.Object("@objname", "V P TR FN C D");
+  const std::string text = call.resolver().CatalogAt(found).ObjectText(found.object.id);
+  if (text.empty()) Fail(15197, {call.Text("@objname")});
+  std::vector<std::vector<Cell>> rows;
+  std::size_t begin = 0;
+  while (begin < text.size()) {
+    const std::size_t end_of_line = text.find('\n', begin);
+    const std::size_t end = end_of_line == std::string::npos ? text.size() : end_of_line + 1;
+    rows.push_back({text.substr(begin, end - begin)});
+    begin = end;
+  }
+  call.Rows({TextColumn("Text", kLineWidth)}, rows);
+}
+
+std::string DescriptionOf(const CatalogIndex& index) {
+  std::string text = index.Has(IndexStatus::kClustered) ? "clustered" : "nonclustered";
+  if (index.Has(IndexStatus::kUnique)) text += ", unique";
+  if (index.Has(IndexStatus::kPrimaryKey)) text += ", primary key";
+  if (index.Has(IndexStatus::kUniqueKey)) text += ", unique key";
+  return text + " located on PRIMARY";
+}
+
+void HelpIndex(ProcedureCall& call) {
+  const FoundObject found = call.Object("@objname", "U S");
+  std::vector<std::vector<Cell>> rows;
+  for (const CatalogIndex& index : call.resolver().CatalogAt(found).Indexes(found.object.id)) {
+    if (index.keys.empty()) continue;
+    std::string keys;
+    for (const KeyColumn& key : index.keys) {
+      keys += (keys.empty() ? "" : ", ") + key.name + (key.descending ? "(-)" : "");
+    }
+    rows.push_back({index.name, DescriptionOf(index), keys});
+  }
+  if (rows.empty()) {
+    call.Inform(15472);
+    return;
+  }
+  std::ranges::sort(rows, {}, [](const auto& row) { return std::get<std::string>(row[0]); });
+  call.Rows({NameColumn("index_name"), TextColumn("index_description", 210),
+             TextColumn("index_keys", 2078)},
+            rows);
+}
+
+// "table.column" or "table.index" taken apart at the last part.
+struct PartName {
+  ObjectName owner;
+  std::string part;
+};
+
+PartName SplitPart(ProcedureCall& call) {
+  const std::string text = call.Text("@objname");
+  ObjectName name;
+  try {
+    name = std::get<TruncateStatement>(ParseBatch("truncate table " + text).at(0).node).table;
+  } catch (const SqlError&) {
+    Fail(15248, {call.Text("@objtype")});
+  }
+  PartName result{{}, name.name};
+  result.owner.name = name.owner;
+  result.owner.owner = name.database;
+  return result;
+}
+
+void RenameColumn(ProcedureCall& call, const std::string& new_name) {
+  const PartName name = SplitPart(call);
+  const std::optional<FoundObject> table = call.resolver().Find(name.owner);
+  if (!table || table->object.xtype != "U") Fail(15248, {"COLUMN"});
+  const CatalogTable definition = call.resolver().CatalogAt(*table).Table(table->object);
+  const CatalogColumn* column = definition.FindColumn(name.part);
+  if (column == nullptr) Fail(15248, {"COLUMN"});
+  const CatalogColumn* other = definition.FindColumn(new_name);
+  if (other != nullptr && other != column) Fail(15335, {new_name, "column"});
+  if (!definition.checks.empty()) Fail(15336, {call.Text("@objname")});
+  TableDefinition(call.workspace(), call.resolver()).RenameColumn(*table, column->name, new_name);
+}
+
+void RenameIndex(ProcedureCall& call, const std::string& new_name) {
+  const PartName name = SplitPart(call);
+  const std::optional<FoundObject> table = call.resolver().Find(name.owner);
+  if (!table || table->object.xtype != "U") Fail(15248, {"INDEX"});
+  Catalog catalog = call.resolver().CatalogAt(*table);
+  const CatalogTable definition = catalog.Table(table->object);
+  const CatalogIndex* index = definition.FindIndex(name.part);
+  if (index == nullptr) Fail(15248, {"INDEX"});
+  if (definition.FindIndex(new_name) != nullptr) Fail(15335, {new_name, "index"});
+  WriteScope scope(call.workspace(), table->database, table->alias, table->object.id);
+  call.sqlite().Run(
+      "update " + catalog.Path("sysindexes") + " set name = ? where id = ? and indid = ?", new_name,
+      table->object.id, index->indid);
+  call.sqlite().Run(
+      "update " + catalog.Path("sysobjects") +
+          " set name = ?1 where parent_obj = ?2 and name = ?3 and xtype in ('PK', 'UQ')",
+      new_name, table->object.id, index->name);
+  scope.Commit();
+}
+
+void RenameObject(ProcedureCall& call, const std::string& new_name) {
+  const FoundObject found = call.Object("@objname", "U V P TR FN PK UQ F C D");
+  Catalog catalog = call.resolver().CatalogAt(found);
+  const std::optional<CatalogObject> other = catalog.FindObject(new_name);
+  if (other && other->id != found.object.id) Fail(15335, {new_name, "object"});
+  if (found.object.xtype == "U") {
+    TableDefinition(call.workspace(), call.resolver()).RenameTable(found, new_name);
+    return;
+  }
+  WriteScope scope(call.workspace(), found.database, found.alias, found.object.id);
+  call.sqlite().Run("update " + catalog.Path("sysobjects") + " set name = ? where id = ?", new_name,
+                    found.object.id);
+  if (found.object.xtype == "PK" || found.object.xtype == "UQ") {
+    call.sqlite().Run(
+        "update " + catalog.Path("sysindexes") + " set name = ?1 where id = ?2 and name = ?3",
+        new_name, found.object.parent, found.object.name);
+  }
+  if (const auto parent = catalog.FindObject(found.object.parent)) {
+    // Checks and foreign keys stand under their names in SQLite's definition.
+    catalog.Redefine(catalog.Table(*parent), call.resolver());
+  }
+  scope.Commit();
+}
+
+void Rename(ProcedureCall& call) {
+  call.NeedOwner();
+  const std::string new_name = call.Text("@newname");
+  const std::string type = call.Text("@objtype", "OBJECT");
+  if (new_name.empty()) Fail(15006, {new_name});
+  if (SameName(type, "COLUMN")) {
+    RenameColumn(call, new_name);
+  } else if (SameName(type, "INDEX")) {
+    RenameIndex(call, new_name);
+  } else if (SameName(type, "OBJECT")) {
+    RenameObject(call, new_name);
+  } else if (SameName(type, "DATABASE")) {
+    DatabaseDefinition(call.workspace())
+        .Alter({call.Text("@objname"), ModifyDatabaseName{new_name}});
+  } else {
+    Fail(15249, {type, std::to_string(type.size())});
+  }
+  call.Inform(15477);
+}
+
+// sp_executesql N'select ... where a = @p', N'@p int', 1. Its last arguments have names of their
+// own, so it is no row of parameters.
+void ExecuteText(ProcedureCall& call) {
+  const std::vector<ArgumentValue>& arguments = call.arguments();
+  std::vector<ParameterInfo> parameters;
+  std::vector<Cell> values;
+  for (const ParameterDeclaration& declaration : ParseParameterDeclarations(call.Text("@params"))) {
+    const std::size_t place = 2 + parameters.size();
+    if (place >= arguments.size()) throw SqlError(MessageOf(8144, {"sp_executesql"}));
+    parameters.push_back({declaration.name, declaration.type});
+    values.push_back(arguments[place].value);
+  }
+  call.session().RunInside(call.Text("@stmt"), parameters, values, call.sink());
+}
+
+constexpr ProcedureRow kProcedures[] = {
+    {"sp_helptext", "@objname, @columnname=", HelpText},
+    {"sp_helpindex", "@objname", HelpIndex},
+    {"sp_rename", "@objname, @newname, @objtype=", Rename},
+    {"sp_executesql", "@stmt, @params=, ...", ExecuteText},
+};
+
+}  // namespace
+
+std::span<const ProcedureRow> ObjectProcedures() { return kProcedures; }
+
+}  // namespace dbkeeper::server

@@ -1,0 +1,161 @@
+#include "server/procedures/procedure_call.h"
+
+#include <algorithm>
+
+#include "server/engine/engine_messages.h"
+#include "server/engine/state_functions.h"
+#include "server/sql/parser.h"
+
+namespace dbkeeper::server {
+
+namespace {
+
+constexpr int kWidestText = 4000;
+
+struct Parameter {
+  std::string_view name;
+  bool required;
+};
+
+std::vector<Parameter> ParametersOf(std::string_view text) {
+  std::vector<Parameter> parameters;
+  while (!text.empty()) {
+    const std::size_t comma = std::min(text.find(','), text.size());
+    std::string_view name = text.substr(0, comma);
+    text.remove_prefix(std::min(comma + 2, text.size()));
+    const bool required = !name.ends_with('=');
+    if (!required) name.remove_suffix(1);
+    parameters.push_back({name, required});
+  }
+  return parameters;
+}
+
+}  // namespace
+
+ProcedureCall::ProcedureCall(const ProcedureRow& row, EngineSession& session,
+                             const std::vector<ArgumentValue>& arguments, ResultSink& sink)
+    : row_(row), session_(session), sink_(sink) {
+  std::vector<Parameter> parameters = ParametersOf(row.parameters);
+  const bool takes_more = !parameters.empty() && parameters.back().name == "...";
+  if (takes_more) parameters.pop_back();
+  std::vector<bool> given(parameters.size(), false);
+  for (const Parameter& parameter : parameters) {
+    arguments_.push_back({std::string(parameter.name), Cell(),
+                          SqlType{.id = TypeId::kNVarChar, .length = kWidestText}});
+  }
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    std::size_t place = i;
+    if (!arguments[i].name.empty()) {
+      const auto found = std::ranges::find_if(
+          parameters, [&](const Parameter& p) { return SameName(p.name, arguments[i].name); });
+      if (found == parameters.end() && !takes_more) Fail(8145, {arguments[i].name, row.name});
+      if (found != parameters.end()) place = static_cast<std::size_t>(found - parameters.begin());
+    }
+    if (place >= parameters.size()) {
+      if (!takes_more) Fail(8144, {row.name});
+      arguments_.push_back(arguments[i]);
+      continue;
+    }
+    given[place] = true;
+    if (std::holds_alternative<std::monostate>(arguments[i].value)) continue;
+    arguments_[place].value = arguments[i].value;
+    arguments_[place].type = arguments[i].type;
+  }
+  for (std::size_t i = 0; i < parameters.size(); ++i) {
+    if (parameters[i].required && !given[i]) Fail(201, {row.name, parameters[i].name});
+  }
+}
+
+const ArgumentValue* ProcedureCall::Find(std::string_view parameter) const {
+  const auto found = std::ranges::find(arguments_, parameter, &ArgumentValue::name);
+  return found == arguments_.end() ? nullptr : &*found;
+}
+
+const Cell& ProcedureCall::Value(std::string_view parameter) const {
+  return Find(parameter)->value;
+}
+
+bool ProcedureCall::Has(std::string_view parameter) const {
+  return !std::holds_alternative<std::monostate>(Value(parameter));
+}
+
+std::string ProcedureCall::Text(std::string_view parameter, std::string_view otherwise) const {
+  return Has(parameter) ? TextOfCell(Value(parameter)) : std::string(otherwise);
+}
+
+std::int64_t ProcedureCall::Integer(std::string_view parameter, std::int64_t otherwise) const {
+  if (!Has(parameter)) return otherwise;
+  if (const auto* integer = std::get_if<std::int64_t>(&Value(parameter))) return *integer;
+  const std::string text = Text(parameter);
+  try {
+    return std::stoll(text);
+  } catch (const std::exception&) {
+    Fail(8114, {"nvarchar", "int"});
+  }
+}
+
+FoundObject ProcedureCall::Object(std::string_view parameter, std::string_view xtypes) {
+  const std::string text = Text(parameter);
+  std::optional<FoundObject> found;
+  try {
+    const std::vector<Statement> statements = ParseBatch("truncate table " + text);
+    found = resolver().Find(std::get<TruncateStatement>(statements.at(0).node).table);
+  } catch (const SqlError&) {
+    // A name that can only stand in brackets is taken as it is.
+    found = resolver().Find({.server = {}, .database = {}, .owner = {}, .name = text});
+  }
+  const std::string kinds = " " + std::string(xtypes) + " ";
+  if (!found || kinds.find(" " + found->object.xtype + " ") == std::string::npos) {
+    Fail(15009, {text, workspace().database()});
+  }
+  return *found;
+}
+
+void ProcedureCall::Run(std::string_view text) {
+  std::vector<ParameterInfo> infos;
+  std::vector<Cell> values;
+  for (const ArgumentValue& argument : arguments_) {
+    infos.push_back({argument.name, argument.type});
+    values.push_back(argument.value);
+  }
+  session_.RunInside(text, infos, values, sink_);
+}
+
+void ProcedureCall::Rows(const std::vector<ResultColumn>& columns,
+                         const std::vector<std::vector<Cell>>& rows) {
+  sink_.OnColumns(columns);
+  for (const std::vector<Cell>& cells : rows) {
+    if (!sink_.OnRow(CellRow(cells))) break;
+  }
+  sink_.OnStatementEnd({.rows = static_cast<std::int64_t>(rows.size()), .is_select = true});
+}
+
+void ProcedureCall::Inform(int number, std::initializer_list<std::string_view> parts) {
+  sink_.OnMessage(MessageOf(number, parts));
+}
+
+void ProcedureCall::NeedAdministrator(bool or_has) {
+  if (!workspace().login().sysadmin && !or_has) Fail(15247);
+}
+
+void ProcedureCall::NeedOwner() {
+  if (!workspace().IsOwner(database())) Fail(15247);
+}
+
+ResultColumn NameColumn(std::string name) { return TextColumn(std::move(name), 128); }
+
+ResultColumn TextColumn(std::string name, int length) {
+  ResultColumn column;
+  column.name = std::move(name);
+  column.type = {.id = TypeId::kNVarChar, .length = length};
+  return column;
+}
+
+ResultColumn NumberColumn(std::string name, TypeId type) {
+  ResultColumn column;
+  column.name = std::move(name);
+  column.type = {.id = type};
+  return column;
+}
+
+}  // namespace dbkeeper::server

@@ -1,0 +1,79 @@
+// One call of a system procedure, and the row of the table that it is found by.
+#pragma once
+
+#include <cstdint>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "server/catalog/catalog.h"
+#include "server/engine/engine_session.h"
+
+namespace dbkeeper::server {
+
+class ProcedureCall;
+
+struct ProcedureRow {
+  std::string_view name;
+  // "@loginame, @passwd=, @defdb=": in order, "=" behind those that may be left out; a last "..."
+  // takes further arguments under any name.
+  std::string_view parameters;
+  // Null: the procedure is only its text.
+  void (*run)(ProcedureCall& call);
+  // Statements of the dialect; the procedure's parameters are there as variables.
+  std::string_view text = {};
+};
+
+// The arguments by the names of the parameters, what they are bound to, and the ways to answer.
+class ProcedureCall {
+ public:
+  // Throws SqlError 201, 8144, 8145 when the arguments do not fit the parameters.
+  ProcedureCall(const ProcedureRow& row, EngineSession& session,
+                const std::vector<ArgumentValue>& arguments, ResultSink& sink);
+
+  const ProcedureRow& row() const { return row_; }
+  Workspace& workspace() { return session_.workspace(); }
+  Resolver& resolver() { return session_.resolver(); }
+  EngineSession& session() { return session_; }
+  SqliteConnection& sqlite() { return session_.workspace().connection(); }
+  ResultSink& sink() { return sink_; }
+  const std::vector<ArgumentValue>& arguments() const { return arguments_; }
+
+  // The database the procedure runs in.
+  DatabaseInfo database() { return workspace().FindDatabase(workspace().database()); }
+  Catalog catalog() { return workspace().CatalogOf(""); }
+
+  // Given and not null; the name is with "@".
+  bool Has(std::string_view parameter) const;
+  const Cell& Value(std::string_view parameter) const;
+  std::string Text(std::string_view parameter, std::string_view otherwise = {}) const;
+  std::int64_t Integer(std::string_view parameter, std::int64_t otherwise = 0) const;
+  // A name that is looked up as an object; throws 15009 when there is none of the kinds `xtypes`.
+  FoundObject Object(std::string_view parameter, std::string_view xtypes);
+
+  // Runs statements of the dialect with the arguments as variables.
+  void Run(std::string_view text);
+  // Answers with rows made up by the procedure.
+  void Rows(const std::vector<ResultColumn>& columns, const std::vector<std::vector<Cell>>& rows);
+  void Inform(int number, std::initializer_list<std::string_view> parts = {});
+  // Throws 15247 unless the login is a system administrator or has the flag.
+  void NeedAdministrator(bool or_has = false);
+  // Throws 15247 unless the login owns the database.
+  void NeedOwner();
+
+ private:
+  const ArgumentValue* Find(std::string_view parameter) const;
+
+  const ProcedureRow& row_;
+  EngineSession& session_;
+  std::vector<ArgumentValue> arguments_;  // one for each parameter in order, then the further ones
+  ResultSink& sink_;
+};
+
+// Columns of results: nvarchar(128), and others by type and measure.
+ResultColumn NameColumn(std::string name);
+ResultColumn TextColumn(std::string name, int length);
+ResultColumn NumberColumn(std::string name, TypeId type = TypeId::kInt);
+
+}  // namespace dbkeeper::server

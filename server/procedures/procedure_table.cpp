@@ -1,0 +1,28 @@
+#include "server/procedures/procedure_table.h"
+
+#include "server/engine/engine_messages.h"
+
+namespace dbkeeper::server {
+
+const ProcedureRow* FindProcedure(std::string_view name) {
+  for (const auto family :
+       {DatabaseProcedures, DeviceProcedures, JobProcedures, LoginProcedures, MetadataProcedures,
+        ObjectProcedures, ProcessProcedures, PropertyProcedures, RoleProcedures, UserProcedures}) {
+    for (const ProcedureRow& row : family()) {
+      if (SameName(row.name, name)) return &row;
+    }
+  }
+  return nullptr;
+}
+
+void RunSystemProcedure(const ProcedureRow& row, EngineSession& session,
+                        const std::vector<ArgumentValue>& arguments, ResultSink& sink) {
+  ProcedureCall call(row, session, arguments, sink);
+  if (row.run != nullptr) {
+    row.run(call);
+  } else {
+    call.Run(row.text);
+  }
+}
+
+}  // namespace dbkeeper::server
