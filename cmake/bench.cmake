@@ -16,3 +16,16 @@ dbkeeper_bench(core_bench SOURCES bench/core_bench.cpp LIBS dbkeeper_test_suppor
 if(TARGET dbkeeper_test_server)
   dbkeeper_bench(odbc_bench SOURCES bench/odbc_bench.cpp LIBS dbkeeper_odbc dbkeeper_test_server odbc)
 endif()
+
+# The program's start. The measured program is the real one with another event loop.
+if(TARGET dbkeeper_qt)
+  add_executable(start_program EXCLUDE_FROM_ALL main.cpp bench/start_common.cpp
+    bench/start_program.cpp)
+  target_compile_definitions(start_program PRIVATE DBKEEPER_VERSION="${PROJECT_VERSION}")
+  target_link_libraries(start_program PRIVATE dbkeeper_host dbkeeper_qt)
+  add_executable(start_empty EXCLUDE_FROM_ALL bench/start_empty.cpp bench/start_common.cpp)
+  target_include_directories(start_empty PRIVATE ${CMAKE_SOURCE_DIR})
+  target_link_libraries(start_empty PRIVATE Qt6::Widgets)
+  add_executable(start_bench EXCLUDE_FROM_ALL bench/start_bench.cpp)
+  add_dependencies(benchmarks start_bench start_program start_empty)
+endif()

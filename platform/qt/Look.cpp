@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QFont>
+#include <QFontMetrics>
 #include <QPalette>
 #include <QProxyStyle>
 #include <QWidget>
@@ -15,7 +16,8 @@ const QStringList kFontFamilies = {"VL PGothic", "IPAPGothic", "Noto Sans CJK JP
 constexpr double kFontPoints = 9.75;  // 13 pixels at 96 dpi
 constexpr int kDesignDpi = 96;
 constexpr int kRowAir = 5;
-constexpr int kCellMargin = 5;
+constexpr int kCellMargin = 4;
+constexpr int kDesignDigit = 6;  // pixels
 
 // Rows of lists and trees with some air around the letters.
 class AiryStyle : public QProxyStyle {
@@ -61,6 +63,11 @@ void ApplyLook(QApplication& application) {
 
 int Scaled(const QWidget& widget, int pixels) {
   return (pixels * widget.logicalDpiX() + kDesignDpi / 2) / kDesignDpi;
+}
+
+int ColumnPixels(const QWidget& widget, int pixels) {
+  const int digit = widget.fontMetrics().horizontalAdvance('0');
+  return pixels * digit / kDesignDigit + 2 * kCellMargin;
 }
 
 }  // namespace dbkeeper::qt

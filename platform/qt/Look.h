@@ -13,4 +13,8 @@ void ApplyLook(QApplication& application);
 // Pixels at 96 dpi as pixels of the widget's screen.
 int Scaled(const QWidget& widget, int pixels);
 
+// A list column's width, which is given for digits of 6 pixels and without the cells' margins, in
+// pixels of the widget's font.
+int ColumnPixels(const QWidget& widget, int pixels);
+
 }  // namespace dbkeeper::qt

@@ -5,6 +5,8 @@
 #include <QGuiApplication>
 #include <QHeaderView>
 #include <QScopedValueRollback>
+#include <algorithm>
+#include <utility>
 
 #include "platform/qt/Keep.h"
 #include "platform/qt/Look.h"
@@ -42,6 +44,7 @@ std::vector<std::size_t> RowsOf(const QItemSelection& selection) {
       rows.push_back(static_cast<std::size_t>(row));
     }
   }
+  std::sort(rows.begin(), rows.end());
   return rows;
 }
 
@@ -109,7 +112,8 @@ void ListWidget::selectionChanged(const QItemSelection& selected,
                                   const QItemSelection& deselected) {
   QTreeView::selectionChanged(selected, deselected);
   if (mirroring_) return;
-  guard_.Run([this] { list_.UserSelect(RowsOf(selectionModel()->selection())); });
+  std::vector<std::size_t> rows = RowsOf(selectionModel()->selection());
+  if (rows != list_.Selection()) guard_.Run([&] { list_.UserSelect(std::move(rows)); });
 }
 
 void ListWidget::Mirror(ListView::Change change, std::size_t row) {
@@ -139,7 +143,8 @@ void ListWidget::ShowColumnWidths() {
   if (list_.Columns() == shown_columns_) return;
   shown_columns_ = list_.Columns();
   for (std::size_t column = 0; column < shown_columns_.size(); ++column) {
-    header()->resizeSection(static_cast<int>(column), Scaled(*this, shown_columns_[column].Width));
+    header()->resizeSection(static_cast<int>(column),
+                            ColumnPixels(*this, shown_columns_[column].Width));
   }
 }
 

@@ -14,9 +14,10 @@ class QWidget;
 namespace dbkeeper::qt {
 
 // Adds an action for each item, in order; a caption "-" is a separator. The actions carry the
-// items' names, and the items must outlive the menu.
+// items' names. A choice is handled once the menu has gone; items and guard must outlive `owner`,
+// which must outlive the menu.
 void FillMenu(QMenu& menu, const std::vector<std::unique_ptr<MenuItem>>& items,
-              const ActionGuard& guard);
+              const ActionGuard& guard, QWidget& owner);
 
 // Tells the menu that it pops up, then shows it at a place of the screen; returns at once. Nothing
 // is shown when the menu has no visible item.

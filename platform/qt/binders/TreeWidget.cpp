@@ -23,6 +23,7 @@ TreeWidget::TreeWidget(TreeView& tree, const ActionGuard& guard, QWidget* parent
     guard_.Run([&] { tree_.UserClick(model_.NodeAt(index)); });
   });
   ShowSelection();
+  mirroring_ = false;
 }
 
 void TreeWidget::mousePressEvent(QMouseEvent* event) {

@@ -30,7 +30,8 @@ class TreeWidget : public QTreeView {
   TreeView& tree_;
   const ActionGuard& guard_;
   TreeModel model_;
-  bool mirroring_ = false;
+  // Set while the program changes the selection, and while the view gets its model.
+  bool mirroring_ = true;
   int pressed_key_ = 0;  // the key whose press came here, and whose release therefore counts
 };
 

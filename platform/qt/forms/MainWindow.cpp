@@ -21,8 +21,8 @@ namespace dbkeeper::qt {
 
 namespace {
 
-constexpr int kWidth = 960;
-constexpr int kHeight = 640;
+constexpr int kWidth = 1100;
+constexpr int kHeight = 700;
 constexpr int kTreeWidth = 220;
 constexpr int kBrowserHeight = 240;
 

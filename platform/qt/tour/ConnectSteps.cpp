@@ -1,4 +1,5 @@
 // From the start to the connected tree.
+#include <QApplication>
 #include <QLineEdit>
 
 #include "platform/qt/tour/Chapters.h"
@@ -56,6 +57,9 @@ void ExpectConnected() {
 Steps ConnectSteps() {
   return {
       {"start", [] {}, ExpectStart},
+      {"system-menu", [] { OpenSystemMenu(); }, [] { ExpectItem("サポート Pageへ ...", true); }},
+      {"system-menu-closed", [] { PressKey(Qt::Key_Escape); },
+       [] { Require(QApplication::activePopupWidget() == nullptr, "the menu is still open"); }},
       {"server-menu", [] { ClickNode("TreeView", {"SQL Server"}, Press::kRight); },
        ExpectServerMenu},
       {"connect-dialog", [] { ChooseItem("接続 ..."); }, ExpectDialog},

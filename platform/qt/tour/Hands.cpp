@@ -5,6 +5,7 @@
 #include <QHeaderView>
 #include <QInputMethodEvent>
 #include <QLabel>
+#include <QMenuBar>
 #include <QMessageBox>
 #include <QStatusBar>
 #include <QStyle>
@@ -83,9 +84,15 @@ QModelIndex NodeOf(QTreeView& tree, const std::vector<QString>& path) {
   return node;
 }
 
+// Where keys go. Without a window manager nobody gives the focus on when a box is closed.
 QWindow& FocusWindow() {
-  QWidget* popup = QApplication::activePopupWidget();
-  QWidget* window = popup != nullptr ? popup : QApplication::activeWindow();
+  if (QWidget* popup = QApplication::activePopupWidget()) return *popup->windowHandle();
+  if (QApplication::activeWindow() == nullptr) {
+    for (QWidget* window : ActiveWindows()) {
+      if (window->isVisible()) BringToFront(*window);
+    }
+  }
+  QWidget* window = QApplication::activeWindow();
   if (window == nullptr) Missing("A window with the focus");
   return *window->windowHandle();
 }
@@ -129,6 +136,11 @@ void ClickColumn(const QString& list, int column) {
   QHeaderView& header = *FindA<QTreeView>(list).header();
   const int middle = header.sectionViewportPosition(column) + header.sectionSize(column) / 2;
   PressAt(*header.viewport(), {middle, header.height() / 2}, Press::kLeft);
+}
+
+void OpenSystemMenu() {
+  auto* bar = Find("FormMain").findChild<QMenuBar*>();
+  PressAt(*bar, bar->actionGeometry(bar->actions().first()).center(), Press::kLeft);
 }
 
 void ChooseItem(const QString& item) {

@@ -33,6 +33,8 @@ void ClickNode(const QString& tree, const std::vector<QString>& path, Press pres
 // The first row whose cell of that column has the text.
 void ClickRow(const QString& list, int column, const QString& text, Press press = Press::kLeft);
 void ClickColumn(const QString& list, int column);
+// The main window's own menu.
+void OpenSystemMenu();
 // An item of the popup menu that is open; its sub-menu opens when it has one.
 void ChooseItem(const QString& item);
 // A key for the widget that has the focus.
