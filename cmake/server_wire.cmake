@@ -5,7 +5,6 @@ add_library(dbkeeper_server_wire STATIC
   server/wire/bulk_load.cpp
   server/wire/code_page.cpp
   server/wire/connection.cpp
-  server/wire/decimal.cpp
   server/wire/login.cpp
   server/wire/packet.cpp
   server/wire/rpc.cpp
@@ -18,7 +17,10 @@ add_library(dbkeeper_server_wire STATIC
   server/wire/wire_types.cpp
 )
 target_include_directories(dbkeeper_server_wire PUBLIC ${CMAKE_SOURCE_DIR})
-target_link_libraries(dbkeeper_server_wire PUBLIC Threads::Threads)
+target_link_libraries(dbkeeper_server_wire PUBLIC dbkeeper_server_sql Threads::Threads)
+
+add_executable(dbkeeper-server server/main.cpp)
+target_link_libraries(dbkeeper-server PRIVATE dbkeeper_server_engine dbkeeper_server_wire)
 
 dbkeeper_test(server_wire_tests
   SOURCES
@@ -44,3 +46,16 @@ if(DBKEEPER_FUZZ)
   target_link_options(server_wire_fuzz PRIVATE -fsanitize=fuzzer,address)
   target_link_libraries(server_wire_fuzz PRIVATE dbkeeper_server_wire)
 endif()
+
+dbkeeper_test(server_e2e_tests
+  SOURCES
+    tests/server/e2e/bulk_copy_test.cpp
+    tests/server/e2e/driver_test.cpp
+    tests/server/e2e/durability_test.cpp
+    tests/server/e2e/program_test.cpp
+    tests/server/e2e/server_process.cpp
+  LIBS odbc
+)
+target_compile_definitions(server_e2e_tests
+  PRIVATE DBKEEPER_SERVER="$<TARGET_FILE:dbkeeper-server>")
+add_dependencies(server_e2e_tests dbkeeper-server)

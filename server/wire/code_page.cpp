@@ -114,12 +114,6 @@ void AppendUtf16(std::string_view utf8, std::string& out) {
   }
 }
 
-std::size_t Utf16Length(std::string_view utf8) {
-  std::size_t length = 0;
-  while (!utf8.empty()) length += NextCharacter(utf8) < 0x10000 ? 1 : 2;
-  return length;
-}
-
 std::string Utf16ToUtf8(std::string_view utf16) {
   const auto unit = [utf16](std::size_t i) -> char32_t {
     return static_cast<unsigned char>(utf16[i]) | char32_t{static_cast<unsigned char>(utf16[i + 1])}

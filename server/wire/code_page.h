@@ -13,8 +13,6 @@ namespace dbkeeper::server {
 // U+FFFD, a broken pair likewise.
 void AppendUtf16(std::string_view utf8, std::string& out);
 std::string Utf16ToUtf8(std::string_view utf16);
-// The number of 16-bit units that AppendUtf16 gives.
-std::size_t Utf16Length(std::string_view utf8);
 
 // The bytes of char, varchar and text: code page 932, the one of Japanese_CI_AS.
 //

@@ -6,7 +6,8 @@
 #include <string>
 #include <utility>
 
-#include "server/wire/decimal.h"
+#include "server/types/datetime.h"
+#include "server/types/decimal.h"
 
 namespace dbkeeper::server {
 namespace {
@@ -65,23 +66,20 @@ std::int64_t SignedOf(std::string_view bytes) {
   return static_cast<std::int64_t>(LittleOf(bytes) << unused) >> unused;
 }
 
-std::string MoneyText(std::int64_t units) {
-  DecimalWords number;
-  number.negative = units < 0;
-  const auto size =
-      number.negative ? 0 - static_cast<std::uint64_t>(units) : static_cast<std::uint64_t>(units);
-  number.words = {static_cast<std::uint32_t>(size), static_cast<std::uint32_t>(size >> 32), 0, 0};
-  return FormatDecimal(number, kMoneyScale);
-}
+std::string MoneyText(std::int64_t units) { return FormatDecimal({units, kMoneyScale}); }
 
+// The sign, and up to 16 bytes of the number.
 std::string DecimalText(std::string_view bytes, int scale) {
-  DecimalWords number;
-  number.negative = bytes[0] == 0;
-  bytes.remove_prefix(1);
-  for (std::size_t i = 0; i < bytes.size(); ++i) {
-    number.words[i / 4] |= std::uint32_t{static_cast<unsigned char>(bytes[i])} << (8 * (i % 4));
+  Decimal number;
+  number.scale = scale;
+  for (std::size_t i = bytes.size() - 1; i > 0; --i) {
+    const auto byte = static_cast<unsigned char>(bytes[i]);
+    if (i == 16 && byte > 0x7F) throw WireError("a number has more than 38 digits");
+    number.value = number.value << 8 | byte;
   }
-  return FormatDecimal(number, scale);
+  if (bytes[0] == 0) number.value = -number.value;
+  if (PrecisionOf(number) > kMostPrecision) throw WireError("a number has more than 38 digits");
+  return FormatDecimal(number);
 }
 
 void ExpectLength(std::string_view bytes, std::size_t least, std::size_t most) {

@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <bit>
+#include <optional>
+#include <stdexcept>
 #include <string>
 
-#include "server/wire/decimal.h"
+#include "server/types/datetime.h"
+#include "server/types/decimal.h"
 #include "server/wire/wire_types.h"
 
 namespace dbkeeper::server {
@@ -15,7 +18,7 @@ constexpr std::uint32_t kMostBytes = 8000;
 constexpr std::uint32_t kVariantBytes = 8009;
 constexpr std::uint32_t kMostLarge = 0x7FFFFFFF;
 
-int PrecisionOf(const SqlType& type) {
+int AnnouncedPrecision(const SqlType& type) {
   return type.precision <= 0 ? kDefaultPrecision : std::min(type.precision, kMostPrecision);
 }
 
@@ -37,22 +40,29 @@ void AppendFixed(std::uint64_t value, std::uint8_t length, ByteWriter& out) {
   for (int i = 0; i < length; ++i) out.U8(static_cast<std::uint8_t>(value >> (8 * i)));
 }
 
-void AppendDecimal(std::string_view text, const SqlType& type, ByteWriter& out) {
-  const DecimalWords number = ParseDecimal(text, type.scale);
-  const int length = DecimalBytes(PrecisionOf(type));
-  out.U8(static_cast<std::uint8_t>(length));
-  out.U8(number.negative ? 0 : 1);
-  for (int i = 0; i < length / 4; ++i) out.U32(number.words[static_cast<std::size_t>(i)]);
+// The units of the last of `scale` decimals that a cell's text makes.
+Int128 UnitsOf(std::string_view text, int scale) {
+  std::optional<Decimal> number = ParseDecimal(text);
+  if (number) number = Rescale(*number, scale);
+  if (!number) throw std::runtime_error("a cell of the engine is no number");
+  return number->value;
 }
 
-std::int64_t MoneyUnits(std::string_view text) {
-  const DecimalWords number = ParseDecimal(text, kMoneyScale);
-  const std::uint64_t units = std::uint64_t{number.words[1]} << 32 | number.words[0];
-  return static_cast<std::int64_t>(number.negative ? 0 - units : units);
+void AppendDecimal(std::string_view text, const SqlType& type, ByteWriter& out) {
+  const Int128 units = UnitsOf(text, type.scale);
+  const int length = DecimalBytes(AnnouncedPrecision(type));
+  out.U8(static_cast<std::uint8_t>(length));
+  out.U8(units < 0 ? 0 : 1);
+  const Int128 size = units < 0 ? -units : units;
+  for (int i = 0; i < length / 4; ++i) out.U32(static_cast<std::uint32_t>(size >> (32 * i)));
+}
+
+std::uint64_t MoneyUnits(std::string_view text) {
+  return static_cast<std::uint64_t>(UnitsOf(text, kMoneyScale));
 }
 
 void AppendMoney(std::string_view text, ByteWriter& out) {
-  const auto units = static_cast<std::uint64_t>(MoneyUnits(text));
+  const std::uint64_t units = MoneyUnits(text);
   out.U8(8);
   out.U32(static_cast<std::uint32_t>(units >> 32));  // the high half first
   out.U32(static_cast<std::uint32_t>(units));
@@ -151,8 +161,8 @@ void AppendTypeInfo(const SqlType& type, ByteWriter& out) {
   const Announcement& row = AnnouncementOf(type.id);
   out.U8(row.token);
   if (row.extra == Extra::kPrecise) {
-    out.U8(static_cast<std::uint8_t>(DecimalBytes(PrecisionOf(type))));
-    out.U8(static_cast<std::uint8_t>(PrecisionOf(type)));
+    out.U8(static_cast<std::uint8_t>(DecimalBytes(AnnouncedPrecision(type))));
+    out.U8(static_cast<std::uint8_t>(AnnouncedPrecision(type)));
     out.U8(static_cast<std::uint8_t>(type.scale));
   } else if (row.form == LengthForm::kOneByte) {
     out.U8(row.length);
@@ -191,7 +201,7 @@ void AppendValue(const SqlType& type, const RowView& row, std::size_t column,
     case TypeId::kMoney:
       return AppendMoney(row.Bytes(column), out);
     case TypeId::kSmallMoney:
-      return AppendFixed(static_cast<std::uint64_t>(MoneyUnits(row.Bytes(column))), 4, out);
+      return AppendFixed(MoneyUnits(row.Bytes(column)), 4, out);
     case TypeId::kDateTime:
       return AppendDateTime(row.Integer(column), out);
     case TypeId::kSmallDateTime:

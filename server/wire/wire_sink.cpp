@@ -51,6 +51,11 @@ void WireSink::OnMessage(const ServerMessage& message) {
 void WireSink::OnDatabaseChanged(const std::string& from, const std::string& to) {
   ReleaseDone(DoneStatus::kMore);
   AppendEnvironment(Environment::kDatabase, to, from, tokens_);
+  ServerMessage message;
+  message.number = 5701;
+  message.severity = 0;
+  message.text = "Changed database context to '" + to + "'.";
+  AppendMessage(message, context_.server_name, tokens_);
 }
 
 void WireSink::OnReturnStatus(int status) {

@@ -12,8 +12,6 @@ namespace dbkeeper::server {
 // Japanese_CI_AS: language 0x0411; case, kana and width do not count, accents do.
 constexpr std::string_view kCollation("\x11\x04\xD0\x00\x00", 5);
 
-constexpr std::int64_t kTicksPerDay = 25'920'000;
-constexpr std::int64_t kTicksPerMinute = 18'000;
 constexpr int kMoneyScale = 4;
 constexpr int kMostPrecision = 38;
 
