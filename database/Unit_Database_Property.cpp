@@ -39,10 +39,9 @@ struct FileSizing {
   const TFnpNumericEdit& max_size;
 };
 
-// One file of the statement, up to its size: "on(name ..." or "log on(name ...".
-std::string FileText(const std::string& name, const std::string& file, const FileSizing& sizing) {
-  return "(name       = [" + name + "],\r\n" +        //
-         "       filename   = '" + file + "',\r\n" +  //
+// The lines of one file below its name, up to its size.
+std::string FileText(const std::string& file, const FileSizing& sizing) {
+  return "       filename   = '" + file + "',\r\n" +  //
          "       size       = " + Decimal(Whole(sizing.init_size));
 }
 
@@ -147,10 +146,12 @@ void TForm_Database_Property::Create() {
   const FileSizing log = {Fne_Ldf_Init_Size, CheckBox_Ldf_AutoGrowth, RadioGroup_Ldf_GrowthType,
                           Fne_Ldf_FileGrowth, Fne_Ldf_Max_Size};
   const std::string& name = Edit_DatabaseName.Text;
-  const std::string statement =
-      "create database [" + name + "]\r\n" + "    on" +
-      FileText(name + "_dat", Edit_DataFileName.Text, data) + GrowthText(data, "\r\n") + "log on" +
-      FileText(name + "_log", Edit_LogFileName.Text, log) + GrowthText(log, "");
+  const std::string statement = "create database [" + name + "]\r\n" +           //
+                                "    on(name       = [" + name + "_dat],\r\n" +  //
+                                FileText(Edit_DataFileName.Text, data) +
+                                GrowthText(data, "\r\n") +                       //
+                                "log on(name       = [" + name + "_log],\r\n" +  //
+                                FileText(Edit_LogFileName.Text, log) + GrowthText(log, "");
   const BusyScope busy(workbench_.Host.windows);
   workbench_.Session.ADOQuerySystem.Command(statement);
   // The list keeps showing the state before; the next click on the node lists anew.

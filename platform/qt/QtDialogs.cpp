@@ -77,7 +77,9 @@ std::optional<std::string> RunChooser(const FileChoice& choice, ChooserKind kind
   const bool save = kind == ChooserKind::kSave;
   chooser.setObjectName("FileChooser");
   chooser.setAcceptMode(save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
-  chooser.setFileMode(save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+  // An extension to add means that a file may be named that is not there yet.
+  const bool may_be_new = save || !choice.default_extension.empty();
+  chooser.setFileMode(may_be_new ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
   chooser.setNameFilter(ToQtFilter(choice.filter));
   chooser.setDefaultSuffix(ToQt(choice.default_extension));
   if (!choice.initial_name.empty()) chooser.selectFile(ToQt(choice.initial_name));
