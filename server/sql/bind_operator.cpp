@@ -213,8 +213,14 @@ std::string Binder::Compare(BinaryOperator op, const Bound& left, const Bound& r
   SqlType common = left.is_null ? right.type : left.type;
   if (!left.is_null && !right.is_null) common = CommonType(left.type, right.type);
   if (IsLargeObject(common.id)) throw MakeError(306, {}, line);
-  std::string left_sql = ConvertTo(left, common);
-  std::string right_sql = ConvertTo(right, common);
+  // MSDECIMAL compares exact numbers of any scale, so a column stays bare and its index serves.
+  const auto exact = [](const Bound& value) {
+    const TypeFamily family = FamilyOf(value.type.id);
+    return family == TypeFamily::kDecimal || family == TypeFamily::kMoney;
+  };
+  const bool both_exact = exact(left) && exact(right);
+  std::string left_sql = both_exact ? left.sql : ConvertTo(left, common);
+  std::string right_sql = both_exact ? right.sql : ConvertTo(right, common);
   if (FamilyOf(common.id) == TypeFamily::kBinary) {
     // Trailing zero bytes do not count.
     left_sql = "ms_binary(" + left_sql + ')';

@@ -54,7 +54,10 @@ BoundQuery Binder::BindCore(const SelectCore& core, const std::vector<OrderItem>
   BindItems(core, scope, place, bound);
   const std::vector<std::string> loose_items = std::exchange(scope.loose_columns, {});
   if (core.having != nullptr) {
-    bound.tail += " HAVING " + BindCondition(*core.having, scope);
+    const std::string having = BindCondition(*core.having, scope);
+    // SQLite takes "having" only where something groups.
+    if (core.group_by.empty() && !scope.has_aggregate) bound.tail += " GROUP BY NULL";
+    bound.tail += " HAVING " + having;
     if (!scope.loose_columns.empty()) {
       throw MakeError(8121, {scope.loose_columns[0]}, core.line);
     }
@@ -130,7 +133,9 @@ void Binder::ExpandStar(const Star& star, int line, const Scope& scope, BoundQue
       scope.loose_columns.push_back(column.name);
       bound.items.push_back({column.name, Bound{column.sql, column.type, false, false, &column}});
       for (const std::string& grouped : scope.grouped) {
-        if (grouped == column.sql) scope.loose_columns.pop_back();
+        if (grouped != column.sql) continue;
+        scope.loose_columns.pop_back();
+        break;
       }
     }
   }
@@ -229,17 +234,11 @@ BoundQuery Binder::BindUnion(const Query& query, const Scope* outer, QueryPlace 
       bound.text += query.operators[i - 1] == SetOperator::kUnion ? " UNION " : " UNION ALL ";
     }
     // The union compares rows by the collations of its columns.
-    BoundQuery term = terms[i];
+    BoundQuery& term = terms[i];
+    term.collated = terms.size() > 1;
     const bool plain = term.text.empty() && term.limit.empty() && term.order_by.empty();
-    if (plain) {
-      term.distinct = term.distinct || terms.size() > 1;
-      const bool was_distinct = terms[i].distinct;
-      std::string text = TextOf(term, ColumnNames::kNumbered, &types);
-      if (!was_distinct && terms.size() > 1) text.erase(text.find("DISTINCT "), 9);
-      bound.text += text;
-    } else {
-      bound.text += "SELECT * FROM (" + TextOf(term, ColumnNames::kNumbered, &types) + ")";
-    }
+    const std::string text = TextOf(term, ColumnNames::kNumbered, &types);
+    bound.text += plain ? text : "SELECT * FROM (" + text + ')';
   }
   bound.order_by = BindOrderBy(query.order_by, nullptr, bound);
   return bound;
@@ -257,7 +256,7 @@ std::string Binder::TextOf(const BoundQuery& query, ColumnNames names,
     const Bound& value = query.items[i].value;
     const SqlType& type = convert_to == nullptr ? value.type : (*convert_to)[i];
     std::string sql = convert_to == nullptr ? value.sql : ConvertTo(value, type);
-    if (query.distinct) sql = Collated(sql, type.id);
+    if (query.distinct || query.collated) sql = Collated(sql, type.id);
     if (i > 0) text += ", ";
     text += sql;
     if (names == ColumnNames::kNumbered) text += " AS c" + std::to_string(i + 1);

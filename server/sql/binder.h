@@ -70,6 +70,7 @@ struct BoundQuery {
   std::string order_by;  // " ORDER BY ..." or empty
   std::string limit;     // " LIMIT n" or empty
   bool distinct = false;
+  bool collated = false;    // a term of a union
   bool grouped = false;     // grouped or aggregated
   bool single_row = false;  // gives one row at most
   // Set when the query reads one base table row by row.

@@ -13,10 +13,10 @@ struct sqlite3;
 namespace dbkeeper::server {
 
 // What functions of the server's state answer. `function` is the name in lower case: "object_id",
-// "db_name", "user_name", "@@identity", "@@spid", "serverproperty", "columnproperty", ...; the list
-// with argument and result types is StateFunctions() in function_table.h. Arguments left out by the
-// statement are left out here. Called while a statement runs on the same connection. May throw
-// SqlError.
+// "db_name", "user_name", "@@identity", "@@spid", "serverproperty", "columnproperty", ...: the rows
+// of function_table.cpp marked "state", and "next_timestamp", which gives the next 8 bytes for a
+// timestamp column. Arguments left out by the statement are left out here. Called while a statement
+// runs on the same connection. May throw SqlError.
 class ServerState {
  public:
   virtual ~ServerState() = default;

@@ -104,6 +104,8 @@ constexpr StatementCase kQueries[] = {
     {"begin select 1 begin select 2 end end; select 3", "1;2;3"},
     {"select top 1 name from items group by name order by count(*) desc, name desc", "cherry "},
     {"select sum(amount) from orders where 1 = 2", "null"},
+    {"select 1 having 1 = 1", "1"},
+    {"select id from items where price = 3.2500 or price = $20 order by 1", "2;3"},
     {"select min(price), max(born) from items", "1.50|2004-03-05 10:20:00.000"},
 };
 
