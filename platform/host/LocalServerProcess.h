@@ -32,8 +32,8 @@ class Descriptor {
 struct LocalServerOptions {
   std::filesystem::path program;      // dbkeeper-server
   std::filesystem::path data_folder;  // made by the server when it is missing
-  // The first start makes the sample databases.
-  std::chrono::milliseconds start_timeout{30'000};
+  // Generous: the first start makes the sample databases.
+  std::chrono::milliseconds start_timeout{120'000};
   struct Login {
     std::string name;
     std::string password;

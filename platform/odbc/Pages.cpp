@@ -29,9 +29,7 @@ ScrollingPages::ScrollingPages(std::unique_ptr<Statement> statement)
     : statement_(std::move(statement)),
       block_(*statement_),
       fields_(block_.Fields()),
-      page_(fields_.size()) {
-  row_count_ = std::max<std::int64_t>(statement_->RowCount(), -1);
-}
+      page_(fields_.size()) {}
 
 std::size_t ScrollingPages::Fetch(std::int64_t first, std::size_t count) {
   page_.Clear();
@@ -49,7 +47,11 @@ std::size_t ScrollingPages::Fetch(std::int64_t first, std::size_t count) {
 }
 
 std::int64_t ScrollingPages::FetchLast(std::size_t count) {
-  if (row_count_ < 0) throw SessionError("The server did not tell the number of rows.");
+  statement_->TheLink().ClearWire();
+  // The driver does not pass on the number of rows, but it tells the place of the last one.
+  const bool any = block_.FetchLast(1) > 0;
+  row_count_ =
+      any ? static_cast<std::int64_t>(statement_->Attribute(SQL_ATTR_ROW_NUMBER)) : std::int64_t{0};
   const std::int64_t first =
       std::max<std::int64_t>(0, row_count_ - static_cast<std::int64_t>(count));
   Fetch(first, count);

@@ -2,6 +2,7 @@
 
 #include <signal.h>
 #include <stdlib.h>
+#include <sys/wait.h>
 
 #include <system_error>
 
@@ -44,6 +45,12 @@ std::string LocalServer::ConnectionString() {
          ";Password=" + kPassword + ";Data Source=" + DataSource();
 }
 
-void LocalServer::Kill() { kill(process_.ProcessId(), SIGKILL); }
+void LocalServer::Kill() {
+  const pid_t process = process_.ProcessId();
+  kill(process, SIGKILL);
+  // Until it is gone altogether, and still there for its owner to notice.
+  siginfo_t ended{};
+  waitid(P_PID, static_cast<id_t>(process), &ended, WEXITED | WNOWAIT);
+}
 
 }  // namespace dbkeeper

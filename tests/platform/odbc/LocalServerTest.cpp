@@ -17,11 +17,18 @@ namespace {
 
 constexpr const char* kWindowsLogin = "Provider=SQLOLEDB;Database=master;Integrated Security=SSPI;";
 
+// One server serves all cases: the first start, which makes the sample databases, takes a while.
 class OnLocalServer : public testing::Test {
  protected:
-  LocalServer server_;
+  static void SetUpTestSuite() { shared_server = std::make_unique<LocalServer>(); }
+  static void TearDownTestSuite() { shared_server.reset(); }
+
+  static std::unique_ptr<LocalServer> shared_server;
+  LocalServer& server_ = *shared_server;
   OdbcConnection connection_{OdbcOptions{}, server_.Endpoint()};
 };
+
+std::unique_ptr<LocalServer> OnLocalServer::shared_server;
 
 TEST_F(OnLocalServer, TheContractOfAConnectionHolds) {
   connection_.Open(server_.ConnectionString());
