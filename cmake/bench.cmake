@@ -15,6 +15,8 @@ dbkeeper_bench(core_bench SOURCES bench/core_bench.cpp LIBS dbkeeper_test_suppor
 
 if(TARGET dbkeeper_test_server)
   dbkeeper_bench(odbc_bench SOURCES bench/odbc_bench.cpp LIBS dbkeeper_odbc dbkeeper_test_server odbc)
+  dbkeeper_bench(rows_bench SOURCES bench/rows_bench.cpp
+    LIBS dbkeeper_odbc dbkeeper_test_server dbkeeper_test_support)
 endif()
 
 # The program's start. The measured program is the real one with another event loop.

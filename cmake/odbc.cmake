@@ -39,4 +39,8 @@ if(TARGET dbkeeper-server)
       tests/platform/odbc/ConnectionContract.cpp
       tests/platform/odbc/LocalServerTest.cpp
     LIBS dbkeeper_odbc dbkeeper_test_server)
+
+  dbkeeper_test(rows_server_test
+    SOURCES tests/platform/odbc/RowEditingTest.cpp
+    LIBS dbkeeper_odbc dbkeeper_test_server dbkeeper_test_support)
 endif()

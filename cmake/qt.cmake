@@ -85,6 +85,10 @@ dbkeeper_test(host_tests
     tests/platform/host/MachineTest.cpp
   LIBS dbkeeper_host dbkeeper_test_support)
 
-add_executable(qt_grid_tests tests/platform/qt/GridTest.cpp tests/platform/qt/OffscreenMain.cpp)
+add_executable(qt_grid_tests
+  tests/platform/qt/BrowserPaneTest.cpp
+  tests/platform/qt/GridTest.cpp
+  tests/platform/qt/OffscreenMain.cpp
+)
 target_link_libraries(qt_grid_tests PRIVATE dbkeeper_qt dbkeeper_test_support Qt6::Test GTest::gtest)
 gtest_discover_tests(qt_grid_tests DISCOVERY_TIMEOUT 60)

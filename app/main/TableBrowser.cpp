@@ -30,7 +30,7 @@ constexpr Mode kEditMode = {
 
 void TFormMain::PrepareTableBrowser() {
   Edit_Open_TableName.Text = ">";
-  Edit_Open_TableName.ReadOnly = true;
+  Edit_Open_TableName.Lock(true);
   ComboBox_Table_Where.Items.Assign({"*"});
   ComboBox_Table_Where.SetItemIndex(0);
   Pnl_Navigator.Width = kReadOnlyMode.panel_width;

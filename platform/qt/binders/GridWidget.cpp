@@ -136,6 +136,7 @@ void GridWidget::Mirror(GridSource::Change change, std::int64_t row) {
   switch (change) {
     case GridSource::Change::kAll: {
       const QScopedValueRollback quiet(mirroring_, true);
+      KeepColumnWidths();
       model_.Reload();
       ShowColumnWidths();
       ShowCurrent();
@@ -176,6 +177,14 @@ void GridWidget::ShowCurrent() {
   if (currentIndex() != index) setCurrentIndex(index);
 }
 
+void GridWidget::KeepColumnWidths() {
+  if (model_.columnCount() == 0) return;
+  widths_.clear();
+  for (int column = 0; column < model_.columnCount(); ++column) {
+    widths_.push_back(columnWidth(column));
+  }
+}
+
 void GridWidget::ShowColumnWidths() {
   GridSource* const source = grid_.Source();
   const std::vector<GridColumn> none;
@@ -183,8 +192,14 @@ void GridWidget::ShowColumnWidths() {
   const bool same =
       std::equal(columns.begin(), columns.end(), sized_columns_.begin(), sized_columns_.end(),
                  [](const GridColumn& a, const GridColumn& b) { return a.Caption == b.Caption; });
-  // The same columns again, as at a refresh: the widths that a person has chosen stay.
-  if (same || columns.empty()) return;
+  if (columns.empty()) return;
+  if (same) {
+    // As at a refresh: the widths that a person has chosen stay.
+    for (int column = 0; column < model_.columnCount(); ++column) {
+      setColumnWidth(column, widths_[static_cast<std::size_t>(column)]);
+    }
+    return;
+  }
   sized_columns_ = columns;
   const int rows = std::min(model_.rowCount(), kSizedRows);
   const QFontMetrics metrics = fontMetrics();

@@ -43,6 +43,7 @@ class GridWidget : public QTableView {
   void Follow(GridSource* source);
   void Mirror(GridSource::Change change, std::int64_t row);
   void ShowCurrent();
+  void KeepColumnWidths();
   void ShowColumnWidths();
   void ShowNote();
   // Whether a cell is edited in a dialog of its own.
@@ -54,6 +55,7 @@ class GridWidget : public QTableView {
   QLabel* note_;
   Subscription source_changes_;
   std::vector<GridColumn> sized_columns_;
+  std::vector<int> widths_;  // of these columns, while the grid shows none
   // Set while the program moves the focus, so that it does not come back as a person's.
   bool mirroring_ = false;
   bool checking_ = false;
