@@ -27,12 +27,18 @@ add_library(dbkeeper_qt STATIC
   platform/qt/binders/ListWidget.cpp
   platform/qt/binders/MenuBinder.cpp
   platform/qt/binders/NavigatorWidget.cpp
+  platform/qt/binders/NumericWidget.cpp
   platform/qt/binders/TextBinders.cpp
   platform/qt/binders/TreeModel.cpp
   platform/qt/binders/TreeWidget.cpp
+  platform/qt/editor/FindBar.cpp
+  platform/qt/editor/SqlEditor.cpp
+  platform/qt/editor/SqlHighlighter.cpp
   platform/qt/forms/BackupMediaWindow.cpp
   platform/qt/forms/BrowserPane.cpp
+  platform/qt/forms/DatabasePropertyWindow.cpp
   platform/qt/forms/FieldRows.cpp
+  platform/qt/forms/ExecSqlWindow.cpp
   platform/qt/forms/LoginWindow.cpp
   platform/qt/forms/MainWindow.cpp
   platform/qt/forms/RestoreWindow.cpp
@@ -69,6 +75,7 @@ target_link_libraries(dbkeeper-tour PRIVATE dbkeeper_tour_kit)
 
 add_executable(qt_tests
   tests/platform/qt/BinderTest.cpp
+  tests/platform/qt/DatabaseWindowsTest.cpp
   tests/platform/qt/ListTest.cpp
   tests/platform/qt/OffscreenMain.cpp
   tests/platform/qt/RealWindows.cpp
@@ -92,3 +99,19 @@ add_executable(qt_grid_tests
 )
 target_link_libraries(qt_grid_tests PRIVATE dbkeeper_qt dbkeeper_test_support Qt6::Test GTest::gtest)
 gtest_discover_tests(qt_grid_tests DISCOVERY_TIMEOUT 60)
+
+# The whole of it on the local server: real windows, real wire.
+if(TARGET dbkeeper-server)
+  add_test(NAME guided_tour COMMAND dbkeeper-tour ${CMAKE_BINARY_DIR}/tour)
+  set_tests_properties(guided_tour PROPERTIES
+    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8")
+endif()
+
+add_executable(qt_query_tests
+  tests/platform/qt/ExecSqlWindowTest.cpp
+  tests/platform/qt/NumericWidgetTest.cpp
+  tests/platform/qt/OffscreenMain.cpp
+)
+target_link_libraries(qt_query_tests PRIVATE dbkeeper_qt dbkeeper_test_support Qt6::Test GTest::gtest)
+target_precompile_headers(qt_query_tests REUSE_FROM dbkeeper_qt)
+gtest_discover_tests(qt_query_tests DISCOVERY_TIMEOUT 60)

@@ -72,4 +72,14 @@ void FormMainWindow::closeEvent(QCloseEvent* event) {
   if (!form_.Visible()) QCoreApplication::quit();
 }
 
+FormSecondWindow::FormSecondWindow(Form& form, const ActionGuard& guard)
+    : form_(form), guard_(guard) {
+  Follow(form, *this);
+}
+
+void FormSecondWindow::closeEvent(QCloseEvent* event) {
+  event->ignore();
+  guard_.Run([this] { form_.Close(); });
+}
+
 }  // namespace dbkeeper::qt

@@ -53,4 +53,18 @@ class FormMainWindow : public QMainWindow {
   const ActionGuard& guard_;
 };
 
+// A window beside the main one: of its own in the task bar, and not closed by Esc.
+class FormSecondWindow : public QWidget {
+ public:
+  // Form and guard must outlive the window.
+  FormSecondWindow(Form& form, const ActionGuard& guard);
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+
+ private:
+  Form& form_;
+  const ActionGuard& guard_;
+};
+
 }  // namespace dbkeeper::qt

@@ -7,6 +7,7 @@
 
 #include "controls/ActionGuard.h"
 #include "controls/DataGrid.h"
+#include "controls/FnpNumericEdit.h"
 #include "controls/Inputs.h"
 #include "controls/ListView.h"
 #include "controls/Navigator.h"
@@ -51,6 +52,10 @@ class Binder {
   QGroupBox* Make(RadioGroup& group, const QString& name) const;
   QListWidget* Make(CheckListBox& list, const QString& name) const;
   QPlainTextEdit* Make(Memo& memo, const QString& name) const;
+  // Ties a memo to an editor that the form has made. What the program puts in can be undone.
+  void Bind(Memo& memo, QPlainTextEdit& editor, const QString& name) const;
+  // The box alone, as with an edit.
+  QLineEdit* Make(TFnpNumericEdit& edit, const QString& name) const;
   // An empty frame; the form's layout fills it. A Height or Width of 0 leaves it to the layout.
   QFrame* Make(Panel& panel, const QString& name) const;
   QStatusBar* Make(StatusBar& bar, const QString& name) const;

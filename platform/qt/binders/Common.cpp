@@ -10,10 +10,11 @@ void Binder::BindCommon(Control& control, QWidget& widget, const QString& name) 
   widget.setObjectName(name);
   Keep(widget, control.Enabled.Observe([&widget](bool enabled) { widget.setEnabled(enabled); }));
   Keep(widget, control.Visible.Observe([&widget](bool visible) {
-    if (widget.isHidden() == visible) widget.setVisible(visible);
+    // A widget that has not been shown yet is hidden, but would appear with its window.
+    if (!visible || widget.isHidden()) widget.setVisible(visible);
   }));
-  Keep(widget,
-       control.Hint.Observe([&widget](const std::string& hint) { widget.setToolTip(ToQt(hint)); }));
+  Keep(widget, control.Hint.Observe(
+                   [&widget](const std::string& hint) { widget.setToolTip(ToQtLines(hint)); }));
   Keep(widget, control.FocusRequested.Connect([&widget] { widget.setFocus(); }));
 }
 

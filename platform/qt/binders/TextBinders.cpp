@@ -1,4 +1,4 @@
-// Labels, edits, memos and the status bar.
+// Labels, edits, numeric edits, memos and the status bar.
 #include <QEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -8,6 +8,7 @@
 #include "platform/qt/Keep.h"
 #include "platform/qt/QtText.h"
 #include "platform/qt/binders/Binder.h"
+#include "platform/qt/binders/NumericWidget.h"
 
 namespace dbkeeper::qt {
 
@@ -22,7 +23,16 @@ void Show(QLineEdit& widget, const std::string& text) {
 
 void Show(QPlainTextEdit& widget, const std::string& text) {
   const QString shown = ToQtLines(text);
-  if (widget.toPlainText() != shown) widget.setPlainText(shown);
+  if (widget.toPlainText() == shown) return;
+  if (widget.isReadOnly()) {
+    widget.setPlainText(shown);
+    return;
+  }
+  // As one step that a person can undo.
+  QTextCursor whole(widget.document());
+  whole.select(QTextCursor::Document);
+  whole.insertText(shown);
+  widget.moveCursor(QTextCursor::Start);
 }
 
 // Tells when the keyboard focus enters or leaves a widget.
@@ -92,25 +102,34 @@ QPlainTextEdit* Binder::Make(Memo& memo, const QString& name) const {
   auto* widget = new QPlainTextEdit(&window_);
   // The tab key goes to the next control, as everywhere in a dialog.
   widget->setTabChangesFocus(true);
-  BindCommon(memo, *widget, name);
+  Bind(memo, *widget, name);
+  return widget;
+}
+
+void Binder::Bind(Memo& memo, QPlainTextEdit& editor, const QString& name) const {
+  BindCommon(memo, editor, name);
+  Keep(editor, memo.ReadOnly.Observe([&editor](bool read_only) { editor.setReadOnly(read_only); }));
   // Set while the text comes from the program: the widget has no signal of its own for typing.
   auto mirroring = std::make_shared<bool>(false);
-  Keep(*widget, memo.Text.Observe([widget, mirroring](const std::string& text) {
+  Keep(editor, memo.Text.Observe([&editor, mirroring](const std::string& text) {
     *mirroring = true;
-    Show(*widget, text);
+    Show(editor, text);
     *mirroring = false;
   }));
-  Keep(*widget,
-       memo.ReadOnly.Observe([widget](bool read_only) { widget->setReadOnly(read_only); }));
-  Keep(*widget, memo.CaretToStartRequested.Connect([widget] {
-    widget->moveCursor(QTextCursor::Start);
-    widget->ensureCursorVisible();
+  Keep(editor, memo.CaretToStartRequested.Connect([&editor] {
+    editor.moveCursor(QTextCursor::Start);
+    editor.ensureCursorVisible();
   }));
-  QObject::connect(widget, &QPlainTextEdit::textChanged, widget,
-                   [guard = &guard_, &memo, widget, mirroring] {
+  QObject::connect(&editor, &QPlainTextEdit::textChanged, &editor,
+                   [guard = &guard_, &memo, &editor, mirroring] {
                      if (*mirroring) return;
-                     guard->Run([&] { memo.UserType(FromQtLines(widget->toPlainText())); });
+                     guard->Run([&] { memo.UserType(FromQtLines(editor.toPlainText())); });
                    });
+}
+
+QLineEdit* Binder::Make(TFnpNumericEdit& edit, const QString& name) const {
+  auto* widget = new NumericWidget(edit, guard_, &window_);
+  BindCommon(edit, *widget, name);
   return widget;
 }
 

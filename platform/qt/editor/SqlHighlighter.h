@@ -1,0 +1,26 @@
+// Colours for Transact-SQL: keywords, texts, comments, numbers, quoted names.
+#pragma once
+
+#include <QSyntaxHighlighter>
+#include <QTextCharFormat>
+
+namespace dbkeeper::qt {
+
+class SqlHighlighter : public QSyntaxHighlighter {
+ public:
+  explicit SqlHighlighter(QTextDocument* document);
+
+ protected:
+  void highlightBlock(const QString& text) override;
+
+ private:
+  // Each colours from `at` on and gives the place behind.
+  qsizetype Comment(const QString& text, qsizetype at, int depth);
+  qsizetype Quoted(const QString& text, qsizetype at, qsizetype from);
+  qsizetype Word(const QString& text, qsizetype at);
+  qsizetype Number(const QString& text, qsizetype at);
+
+  QTextCharFormat keyword_, text_, comment_, number_, name_;
+};
+
+}  // namespace dbkeeper::qt
