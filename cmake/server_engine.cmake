@@ -91,3 +91,12 @@ dbkeeper_test(server_sql_tests
     tests/server/types/text_test.cpp
   LIBS dbkeeper_server_sql
 )
+
+dbkeeper_test(server_engine_tests
+  SOURCES
+    tests/server/engine/catalog_test.cpp
+    tests/server/engine/engine_fixture.cpp
+    tests/server/engine/session_test.cpp
+    tests/server/engine/statement_cases_test.cpp
+  LIBS dbkeeper_server_engine
+)

@@ -116,11 +116,11 @@ std::string FileRows(Workspace& workspace, const DatabaseInfo& database, const s
 
 std::string ReferenceRows(Workspace&, const DatabaseInfo& database, const std::string& alias) {
   const std::string schema = QuoteName(alias) + ".";
-  std::string source =
-      "(select constid, fkeyid, rkeyid, (select min(indid) from " + schema +
-      "sysindexes i where i.id = rkeyid and i.status & 2 and i.keycnt = count(*)) as rkeyindid, "
-      "count(*) as keycnt, null as forkeys, null as refkeys, " +
-      Number(database.dbid) + " as fkeydbid, " + Number(database.dbid) + " as rkeydbid";
+  std::string source = "(select constid, fkeyid, rkeyid, (select min(indid) from " + schema +
+                       "sysindexes i where i.id = rkeyid and i.status & 2) as rkeyindid, "
+                       "count(*) as keycnt, null as forkeys, null as refkeys, " +
+                       Number(database.dbid) + " as fkeydbid, " + Number(database.dbid) +
+                       " as rkeydbid";
   for (const char* side : {"fkey", "rkey"}) {
     for (int key = 1; key <= 16; ++key) {
       const std::string number = Number(key);

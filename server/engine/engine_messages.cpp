@@ -262,8 +262,8 @@ constexpr MessageRow kMessages[] = {
     {17750, 16, 1, "Cannot load the DLL %1, or one of the DLLs it references. Reason: %2."},
     {18456, 14, 1, "Login failed for user '%1'.%2"},
     {50001, 16, 1, "The local server does not support %1."},
-    {50002, 0, 1, "The local server keeps %1 '%2' as text but does not run it."},
-    {50003, 16, 1, "The local server keeps procedure '%1' as text and cannot run it."},
+    {50011, 0, 1, "The local server keeps %1 '%2' as text but does not run it."},
+    {50012, 16, 1, "The local server keeps procedure '%1' as text and cannot run it."},
 };
 
 // After these the rest of the batch is not run: what could not be resolved, and conversions.

@@ -230,7 +230,7 @@ void EngineSession::Execute(const ObjectName& name, const std::vector<ArgumentVa
   const ProcedureRow* procedure = FindProcedure(name.name);
   if (procedure == nullptr) {
     const std::optional<FoundObject> kept = resolver_.Find(name);
-    if (kept && kept->object.xtype == "P") Fail(50003, {name.Text()});
+    if (kept && kept->object.xtype == "P") Fail(50012, {name.Text()});
     Fail(2812, {name.Text()});
   }
   workspace_.Open(inside);

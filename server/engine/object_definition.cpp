@@ -19,9 +19,9 @@ struct ClassRow {
 };
 
 constexpr ClassRow kClasses[] = {
-    {ObjectClass::kTable, "table", "U"},         {ObjectClass::kView, "view", "V"},
-    {ObjectClass::kProcedure, "procedure", "P"}, {ObjectClass::kTrigger, "trigger", "TR"},
-    {ObjectClass::kFunction, "function", "FN"},
+    {ObjectClass::kTable, "table", "U"},      {ObjectClass::kTable, "table", "S"},
+    {ObjectClass::kView, "view", "V"},        {ObjectClass::kProcedure, "procedure", "P"},
+    {ObjectClass::kTrigger, "trigger", "TR"}, {ObjectClass::kFunction, "function", "FN"},
 };
 
 const ClassRow& RowOf(ObjectClass object_class) {
@@ -92,7 +92,7 @@ void ObjectDefinition::CreateModule(const CreateModuleStatement& statement, Resu
   }
   if (table) SetTriggers(place, *table, statement);
   scope.Commit();
-  sink.OnMessage(MessageOf(50002, {row.word, statement.name.name}));
+  sink.OnMessage(MessageOf(50011, {row.word, statement.name.name}));
 }
 
 void ObjectDefinition::SetTriggers(const FoundObject& trigger, const FoundObject& table,

@@ -94,7 +94,8 @@ std::int64_t QueryRunner::Delete(const DeleteStatement& statement, const Executi
 std::int64_t QueryRunner::Change(const Translation& translation, const std::vector<Cell>& values,
                                  const std::string& verb, int line) {
   const FoundObject target = NeedTarget(resolver_, *translation.target);
-  WriteScope scope(workspace_, target.database, target.alias, target.object.id);
+  WriteScope scope(workspace_, target.database, target.alias, target.object.id,
+                   WriteScope::Undo::kNothing);
   try {
     SqliteStatement statement = workspace_.connection().Prepare(translation.sqlite_sql);
     BindAll(statement, values);
@@ -102,8 +103,7 @@ std::int64_t QueryRunner::Change(const Translation& translation, const std::vect
       if (workspace_.interrupted()) Fail(3617);
     }
   } catch (const SqliteError& failure) {
-    const ConstraintFailure constraint = FailedConstraint(workspace_.connection().handle());
-    throw SqlError(constraint.kind == ConstraintFailureKind::kForeignKey
+    throw SqlError(failure.constraint().kind == ConstraintFailureKind::kForeignKey
                        ? ForeignKeyFailure(target, translation.sqlite_sql, values, verb, line)
                        : MessageOfFailed(failure, &target, verb, line));
   }
@@ -135,9 +135,9 @@ Cell QueryRunner::Scalar(const Expression& expression, const Execution& executio
 
 ServerMessage QueryRunner::MessageOfFailed(const SqliteError& failure, const FoundObject* target,
                                            const std::string& verb, int line) {
-  sqlite3* connection = workspace_.connection().handle();
-  const ConstraintFailure constraint = FailedConstraint(connection);
-  const ServerMessage plain = MessageOfFailure(connection, line);
+  const ConstraintFailure& constraint = failure.constraint();
+  ServerMessage plain = failure.message();
+  plain.line = line;
   if (failure.code() == SQLITE_BUSY_SNAPSHOT) {
     return MessageOf(1205, {std::to_string(workspace_.spid())});
   }
@@ -173,14 +173,17 @@ ServerMessage QueryRunner::ForeignKeyFailure(const FoundObject& target, const st
                                              const std::vector<Cell>& values,
                                              const std::string& verb, int line) {
   // SQLite does not say which key failed. The statement is run again with the check put off, and
-  // each key is asked for a row without its other side; the caller undoes everything.
+  // each key is asked for a row without its other side; then all of it is undone.
   Catalog catalog = resolver_.CatalogAt(target);
   SqliteConnection& connection = workspace_.connection();
+  const SqliteSavepoint undone(connection);
   connection.Execute("pragma defer_foreign_keys = on");
   workspace_.ForgetIdentities();
-  SqliteStatement again = connection.Prepare(sql);
-  BindAll(again, values);
-  while (again.Step()) {
+  {
+    SqliteStatement again = connection.Prepare(sql);
+    BindAll(again, values);
+    while (again.Step()) {
+    }
   }
   ServerMessage message = MessageOf(547);
   const auto ask = [&](const CatalogForeignKey& key, ForeignKeySide side) {

@@ -45,10 +45,29 @@ FoundObject Resolver::Place(const ObjectName& name) {
 std::optional<FoundObject> Resolver::Find(const ObjectName& name) {
   FoundObject found = Place(name);
   if (!name.owner.empty() && !SameName(name.owner, "dbo")) return std::nullopt;
+  if (const Known* table = FindTable(found, name.name)) {
+    found.object = table->object;
+    return found;
+  }
   std::optional<CatalogObject> object = CatalogAt(found).FindObject(name.name);
   if (!object) return std::nullopt;
   found.object = std::move(*object);
   return found;
+}
+
+const Resolver::Known* Resolver::FindTable(const FoundObject& place, const std::string& name) {
+  const std::int64_t version = workspace_.DefinitionVersion(place.alias);
+  Known& known = known_[{place.alias, name}];
+  if (known.object.id != 0 && known.version == version) return &known;
+  const std::optional<CatalogObject> object = CatalogAt(place).FindObject(name);
+  if (!object || (object->xtype != "U" && object->xtype != "S")) {
+    known_.erase({place.alias, name});
+    return nullptr;
+  }
+  FoundObject found = place;
+  found.object = *object;
+  known = {version, *object, ReadTable(found)};
+  return &known;
 }
 
 FoundObject Resolver::Need(const ObjectName& name, std::string_view xtypes, int error) {
@@ -65,32 +84,43 @@ std::optional<ObjectInfo> Resolver::ResolveObject(const ObjectName& name) {
   }
   const std::optional<FoundObject> found = Find(name);
   if (!found || !OneOf(found->object.xtype, "U S V")) return std::nullopt;
-  Catalog catalog = CatalogAt(*found);
-  ObjectInfo info;
-  info.database = found->database.name;
-  info.owner = "dbo";
-  info.name = found->object.name;
   if (found->object.xtype == "V" && !found->IsSystem()) {
+    ObjectInfo info;
     info.kind = ObjectKind::kView;
-    info.view_text = catalog.ObjectText(found->object.id);
+    info.database = found->database.name;
+    info.owner = "dbo";
+    info.name = found->object.name;
+    info.view_text = CatalogAt(*found).ObjectText(found->object.id);
     return info;
   }
-  info.kind = found->IsSystem() ? ObjectKind::kSystemTable : ObjectKind::kTable;
-  info.sqlite_from = catalog.Path(found->object.name);
+  const Known* table = FindTable(*found, name.name);
+  ObjectInfo info = table != nullptr ? table->info : ReadTable(*found);
   if (info.kind == ObjectKind::kSystemTable) {
     info.sqlite_from =
         LiveTableSource(workspace_, found->database, found->alias, found->object.name)
             .value_or(info.sqlite_from);
   }
-  const std::string key = info.database + "." + info.name;
-  info.identity_insert = SameName(workspace_.options().identity_insert, key);
-  const CatalogTable table = catalog.Table(found->object);
+  const std::string& inserts_into = workspace_.options().identity_insert;
+  info.identity_insert =
+      !inserts_into.empty() && SameName(inserts_into, info.database + "." + info.name);
+  return info;
+}
+
+ObjectInfo Resolver::ReadTable(const FoundObject& found) {
+  Catalog catalog = CatalogAt(found);
+  ObjectInfo info;
+  info.kind = found.IsSystem() ? ObjectKind::kSystemTable : ObjectKind::kTable;
+  info.database = found.database.name;
+  info.owner = "dbo";
+  info.name = found.object.name;
+  info.sqlite_from = catalog.Path(found.object.name);
+  const CatalogTable table = catalog.Table(found.object);
   const CatalogIndex* primary_key = table.PrimaryKey();
   for (const CatalogColumn& column : table.columns) {
     ColumnInfo column_info = ColumnInfoOf(column);
     if (column.identity) {
-      column_info.identity_sql = "next_identity(" + QuoteText(found->alias) + ", " +
-                                 std::to_string(found->object.id) + ")";
+      column_info.identity_sql =
+          "next_identity(" + QuoteText(found.alias) + ", " + std::to_string(found.object.id) + ")";
     }
     if (primary_key != nullptr) {
       for (const KeyColumn& key_column : primary_key->keys) {

@@ -1,8 +1,10 @@
 // Names of a statement looked up in the catalogs, for the translator.
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "server/catalog/catalog.h"
@@ -38,9 +40,20 @@ class Resolver : public NameResolver {
   Catalog CatalogAt(const FoundObject& place) { return {workspace_.connection(), place.alias}; }
 
  private:
+  // A table as it was found at a version of SQLite's definitions.
+  struct Known {
+    std::int64_t version = 0;
+    CatalogObject object;
+    ObjectInfo info;
+  };
+
   ObjectInfo InformationSchemaView(const ObjectName& name, const DatabaseInfo& database);
+  // The table from what is known, or from the catalog; null when there is no table of that name.
+  const Known* FindTable(const FoundObject& place, const std::string& name);
+  ObjectInfo ReadTable(const FoundObject& found);
 
   Workspace& workspace_;
+  std::map<std::pair<std::string, std::string>, Known> known_;  // by alias and name as written
 };
 
 }  // namespace dbkeeper::server

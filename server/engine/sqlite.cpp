@@ -1,5 +1,7 @@
 #include "server/engine/sqlite.h"
 
+#include <new>
+
 namespace dbkeeper::server {
 
 namespace {
@@ -15,18 +17,23 @@ std::string Quoted(std::string_view text, char quote) {
 
 }  // namespace
 
+SqliteError::SqliteError(sqlite3* connection)
+    : std::runtime_error(sqlite3_errmsg(connection)),
+      code_(sqlite3_extended_errcode(connection)),
+      message_(MessageOfFailure(connection, 1)),
+      constraint_(FailedConstraint(connection)) {}
+
 SqliteStatement::SqliteStatement(sqlite3* connection, std::string_view sql) {
   sqlite3_stmt* statement = nullptr;
   const int code =
       sqlite3_prepare_v2(connection, sql.data(), static_cast<int>(sql.size()), &statement, nullptr);
-  if (code != SQLITE_OK) throw SqliteError(code, sqlite3_errmsg(connection));
+  if (code != SQLITE_OK) throw SqliteError(connection);
   statement_.reset(statement);
 }
 
 void SqliteStatement::Check(int code) const {
   if (code == SQLITE_OK) return;
-  sqlite3* connection = sqlite3_db_handle(statement_.get());
-  throw SqliteError(sqlite3_extended_errcode(connection), sqlite3_errmsg(connection));
+  throw SqliteError(sqlite3_db_handle(statement_.get()));
 }
 
 void SqliteStatement::Bind(int index, std::int64_t value) {
@@ -115,15 +122,14 @@ SqliteConnection::SqliteConnection(const std::string& path) {
       path.c_str(), &connection,
       SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX, nullptr);
   connection_.reset(connection);
-  if (code != SQLITE_OK) {
-    throw SqliteError(code, connection == nullptr ? "out of memory" : sqlite3_errmsg(connection));
-  }
+  if (connection == nullptr) throw std::bad_alloc();
+  if (code != SQLITE_OK) throw SqliteError(connection);
   sqlite3_extended_result_codes(connection, 1);
 }
 
 void SqliteConnection::Execute(const std::string& sql) {
   const int code = sqlite3_exec(handle(), sql.c_str(), nullptr, nullptr, nullptr);
-  if (code != SQLITE_OK) throw SqliteError(code, sqlite3_errmsg(handle()));
+  if (code != SQLITE_OK) throw SqliteError(handle());
 }
 
 SqliteSavepoint::SqliteSavepoint(SqliteConnection& connection) : connection_(connection) {

@@ -11,19 +11,24 @@
 #include <vector>
 
 #include "server/engine/result_sink.h"
+#include "server/sql/constraint_errors.h"
 #include "server/sql/server_functions.h"
 
 namespace dbkeeper::server {
 
-// A failed call. The server's own message for it is asked of the connection while it is fresh
-// (MessageOfFailure, FailedConstraint).
+// A failed call, with what the connection said of it: SQLite forgets that with its next call.
 class SqliteError : public std::runtime_error {
  public:
-  SqliteError(int code, const std::string& text) : std::runtime_error(text), code_(code) {}
-  int code() const { return code_; }
+  explicit SqliteError(sqlite3* connection);
+  int code() const { return code_; }  // extended
+  // The server's message for it; of a constraint the bare facts are in `constraint`.
+  const ServerMessage& message() const { return message_; }
+  const ConstraintFailure& constraint() const { return constraint_; }
 
  private:
   int code_;
+  ServerMessage message_;
+  ConstraintFailure constraint_;
 };
 
 // A prepared statement. Parameters count from 1, columns from 0.

@@ -50,11 +50,12 @@ void TableDefinition::Alter(const AlterTableStatement& statement, ResultSink& si
 void TableDefinition::AddNewColumns(Work& work, const AddColumns& action) {
   SqliteConnection& connection = workspace_.connection();
   const std::string path = work.catalog.Path(work.found.object.name);
-  std::vector<const Constraint*> constraints;
+  std::vector<Constraint> constraints;
   for (const ColumnDefinition& definition : action.columns) {
     CatalogColumn column = MakeColumn(work, definition);
     for (const Constraint& constraint : definition.constraints) {
-      constraints.push_back(&constraint);
+      constraints.push_back(constraint);
+      if (constraints.back().columns.empty()) constraints.back().columns = {{column.name, false}};
       if (constraint.kind == ConstraintKind::kDefault) AddDefault(work, column, constraint);
       if (constraint.kind == ConstraintKind::kPrimaryKey) column.type.nullable = false;
     }
@@ -79,7 +80,7 @@ void TableDefinition::AddNewColumns(Work& work, const AddColumns& action) {
   }
   for (const Constraint& constraint : action.constraints) {
     if (constraint.kind != ConstraintKind::kDefault) {
-      constraints.push_back(&constraint);
+      constraints.push_back(constraint);
       continue;
     }
     const CatalogColumn* existing = work.table.FindColumn(constraint.default_column);

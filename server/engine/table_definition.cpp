@@ -18,6 +18,12 @@ bool IsKeyKind(const Constraint& constraint) {
          constraint.kind == ConstraintKind::kUnique;
 }
 
+// A check written with a column knows its column; the parser leaves that out.
+Constraint WithColumn(Constraint constraint, const ColumnDefinition& definition) {
+  if (constraint.columns.empty()) constraint.columns.push_back({definition.name, false});
+  return constraint;
+}
+
 std::string FirstCharacters(std::string_view text, std::size_t count) {
   std::size_t end = 0;
   for (std::size_t characters = 0; end < text.size(); ++end) {
@@ -122,17 +128,19 @@ void TableDefinition::Create(const CreateTableStatement& statement) {
                   .name = statement.table.name,
                   .xtype = "U"};
   Work work{place, catalog, {place.object, {}, {}, {}, {}}};
-  std::vector<const Constraint*> constraints;
+  std::vector<Constraint> constraints;
   for (const ColumnDefinition& definition : statement.columns) {
-    for (const Constraint& constraint : definition.constraints) constraints.push_back(&constraint);
+    for (const Constraint& constraint : definition.constraints) {
+      constraints.push_back(WithColumn(constraint, definition));
+    }
   }
-  for (const Constraint& constraint : statement.constraints) constraints.push_back(&constraint);
+  constraints.insert(constraints.end(), statement.constraints.begin(), statement.constraints.end());
   for (const ColumnDefinition& definition : statement.columns) {
     CatalogColumn column = MakeColumn(work, definition);
-    for (const Constraint* constraint : constraints) {
+    for (const Constraint& constraint : constraints) {
       const bool names_column = std::ranges::any_of(
-          constraint->columns, [&](const auto& key) { return SameName(key.name, column.name); });
-      if (constraint->kind != ConstraintKind::kPrimaryKey || !names_column) continue;
+          constraint.columns, [&](const auto& key) { return SameName(key.name, column.name); });
+      if (constraint.kind != ConstraintKind::kPrimaryKey || !names_column) continue;
       if (definition.null_said && column.type.nullable) Fail(8111, {statement.table.name});
       column.type.nullable = false;
     }
@@ -149,16 +157,16 @@ void TableDefinition::Create(const CreateTableStatement& statement) {
   scope.Commit();
 }
 
-void TableDefinition::AddConstraints(Work& work, const std::vector<const Constraint*>& constraints,
+void TableDefinition::AddConstraints(Work& work, const std::vector<Constraint>& constraints,
                                      bool check_existing) {
   // Keys come first: a foreign key of the table may refer to the table itself.
-  for (const Constraint* constraint : constraints) {
-    if (IsKeyKind(*constraint)) AddKey(work, *constraint);
+  for (const Constraint& constraint : constraints) {
+    if (IsKeyKind(constraint)) AddKey(work, constraint);
   }
-  for (const Constraint* constraint : constraints) {
-    if (constraint->kind == ConstraintKind::kCheck) AddCheck(work, *constraint, check_existing);
-    if (constraint->kind == ConstraintKind::kForeignKey) {
-      AddForeignKey(work, *constraint, check_existing);
+  for (const Constraint& constraint : constraints) {
+    if (constraint.kind == ConstraintKind::kCheck) AddCheck(work, constraint, check_existing);
+    if (constraint.kind == ConstraintKind::kForeignKey) {
+      AddForeignKey(work, constraint, check_existing);
     }
   }
   work.catalog.Touch(work.found.object.id);

@@ -48,8 +48,7 @@ class TableDefinition {
   void Reload(Work& work);
   CatalogColumn MakeColumn(const Work& work, const ColumnDefinition& definition);
   void AddDefault(Work& work, CatalogColumn& column, const Constraint& constraint);
-  void AddConstraints(Work& work, const std::vector<const Constraint*>& constraints,
-                      bool check_existing);
+  void AddConstraints(Work& work, const std::vector<Constraint>& constraints, bool check_existing);
   void AddKey(Work& work, const Constraint& constraint);
   void AddCheck(Work& work, const Constraint& constraint, bool check_existing);
   void AddForeignKey(Work& work, const Constraint& constraint, bool check_existing);

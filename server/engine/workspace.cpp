@@ -28,6 +28,42 @@ void NextIdentityFunction(sqlite3_context* context, int, sqlite3_value** argumen
   }
 }
 
+// table_rows(alias, id): the rows of a table now.
+void TableRowsFunction(sqlite3_context* context, int, sqlite3_value** arguments) {
+  auto& connection = static_cast<Workspace*>(sqlite3_user_data(context))->connection();
+  try {
+    Catalog catalog(connection, reinterpret_cast<const char*>(sqlite3_value_text(arguments[0])));
+    const auto object = catalog.FindObject(sqlite3_value_int64(arguments[1]));
+    const bool stored = object && (object->xtype == "U" || object->xtype == "S");
+    sqlite3_result_int64(
+        context,
+        stored ? connection.IntegerOf(0, "select count(*) from " + catalog.Path(object->name)) : 0);
+  } catch (const std::exception& failure) {
+    sqlite3_result_error(context, failure.what(), -1);
+  }
+}
+
+// table_pages(alias, id, indid): pages of 8 KB of a table's rows or of one of its indexes.
+void TablePagesFunction(sqlite3_context* context, int, sqlite3_value** arguments) {
+  constexpr std::int64_t kServerPage = 8192;
+  auto& connection = static_cast<Workspace*>(sqlite3_user_data(context))->connection();
+  try {
+    const std::string alias = reinterpret_cast<const char*>(sqlite3_value_text(arguments[0]));
+    const std::int64_t id = sqlite3_value_int64(arguments[1]);
+    const std::int64_t indid = sqlite3_value_int64(arguments[2]);
+    const auto object = Catalog(connection, alias).FindObject(id);
+    const std::string name = indid > 1 ? Catalog::IndexSqliteName(id, indid)
+                             : object  ? object->name
+                                       : "";
+    const std::int64_t bytes = connection.IntegerOf(
+        0, "select pgsize from dbstat where schema = ?1 and aggregate = 1 and name = ?2", alias,
+        name);
+    sqlite3_result_int64(context, (bytes + kServerPage - 1) / kServerPage);
+  } catch (const std::exception& failure) {
+    sqlite3_result_error(context, failure.what(), -1);
+  }
+}
+
 }  // namespace
 
 Workspace::Workspace(InstanceState& instance, LoginInfo login, ServerState& state)
@@ -37,15 +73,40 @@ Workspace::Workspace(InstanceState& instance, LoginInfo login, ServerState& stat
   RegisterServerFunctions(connection_.handle(), state);
   sqlite3_create_function(connection_.handle(), "next_identity", 2, SQLITE_UTF8, this,
                           NextIdentityFunction, nullptr, nullptr);
+  sqlite3_create_function(connection_.handle(), "table_rows", 2, SQLITE_UTF8, this,
+                          TableRowsFunction, nullptr, nullptr);
+  sqlite3_create_function(connection_.handle(), "table_pages", 3, SQLITE_UTF8, this,
+                          TablePagesFunction, nullptr, nullptr);
   sqlite3_busy_handler(connection_.handle(), OnBusy, this);
   connection_.Execute("pragma foreign_keys = on");
 }
 
+std::int64_t Workspace::DefinitionVersion(const std::string& alias) {
+  auto found = version_of_.find(alias);
+  if (found == version_of_.end()) {
+    found =
+        version_of_
+            .emplace(alias, connection_.Prepare("pragma " + QuoteName(alias) + ".schema_version"))
+            .first;
+  }
+  constexpr std::int64_t kVersions = 1'000'000'000;
+  found->second.Step();
+  const std::int64_t version = found->second.Integer(0);
+  found->second.Reset();
+  return epoch_ * kVersions + version;
+}
+
 std::optional<DatabaseInfo> Workspace::LookUpDatabase(std::string_view name) {
-  SqliteStatement row =
-      connection_.Prepare("select dbid, name, status from main.sysdatabases where name = ?1", name);
-  if (!row.Step()) return std::nullopt;
-  return DatabaseInfo{static_cast<int>(row.Integer(0)), row.Text(1), row.Integer(2)};
+  if (!database_by_name_) {
+    database_by_name_ =
+        connection_.Prepare("select dbid, name, status from main.sysdatabases where name = ?1");
+  }
+  SqliteStatement& row = *database_by_name_;
+  row.Bind(1, name);
+  std::optional<DatabaseInfo> info;
+  if (row.Step()) info = {static_cast<int>(row.Integer(0)), row.Text(1), row.Integer(2)};
+  row.Reset();
+  return info;
 }
 
 std::optional<DatabaseInfo> Workspace::LookUpDatabase(int dbid) {
@@ -111,6 +172,7 @@ void Workspace::Detach(int dbid) {
   if (found == attached_.end()) return;
   connection_.Execute("detach " + AliasOf(dbid));
   attached_.erase(found);
+  ++epoch_;
 }
 
 Catalog Workspace::CatalogOf(std::string_view database) {
@@ -144,6 +206,15 @@ bool Workspace::IsOwner(const DatabaseInfo& database) {
              login_.name) > 0;
 }
 
+bool Workspace::Holds(int dbid, std::int64_t object_id) const {
+  return std::ranges::find(held_, std::pair(dbid, object_id)) != held_.end();
+}
+
+void Workspace::ReleaseLocks() {
+  held_.clear();
+  instance_.Update(spid_, [](SessionRecord& record) { record.locks.clear(); });
+}
+
 void Workspace::BeginTransaction() { ++transaction_count_; }
 
 void Workspace::CommitTransaction() {
@@ -156,20 +227,19 @@ void Workspace::CommitTransaction() {
     RollbackTransaction();
     throw;
   }
-  instance_.Update(spid_, [](SessionRecord& record) { record.locks.clear(); });
+  ReleaseLocks();
 }
 
 void Workspace::RollbackTransaction() {
   if (transaction_count_ == 0) Fail(3903);
   transaction_count_ = 0;
   if (connection_.InTransaction()) connection_.Execute("rollback");
-  instance_.Update(spid_, [](SessionRecord& record) { record.locks.clear(); });
+  ++epoch_;
+  ReleaseLocks();
 }
 
 bool Workspace::LostTransaction() {
-  bool wrote = false;
-  instance_.Update(spid_, [&](SessionRecord& record) { wrote = !record.locks.empty(); });
-  if (transaction_count_ == 0 || !wrote || connection_.InTransaction()) return false;
+  if (transaction_count_ == 0 || held_.empty() || connection_.InTransaction()) return false;
   RollbackTransaction();
   return true;
 }
@@ -181,7 +251,7 @@ std::int64_t Workspace::NextIdentity(const std::string& alias, std::int64_t tabl
     SqliteStatement row = connection_.Prepare(
         "select seed, increment, last from " + QuoteName(alias) + ".\"#identity\" where id = ?1",
         table);
-    if (!row.Step()) throw SqliteError(SQLITE_CORRUPT, "identity column without a counter");
+    if (!row.Step()) throw std::runtime_error("identity column without a counter");
     counter.increment = row.Integer(1);
     counter.next = row.IsNull(2) ? row.Integer(0) : row.Integer(2) + counter.increment;
   }
@@ -226,8 +296,10 @@ bool Workspace::Wait(int calls) {
 }
 
 WriteScope::WriteScope(Workspace& workspace, const DatabaseInfo& database, const std::string& alias,
-                       std::int64_t object_id)
-    : workspace_(workspace), own_transaction_(workspace.transaction_count() == 0) {
+                       std::int64_t object_id, Undo undo)
+    : workspace_(workspace),
+      own_transaction_(workspace.transaction_count() == 0),
+      savepoint_(!own_transaction_ && undo == Undo::kAll) {
   if (database.Has(DatabaseStatus::kReadOnly) && alias != "temp") Fail(3906, {database.name});
   workspace_.ForgetIdentities();
   if (!workspace_.connection().InTransaction()) {
@@ -240,13 +312,13 @@ WriteScope::WriteScope(Workspace& workspace, const DatabaseInfo& database, const
     if (began_) workspace_.connection().Execute("rollback");
     throw;
   }
-  workspace_.connection().Execute("savepoint statement");
+  if (savepoint_) workspace_.connection().Execute("savepoint statement");
   open_ = true;
 }
 
 void WriteScope::Lock(const DatabaseInfo& database, const std::string& alias,
                       std::int64_t object_id) {
-  if (alias == "temp") return;
+  if (alias == "temp" || workspace_.Holds(database.dbid, object_id)) return;
   InstanceState& instance = workspace_.instance();
   const LockRecord wanted{database.dbid, object_id, "TAB", "IX", true};
   workspace_.waiting_for_dbid_ = database.dbid;
@@ -265,14 +337,9 @@ void WriteScope::Lock(const DatabaseInfo& database, const std::string& alias,
   }
   instance.Update(workspace_.spid(), [&](SessionRecord& record) {
     record.blocked_by = 0;
-    LockRecord granted = record.locks.back();
-    record.locks.pop_back();
-    granted.waiting = false;
-    const bool held = std::ranges::any_of(record.locks, [&](const LockRecord& lock) {
-      return lock.dbid == granted.dbid && lock.object_id == granted.object_id;
-    });
-    if (!held) record.locks.push_back(granted);
+    record.locks.back().waiting = false;
   });
+  workspace_.held_.emplace_back(database.dbid, object_id);
 }
 
 void WriteScope::Forget(int dbid, std::int64_t object_id) {
@@ -287,23 +354,23 @@ void WriteScope::Forget(int dbid, std::int64_t object_id) {
 WriteScope::~WriteScope() {
   if (!open_) return;
   workspace_.ForgetIdentities();
+  ++workspace_.epoch_;
   sqlite3* connection = workspace_.connection().handle();
-  const char* undo = own_transaction_ ? "rollback" : "rollback to statement; release statement";
   // An interrupted write may have rolled everything back already; then there is nothing to undo.
-  sqlite3_exec(connection, undo, nullptr, nullptr, nullptr);
   if (own_transaction_) {
-    workspace_.instance().Update(workspace_.spid(),
-                                 [](SessionRecord& record) { record.locks.clear(); });
+    sqlite3_exec(connection, "rollback", nullptr, nullptr, nullptr);
+    workspace_.ReleaseLocks();
+  } else if (savepoint_) {
+    sqlite3_exec(connection, "rollback to statement; release statement", nullptr, nullptr, nullptr);
   }
 }
 
 void WriteScope::Commit() {
   workspace_.SaveIdentities();
-  workspace_.connection().Execute("release statement");
+  if (savepoint_) workspace_.connection().Execute("release statement");
   if (own_transaction_) {
     workspace_.connection().Execute("commit");
-    workspace_.instance().Update(workspace_.spid(),
-                                 [](SessionRecord& record) { record.locks.clear(); });
+    workspace_.ReleaseLocks();
   }
   open_ = false;
 }

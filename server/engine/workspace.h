@@ -70,6 +70,10 @@ class Workspace {
   const std::string& database() const { return database_; }
   int dbid() const { return dbid_; }
 
+  // Rises when SQLite's definitions of the database `alias` change; part of it counts what was
+  // rolled back or detached, so that a number never comes back with other definitions.
+  std::int64_t DefinitionVersion(const std::string& alias);
+
   // Throws SqlError 911.
   DatabaseInfo FindDatabase(std::string_view name);
   std::optional<DatabaseInfo> LookUpDatabase(std::string_view name);
@@ -115,6 +119,9 @@ class Workspace {
     std::optional<std::int64_t> last;
   };
 
+  bool Holds(int dbid, std::int64_t object_id) const;
+  void ReleaseLocks();
+
   static int OnBusy(void* self, int calls);
   bool Wait(int calls);
   void MakeRoomToAttach();
@@ -123,6 +130,11 @@ class Workspace {
   InstanceState& instance_;
   const LoginInfo login_;
   SqliteConnection connection_;
+  // Statements that nearly every statement of a client needs.
+  std::optional<SqliteStatement> database_by_name_;
+  std::map<std::string, SqliteStatement, std::less<>> version_of_;
+  std::int64_t epoch_ = 0;
+  std::vector<std::pair<int, std::int64_t>> held_;  // write locks: database and object
   SessionOptions options_;
   int spid_ = 0;
   std::string database_ = "master";
@@ -144,9 +156,13 @@ class Workspace {
 // undone unless it is committed. Outside a client's transaction it is one of its own.
 class WriteScope {
  public:
+  // What is undone when the scope is not committed: all that was run in it, or nothing, because it
+  // is one statement that SQLite itself undoes when it fails.
+  enum class Undo { kAll, kNothing };
+
   // Throws SqlError 1222, 3906. `object_id` is the table that the lock is shown for, or 0.
   WriteScope(Workspace& workspace, const DatabaseInfo& database, const std::string& alias,
-             std::int64_t object_id = 0);
+             std::int64_t object_id = 0, Undo undo = Undo::kAll);
   ~WriteScope();
   WriteScope(const WriteScope&) = delete;
   WriteScope& operator=(const WriteScope&) = delete;
@@ -161,6 +177,7 @@ class WriteScope {
   bool own_transaction_ = false;
   bool began_ = false;
   bool open_ = false;
+  const bool savepoint_;
 };
 
 }  // namespace dbkeeper::server

@@ -113,8 +113,7 @@ void RenameIndex(ProcedureCall& call, const std::string& new_name) {
 void RenameObject(ProcedureCall& call, const std::string& new_name) {
   const FoundObject found = call.Object("@objname", "U V P TR FN PK UQ F C D");
   Catalog catalog = call.resolver().CatalogAt(found);
-  const std::optional<CatalogObject> other = catalog.FindObject(new_name);
-  if (other && other->id != found.object.id) Fail(15335, {new_name, "object"});
+  if (catalog.FindObject(new_name)) Fail(15335, {new_name, "object"});
   if (found.object.xtype == "U") {
     TableDefinition(call.workspace(), call.resolver()).RenameTable(found, new_name);
     return;

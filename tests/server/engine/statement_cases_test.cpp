@@ -1,0 +1,239 @@
+// Statements with results and error numbers as SQL Server 2000 documents them. Each table is one
+// conversation in a database of its own: later rows see what earlier ones did.
+#include "tests/server/engine/engine_fixture.h"
+
+namespace dbkeeper::server {
+
+namespace {
+
+struct Case {
+  const char* batch;
+  const char* expected;
+};
+
+using StatementTest = EngineTest;
+
+template <std::size_t Count>
+void Converse(Client client, const Case (&cases)[Count]) {
+  client.Run("create database 作業");
+  client.Run("use 作業");
+  for (const Case& c : cases) EXPECT_EQ(client.Run(c.batch), c.expected) << c.batch;
+  client.Run("use master");
+  EXPECT_EQ(client.Run("drop database 作業"), "");
+}
+
+}  // namespace
+
+TEST_F(StatementTest, TablesAreMadeFilledChangedAndDropped) {
+  constexpr Case kCases[] = {
+      {"create table t (a int not null, b varchar(5) null, c money)", ""},
+      {"create table T (x int)", "error 2714"},
+      {"insert t values (1, 'x', 2.5)", "(1)"},
+      {"insert into t (a, c) values (2, $3)", "(1)"},
+      {"insert t (b) values ('y')", "error 515\nmessage 3621"},
+      {"insert t values (3, 'longer', 0)", "error 8152\nmessage 3621"},
+      {"insert t values (3, 'z')", "error 213"},
+      {"select a, b, c from t order by a", "1|x|2.5000\n2|NULL|3.0000"},
+      {"update t set b = 'q' where a = 2", "(1)"},
+      {"update t set b = 'q' where a = 99", "(0)"},
+      {"update t set a = null", "error 515\nmessage 3621"},
+      {"select count(*) from t where b = 'Q  '", "1"},
+      {"select nothing from t", "error 207"},
+      {"select * from missing", "error 208"},
+      {"select * from 作業.dbo.t where a = 1", "1|x|2.5000"},
+      {"select * from 作業..t where a = 1", "1|x|2.5000"},
+      {"select * from 不明..t", "error 911"},
+      {"select a into u from t where a = 1", "(1)"},
+      {"select a into u from t", "error 2714"},
+      {"select * from u", "1"},
+      {"truncate table u", ""},
+      {"select count(*) from u", "0"},
+      {"truncate table v", "error 4701"},
+      {"delete t where a = 1", "(1)"},
+      {"delete from t", "(1)"},
+      {"drop table u, t", ""},
+      {"drop table t", "error 3701"},
+      {"drop view sysobjects", "error 3705"},
+      {"drop table sysobjects", "error 3708"},
+      {"update sysobjects set name = 'x'", "error 259"},
+  };
+  Converse(Operator(), kCases);
+}
+
+TEST_F(StatementTest, ConstraintsAreCheckedAndNamed) {
+  constexpr Case kCases[] = {
+      {"create table p (k int constraint PK_p primary key, u varchar(4) constraint UQ_p unique)",
+       ""},
+      {"create table c (k int not null constraint FK_c references p(k), n int constraint CK_c "
+       "check (n between 1 and 9), d int constraint DF_c default (7))",
+       ""},
+      {"insert p values (1, 'a') insert p values (2, 'b')", "(1)\n(1)"},
+      {"insert p values (1, 'c')", "error 2627\nmessage 3621"},
+      {"insert p values (3, 'B')", "error 2627\nmessage 3621"},
+      {"insert c (k, n) values (1, 5)", "(1)"},
+      {"select * from c", "1|5|7"},
+      {"insert c (k, n) values (9, 5)", "error 547\nmessage 3621"},
+      {"insert c (k, n) values (1, 10)", "error 547\nmessage 3621"},
+      {"delete p where k = 1", "error 547\nmessage 3621"},
+      {"update p set k = 5 where k = 1", "error 547\nmessage 3621"},
+      {"delete p where k = 2", "(1)"},
+      {"drop table p", "error 3726"},
+      {"truncate table p", "error 4712"},
+      {"create unique index ix on c (n)", ""},
+      {"insert c (k, n) values (1, 5)", "error 2601\nmessage 3621"},
+      {"create index ix on c (d)", "error 1913"},
+      {"create index iy on c (nothing)", "error 1911"},
+      {"drop index c.ix", ""},
+      {"drop index c.ix", "error 3701"},
+      {"drop index p.PK_p", "error 3723"},
+      {"insert c (k, n) values (1, 5)", "(1)"},
+      {"create unique index ix on c (n)", "error 1505\nmessage 3621"},
+      {"create clustered index i1 on c (n) create clustered index i2 on c (d)", "error 1902"},
+      {"alter table c drop constraint FK_c", ""},
+      {"insert c (k, n) values (9, 5)", "(1)"},
+      {"alter table c add constraint FK_c foreign key (k) references p(k)",
+       "error 547\nmessage 3621"},
+      {"alter table c with nocheck add constraint FK_c foreign key (k) references p(k)", ""},
+      {"insert c (k, n) values (9, 5)", "error 547\nmessage 3621"},
+      {"alter table c nocheck constraint FK_c insert c (k, n) values (9, 5)", "(1)"},
+      {"alter table c add constraint X check (n < 3)", "error 547\nmessage 3621"},
+      {"alter table c drop constraint nothing", "error 3728"},
+      {"alter table p drop constraint PK_p", "error 3725"},
+      {"alter table c drop constraint CK_c insert c (k, n) values (1, 99)", "(1)"},
+      {"alter table c add primary key (n)", "error 8111"},
+      {"create table x (a int references nothing(b))", "error 1767"},
+      {"create table x (a int references c(n))", "error 1776"},
+      {"create table x (a varchar(3) references p(k))", "error 1778"},
+  };
+  Converse(Operator(), kCases);
+}
+
+TEST_F(StatementTest, ColumnsAreAddedChangedAndDropped) {
+  constexpr Case kCases[] = {
+      {"create table t (a int not null, b int) insert t values (1, 10) insert t values (2, 20)",
+       "(1)\n(1)"},
+      {"alter table t add c varchar(10) null", ""},
+      {"alter table t add d int not null", "error 4901"},
+      {"alter table t add d int not null default (5)", ""},
+      {"alter table t add e int identity(100,10)", ""},
+      {"select * from t", "1|10|NULL|5|100\n2|20|NULL|5|110"},
+      {"insert t (a) values (3) select e from t where a = 3", "(1)\n120"},
+      {"alter table t add A int", "error 2705"},
+      {"alter table t alter column b varchar(5) not null", "error 515\nmessage 3621"},
+      {"update t set b = 30 where a = 3", "(1)"},
+      {"alter table t alter column b varchar(5) not null", ""},
+      {"select b + 'x' from t where a = 1", "10x"},
+      {"update t set b = 'word' where a = 1", "(1)"},
+      {"alter table t alter column b int", "error 245"},
+      {"alter table t alter column b varchar(2)", "error 8152\nmessage 3621"},
+      {"select b from t where a = 1", "word"},
+      {"alter table t alter column nothing int", "error 4924"},
+      {"alter table t drop column nothing", "error 4924"},
+      {"alter table t drop column d", "error 5074\nerror 4922"},
+      {"create index ix on t (c)", ""},
+      {"alter table t drop column c", "error 5074\nerror 4922"},
+      {"alter table t alter column c int", "error 5074\nerror 4922"},
+      {"alter table t alter column c varchar(20)", ""},
+      {"drop index t.ix alter table t drop column c", ""},
+      {"select * from t where a = 2", "2|20|5|110"},
+      {"alter table nothing add a int", "error 4902"},
+      {"sp_rename 't.b', 'bb', 'COLUMN'", "message 15477"},
+      {"select bb from t where a = 2", "20"},
+      {"sp_rename 't', '表'", "message 15477"},
+      {"select count(*) from 表", "3"},
+      {"sp_rename '表', '表'", "error 15335"},
+      {"sp_rename 'nothing', 'x'", "error 15009"},
+  };
+  Converse(Operator(), kCases);
+}
+
+TEST_F(StatementTest, IdentityColumnsCount) {
+  constexpr Case kCases[] = {
+      {"create table t (i int identity(5,5), a int)", ""},
+      {"insert t values (1) insert t (a) values (2)", "(1)\n(1)"},
+      {"select i, @@identity from t", "5|10\n10|10"},
+      {"insert t (i, a) values (1, 1)", "error 544"},
+      {"set identity_insert t on insert t (i, a) values (100, 3) set identity_insert t off", "(1)"},
+      {"insert t (a) select a from t", "(3)"},
+      {"select max(i), ident_current('t'), ident_seed('t'), ident_incr('t') from t", "115|115|5|5"},
+      {"begin tran insert t values (9) rollback tran insert t values (9) select count(*) from t",
+       "(1)\n(1)\n7"},
+      {"truncate table t insert t values (1) select i from t", "(1)\n5"},
+      {"set identity_insert nothing on", "error 1088"},
+      {"create table u (a int) set identity_insert u on", "error 8106"},
+      {"create table v (a int identity, b int identity)", "error 2744"},
+      {"create table v (a varchar(3) identity)", "error 2749"},
+      {"select i, a into w from t insert w values (2) select * from w", "(1)\n(1)\n5|1\n6|2"},
+  };
+  Converse(Operator(), kCases);
+}
+
+TEST_F(StatementTest, TransactionsNestAndErrorsUndoTheirStatementOnly) {
+  constexpr Case kCases[] = {
+      {"create table t (a int not null primary key)", ""},
+      {"begin tran insert t values (1) begin tran insert t values (2) select @@trancount",
+       "(1)\n(1)\n2"},
+      {"commit select @@trancount commit select @@trancount", "1\n0"},
+      {"begin tran insert t values (3) rollback select count(*) from t", "(1)\n2"},
+      {"begin tran insert t values (3) insert t select 4 union all select 1 commit",
+       "(1)\nerror 2627\nmessage 3621"},
+      {"select a from t order by a", "1\n2\n3"},
+      {"begin tran create table u (a int) rollback select * from u", "error 208"},
+      {"begin tran drop table t rollback select count(*) from t", "3"},
+      {"commit", "error 3902"},
+      {"rollback", "error 3903"},
+      {"begin tran create database d commit", "error 226"},
+      {"set nocount on insert t values (9) set nocount off delete t where a = 9", "(1)"},
+      {"create table #t (a int) insert #t values (1) select * from #t", "(1)\n1"},
+      {"create table #t (a int)", "error 2714"},
+      {"select * into #u from t select count(*) from #u drop table #u", "(3)\n3"},
+      {"select * from #u", "error 208"},
+      {"begin tran insert #t values (2) rollback select count(*) from #t", "(1)\n1"},
+      {"set rowcount 2 select a from t order by a set rowcount 0", "1\n2"},
+      {"set fmtonly on select a from t set fmtonly off", ""},
+      {"save tran x", "error 50001"},
+  };
+  Converse(Operator(), kCases);
+}
+
+TEST_F(StatementTest, TextsAreKeptAndWhatIsNotSupportedIsRefusedByName) {
+  constexpr Case kCases[] = {
+      {"create table t (a int) insert t values (1)", "(1)"},
+      {"create view v as select a, a + 1 as b from t", ""},
+      {"create view v as select a from t", "error 2714"},
+      {"select * from v", "1|2"},
+      {"alter view v as select a * 2 as c from t", ""},
+      {"select * from v", "2"},
+      {"alter view nothing as select 1 as a", "error 208"},
+      {"create view w as select x from t", "error 207"},
+      {"sp_helptext v", "alter view v as select a * 2 as c from t"},
+      {"create procedure p @a int as select @a", "message 50011"},
+      {"exec p 1", "error 50012"},
+      {"exec nothing", "error 2812"},
+      {"sp_helptext p", "create procedure p @a int as select @a"},
+      {"create trigger tr on t for insert as print 'x'", "message 50011"},
+      {"select name, instrig - id from sysobjects where xtype = 'TR'", "tr|0"},
+      {"drop procedure v", "error 3705"},
+      {"drop procedure p drop view v drop trigger tr", ""},
+      {"drop view v", "error 3701"},
+      {"print 'a' + 'b'", "says ab"},
+      {"raiserror ('bad %s %d', 16, 1, 'thing', 5)", "error 50000"},
+      {"raiserror ('only a word', 10, 1)", "message 50000"},
+      {"raiserror (50123, 16, 1)", "error 2758"},
+      {"execute ('select 1' + '2')", "12"},
+      {"exec sp_executesql N'select @x + @y', N'@x int, @y int', 3, @y = 4", "7"},
+      {"declare @a int", "error 50001"},
+      {"if 1 = 1 select 1", "error 50001"},
+      {"backup log x to disk = 'y'", "error 50001"},
+      {"select 1 select syntax error here from", "error 170"},
+      {"select 1/0 select 2", "error 8134\n2"},
+      {"select convert(int, 'x') select 2", "error 245"},
+      {"use nothing", "error 911"},
+      {"create table dbo.q (a int) drop table dbo.q", ""},
+      {"create table other.q (a int)", "error 50001"},
+      {"waitfor delay '0:00:00.01'", ""},
+  };
+  Converse(Operator(), kCases);
+}
+
+}  // namespace dbkeeper::server
