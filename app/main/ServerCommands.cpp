@@ -63,6 +63,8 @@ void TFormMain::PopupMenu_SQLServer_DisConnectClick() {
   session_.Close();
   TreeView.Roots().front()->DeleteChildren();
   ShowConnectionState(false);
+  // The commands of the list that was shown mean a server that is gone.
+  ListViewMain.Popup = nullptr;
   const ListUpdate update(ListViewMain);
   ListViewMain.ClearItems();
   ListViewMain.ClearColumns();

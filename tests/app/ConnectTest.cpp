@@ -135,6 +135,7 @@ TEST_F(ConnectTest, DisconnectEmptiesTreeAndListWhicheverRootIsSelected) {
   EXPECT_FALSE(Node({}).HasChildren());
   EXPECT_TRUE(main.ListViewMain.Items().empty());
   EXPECT_TRUE(main.ListViewMain.Columns().empty());
+  EXPECT_EQ(main.ListViewMain.Popup(), nullptr);
   EXPECT_EQ(main.Caption(), "DBKEEPER.exe");
   ExpectState(false);
 }
