@@ -13,7 +13,7 @@ namespace dbkeeper::qt::tour {
 namespace {
 
 constexpr int kCheckEvery = 20;       // milliseconds
-constexpr qint64 kPatience = 30'000;  // milliseconds
+constexpr qint64 kPatience = 120'000;  // milliseconds; the first start makes the sample databases
 
 QWidget* FrontWindow() {
   QWidget* popup = QApplication::activePopupWidget();
