@@ -91,12 +91,12 @@ void Connection::AcceptLogin(const LoginPacket& login) {
   AppendLoginAcknowledge(out);
   AppendEnvironment(Environment::kPacketSize, size, "4096", out);
   AppendDone(DoneToken::kBatch, 0, 0, 0, out);
+  rpc_.emplace(*session_);
+  on_login_(session_->spid());
   writer_.SetProcess(session_->spid());
   writer_.Write(out.bytes());
   writer_.Finish();
   writer_.SetPacketSize(login.packet_size);
-  rpc_.emplace(*session_);
-  on_login_(session_->spid());
 }
 
 void Connection::Refuse(const ServerMessage& message) {

@@ -51,7 +51,7 @@ ServerProcess::ServerProcess(const std::filesystem::path& data) {
   close(from_server[1]);
   input_ = to_server[1];
   output_ = from_server[0];
-  const std::string lines = "operator PC\\operator\tone-time\nlogin tester\tSecret_1\nstart\n";
+  const std::string lines = "operator operator\tone-time\nlogin tester\tSecret_1\nstart\n";
   if (write(input_, lines.data(), lines.size()) < 0) throw std::runtime_error("no input");
 }
 

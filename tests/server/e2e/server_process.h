@@ -23,7 +23,7 @@ class TemporaryFolder {
 };
 
 // One run of the program. It has the login "tester" with the password "Secret_1", and the operator
-// "PC\operator" with the secret "one-time".
+// "operator" with the secret "one-time".
 class ServerProcess {
  public:
   // Starts the program on `data`. Does not wait for it.
