@@ -73,6 +73,7 @@ void Link::Disconnect() {
   for (Statement* statement : statements_) statement->Drop();
   statements_.clear();
   wire_user_ = nullptr;
+  cursor_columns_linger_ = false;
   if (connected_) SQLDisconnect(connection_);
   if (connection_ != nullptr) SQLFreeHandle(SQL_HANDLE_DBC, connection_);
   connection_ = nullptr;
@@ -158,7 +159,16 @@ SQLULEN Statement::Attribute(SQLINTEGER attribute) const {
   return value;
 }
 
+void Statement::ClearCursorColumns() {
+  if (!std::exchange(link_->cursor_columns_linger_, false)) return;
+  Statement between(link_);
+  between.Execute("select 1");
+  while (between.NextResult() != Step::kEnd) {
+  }
+}
+
 Step Statement::Execute(const std::string& sql) {
+  ClearCursorColumns();
   std::u16string wide = Utf8ToUtf16(sql);
   return PresentStep(Check("SQLExecDirect", SQLExecDirectW(Handle(), WideData(wide),
                                                            static_cast<SQLINTEGER>(wide.size()))));

@@ -60,6 +60,9 @@ class Link {
   // `user` has rows on the wire from now on.
   void TakeWire(WireUser& user) { wire_user_ = &user; }
   void ReturnWire(const WireUser& user);
+  // A server-side cursor has been opened or fetched from. FreeTDS then takes its columns for those
+  // of every later statement that has none, until a result with columns of its own comes between.
+  void NoteCursorColumns() { cursor_columns_linger_ = true; }
 
   void Keep(std::vector<ServerMessage> messages);
   std::vector<ServerMessage> TakeMessages() { return std::exchange(messages_, {}); }
@@ -76,6 +79,7 @@ class Link {
   bool broken_ = false;
   std::vector<Statement*> statements_;
   WireUser* wire_user_ = nullptr;
+  bool cursor_columns_linger_ = false;
   std::vector<ServerMessage> messages_;
 };
 
@@ -116,6 +120,7 @@ class Statement {
   friend class Link;
 
   Step PresentStep(SQLRETURN code) const;
+  void ClearCursorColumns();
   void Drop();
   [[noreturn]] static void ThrowClosed();
 

@@ -124,14 +124,12 @@ std::int64_t OdbcConnection::Execute(const std::string& sql) {
 
 std::unique_ptr<PageCursor> OdbcConnection::OpenCursor(const std::string& sql) {
   link_->ClearWire();
-  auto statement = std::make_unique<Statement>(link_);
+  const auto statement = std::make_shared<Statement>(link_);
   statement->SetAttribute(SQL_ATTR_CURSOR_TYPE, SQL_CURSOR_KEYSET_DRIVEN);
   if (RunToRows(*statement, sql) != Step::kRows) return nullptr;
-  if (statement->Attribute(SQL_ATTR_CURSOR_TYPE) == SQL_CURSOR_FORWARD_ONLY) {
-    return std::make_unique<odbc::ForwardPages>(
-        std::make_unique<odbc::Reader>(std::move(statement)));
-  }
-  return std::make_unique<odbc::ScrollingPages>(std::move(statement));
+  auto pages = std::make_unique<odbc::ScrollingPages>(statement);
+  if (pages->IsReallyCursor()) return pages;
+  return std::make_unique<odbc::ForwardPages>(std::make_unique<odbc::Reader>(statement));
 }
 
 std::vector<ServerMessage> OdbcConnection::TakeMessages() { return link_->TakeMessages(); }

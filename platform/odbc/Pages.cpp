@@ -25,16 +25,32 @@ std::string_view Page::Text(std::size_t row, std::size_t field) const {
   return std::string_view(text_).substr(cell.start, cell.length);
 }
 
-ScrollingPages::ScrollingPages(std::unique_ptr<Statement> statement)
+ScrollingPages::ScrollingPages(std::shared_ptr<Statement> statement)
     : statement_(std::move(statement)),
       block_(*statement_),
       fields_(block_.Fields()),
       page_(fields_.size()) {}
 
+bool ScrollingPages::IsReallyCursor() {
+  UseWire();
+  try {
+    block_.FetchAt(0, 1);
+    return true;
+  } catch (const ServerError&) {
+    // If it failed for another reason, reading forward will fail for it again.
+    return false;
+  }
+}
+
+void ScrollingPages::UseWire() {
+  statement_->TheLink().ClearWire();
+  statement_->TheLink().NoteCursorColumns();
+}
+
 std::size_t ScrollingPages::Fetch(std::int64_t first, std::size_t count) {
   page_.Clear();
   while (PageRows() < count) {
-    statement_->TheLink().ClearWire();
+    UseWire();
     const std::size_t wanted = std::min(count - PageRows(), block_.Capacity());
     const std::size_t rows = block_.FetchAt(first + static_cast<std::int64_t>(PageRows()), wanted);
     AddBlock();
@@ -47,7 +63,7 @@ std::size_t ScrollingPages::Fetch(std::int64_t first, std::size_t count) {
 }
 
 std::int64_t ScrollingPages::FetchLast(std::size_t count) {
-  statement_->TheLink().ClearWire();
+  UseWire();
   // The driver does not pass on the number of rows, but it tells the place of the last one.
   const bool any = block_.FetchLast(1) > 0;
   row_count_ =

@@ -43,8 +43,12 @@ class Page {
 // A cursor of the server. Nothing of it is left on the wire between two fetches.
 class ScrollingPages : public PageCursor {
  public:
-  // Takes a statement that stands on a result behind a cursor.
-  explicit ScrollingPages(std::unique_ptr<Statement> statement);
+  // Takes a statement that was to open a cursor and stands on a result.
+  explicit ScrollingPages(std::shared_ptr<Statement> statement);
+
+  // Whether the server made the cursor. What it cannot make one of, such as a batch, it runs as a
+  // plain result, and the driver does not say so before the first fetch.
+  bool IsReallyCursor();
 
   const std::vector<Field>& Fields() const override { return fields_; }
   bool Scrolls() const override { return true; }
@@ -61,8 +65,10 @@ class ScrollingPages : public PageCursor {
 
  private:
   void AddBlock();
+  // Called before each fetch.
+  void UseWire();
 
-  std::unique_ptr<Statement> statement_;
+  std::shared_ptr<Statement> statement_;
   RowBlock block_;
   std::vector<Field> fields_;
   Page page_;

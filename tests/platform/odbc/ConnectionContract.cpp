@@ -268,21 +268,25 @@ void ExpectCursors(Connection& connection) {
   EXPECT_EQ(cursor->Fetch(10, 1), 1U);
   EXPECT_EQ(cursor->Text(0, 0), "11");
 
+  // An open cursor makes no difference to other statements.
   EXPECT_EQ(connection.OpenCursor("print 'nothing'"), nullptr);
+  EXPECT_EQ(connection.Query("use tempdb"), nullptr);
+  EXPECT_EQ(connection.Execute("update #numbers set t = t where n <= 3"), 3);
+  EXPECT_EQ(cursor->Fetch(20, 1), 1U);
+  EXPECT_EQ(connection.Execute("update #numbers set t = t where n < 0"), 0);
   EXPECT_THROW(connection.OpenCursor("select * from 存在しない表"), ServerError);
   const auto forward =
       connection.OpenCursor("print 'first'\r\nselect n from #numbers where n > 5 order by n");
   ASSERT_NE(forward, nullptr);
-  if (!forward->Scrolls()) {
-    EXPECT_EQ(forward->Fetch(0, 10), 10U);
-    EXPECT_EQ(SingleValue(connection, "select 1"), "1");
-    EXPECT_EQ(forward->Fetch(20, 10), 10U);
-    EXPECT_EQ(forward->Text(0, 0), "26");
-    EXPECT_THROW(forward->Fetch(0, 10), SessionError);
-    EXPECT_EQ(forward->FetchLast(300), 695);
-    EXPECT_EQ(forward->RowCount(), 995);
-    EXPECT_EQ(forward->Text(299, 0), "1000");
-  }
+  ASSERT_FALSE(forward->Scrolls());
+  EXPECT_EQ(forward->Fetch(0, 10), 10U);
+  EXPECT_EQ(SingleValue(connection, "select 1"), "1");
+  EXPECT_EQ(forward->Fetch(20, 10), 10U);
+  EXPECT_EQ(forward->Text(0, 0), "26");
+  EXPECT_THROW(forward->Fetch(0, 10), SessionError);
+  EXPECT_EQ(forward->FetchLast(300), 695);
+  EXPECT_EQ(forward->RowCount(), 995);
+  EXPECT_EQ(forward->Text(299, 0), "1000");
   connection.Execute("drop table #numbers");
 }
 
