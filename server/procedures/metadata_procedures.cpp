@@ -29,7 +29,7 @@ select db_name() as TABLE_QUALIFIER, user_name(o.uid) as TABLE_OWNER, o.name as 
   case when c.colstat & 1 = 1 then t.name + N' identity' else t.name end as TYPE_NAME,
   convert(int, case when c.xtype in (34, 35) then 2147483647 when c.xtype = 99 then 1073741823
     when c.xtype = 36 then 36 when c.xtype in (173, 165, 189) then c.length else c.prec end)
-    as PRECISION,
+    as [PRECISION],
   convert(int, case when c.xtype in (34, 35) then 2147483647 when c.xtype = 99 then 2147483646
     when c.xtype in (106, 108) then c.prec + 2 when c.xtype = 60 then 21 when c.xtype = 122 then 12
     when c.xtype in (58, 61) then 16 else c.length end) as LENGTH,
@@ -110,7 +110,7 @@ select convert(smallint, 1) as SCOPE, c.name as COLUMN_NAME,
   convert(smallint, case c.xtype when 56 then 4 when 52 then 5 when 48 then -6 when 127 then -5
     when 175 then 1 when 167 then 12 when 239 then -8 when 231 then -9 when 36 then -11
     when 61 then 11 when 108 then 2 else 3 end) as DATA_TYPE,
-  t.name as TYPE_NAME, convert(int, c.prec) as PRECISION, convert(int, c.length) as LENGTH,
+  t.name as TYPE_NAME, convert(int, c.prec) as [PRECISION], convert(int, c.length) as LENGTH,
   convert(smallint, c.scale) as SCALE, convert(smallint, 1) as PSEUDO_COLUMN
 from sysobjects o join sysindexes i on i.id = o.id
   join sysindexkeys k on k.id = i.id and k.indid = i.indid
