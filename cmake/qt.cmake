@@ -55,6 +55,7 @@ add_library(dbkeeper_tour_kit STATIC
   platform/qt/tour/DisconnectSteps.cpp
   platform/qt/tour/Hands.cpp
   platform/qt/tour/Picture.cpp
+  platform/qt/tour/QuerySteps.cpp
   platform/qt/tour/Tour.cpp
 )
 target_link_libraries(dbkeeper_tour_kit PUBLIC dbkeeper_qt Qt6::Test)

@@ -14,6 +14,7 @@
 #include <QShortcut>
 #include <QSplitter>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -37,7 +38,7 @@ constexpr int kEditorHeight = 260;
 constexpr int kMessagesHeight = 120;
 constexpr int kBuilderWidth = 200;
 constexpr int kSide = 3;
-constexpr int kButtonMargin = 12;
+constexpr int kButtonMargin = 16;
 constexpr int kNameWidth = 260;
 
 // The tab order is the order in which the parts are made. Files are taken wherever they are dropped
@@ -97,15 +98,14 @@ class ExecSqlWindow : public FormSecondWindow {
     layout->addWidget(halves, 1);
   }
 
-  // Buttons as narrow as their captions, for there are many in a row.
+  // A button as narrow as the widest of its captions so far, for there are many in a row.
   QPushButton* Narrow(Button& button, const QString& name) {
     QPushButton* const widget = binder_.Make(button, name);
-    const auto fit = [widget](const std::string& caption) {
+    Keep(*widget, button.Caption.Observe([widget](const std::string& caption) {
       const int text = widget->fontMetrics().horizontalAdvance(ToQt(caption));
-      widget->setMinimumWidth(text + Scaled(*widget, kButtonMargin));
-    };
-    Keep(*widget, button.Caption.Observe(fit));
-    widget->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
+      widget->setFixedWidth(
+          std::max(widget->minimumWidth(), text + Scaled(*widget, kButtonMargin)));
+    }));
     return widget;
   }
 

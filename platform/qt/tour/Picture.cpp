@@ -1,6 +1,7 @@
 #include "platform/qt/tour/Picture.h"
 
 #include <QApplication>
+#include <QMainWindow>
 #include <QMessageBox>
 #include <QPainter>
 #include <QWidget>
@@ -22,9 +23,12 @@ QRect Place(const QWidget& window) {
   return inner.adjusted(0, HasBar(window) ? -kBarHeight : 0, 0, 0);
 }
 
+// The main window lies at the bottom unless it is the one that a person works in.
 int Height(const QWidget* window) {
-  if (window->windowType() == Qt::Popup) return 2;
-  return window->isModal() ? 1 : 0;
+  if (window->windowType() == Qt::Popup) return 4;
+  if (window->isModal()) return 3;
+  if (window->isActiveWindow()) return 2;
+  return dynamic_cast<const QMainWindow*>(window) == nullptr ? 1 : 0;
 }
 
 std::vector<QWidget*> VisibleWindows() {
