@@ -14,7 +14,6 @@ bool StoredAlike(const SqlType& from, const SqlType& to) {
   if (FamilyOf(from.id) != FamilyOf(to.id)) return false;
   switch (FamilyOf(to.id)) {
     case TypeFamily::kInteger:
-      return from.id <= to.id;
     case TypeFamily::kReal:
       return from.id <= to.id;
     case TypeFamily::kDecimal:

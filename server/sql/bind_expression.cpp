@@ -1,4 +1,5 @@
 // Literals, names, subqueries and predicates.
+#include <algorithm>
 #include <utility>
 
 #include "server/sql/binder.h"
@@ -20,6 +21,13 @@ std::string Hex(std::string_view bytes) {
     text += kDigits[static_cast<unsigned char>(c) & 15];
   }
   return text + '\'';
+}
+
+// The type of a literal of that length: a large one when it is too long for the other.
+SqlType SizedType(TypeId id, TypeId large, int length) {
+  const int most = IsNationalText(id) ? 4000 : 8000;
+  if (length > most) return SqlType{large, 2147483647 / (IsNationalText(id) ? 2 : 1), 0, 0, false};
+  return SqlType{id, std::max(length, 1), 0, 0, false};
 }
 
 bool SameName(std::string_view left, std::string_view right) {
@@ -112,7 +120,6 @@ Bound Binder::BindNode(const Expression& expression, const Scope& scope) {
 Bound Binder::BindLiteral(const Literal& literal, int line) const {
   Bound bound;
   bound.type.nullable = false;
-  const auto text_length = [](int length) { return length == 0 ? 1 : length; };
   switch (literal.kind) {
     case LiteralKind::kNull:
       bound.sql = "NULL";
@@ -148,17 +155,16 @@ Bound Binder::BindLiteral(const Literal& literal, int line) const {
       return bound;
     }
     case LiteralKind::kString:
-      bound.type =
-          SqlType{TypeId::kVarChar, text_length(CodePageLength(literal.text)), 0, 0, false};
+      bound.type = SizedType(TypeId::kVarChar, TypeId::kText, CodePageLength(literal.text));
       bound.sql = QuoteText(literal.text);
       return bound;
     case LiteralKind::kNationalString:
-      bound.type = SqlType{TypeId::kNVarChar, text_length(Utf16Length(literal.text)), 0, 0, false};
+      bound.type = SizedType(TypeId::kNVarChar, TypeId::kNText, Utf16Length(literal.text));
       bound.sql = QuoteText(literal.text);
       return bound;
     case LiteralKind::kBinary:
-      bound.type = SqlType{TypeId::kVarBinary, text_length(static_cast<int>(literal.text.size())),
-                           0, 0, false};
+      bound.type =
+          SizedType(TypeId::kVarBinary, TypeId::kImage, static_cast<int>(literal.text.size()));
       bound.sql = Hex(literal.text);
       return bound;
   }

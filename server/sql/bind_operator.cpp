@@ -189,12 +189,10 @@ Bound Binder::Concatenate(const Bound& left, const Bound& right) const {
   const int maximum = IsNationalText(result.type.id) ? 4000 : 8000;
   const int length = left.type.length + right.type.length;
   if (FamilyOf(result.type.id) == TypeFamily::kText && !binary) {
-    Bound left_text = left;
-    Bound right_text = right;
     SqlType piece = result.type;
     piece.id = IsNationalText(piece.id) ? TypeId::kNVarChar : TypeId::kVarChar;
     piece.length = maximum;
-    result.sql = '(' + ConvertTo(left_text, piece) + " || " + ConvertTo(right_text, piece) + ')';
+    result.sql = '(' + ConvertTo(left, piece) + " || " + ConvertTo(right, piece) + ')';
   } else {
     result.sql = "ms_join(" + left.sql + ", " + right.sql + ')';
   }

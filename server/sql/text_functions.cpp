@@ -18,6 +18,7 @@ namespace {
 using Integer = std::int64_t;
 
 constexpr std::size_t kLongestText = 8000;
+constexpr std::size_t kLongestName = 384;  // in bytes
 
 bool IsBlob(const Cell& cell) { return std::holds_alternative<Blob>(cell); }
 
@@ -246,7 +247,7 @@ Cell Unicode(Cells arguments) {
 Cell QuoteName(Cells arguments) {
   const std::string_view name = TextAt(arguments, 0);
   const std::string_view mark = arguments.size() > 1 ? TextAt(arguments, 1) : "[";
-  if (mark.empty() || name.size() > 3 * 128) return {};
+  if (mark.empty() || name.size() > kLongestName) return {};
   constexpr std::string_view kOpen = "['\"(<{";
   constexpr std::string_view kClose = "]'\")>}";
   std::size_t kind = kOpen.find(mark[0]);

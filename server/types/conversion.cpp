@@ -88,7 +88,7 @@ Decimal TextToMoney(std::string_view text) {
       if (sign_seen) throw MakeError(235, {});
       sign_seen = true;
     } else if (c != U',') {
-      digits += c < 0x80 ? static_cast<char>(c) : '?';
+      digits += static_cast<char>(c < 0x80 ? c : U'?');
     }
   }
   if (digits.empty()) return Decimal{};

@@ -494,7 +494,7 @@ std::string_view DatePartName(std::string_view word) {
 }
 
 std::optional<std::int64_t> DateAdd(std::string_view part, std::int64_t count, std::int64_t time) {
-  constexpr std::int64_t kMostMonths = 12 * 10000;
+  constexpr std::int64_t kMostMonths = 120000;
   std::int64_t result = 0;
   if (IsMonthPart(part)) {
     if (count < -kMostMonths || count > kMostMonths) return std::nullopt;

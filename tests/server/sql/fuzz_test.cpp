@@ -13,7 +13,7 @@ namespace dbkeeper::server {
 namespace {
 
 constexpr std::uint32_t kSeed = 20040308;
-constexpr int kRounds = 6000;
+constexpr int kRounds = 20000;
 
 std::vector<std::string> Corpus() {
   std::vector<std::string> corpus;

@@ -57,6 +57,17 @@ TEST(Translator, TypesOfResultColumnsAreKnownBeforeTheFirstRow) {
   }
 }
 
+TEST(Translator, LiteralsBeyondTheLongestTextAreLarge) {
+  TestInstance instance;
+  const std::string letters(8001, 'x');
+  EXPECT_EQ(instance.Run("select '" + letters + "', N'" + letters + "'").columns, " text,  ntext");
+  EXPECT_EQ(instance
+                .Run("create table big (x text) insert big values ('" + letters +
+                     "') select datalength(x) from big")
+                .rows,
+            "8001");
+}
+
 TEST(Translator, ErrorsTellTheLineOfTheirPlaceInTheBatch) {
   TestInstance instance;
   instance.Run(kSetup);
