@@ -231,15 +231,16 @@ Cell BytesToText(const std::string& bytes, const Job& job) {
   std::u32string characters;
   if (IsNationalText(job.to.id)) {
     for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
-      characters += static_cast<unsigned char>(bytes[i]) |
-                    static_cast<char32_t>(static_cast<unsigned char>(bytes[i + 1])) << 8;
+      const char32_t low = static_cast<unsigned char>(bytes[i]);
+      const char32_t high = static_cast<unsigned char>(bytes[i + 1]);
+      characters += low | high << 8;
     }
   } else {
     for (const char c : bytes) {
       if (static_cast<unsigned char>(c) >= 0x80) {
         throw Unsupported("converting binary beyond ASCII to varchar");
       }
-      characters += static_cast<unsigned char>(c);
+      characters += static_cast<char32_t>(c);
     }
   }
   return TextResult(EncodeUtf8(characters), job);
@@ -559,7 +560,8 @@ std::string FormatFloat(double number, int style) {
   std::string text = digits.data();
   // The server writes three digits of an exponent.
   const std::size_t exponent = text.find('e');
-  if (exponent != std::string::npos && text.size() - exponent == 4) text.insert(exponent + 2, 1, '0');
+  if (exponent != std::string::npos && text.size() - exponent == 4)
+    text.insert(exponent + 2, 1, '0');
   return text;
 }
 

@@ -121,6 +121,12 @@ int CompareText(std::string_view left, std::string_view right) {
   std::size_t l = 0;
   std::size_t r = 0;
   while (l < left.size() && r < right.size()) {
+    // Most characters are the same byte on both sides.
+    if (left[l] == right[r] && static_cast<unsigned char>(left[l]) < 0x80) {
+      ++l;
+      ++r;
+      continue;
+    }
     const char32_t left_character = Fold(Next(left, l));
     const char32_t right_character = Fold(Next(right, r));
     if (left_character != right_character) return left_character < right_character ? -1 : 1;
