@@ -146,7 +146,7 @@ std::optional<BulkTarget> ParseInsertBulk(std::string_view text) {
   return target;
 }
 
-void RunBulkLoad(const BulkTarget& target, ByteReader& in, const CodePage932& code_page,
+void RunBulkLoad(const BulkTarget& target, MessageReader& in, const CodePage932& code_page,
                  Session& session, WireSink& sink) {
   const std::vector<WireType> types = ReadColumns(in);
   if (types.size() != target.columns.size()) throw WireError("a bulk load has other columns");
@@ -158,7 +158,10 @@ void RunBulkLoad(const BulkTarget& target, ByteReader& in, const CodePage932& co
   Transaction transaction(session, errors);
   StatementEnd end;
   end.rows = 0;
-  for (std::uint8_t token = in.U8(); token != kDone; token = in.U8()) {
+  // Some clients end in a DONE, and some just end.
+  while (!in.AtEnd()) {
+    const std::uint8_t token = in.U8();
+    if (token == kDone) break;
     if (token != kRow) throw WireError("a bulk load has something that is no row");
     for (std::size_t i = 0; i < values.size(); ++i) {
       ReadValue(in, types[i], ValuePlace::kRow, code_page, values[i]);
@@ -168,6 +171,7 @@ void RunBulkLoad(const BulkTarget& target, ByteReader& in, const CodePage932& co
     session.RunParameterized(text, values, errors);
     ++end.rows;
   }
+  if (in.cancelled()) return;
   if (!errors.failed()) transaction.Commit();
   end.failed = errors.failed();
   if (end.failed) end.rows = 0;

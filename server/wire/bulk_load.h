@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "server/engine/session.h"
-#include "server/wire/bytes.h"
 #include "server/wire/code_page.h"
+#include "server/wire/packet.h"
 #include "server/wire/wire_sink.h"
 
 namespace dbkeeper::server {
@@ -22,9 +22,10 @@ struct BulkTarget {
 // Nothing when the text is no INSERT BULK.
 std::optional<BulkTarget> ParseInsertBulk(std::string_view text);
 
-// Reads the rows off `in` and puts them into the table: all of them or, when one is refused, none.
+// Reads the rows off `in` and puts them into the table: all of them or, when one is refused or the
+// client breaks off, none.
 // Throws WireError when the message makes no sense; nothing has been kept then.
-void RunBulkLoad(const BulkTarget& target, ByteReader& in, const CodePage932& code_page,
+void RunBulkLoad(const BulkTarget& target, MessageReader& in, const CodePage932& code_page,
                  Session& session, WireSink& sink);
 
 }  // namespace dbkeeper::server

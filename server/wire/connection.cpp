@@ -165,6 +165,7 @@ void Connection::ServeBulkLoad() {
   const BulkTarget target = *std::exchange(bulk_target_, std::nullopt);
   WireSink sink(Context(), WireSink::Kind::kBatch);
   RunBulkLoad(target, reader_, services_.code_page, *session_, sink);
+  if (reader_.cancelled()) return AcknowledgeAttention();
   sink.Finish();
 }
 

@@ -101,14 +101,22 @@ TEST_F(BulkLoad, KeepsNothingWhenARowIsRefused) {
     message.text = "duplicate";
     sink.OnMessage(message);
   };
-  client_.Send(Packet(7, Rows(3) + End()));
+  client_.Send(Packet(7, Rows(3)));
   EXPECT_NE(client_.Answer().find(Utf16("duplicate")), std::string::npos);
   ASSERT_EQ(engine_.CallsWith("insert into").size(), 1u);
   EXPECT_EQ(engine_.calls().back().text, "rollback transaction");
 }
 
+TEST_F(BulkLoad, KeepsNothingWhenTheClientChangesItsMind) {
+  client_.Send(Packet(7, Rows(3), 0) + Packet(6, ""));
+  EXPECT_EQ(client_.Answer(), std::string("\xFD\x20\0\0\0\0\0\0\0", 9));
+  ASSERT_FALSE(engine_.calls().empty());
+  EXPECT_EQ(engine_.calls().back().text, "rollback transaction");
+}
+
 TEST_F(BulkLoad, KeepsNothingOfAMessageThatBreaksOff) {
-  client_.Send(Packet(7, Rows(3)));
+  const std::string rows = Rows(3);
+  client_.Send(Packet(7, rows.substr(0, rows.size() - 1)));
   EXPECT_TRUE(client_.WaitForClose());
   ASSERT_FALSE(engine_.calls().empty());
   EXPECT_EQ(engine_.calls().back().text, "rollback transaction");
