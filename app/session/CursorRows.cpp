@@ -22,23 +22,24 @@ CursorRows::CursorRows(std::unique_ptr<PageCursor> cursor, std::size_t budget)
     : cursor_(std::move(cursor)),
       fields_(cursor_->Fields()),
       page_rows_(PageRowsFor(fields_)),
-      budget_(budget) {
+      budget_(budget),
+      known_(std::max<std::int64_t>(cursor_->RowCount(), 0)),
+      exact_(cursor_->RowCount() >= 0) {
   Fetch(0);
 }
 
 CursorRows::~CursorRows() = default;
 
+// A short page is not always the last one: rows that were deleted meanwhile leave holes.
 void CursorRows::NoteCount(std::int64_t first, std::size_t count) {
-  const std::int64_t told = cursor_->RowCount();
-  const std::int64_t end = first + static_cast<std::int64_t>(count);
-  if (told >= 0) {
-    known_ = told;
+  if (exact_) return;
+  const std::int64_t behind = first + PageSize();
+  const bool is_end = count < page_rows_ && cursor_->Fetch(behind, 1) == 0;
+  if (is_end) {
+    known_ = std::max(known_, first + static_cast<std::int64_t>(count));
     exact_ = true;
-  } else if (count < page_rows_) {
-    known_ = end;
-    exact_ = true;
-  } else if (!exact_) {
-    known_ = std::max(known_, end);
+  } else {
+    known_ = std::max(known_, behind);
   }
 }
 

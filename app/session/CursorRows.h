@@ -50,8 +50,8 @@ class CursorRows : public RowSource {
   const std::size_t budget_;
   std::list<Page> pages_;  // the latest used first
   std::size_t kept_bytes_ = 0;
-  std::int64_t known_ = 0;
-  bool exact_ = false;
+  std::int64_t known_;
+  bool exact_;
 };
 
 }  // namespace dbkeeper

@@ -1,6 +1,7 @@
 #include "server/engine/cursor.h"
 
 #include <algorithm>
+#include <limits>
 #include <vector>
 
 #include "server/engine/engine_messages.h"
@@ -27,8 +28,10 @@ class EngineCursor : public Cursor {
   std::int64_t position() const override { return page_.first; }
 
   void Fetch(FetchKind kind, std::int64_t row, int count, ResultSink& sink) override {
-    page_ = Move(kind, row, count);
-    Reported(sink, [&] { return StatementEnd{.rows = Send(page_, sink), .is_select = true}; });
+    Reported(sink, [&] {
+      page_ = Move(kind, row, count);
+      return StatementEnd{.rows = Send(page_, sink), .is_select = true};
+    });
   }
 
   void Update(int, const std::vector<RpcParameter>&, ResultSink& sink) override { Refuse(sink); }
@@ -40,6 +43,8 @@ class EngineCursor : public Cursor {
   const Translation& translation() const { return translation_; }
   const Page& page() const { return page_; }
 
+  // Finds the first `wanted` rows, or all that there are, and gives how many are found by now.
+  virtual std::int64_t Find(std::int64_t wanted) = 0;
   // Sends the rows of the page and gives their number.
   virtual std::int64_t Send(const Page& page, ResultSink& sink) = 0;
 
@@ -60,8 +65,8 @@ class EngineCursor : public Cursor {
   }
 
  private:
-  Page Move(FetchKind kind, std::int64_t row, int count) const {
-    const std::int64_t total = row_count();
+  Page Move(FetchKind kind, std::int64_t row, int count) {
+    constexpr std::int64_t kAll = std::numeric_limits<std::int64_t>::max();
     std::int64_t first = page_.first;
     switch (kind) {
       case FetchKind::kFirst:
@@ -75,10 +80,10 @@ class EngineCursor : public Cursor {
         first = page_.first > 1 ? std::max<std::int64_t>(page_.first - count, 1) : 0;
         break;
       case FetchKind::kLast:
-        first = std::max<std::int64_t>(total - count + 1, 1);
+        first = std::max<std::int64_t>(Find(kAll) - count + 1, 1);
         break;
       case FetchKind::kAbsolute:
-        first = row < 0 ? total + row + 1 : row;
+        first = row < 0 ? Find(kAll) + row + 1 : row;
         break;
       case FetchKind::kRelative:
         first = page_.first + row;
@@ -87,6 +92,7 @@ class EngineCursor : public Cursor {
         break;
     }
     if (first < 1) return {0, 0};
+    const std::int64_t total = Find(first > kAll - count ? kAll : first + count - 1);
     if (first > total) return {total + 1, 0};
     return {first, std::min<std::int64_t>(count, total - first + 1)};
   }
@@ -101,19 +107,32 @@ class EngineCursor : public Cursor {
   Page page_;
 };
 
-// Row ids of one table.
+// Whether the rows come in an order of their own, or as the table gives them.
+enum class RowOrder { kGiven, kOfTable };
+
+RowOrder OrderOf(const Query& query) {
+  const auto* const core = std::get_if<SelectCore>(&query.terms[0]);
+  const bool plain = core != nullptr && !core->top && query.order_by.empty();
+  return plain ? RowOrder::kOfTable : RowOrder::kGiven;
+}
+
+// Row ids of one table. In the table's own order they are looked up as far as a fetch needs them,
+// so that a long table opens as fast as a short one.
 class KeysetCursor : public EngineCursor {
  public:
-  KeysetCursor(EngineSession& session, Translation rows) : EngineCursor(session, std::move(rows)) {
-    const int id_column = static_cast<int>(translation().columns.size());
-    SqliteStatement row = session.workspace().connection().Prepare(translation().sqlite_sql);
-    while (row.Step()) {
-      if (session.workspace().interrupted()) Fail(3617);
-      ids_.push_back(row.Integer(id_column));
+  KeysetCursor(EngineSession& session, Translation rows, RowOrder order)
+      : EngineCursor(session, std::move(rows)) {
+    if (order == RowOrder::kOfTable) {
+      FindMore();
+    } else {
+      FindAllInOrder();
     }
   }
 
-  std::int64_t row_count() const override { return static_cast<std::int64_t>(ids_.size()); }
+  // -1 until the last row has been found.
+  std::int64_t row_count() const override {
+    return complete_ ? static_cast<std::int64_t>(ids_.size()) : -1;
+  }
   bool updatable() const override { return true; }
 
   void Update(int page_row, const std::vector<RpcParameter>& values, ResultSink& sink) override {
@@ -146,13 +165,15 @@ class KeysetCursor : public EngineCursor {
   }
 
  protected:
+  std::int64_t Find(std::int64_t wanted) override {
+    while (!complete_ && static_cast<std::int64_t>(ids_.size()) < wanted) FindMore();
+    return static_cast<std::int64_t>(ids_.size());
+  }
+
   std::int64_t Send(const Page& page, ResultSink& sink) override {
     // SQLite turns the condition on the select's last column into a look-up by row id.
-    std::string names;
-    for (std::size_t i = 0; i < columns().size(); ++i) names += "c" + std::to_string(i) + ", ";
-    SqliteStatement statement = session().workspace().connection().Prepare(
-        "with page(" + names + "id) as (" + translation().sqlite_sql +
-        ") select * from page where id = ?1");
+    SqliteStatement statement =
+        session().workspace().connection().Prepare(Rows() + "select * from page where id = ?1");
     const StatementRow row(statement);
     std::int64_t sent = 0;
     for (std::int64_t i = 0; i < page.count; ++i) {
@@ -167,9 +188,41 @@ class KeysetCursor : public EngineCursor {
   }
 
  private:
+  // The select as a table "page" whose last column is the row id.
+  std::string Rows() {
+    std::string names;
+    for (std::size_t i = 0; i < columns().size(); ++i) names += "c" + std::to_string(i) + ", ";
+    return "with page(" + names + "id) as (" + translation().sqlite_sql + ") ";
+  }
+
+  void FindAllInOrder() {
+    const int id_column = static_cast<int>(translation().columns.size());
+    SqliteStatement row = session().workspace().connection().Prepare(translation().sqlite_sql);
+    while (row.Step()) Note(row.Integer(id_column));
+    complete_ = true;
+  }
+
+  // The next rows behind the last one found. No statement stays open between two fetches: it would
+  // hold the session in the past of other sessions' changes.
+  void FindMore() {
+    SqliteStatement row = session().workspace().connection().Prepare(
+        Rows() + "select id from page where id > ?1 order by id limit ?2",
+        ids_.empty() ? std::numeric_limits<std::int64_t>::min() : ids_.back(), step_);
+    const std::size_t before = ids_.size();
+    while (row.Step()) Note(row.Integer(0));
+    complete_ = ids_.size() - before < static_cast<std::size_t>(step_);
+    step_ = std::min(step_ * 2, kLongestStep);
+  }
+
+  void Note(std::int64_t id) {
+    if (session().workspace().interrupted()) Fail(3617);
+    ids_.push_back(id);
+  }
+
   Cell IdOf(int page_row) const {
     const std::int64_t position = page().first + page_row - 1;
-    if (page_row < 1 || page_row > page().count || position > row_count()) Fail(16931);
+    const auto found = static_cast<std::int64_t>(ids_.size());
+    if (page_row < 1 || page_row > page().count || position > found) Fail(16931);
     return ids_[static_cast<std::size_t>(position - 1)];
   }
 
@@ -198,7 +251,10 @@ class KeysetCursor : public EngineCursor {
     return cells;
   }
 
+  static constexpr std::int64_t kLongestStep = 1 << 17;
   std::vector<std::int64_t> ids_;
+  std::int64_t step_ = 1024;
+  bool complete_ = false;
 };
 
 // The whole result, kept in a temporary table.
@@ -222,6 +278,8 @@ class StaticCursor : public EngineCursor {
   std::int64_t row_count() const override { return rows_; }
 
  protected:
+  std::int64_t Find(std::int64_t) override { return rows_; }
+
   std::int64_t Send(const Page& page, ResultSink& sink) override {
     SqliteStatement rows = session().workspace().connection().Prepare(
         "select * from " + table_ + " where rowid >= ? and rowid < ? order by rowid", page.first,
@@ -246,7 +304,7 @@ std::unique_ptr<Cursor> OpenEngineCursor(EngineSession& session, std::string_vie
   Translation rows = translator.Select(*select, {.with_row_id = true});
   if (rows.into) return nullptr;
   if (rows.has_row_id && rows.target && rows.target->kind == ObjectKind::kTable) {
-    return std::make_unique<KeysetCursor>(session, std::move(rows));
+    return std::make_unique<KeysetCursor>(session, std::move(rows), OrderOf(*select->query));
   }
   rows = translator.Select(*select);
   return std::make_unique<StaticCursor>(session, std::move(rows), session.NextCursor());

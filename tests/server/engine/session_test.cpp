@@ -255,3 +255,31 @@ TEST_F(SessionTest, AClientThatWantsNoMoreRowsEndsTheStatement) {
 }
 
 }  // namespace dbkeeper::server
+TEST_F(SessionTest, ACursorOverALongTableFindsItsRowsAsTheyAreFetched) {
+  Client client = Operator();
+  client.Run(
+      "create database 窓 use 窓 create table t (a int) insert t select a.id from "
+      "販売管理..syscolumns a, 販売管理..syscolumns b");
+  RecordingSink sink;
+  const auto count = client.session().OpenCursor("select count(*) from t", sink);
+  sink.columns = count->columns();
+  count->Fetch(FetchKind::kFirst, 0, 1, sink);
+  const std::int64_t rows = std::stoll(sink.text);
+  ASSERT_GT(rows, 5000);
+  const auto cursor = client.session().OpenCursor("select a from t", sink);
+  EXPECT_EQ(cursor->row_count(), -1);
+  const auto fetch = [&](FetchKind kind, std::int64_t row) {
+    sink = RecordingSink();
+    sink.columns = cursor->columns();
+    cursor->Fetch(kind, row, 10, sink);
+    return sink.rows;
+  };
+  EXPECT_EQ(fetch(FetchKind::kAbsolute, rows + 1), 0);
+  EXPECT_EQ(cursor->row_count(), rows);
+  EXPECT_EQ(fetch(FetchKind::kAbsolute, rows - 3), 4);
+  EXPECT_EQ(fetch(FetchKind::kFirst, 0), 10);
+  const auto last = client.session().OpenCursor("select a from t", sink);
+  last->Fetch(FetchKind::kLast, 0, 1, sink);
+  EXPECT_EQ(last->position(), rows);
+}
+
