@@ -95,6 +95,7 @@ dbkeeper_test(server_sql_tests
 dbkeeper_test(server_engine_tests
   SOURCES
     tests/server/engine/catalog_test.cpp
+    tests/server/engine/durability_test.cpp
     tests/server/engine/engine_fixture.cpp
     tests/server/engine/session_test.cpp
     tests/server/engine/statement_cases_test.cpp

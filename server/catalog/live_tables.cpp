@@ -200,7 +200,6 @@ where o.xtype in ('U', 'V') and o.id > 100)"},
 std::vector<LockRow> LocksOf(const std::vector<SessionRecord>& sessions) {
   std::vector<LockRow> rows;
   for (const SessionRecord& session : sessions) {
-    if (session.session == nullptr) continue;
     rows.push_back({session.spid, {.dbid = session.dbid}});
     for (const LockRecord& lock : session.locks) rows.push_back({session.spid, lock});
   }

@@ -139,7 +139,6 @@ constexpr MessageRow kMessages[] = {
     {6101, 16, 1, "Process ID %1 is not a valid process ID. Choose a number between 1 and %2."},
     {6104, 16, 1, "Cannot use KILL to kill your own process."},
     {6106, 16, 2, "Process ID %1 is not an active process ID."},
-    {6107, 14, 1, "Only user processes can be killed."},
     {6401, 16, 1, "Cannot roll back %1. No transaction or savepoint of that name was found."},
     {7202, 11, 2,
      "Could not find server '%1' in sysservers. Execute sp_addlinkedserver to add the server to "

@@ -114,11 +114,11 @@ void EngineSession::RunText(std::string_view text, const std::vector<ParameterIn
     record.last_batch = CurrentTime();
   });
   try {
-    const auto quoted =
-        workspace_.options().quoted_identifiers ? QuotedIdentifiers::kOn : QuotedIdentifiers::kOff;
-    const std::vector<Statement> statements = ParseBatch(text, quoted);
+    std::vector<Statement> fresh;
+    const std::vector<Statement>& statements = Parse(text, parameters, fresh);
+    const TreeLife life = &statements == &insert_ ? TreeLife::kKept : TreeLife::kOneRun;
     for (const Statement& statement : statements) {
-      const Execution execution{sink, parameters, values, statement.line};
+      const Execution execution{sink, parameters, values, statement.line, life};
       if (!RunReported(statement, execution)) break;
     }
   } catch (const SqlError& error) {
@@ -130,6 +130,30 @@ void EngineSession::RunText(std::string_view text, const std::vector<ParameterIn
     record.command = "AWAITING COMMAND";
     record.open_transactions = workspace_.transaction_count();
   });
+}
+
+const std::vector<Statement>& EngineSession::Parse(std::string_view text,
+                                                   const std::vector<ParameterInfo>& parameters,
+                                                   std::vector<Statement>& fresh) {
+  const auto same = [](const ParameterInfo& left, const ParameterInfo& right) {
+    return left.name == right.name && EncodeType(left.type) == EncodeType(right.type);
+  };
+  if (!insert_.empty() && text == insert_text_ && workspace_.database() == insert_database_ &&
+      std::ranges::equal(parameters, insert_parameters_, same)) {
+    return insert_;
+  }
+  const auto quoted =
+      workspace_.options().quoted_identifiers ? QuotedIdentifiers::kOn : QuotedIdentifiers::kOff;
+  fresh = ParseBatch(text, quoted);
+  const bool is_insert =
+      fresh.size() == 1 && std::holds_alternative<InsertStatement>(fresh[0].node);
+  if (!is_insert || parameters.empty()) return fresh;
+  queries_.ForgetInsert();
+  insert_ = std::move(fresh);
+  insert_text_ = text;
+  insert_parameters_ = parameters;
+  insert_database_ = workspace_.database();
+  return insert_;
 }
 
 void EngineSession::ReportError(const ServerMessage& message, int line, ResultSink& sink) {

@@ -59,6 +59,10 @@ class EngineSession : public Session, private ServerState {
 
   void RunText(std::string_view text, const std::vector<ParameterInfo>& parameters,
                const std::vector<Cell>& values, ResultSink& sink);
+  // Parses the text, or gives back what is remembered of it.
+  const std::vector<Statement>& Parse(std::string_view text,
+                                      const std::vector<ParameterInfo>& parameters,
+                                      std::vector<Statement>& fresh);
   // False when the batch ends with the statement.
   bool RunReported(const Statement& statement, const Execution& execution);
   void ReportError(const ServerMessage& message, int line, ResultSink& sink);
@@ -104,6 +108,12 @@ class EngineSession : public Session, private ServerState {
   Resolver resolver_;
   QueryRunner queries_;
   int last_cursor_ = 0;
+
+  // The last insert with parameters: the rows of a bulk load come as the same text again and again.
+  std::string insert_text_;
+  std::vector<ParameterInfo> insert_parameters_;
+  std::string insert_database_;
+  std::vector<Statement> insert_;
 };
 
 // The value of a parameter as a cell.

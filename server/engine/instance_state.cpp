@@ -12,13 +12,6 @@ namespace {
 // The server keeps the first numbers for its own tasks; clients come from 51 on.
 constexpr int kFirstClient = 51;
 
-struct SystemTask {
-  int spid;
-  const char* command;
-};
-// The one task of its own that this server has: the write-ahead logs are folded in.
-constexpr SystemTask kTasks[] = {{1, "CHECKPOINT SLEEP"}};
-
 // Takes as long whatever the two have in common.
 bool SecretEquals(const std::string& left, const std::string& right) {
   unsigned char difference = left.size() == right.size() ? 0 : 1;
@@ -31,16 +24,7 @@ bool SecretEquals(const std::string& left, const std::string& right) {
 
 }  // namespace
 
-InstanceState::InstanceState(InstanceOptions options) : options_(std::move(options)) {
-  for (const SystemTask& task : kTasks) {
-    SessionRecord& record = sessions_[task.spid];
-    record.spid = task.spid;
-    record.login = "sa";
-    record.login_time = record.last_batch = CurrentTime();
-    record.status = "background";
-    record.command = task.command;
-  }
-}
+InstanceState::InstanceState(InstanceOptions options) : options_(std::move(options)) {}
 
 std::filesystem::path InstanceState::FileOf(int dbid) const {
   return options_.folder / ("db" + std::to_string(dbid) + ".sqlite");
@@ -116,7 +100,7 @@ bool InstanceState::InUse(int dbid, int spid) const {
   const std::scoped_lock lock(mutex_);
   return std::ranges::any_of(sessions_, [&](const auto& entry) {
     const SessionRecord& record = entry.second;
-    return record.session != nullptr && record.spid != spid && record.dbid == dbid;
+    return record.spid != spid && record.dbid == dbid;
   });
 }
 
@@ -141,7 +125,6 @@ void InstanceState::Kill(int spid, int killer) {
     const std::scoped_lock lock(mutex_);
     const auto found = sessions_.find(spid);
     if (found == sessions_.end()) Fail(6106, {std::to_string(spid)});
-    if (found->second.session == nullptr) Fail(6107);
     found->second.killed = true;
     found->second.session->Interrupt();
     close = on_kill_;

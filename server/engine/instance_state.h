@@ -38,7 +38,7 @@ struct SessionRecord {
   int blocked_by = 0;
   int open_transactions = 0;
   std::vector<LockRecord> locks;  // beside the shared lock on the current database
-  Session* session = nullptr;     // null: a task of the server itself
+  Session* session = nullptr;
   bool killed = false;
 };
 

@@ -41,8 +41,13 @@ FoundObject ObjectDefinition::Begin(const ObjectName& name, std::string_view xty
   if (!name.owner.empty() && !SameName(name.owner, "dbo")) {
     throw Unsupported("owners other than dbo");
   }
-  if (alter) return resolver_.Need(name, xtype);
+  if (alter) {
+    FoundObject found = resolver_.Need(name, xtype);
+    workspace_.NeedOwner(found.database, "ALTER");
+    return found;
+  }
   FoundObject place = resolver_.Place(name);
+  workspace_.NeedOwner(place.database, "CREATE");
   if (resolver_.CatalogAt(place).FindObject(name.name)) Fail(2714, {name.name});
   return place;
 }
@@ -120,6 +125,7 @@ void ObjectDefinition::Drop(ObjectClass object_class, const ObjectName& name) {
     Fail(3705, {InCapitals(row.word), name.Text(), actual->word, InCapitals(actual->word)});
   }
   if (found->IsSystem()) Fail(3708, {row.word, name.Text()});
+  workspace_.NeedOwner(found->database, "DROP " + InCapitals(row.word));
   WriteScope scope(workspace_, found->database, found->alias, found->object.id);
   Catalog catalog = resolver_.CatalogAt(*found);
   for (const char* column : {"instrig", "updtrig", "deltrig"}) {

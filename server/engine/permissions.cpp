@@ -53,7 +53,42 @@ std::vector<int> ActionsOf(const PermissionStatement& statement,
   return actions;
 }
 
+// Members of these may, or may not, read or write every table.
+struct ReaderWriterRoles {
+  std::int64_t allowed;
+  std::int64_t denied;
+};
+constexpr ReaderWriterRoles kReaders = {16390, 16392};
+constexpr ReaderWriterRoles kWriters = {16391, 16393};
+
 }  // namespace
+
+void NeedPermission(Workspace& workspace, const FoundObject& found, std::string_view word) {
+  if (workspace.login().sysadmin || found.alias == "temp") return;
+  const bool reads = word == "SELECT";
+  if (workspace.IsOwner(found.database) || (reads && found.IsSystem())) return;
+  const std::string schema = QuoteName(found.alias) + ".";
+  const ReaderWriterRoles roles = reads ? kReaders : kWriters;
+  const int action = std::ranges::find(kActions, word, &ActionRow::word)->action;
+  // The user with its roles, directly and through other roles; public is everybody's.
+  SqliteStatement row = workspace.connection().Prepare(
+      "with recursive mine(uid) as (select uid from " + schema +
+          "sysusers where sid = (select sid from main.syslogins where name = ?1) union select uid "
+          "from " +
+          schema +
+          "sysusers where name = 'guest' and hasdbaccess = 1 union select 0 "
+          "union select groupuid from " +
+          schema +
+          "sysmembers join mine on memberuid = uid) select (select max(protecttype) from " +
+          schema +
+          "sysprotects p join mine on p.uid = mine.uid where p.id = ?2 and p.action = ?3), (select "
+          "count(*) from mine where uid = ?4), (select count(*) from mine where uid = ?5)",
+      workspace.login().name, found.object.id, action, roles.allowed, roles.denied);
+  row.Step();
+  const bool denied = row.Integer(0) == kDeny || row.Integer(2) > 0;
+  const bool granted = row.Integer(0) != 0 || row.Integer(1) > 0;
+  if (denied || !granted) Fail(229, {word, found.object.name, found.database.name, "dbo"});
+}
 
 void ChangePermissions(const PermissionStatement& statement, Workspace& workspace,
                        Resolver& resolver) {

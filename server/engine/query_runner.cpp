@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "server/engine/engine_messages.h"
+#include "server/engine/permissions.h"
 #include "server/engine/table_definition.h"
 #include "server/sql/constraint_errors.h"
 
@@ -43,8 +44,10 @@ std::int64_t QueryRunner::SendRows(SqliteStatement& rows, ResultSink& sink) {
 }
 
 std::int64_t QueryRunner::Select(const SelectStatement& statement, const Execution& execution) {
+  resolver_.BeginStatement();
   Translator translator(resolver_, execution.parameters);
   const Translation translation = translator.Select(statement);
+  NeedReading(nullptr);
   if (translation.into) return SelectInto(translation, execution);
   try {
     SqliteStatement rows = workspace_.connection().Prepare(translation.sqlite_sql);
@@ -76,17 +79,47 @@ std::int64_t QueryRunner::SelectInto(const Translation& translation, const Execu
   return count;
 }
 
+void QueryRunner::NeedReading(const FoundObject* target) {
+  for (const FoundObject& object : resolver_.seen()) {
+    if (target != nullptr && object.object.id == target->object.id) continue;
+    NeedPermission(workspace_, object, "SELECT");
+  }
+}
+
 std::int64_t QueryRunner::Insert(const InsertStatement& statement, const Execution& execution) {
+  const std::string& identity_insert = workspace_.options().identity_insert;
+  if (insert_ && execution.tree == TreeLife::kKept && insert_->tree == &statement &&
+      insert_->identity_insert == identity_insert &&
+      insert_->version == workspace_.DefinitionVersion(insert_->target.alias)) {
+    insert_->target.database = workspace_.FindDatabase(insert_->target.database.name);
+    workspace_.Open(insert_->target.database);
+    return Execute(insert_->translation, insert_->statement, insert_->target, execution.values,
+                   "INSERT", execution.line);
+  }
+  insert_.reset();
+  resolver_.BeginStatement();
   Translator translator(resolver_, execution.parameters);
-  return Change(translator.Insert(statement), execution.values, "INSERT", execution.line);
+  Translation translation = translator.Insert(statement);
+  if (execution.tree == TreeLife::kOneRun || resolver_.asked_time() || statement.query != nullptr) {
+    return Change(translation, execution.values, "INSERT", execution.line);
+  }
+  const FoundObject target = NeedTarget(resolver_, *translation.target);
+  NeedReading(&target);
+  SqliteStatement prepared = workspace_.connection().Prepare(translation.sqlite_sql);
+  insert_.emplace(&statement, workspace_.DefinitionVersion(target.alias), identity_insert, target,
+                  std::move(translation), std::move(prepared));
+  return Execute(insert_->translation, insert_->statement, insert_->target, execution.values,
+                 "INSERT", execution.line);
 }
 
 std::int64_t QueryRunner::Update(const UpdateStatement& statement, const Execution& execution) {
+  resolver_.BeginStatement();
   Translator translator(resolver_, execution.parameters);
   return Change(translator.Update(statement), execution.values, "UPDATE", execution.line);
 }
 
 std::int64_t QueryRunner::Delete(const DeleteStatement& statement, const Execution& execution) {
+  resolver_.BeginStatement();
   Translator translator(resolver_, execution.parameters);
   return Change(translator.Delete(statement), execution.values, "DELETE", execution.line);
 }
@@ -94,15 +127,25 @@ std::int64_t QueryRunner::Delete(const DeleteStatement& statement, const Executi
 std::int64_t QueryRunner::Change(const Translation& translation, const std::vector<Cell>& values,
                                  const std::string& verb, int line) {
   const FoundObject target = NeedTarget(resolver_, *translation.target);
+  NeedReading(&target);
+  SqliteStatement statement = workspace_.connection().Prepare(translation.sqlite_sql);
+  return Execute(translation, statement, target, values, verb, line);
+}
+
+std::int64_t QueryRunner::Execute(const Translation& translation, SqliteStatement& statement,
+                                  const FoundObject& target, const std::vector<Cell>& values,
+                                  const std::string& verb, int line) {
+  NeedPermission(workspace_, target, verb);
   WriteScope scope(workspace_, target.database, target.alias, target.object.id,
                    WriteScope::Undo::kNothing);
   try {
-    SqliteStatement statement = workspace_.connection().Prepare(translation.sqlite_sql);
     BindAll(statement, values);
     while (statement.Step()) {
       if (workspace_.interrupted()) Fail(3617);
     }
+    statement.Reset();
   } catch (const SqliteError& failure) {
+    statement.Reset();
     throw SqlError(failure.constraint().kind == ConstraintFailureKind::kForeignKey
                        ? ForeignKeyFailure(target, translation.sqlite_sql, values, verb, line)
                        : MessageOfFailed(failure, &target, verb, line));

@@ -13,12 +13,16 @@
 
 namespace dbkeeper::server {
 
+// Whether the parsed statement outlives its run, so that more of it may be remembered.
+enum class TreeLife { kOneRun, kKept };
+
 // What a statement runs with.
 struct Execution {
   ResultSink& sink;
   const std::vector<ParameterInfo>& parameters;
   const std::vector<Cell>& values;
   int line = 1;
+  TreeLife tree = TreeLife::kOneRun;
 };
 
 class QueryRunner {
@@ -35,6 +39,9 @@ class QueryRunner {
   Cell Scalar(const Expression& expression, const Execution& execution);
   Cell Scalar(const Expression& expression, const Execution& execution, SqlType& type);
 
+  // Lets go of what is remembered of an insert; to be called before its tree goes.
+  void ForgetInsert() { insert_.reset(); }
+
   // Sends the rows of a translated select, without its columns.
   std::int64_t SendRows(SqliteStatement& rows, ResultSink& sink);
   // Runs a translated change of rows. `verb` is "INSERT", "UPDATE" or "DELETE".
@@ -46,6 +53,20 @@ class QueryRunner {
                                 const std::string& verb, int line);
 
  private:
+  // A translated and prepared insert, to be run again with other values.
+  struct PreparedInsert {
+    const InsertStatement* tree;
+    std::int64_t version;  // of the target's definitions
+    std::string identity_insert;
+    FoundObject target;
+    Translation translation;
+    SqliteStatement statement;
+  };
+
+  void NeedReading(const FoundObject* target);
+  std::int64_t Execute(const Translation& translation, SqliteStatement& statement,
+                       const FoundObject& target, const std::vector<Cell>& values,
+                       const std::string& verb, int line);
   std::int64_t SelectInto(const Translation& translation, const Execution& execution);
   ServerMessage ForeignKeyFailure(const FoundObject& target, const std::string& sql,
                                   const std::vector<Cell>& values, const std::string& verb,
@@ -53,6 +74,7 @@ class QueryRunner {
 
   Workspace& workspace_;
   Resolver& resolver_;
+  std::optional<PreparedInsert> insert_;
 };
 
 // Binds the values to ?1, ?2 ... of a statement, as far as it has them.

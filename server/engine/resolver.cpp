@@ -84,6 +84,7 @@ std::optional<ObjectInfo> Resolver::ResolveObject(const ObjectName& name) {
   }
   const std::optional<FoundObject> found = Find(name);
   if (!found || !OneOf(found->object.xtype, "U S V")) return std::nullopt;
+  Note(name, *found);
   if (found->object.xtype == "V" && !found->IsSystem()) {
     ObjectInfo info;
     info.kind = ObjectKind::kView;
@@ -104,6 +105,15 @@ std::optional<ObjectInfo> Resolver::ResolveObject(const ObjectName& name) {
   info.identity_insert =
       !inserts_into.empty() && SameName(inserts_into, info.database + "." + info.name);
   return info;
+}
+
+void Resolver::Note(const ObjectName& name, const FoundObject& found) {
+  if (workspace_.login().sysadmin) return;
+  // A view's own tables are looked up with its database; who may read the view may read them.
+  for (const FoundObject& other : seen_) {
+    if (other.object.xtype == "V" && SameName(other.database.name, name.database)) return;
+  }
+  seen_.push_back(found);
 }
 
 ObjectInfo Resolver::ReadTable(const FoundObject& found) {

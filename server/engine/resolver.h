@@ -28,7 +28,20 @@ class Resolver : public NameResolver {
   std::optional<ObjectInfo> ResolveObject(const ObjectName& name) override;
   std::optional<ObjectInfo> ResolveTableFunction(
       const ObjectName& name, const std::vector<std::string>& arguments) override;
-  std::int64_t StatementTime() override { return workspace_.statement_time; }
+  std::int64_t StatementTime() override {
+    asked_time_ = true;
+    return workspace_.statement_time;
+  }
+
+  // Forgets what the translation of the statement before has asked.
+  void BeginStatement() {
+    asked_time_ = false;
+    seen_.clear();
+  }
+  // True when the translation holds for this moment only.
+  bool asked_time() const { return asked_time_; }
+  // The tables and views that the statement itself names; not what its views are made of.
+  const std::vector<FoundObject>& seen() const { return seen_; }
 
   // Any object of sysobjects by name; "#t" in the temporary tables. Throws 911, 942, 7202.
   std::optional<FoundObject> Find(const ObjectName& name);
@@ -52,7 +65,11 @@ class Resolver : public NameResolver {
   const Known* FindTable(const FoundObject& place, const std::string& name);
   ObjectInfo ReadTable(const FoundObject& found);
 
+  void Note(const ObjectName& name, const FoundObject& found);
+
   Workspace& workspace_;
+  bool asked_time_ = false;
+  std::vector<FoundObject> seen_;
   std::map<std::pair<std::string, std::string>, Known> known_;  // by alias and name as written
 };
 

@@ -32,6 +32,7 @@ void TableDefinition::Alter(const AlterTableStatement& statement, ResultSink& si
   if (!found || found->object.xtype != "U") {
     Fail(4902, {statement.table.Text(), workspace_.database()});
   }
+  if (found->alias != "temp") workspace_.NeedOwner(found->database, "ALTER TABLE");
   WriteScope scope(workspace_, found->database, found->alias, found->object.id);
   Work work = Start(*found);
   if (const auto* add = std::get_if<AddColumns>(&statement.action)) {

@@ -122,6 +122,7 @@ void TableDefinition::Create(const CreateTableStatement& statement) {
   if (!statement.table.owner.empty() && !SameName(statement.table.owner, "dbo")) {
     throw Unsupported("owners other than dbo");
   }
+  if (place.alias != "temp") workspace_.NeedOwner(place.database, "CREATE TABLE");
   if (catalog.FindObject(statement.table.name)) Fail(2714, {statement.table.name});
   WriteScope scope(workspace_, place.database, place.alias);
   place.object = {.id = catalog.AddObject(statement.table.name, "U"),
@@ -340,6 +341,7 @@ void TableDefinition::CheckForeignKey(Work& work, const CatalogForeignKey& key) 
 
 void TableDefinition::CreateIndex(const CreateIndexStatement& statement) {
   const FoundObject found = resolver_.Need(statement.table, "U", 1088);
+  if (found.alias != "temp") workspace_.NeedOwner(found.database, "CREATE INDEX");
   WriteScope scope(workspace_, found.database, found.alias, found.object.id);
   Work work = Start(found);
   if (const CatalogIndex* existing = work.table.FindIndex(statement.name)) {
@@ -366,6 +368,7 @@ void TableDefinition::DropIndex(const DropIndexStatement::Item& item) {
   if (index == nullptr) Fail(3701, {"index", written});
   if (index->Has(IndexStatus::kPrimaryKey)) Fail(3723, {written, "PRIMARY KEY"});
   if (index->Has(IndexStatus::kUniqueKey)) Fail(3723, {written, "UNIQUE KEY"});
+  if (found->alias != "temp") workspace_.NeedOwner(found->database, "DROP INDEX");
   WriteScope scope(workspace_, found->database, found->alias, found->object.id);
   const CatalogIndex old = *index;
   RemoveIndex(work, old);
@@ -390,6 +393,7 @@ void TableDefinition::Drop(const ObjectName& name) {
   if (found->object.xtype == "V") Fail(3705, {"TABLE", name.Text(), "view", "VIEW"});
   if (found->object.xtype == "P") Fail(3705, {"TABLE", name.Text(), "procedure", "PROCEDURE"});
   if (found->object.xtype != "U") Fail(3701, {"table", name.Text()});
+  if (found->alias != "temp") workspace_.NeedOwner(found->database, "DROP TABLE");
   Catalog catalog = resolver_.CatalogAt(*found);
   for (const CatalogForeignKey& key : catalog.ReferencesTo(found->object.id)) {
     if (key.child != found->object.id) Fail(3726, {name.Text()});
@@ -405,6 +409,7 @@ void TableDefinition::Truncate(const TruncateStatement& statement) {
   if (!found || found->object.xtype != "U") {
     Fail(4701, {statement.table.Text(), workspace_.database()});
   }
+  if (found->alias != "temp") workspace_.NeedOwner(found->database, "TRUNCATE TABLE");
   Catalog catalog = resolver_.CatalogAt(*found);
   if (!catalog.ReferencesTo(found->object.id).empty()) Fail(4712, {statement.table.Text()});
   WriteScope scope(workspace_, found->database, found->alias, found->object.id);
@@ -416,6 +421,7 @@ void TableDefinition::Truncate(const TruncateStatement& statement) {
 
 CatalogObject TableDefinition::MakeFromColumns(const FoundObject& place, const std::string& name,
                                                const std::vector<ResultColumn>& columns) {
+  if (place.alias != "temp") workspace_.NeedOwner(place.database, "CREATE TABLE");
   Catalog catalog = resolver_.CatalogAt(place);
   if (catalog.FindObject(name)) Fail(2714, {name});
   CatalogTable table;

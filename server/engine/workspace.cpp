@@ -18,6 +18,19 @@ constexpr std::size_t kMostAttached = 9;
 
 std::string AliasOf(int dbid) { return dbid == kMasterId ? "main" : "d" + std::to_string(dbid); }
 
+// The file for ATTACH, which must be there already.
+std::string UriOf(const std::filesystem::path& file) {
+  std::string uri = "file:";
+  for (const char c : file.string()) {
+    if (c == '%' || c == '?' || c == '#') {
+      uri += c == '%' ? "%25" : c == '?' ? "%3f" : "%23";
+    } else {
+      uri += c;
+    }
+  }
+  return uri + "?mode=rw";
+}
+
 void NextIdentityFunction(sqlite3_context* context, int, sqlite3_value** arguments) {
   auto& workspace = *static_cast<Workspace*>(sqlite3_user_data(context));
   try {
@@ -138,8 +151,7 @@ std::string Workspace::Open(const DatabaseInfo& database) {
   }
   Detach(database.dbid);
   MakeRoomToAttach();
-  connection_.Run("attach ?1 as " + alias,
-                  "file:" + instance_.FileOf(database.dbid).string() + "?mode=rw");
+  connection_.Run("attach ?1 as " + alias, UriOf(instance_.FileOf(database.dbid)));
   attached_.push_back({database.dbid, generation});
   if (!login_.sysadmin) {
     const bool known =
@@ -213,6 +225,10 @@ bool Workspace::Holds(int dbid, std::int64_t object_id) const {
 void Workspace::ReleaseLocks() {
   held_.clear();
   instance_.Update(spid_, [](SessionRecord& record) { record.locks.clear(); });
+}
+
+void Workspace::NeedOwner(const DatabaseInfo& database, std::string_view statement) {
+  if (!IsOwner(database)) Fail(262, {statement, database.name});
 }
 
 void Workspace::BeginTransaction() { ++transaction_count_; }

@@ -87,6 +87,8 @@ class Workspace {
   // Makes the database current, without telling anybody.
   void SetCurrent(const DatabaseInfo& database);
   bool IsOwner(const DatabaseInfo& database);
+  // Throws 262 when the login is not the owner.
+  void NeedOwner(const DatabaseInfo& database, std::string_view statement);
 
   // Transactions of the client: SQLite's begins with the first write, so that reads before it see
   // what others have committed meanwhile, and a write never meets an outdated snapshot.
