@@ -53,6 +53,52 @@ TEST_F(SessionTest, LoginsThatAreNoAdministratorsMayNotAdminister) {
   EXPECT_EQ(report.Run("use 郵便番号"), "error 916");
 }
 
+TEST_F(SessionTest, RightsOnTablesAreThoseOfUserRolesAndPublic) {
+  Client owner = Operator();
+  Client reader = LogIn("report", "Report#2000");
+  Client seller = LogIn("tanaka", "Tanaka#2000");
+  EXPECT_EQ(reader.Run("select count(*) from 商品"), "120");
+  EXPECT_EQ(reader.Run("update 商品 set 単価 = 1"), "error 229");
+  EXPECT_EQ(reader.Run("select a.name from sysobjects a where a.name = '商品'"), "商品");
+  EXPECT_EQ(reader.Run("create table x (a int)"), "error 262");
+  EXPECT_EQ(reader.Run("drop table 商品"), "error 262");
+  EXPECT_EQ(reader.Run("create table #x (a int) insert #x values (1)"), "(1)");
+  EXPECT_EQ(seller.Run("select count(*) from 受注"), "1200");
+  EXPECT_EQ(seller.Run("select count(*) from 商品"), "error 229");
+  EXPECT_EQ(seller.Run("update 受注 set 備考 = null where 受注番号 = 1"), "(1)");
+  EXPECT_EQ(seller.Run("delete 受注 where 受注番号 = 1"), "error 229");
+  EXPECT_EQ(seller.Run("select count(*) from 受注一覧"), "error 229");
+  owner.Run("use 販売管理 grant select on 受注一覧 to 営業");
+  EXPECT_EQ(seller.Run("select count(*) from 受注一覧"), "1200");
+  owner.Run("deny select on 受注一覧 to tanaka");
+  EXPECT_EQ(seller.Run("select count(*) from 受注一覧"), "error 229");
+  owner.Run("revoke select on 受注一覧 to tanaka revoke select on 受注一覧 to 営業");
+}
+
+TEST_F(SessionTest, AnInsertRunAgainSeesWhatChangedInBetween) {
+  Client owner = Operator();
+  Client client = Operator();
+  owner.Run("create database 反復 use 反復 create table t (a nvarchar(9) primary key)");
+  client.Run("use 反復");
+  const auto insert = [&](const std::string& value) {
+    RecordingSink sink;
+    client.session().RunParameterized("insert t (a) values (@a)", {Text("@a", value)}, sink);
+    return sink.text;
+  };
+  EXPECT_EQ(insert("1"), "(1)");
+  EXPECT_EQ(insert("2"), "(1)");
+  EXPECT_EQ(insert("2"), "error 2627\nmessage 3621");
+  EXPECT_EQ(insert("3"), "(1)");
+  owner.Run("alter table t add b int not null default (7)");
+  EXPECT_EQ(insert("4"), "(1)");
+  EXPECT_EQ(client.Run("select a, b from t where a = '4'"), "4|7");
+  client.Run("use master");
+  owner.Run("alter database 反復 set READ_ONLY");
+  client.Run("use 反復");
+  EXPECT_EQ(insert("5"), "error 3906");
+  owner.Run("drop table t alter database 反復 set READ_WRITE create table t (a nvarchar(2))");
+}
+
 TEST_F(SessionTest, WritersWaitForEachOtherAndReadersDoNot) {
   Client first = Operator();
   Client second = Operator();
@@ -165,7 +211,7 @@ TEST_F(SessionTest, KilledAndInterruptedStatementsStop) {
   EXPECT_EQ(second.Run("kill " + std::to_string(second.session().spid())), "error 6104");
   EXPECT_EQ(second.Run("kill 99"), "error 6106");
   EXPECT_EQ(second.Run("kill 99999"), "error 6101");
-  EXPECT_EQ(second.Run("kill 1"), "error 6107");
+  EXPECT_EQ(second.Run("kill 1"), "error 6106");
   instance().OnKill({});
 }
 
@@ -197,7 +243,7 @@ TEST_F(SessionTest, ProceduresAndParametersComeAsCalls) {
 
 TEST_F(SessionTest, CursorsMoveAndChangeRows) {
   Client client = Operator();
-  client.Run("create database 窓 use 窓 create table t (a int primary key, b varchar(10))");
+  client.Run("create database 窓口 use 窓口 create table t (a int primary key, b varchar(10))");
   for (int i = 1; i <= 5; ++i) {
     client.Run("insert t values (" + std::to_string(i) + ", 'r" + std::to_string(i) + "')");
   }
@@ -244,17 +290,6 @@ TEST_F(SessionTest, CursorsMoveAndChangeRows) {
   EXPECT_EQ(client.session().OpenCursor("print 'x'", sink), nullptr);
 }
 
-TEST_F(SessionTest, AClientThatWantsNoMoreRowsEndsTheStatement) {
-  Client client = Operator();
-  RecordingSink sink;
-  sink.stop_after = 3;
-  client.session().RunBatch("select a.id from 販売管理..syscolumns a, 販売管理..syscolumns b",
-                            sink);
-  EXPECT_EQ(sink.rows, 3);
-  EXPECT_EQ(sink.messages.size(), 1U);
-}
-
-}  // namespace dbkeeper::server
 TEST_F(SessionTest, ACursorOverALongTableFindsItsRowsAsTheyAreFetched) {
   Client client = Operator();
   client.Run(
@@ -283,3 +318,14 @@ TEST_F(SessionTest, ACursorOverALongTableFindsItsRowsAsTheyAreFetched) {
   EXPECT_EQ(last->position(), rows);
 }
 
+TEST_F(SessionTest, AClientThatWantsNoMoreRowsEndsTheStatement) {
+  Client client = Operator();
+  RecordingSink sink;
+  sink.stop_after = 3;
+  client.session().RunBatch("select a.id from 販売管理..syscolumns a, 販売管理..syscolumns b",
+                            sink);
+  EXPECT_EQ(sink.rows, 3);
+  EXPECT_EQ(sink.messages.size(), 1U);
+}
+
+}  // namespace dbkeeper::server
