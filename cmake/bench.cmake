@@ -19,6 +19,11 @@ if(TARGET dbkeeper_test_server)
     LIBS dbkeeper_odbc dbkeeper_test_server dbkeeper_test_support)
 endif()
 
+if(TARGET dbkeeper_host)
+  dbkeeper_bench(export_bench SOURCES bench/export_bench.cpp
+    LIBS dbkeeper_host dbkeeper_test_support)
+endif()
+
 # The program's start. The measured program is the real one with another event loop.
 if(TARGET dbkeeper_qt)
   add_executable(start_program EXCLUDE_FROM_ALL main.cpp bench/start_common.cpp

@@ -29,12 +29,14 @@ char DesktopLocale::DecimalSeparator() {
 }
 
 std::string DesktopLocale::ShortDateFormat() {
-  const QLocale locale = QLocale::system();
-  // The user interface is Japanese, and so is the date where the machine has no language at all.
-  if (locale.language() == QLocale::C || locale.language() == QLocale::Japanese) {
-    return kJapaneseDate;
+  if (short_date_format_.empty()) {
+    const QLocale locale = QLocale::system();
+    // The user interface is Japanese, and so is the date where the machine has no language at all.
+    const bool japanese = locale.language() == QLocale::C || locale.language() == QLocale::Japanese;
+    short_date_format_ =
+        japanese ? kJapaneseDate : ToProgramPattern(locale.dateFormat(QLocale::ShortFormat));
   }
-  return ToProgramPattern(locale.dateFormat(QLocale::ShortFormat));
+  return short_date_format_;
 }
 
 }  // namespace dbkeeper::host
