@@ -21,9 +21,15 @@ void Show(QLineEdit& widget, const std::string& text) {
   if (widget.text() != shown) widget.setText(shown);
 }
 
+// The editor's own toPlainText would turn no-break spaces into plain ones.
+QString TextOf(const QPlainTextEdit& widget) {
+  QString text = widget.document()->toRawText();
+  return text.replace(QChar::ParagraphSeparator, '\n').replace(QChar::LineSeparator, '\n');
+}
+
 void Show(QPlainTextEdit& widget, const std::string& text) {
   const QString shown = ToQtLines(text);
-  if (widget.toPlainText() == shown) return;
+  if (TextOf(widget) == shown) return;
   if (widget.isReadOnly()) {
     widget.setPlainText(shown);
     return;
@@ -123,7 +129,7 @@ void Binder::Bind(Memo& memo, QPlainTextEdit& editor, const QString& name) const
   QObject::connect(&editor, &QPlainTextEdit::textChanged, &editor,
                    [guard = &guard_, &memo, &editor, mirroring] {
                      if (*mirroring) return;
-                     guard->Run([&] { memo.UserType(FromQtLines(editor.toPlainText())); });
+                     guard->Run([&] { memo.UserType(FromQtLines(TextOf(editor))); });
                    });
 }
 

@@ -87,6 +87,13 @@ TEST_F(ExecSqlWindowTest, WhatTheProgramPutInCanBeUndone) {
   EXPECT_EQ(window.MemoSQL.Text(), "typed");
 }
 
+TEST_F(ExecSqlWindowTest, EveryCharacterOfTheEditorReachesTheServer) {
+  const std::string text = "select '\u00A0\u3000髙①～😀', 'ﾃｽﾄ'\r\n\tgo";
+  window.MemoSQL.Text = text;
+  Type(" ");
+  EXPECT_EQ(window.MemoSQL.Text(), " " + text);
+}
+
 TEST_F(ExecSqlWindowTest, FindGoesRoundAndEscapeReturnsToTheEditor) {
   window.MemoSQL.Text = std::string("select x\r\nfrom X");
   QTest::keyClick(shown.get(), Qt::Key_F, Qt::ControlModifier);
