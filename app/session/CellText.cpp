@@ -43,7 +43,7 @@ std::string_view Cut(std::string_view text, std::size_t limit) {
 // A sign that may stand before a number is taken off; a "+" is dropped.
 std::string TakeSign(std::string_view& number) {
   if (number.empty() || (number[0] != '-' && number[0] != '+')) return "";
-  const std::string sign = number[0] == '-' ? "-" : "";
+  std::string sign = number[0] == '-' ? "-" : "";
   number.remove_prefix(1);
   return sign;
 }
