@@ -54,6 +54,7 @@ add_library(dbkeeper_tour_kit STATIC
   platform/qt/tour/DatabaseSteps.cpp
   platform/qt/tour/DisconnectSteps.cpp
   platform/qt/tour/Hands.cpp
+  platform/qt/tour/NodeSteps.cpp
   platform/qt/tour/Picture.cpp
   platform/qt/tour/QuerySteps.cpp
   platform/qt/tour/Tour.cpp

@@ -10,6 +10,7 @@ namespace {
 constexpr std::array kChapters = {
     &ConnectSteps,
     &DatabaseSteps,
+    &NodeSteps,
     &QuerySteps,
     &DisconnectSteps,
 };

@@ -12,6 +12,7 @@ Steps AllSteps();
 // The chapters.
 Steps ConnectSteps();     // from the start to the connected tree
 Steps DatabaseSteps();    // the list of databases, its menu, its sort, its keys
+Steps NodeSteps();        // every other node of the tree
 Steps QuerySteps();       // the query window, and back
 Steps DisconnectSteps();  // back to the roots, and the end
 

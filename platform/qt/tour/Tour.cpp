@@ -12,7 +12,7 @@ namespace dbkeeper::qt::tour {
 
 namespace {
 
-constexpr int kCheckEvery = 20;       // milliseconds
+constexpr int kCheckEvery = 20;        // milliseconds
 constexpr qint64 kPatience = 120'000;  // milliseconds; the first start makes the sample databases
 
 QWidget* FrontWindow() {
