@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <string_view>
 #include <system_error>
-#include <utility>
 
 #include "app/support/Files.h"
 #include "query/ScriptFile.h"
@@ -27,8 +26,8 @@ std::string FileName(const std::string& database, const std::string& name) {
 
 }  // namespace
 
-TemplateStore::TemplateStore(fs::path program_folder, CodePage& code_page)
-    : folder_(std::move(program_folder) / "template"), code_page_(code_page) {}
+TemplateStore::TemplateStore(const fs::path& program_folder, CodePage& code_page)
+    : folder_(program_folder / "template"), code_page_(code_page) {}
 
 bool TemplateStore::CanName(const std::string& database, const std::string& name) {
   const std::string file = FileName(database, name);

@@ -11,7 +11,7 @@ namespace dbkeeper {
 
 class TemplateStore {
  public:
-  TemplateStore(std::filesystem::path program_folder, CodePage& code_page);
+  TemplateStore(const std::filesystem::path& program_folder, CodePage& code_page);
 
   // Whether a file can be named so: no part of a path, no character that file systems keep for
   // themselves, not too long. The others must be called with such names only.
