@@ -36,13 +36,14 @@ dbkeeper_test(server_wire_tests
   LIBS dbkeeper_server_wire odbc
 )
 
-# A coverage-guided run by hand: cmake --preset release -DDBKEEPER_FUZZ=ON with clang++ as compiler.
+# A coverage-guided run by hand: -DDBKEEPER_FUZZ=ON -DCMAKE_CXX_COMPILER=clang++.
 if(DBKEEPER_FUZZ)
+  target_compile_options(dbkeeper_server_wire PRIVATE -fsanitize=fuzzer-no-link,address)
   add_executable(server_wire_fuzz
     tests/server/wire/fuzz_one.cpp
     tests/server/wire/wire_fuzz.cpp
   )
-  target_compile_options(server_wire_fuzz PRIVATE -fsanitize=fuzzer,address)
+  target_compile_options(server_wire_fuzz PRIVATE -fsanitize=fuzzer-no-link,address)
   target_link_options(server_wire_fuzz PRIVATE -fsanitize=fuzzer,address)
   target_link_libraries(server_wire_fuzz PRIVATE dbkeeper_server_wire)
 endif()
