@@ -91,7 +91,7 @@ TEST_F(QueryTest, EveryUseIsRecordedAndAFailedOneIsNot) {
   query.UseDatabase("sales");
   EXPECT_EQ(connection.statements, (std::vector<std::string>{"use [sales]"}));
   EXPECT_EQ(session.CurrentDatabase(), "sales");
-  session.ADOQuery_User.Command("use msdb");
+  session.ADOQuery_User.UseDatabase("msdb");
   EXPECT_EQ(session.CurrentDatabase(), "msdb");
   query.Open("use [a b]\r\nselect 1");
   EXPECT_EQ(session.CurrentDatabase(), "a b");
