@@ -44,16 +44,23 @@ add_library(dbkeeper_server_engine STATIC
   server/catalog/sample_data.cpp
   server/catalog/sample_instance.cpp
   server/catalog/system_tables.cpp
+  server/engine/backup_file.cpp
+  server/engine/backup_statements.cpp
   server/engine/cursor.cpp
   server/engine/database_definition.cpp
+  server/engine/database_files.cpp
+  server/engine/database_places.cpp
   server/engine/engine_messages.cpp
   server/engine/engine_session.cpp
+  server/engine/host_file.cpp
   server/engine/instance.cpp
   server/engine/instance_state.cpp
   server/engine/object_definition.cpp
   server/engine/permissions.cpp
   server/engine/query_runner.cpp
   server/engine/resolver.cpp
+  server/engine/restore_database.cpp
+  server/engine/restore_statements.cpp
   server/engine/session_settings.cpp
   server/engine/sqlite.cpp
   server/engine/state_functions.cpp
@@ -63,6 +70,7 @@ add_library(dbkeeper_server_engine STATIC
   server/engine/workspace.cpp
   server/procedures/database_procedures.cpp
   server/procedures/device_procedures.cpp
+  server/procedures/file_procedures.cpp
   server/procedures/job_procedures.cpp
   server/procedures/login_procedures.cpp
   server/procedures/metadata_procedures.cpp
@@ -94,6 +102,7 @@ dbkeeper_test(server_sql_tests
 
 dbkeeper_test(server_engine_tests
   SOURCES
+    tests/server/engine/BackupTest.cpp
     tests/server/engine/catalog_test.cpp
     tests/server/engine/durability_test.cpp
     tests/server/engine/engine_fixture.cpp

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <functional>
 
+#include "server/engine/database_files.h"
+
 namespace dbkeeper::server {
 
 namespace {
@@ -95,23 +97,18 @@ std::string LockRows(Workspace& workspace) {
       rows);
 }
 
-std::string FileRows(Workspace& workspace, const DatabaseInfo& database, const std::string&) {
+std::string FileRows(Workspace& workspace, const DatabaseInfo& database, const std::string& alias) {
   constexpr std::int64_t kServerPage = 8192;
-  const std::filesystem::path file = workspace.instance().FileOf(database.dbid);
-  std::error_code ignored;
-  const auto pages = [&](const std::filesystem::path& path) {
-    const auto bytes = std::filesystem::file_size(path, ignored);
-    return ignored ? 0 : (static_cast<std::int64_t>(bytes) + kServerPage - 1) / kServerPage;
+  const ListedFiles files = FilesOf(workspace, database, alias);
+  const auto pages = [&](std::int64_t bytes) {
+    return Number((bytes + kServerPage - 1) / kServerPage);
   };
-  const std::string log_file = file.string() + "-wal";
-  const std::string data_name = workspace.connection().TextOf(
-      "select filename from main.sysdatabases where dbid = ?1", database.dbid);
   return ValuesSource(
       {"fileid", "groupid", "size", "maxsize", "growth", "status", "perf", "name", "filename"},
-      {{"1", "1", Number(pages(file)), "-1", "10", "1048578", "0",
-        Padded(database.name + "_Data", 128), Padded(data_name, 260)},
-       {"2", "0", Number(pages(log_file)), "-1", "10", "1048642", "0",
-        Padded(database.name + "_Log", 128), Padded(data_name + "-wal", 260)}});
+      {{"1", "1", pages(files.data.bytes), "-1", "10", "1048578", "0",
+        Padded(files.data.logical_name, 128), Padded(files.data.physical_name, 260)},
+       {"2", "0", pages(files.log.bytes), "-1", "10", "1048642", "0",
+        Padded(files.log.logical_name, 128), Padded(files.log.physical_name, 260)}});
 }
 
 std::string ReferenceRows(Workspace&, const DatabaseInfo& database, const std::string& alias) {

@@ -1,9 +1,13 @@
 #include "server/engine/database_definition.h"
 
 #include <algorithm>
+#include <system_error>
 
 #include "server/catalog/new_database.h"
+#include "server/engine/database_files.h"
 #include "server/engine/engine_messages.h"
+#include "server/engine/error_chain.h"
+#include "server/engine/host_file.h"
 #include "server/engine/instance_state.h"
 #include "server/types/messages.h"
 
@@ -12,6 +16,7 @@ namespace dbkeeper::server {
 namespace {
 
 constexpr int kLastSystemDatabase = 4;
+constexpr int kFileError = 5123;
 
 struct OptionRow {
   std::string_view word;
@@ -45,13 +50,11 @@ constexpr OptionRow kOptions[] = {
 
 }  // namespace
 
-void MakeDatabase(Workspace& workspace, int dbid, const NewDatabase& database) {
+void MakeDatabaseFile(Workspace& workspace, int dbid) {
   InstanceState& instance = workspace.instance();
   const std::filesystem::path file = instance.FileOf(dbid);
   // What a torn attempt left behind is in nobody's catalog.
-  for (const char* suffix : {"", "-wal", "-shm"}) {
-    std::filesystem::remove(file.string() + suffix);
-  }
+  RemoveWithLogs(file);
   instance.NewGeneration(dbid);
   SqliteConnection& connection = workspace.connection();
   const std::string alias = "new_database";
@@ -68,11 +71,20 @@ void MakeDatabase(Workspace& workspace, int dbid, const NewDatabase& database) {
     throw;
   }
   connection.Execute("detach " + alias);
-  connection.Run(
+}
+
+void ListDatabase(Workspace& workspace, int dbid, const NewDatabase& database) {
+  const std::string file = workspace.instance().FileOf(dbid).string();
+  workspace.connection().Run(
       "insert into main.sysdatabases values (?1, ?2, (select sid from main.syslogins where name = "
       "?3), 0, ?4, 1090519040, ?5, 0, 0, 80, ?6, 539)",
       database.name, dbid, workspace.login().name, database.status, CurrentTime(),
-      database.file_name.empty() ? file.string() : database.file_name);
+      database.file_name.empty() ? file : database.file_name);
+}
+
+void MakeDatabase(Workspace& workspace, int dbid, const NewDatabase& database) {
+  MakeDatabaseFile(workspace, dbid);
+  ListDatabase(workspace, dbid, database);
 }
 
 void DatabaseDefinition::NeedNoTransaction(std::string_view statement) {
@@ -86,18 +98,125 @@ void DatabaseDefinition::NeedOwner(const DatabaseInfo& database) {
   }
 }
 
-void DatabaseDefinition::Create(const CreateDatabaseStatement& statement) {
-  NeedNoTransaction("CREATE DATABASE");
-  if (statement.for_attach) throw Unsupported("create database for attach");
+void DatabaseDefinition::NeedCreator() {
   if (!workspace_.login().sysadmin && !workspace_.login().dbcreator) {
     Fail(262, {"CREATE DATABASE", "master"});
   }
+}
+
+void DatabaseDefinition::NeedUnused(const DatabaseInfo& database, int number) {
+  if (database.dbid == workspace_.dbid() ||
+      workspace_.instance().InUse(database.dbid, workspace_.spid())) {
+    Fail(number, {database.name});
+  }
+}
+
+void DatabaseDefinition::Create(const CreateDatabaseStatement& statement, ResultSink& sink) {
+  NeedNoTransaction("CREATE DATABASE");
+  NeedCreator();
+  if (statement.for_attach) {
+    if (statement.data_files.empty()) Fail(1829);
+    Attach(statement.name, statement.data_files[0].file_name,
+           statement.log_files.empty() ? std::string() : statement.log_files[0].file_name, sink);
+    return;
+  }
   if (workspace_.LookUpDatabase(statement.name)) Fail(1801, {statement.name});
-  int dbid = kLastSystemDatabase + 1;
-  while (workspace_.LookUpDatabase(dbid)) ++dbid;
-  NewDatabase database{.name = statement.name, .file_name = {}};
-  if (!statement.data_files.empty()) database.file_name = statement.data_files[0].file_name;
-  MakeDatabase(workspace_, dbid, database);
+  DatabasePlaces& places = workspace_.instance().places();
+  RunChained({sink, MessageOf(1802), kFileError}, [&] {
+    const PlannedFiles plan = PlanFiles(workspace_, statement);
+    const int dbid = FreeDatabaseId(workspace_);
+    PendingFiles pending(places, {plan.place.data, plan.place.log}, PendingFiles::Purpose::kMake);
+    places.Set(dbid, plan.place);
+    try {
+      MakeLogFile(plan.place.log, plan.label.family);
+      MakeDatabaseFile(workspace_, dbid);
+      LabelFile(plan.place.data, plan.label);
+      WriteScope scope(workspace_, workspace_.FindDatabase("master"), "main");
+      ListDatabase(workspace_, dbid, {.name = statement.name, .file_name = plan.data_text});
+      places.Store(workspace_.connection(), dbid, plan.place);
+      scope.Commit();
+    } catch (...) {
+      places.Forget(dbid);
+      throw;
+    }
+    pending.Done();
+  });
+}
+
+void DatabaseDefinition::Attach(const std::string& name, const std::string& data,
+                                const std::string& log, ResultSink& sink) {
+  NeedNoTransaction("CREATE DATABASE");
+  NeedCreator();
+  if (workspace_.LookUpDatabase(name)) Fail(1801, {name});
+  DatabasePlaces& places = workspace_.instance().places();
+  RunChained({sink, MessageOf(1813, {name}), kFileError}, [&] {
+    DatabasePlace place{.data = places.HostPath(data), .log = {}, .log_name = log};
+    std::error_code ignored;
+    if (data.empty() || !std::filesystem::is_regular_file(place.data, ignored)) {
+      Fail(5105, {data});
+    }
+    if (IsTaken(workspace_, place.data)) Fail(5105, {data});
+    if (!IsDatabaseFile(place.data)) Fail(5171, {data});
+    FileLabel label = LabelOfFile(place.data);
+    if (label.family.empty()) {
+      label = {.family = RandomBytes(), .data_name = name + "_Data", .log_name = name + "_Log"};
+      LabelFile(place.data, label);
+    }
+    if (log.empty()) {
+      place.log_name = data.substr(0, data.rfind('.')) + "_log.ldf";
+      place.log = places.HostPath(place.log_name);
+      MakeLogFile(place.log, label.family);
+    } else {
+      place.log = places.HostPath(log);
+      CheckLogFile(place.log, label.family, log);
+    }
+    const int dbid = FreeDatabaseId(workspace_);
+    WriteScope scope(workspace_, workspace_.FindDatabase("master"), "main");
+    ListDatabase(workspace_, dbid, {.name = name, .file_name = data});
+    places.Store(workspace_.connection(), dbid, place);
+    scope.Commit();
+    places.Set(dbid, place);
+    workspace_.instance().NewGeneration(dbid);
+  });
+}
+
+void DatabaseDefinition::Detach(const std::string& name) {
+  NeedNoTransaction("sp_detach_db");
+  const std::optional<DatabaseInfo> database = workspace_.LookUpDatabase(name);
+  if (!database) Fail(15010, {name});
+  if (!workspace_.login().sysadmin) Fail(15247);
+  if (database->dbid <= kLastSystemDatabase) Fail(7940);
+  NeedUnused(*database, 3703);
+  workspace_.Detach(database->dbid);
+  DatabasePlaces& places = workspace_.instance().places();
+  const DatabasePlace place = places.Of(database->dbid);
+  // A database that never had a log file of its own gets one, so that it can be attached with it.
+  FileLabel label = LabelOfFile(place.data);
+  if (label.family.empty()) {
+    label = {.family = RandomBytes(),
+             .data_name = database->name + "_Data",
+             .log_name = database->name + "_Log"};
+    LabelFile(place.data, label);
+  }
+  const QuietFile quiet(workspace_, *database);
+  WriteScope scope(workspace_, workspace_.FindDatabase("master"), "main");
+  workspace_.connection().Run("delete from main.sysdatabases where dbid = ?", database->dbid);
+  places.Erase(workspace_.connection(), database->dbid);
+  scope.Commit();
+  places.Forget(database->dbid);
+  workspace_.instance().NewGeneration(database->dbid);
+}
+
+void DatabaseDefinition::Shrink(const std::string& name) {
+  NeedNoTransaction("DBCC SHRINKDATABASE");
+  const DatabaseInfo database = workspace_.FindDatabase(name);
+  if (!workspace_.IsOwner(database)) Fail(262, {"DBCC SHRINKDATABASE", name});
+  if (database.Has(DatabaseStatus::kReadOnly)) Fail(7992);
+  const std::string alias = workspace_.Open(database);
+  workspace_.connection().Execute("vacuum " + QuoteName(alias));
+  // Others may be reading the log; then the file becomes shorter with a later checkpoint.
+  sqlite3_wal_checkpoint_v2(workspace_.connection().handle(), alias.c_str(),
+                            SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr);
 }
 
 void DatabaseDefinition::Drop(const std::string& name) {
@@ -106,15 +225,20 @@ void DatabaseDefinition::Drop(const std::string& name) {
   if (!database) Fail(3701, {"database", name});
   NeedOwner(*database);
   if (database->dbid <= kLastSystemDatabase) Fail(3708, {"database", name});
-  if (database->dbid == workspace_.dbid() ||
-      workspace_.instance().InUse(database->dbid, workspace_.spid())) {
-    Fail(3702, {name});
-  }
+  NeedUnused(*database, 3702);
   workspace_.Detach(database->dbid);
+  DatabasePlaces& places = workspace_.instance().places();
+  const DatabasePlace place = places.Of(database->dbid);
+  std::vector<std::filesystem::path> files = {place.data};
+  if (!place.log.empty()) files.push_back(place.log);
+  PendingFiles pending(places, files, PendingFiles::Purpose::kRemove);
+  WriteScope scope(workspace_, workspace_.FindDatabase("master"), "main");
   workspace_.connection().Run("delete from main.sysdatabases where dbid = ?", database->dbid);
+  places.Erase(workspace_.connection(), database->dbid);
+  scope.Commit();
+  places.Forget(database->dbid);
   workspace_.instance().NewGeneration(database->dbid);
-  const std::string file = workspace_.instance().FileOf(database->dbid).string();
-  for (const char* suffix : {"", "-wal", "-shm"}) std::filesystem::remove(file + suffix);
+  pending.Done();
 }
 
 void DatabaseDefinition::Alter(const AlterDatabaseStatement& statement) {
@@ -130,10 +254,34 @@ void DatabaseDefinition::Alter(const AlterDatabaseStatement& statement) {
     }
     return;
   }
+  NeedListedFile(*database, statement);
   const auto* set = std::get_if<DatabaseOptions>(&statement.action);
   if (set == nullptr) throw Unsupported("this form of alter database");
+  NeedNoTransaction("ALTER DATABASE");
+  WriteScope scope(workspace_, workspace_.FindDatabase("master"), "main");
   for (const std::string& option : set->options) {
     if (!SetOption(*database, option)) throw Unsupported("the database option " + option);
+  }
+  scope.Commit();
+  // Who may come in is looked at when a session opens the database again.
+  if (std::ranges::find(set->options, "RESTRICTED_USER") != set->options.end()) {
+    workspace_.instance().NewGeneration(database->dbid);
+  }
+}
+
+void DatabaseDefinition::NeedListedFile(const DatabaseInfo& database,
+                                        const AlterDatabaseStatement& statement) {
+  std::string wanted;
+  if (const auto* modify = std::get_if<ModifyDatabaseFile>(&statement.action)) {
+    wanted = modify->file.logical_name;
+  } else if (const auto* remove = std::get_if<RemoveDatabaseFile>(&statement.action)) {
+    wanted = remove->logical_name;
+  } else {
+    return;
+  }
+  const ListedFiles files = FilesOf(workspace_, database, workspace_.Open(database));
+  if (!SameName(files.data.logical_name, wanted) && !SameName(files.log.logical_name, wanted)) {
+    Fail(5009);
   }
 }
 
@@ -147,9 +295,12 @@ bool DatabaseDefinition::SetOption(const DatabaseInfo& database, const std::stri
   if (closes && workspace_.instance().InUse(database.dbid, workspace_.spid())) {
     Fail(5070, {database.name});
   }
-  if (row->set == DatabaseStatus::kOffline) {
-    if (database.dbid == workspace_.dbid()) Fail(5070, {database.name});
-    workspace_.Detach(database.dbid);
+  if (row->set == DatabaseStatus::kOffline && database.dbid == workspace_.dbid()) {
+    Fail(5070, {database.name});
+  }
+  if (row->clear == DatabaseStatus::kOffline && database.Has(DatabaseStatus::kOffline)) {
+    const std::filesystem::path file = workspace_.instance().FileOf(database.dbid);
+    if (!IsDatabaseFile(file)) Fail(5105, {file.string()});
   }
   const std::string column = row->column;
   workspace_.connection().Run(

@@ -19,8 +19,16 @@ class DatabaseDefinition {
  public:
   explicit DatabaseDefinition(Workspace& workspace) : workspace_(workspace) {}
 
-  void Create(const CreateDatabaseStatement& statement);
+  // Tells `sink` why the files cannot be as the statement wants them, before it throws SqlError.
+  void Create(const CreateDatabaseStatement& statement, ResultSink& sink);
   void Drop(const std::string& name);
+  // Takes a database file in that is there already. An empty `log` makes a new log file beside it.
+  void Attach(const std::string& name, const std::string& data, const std::string& log,
+              ResultSink& sink);
+  // Lets a database go; its files stay where they are.
+  void Detach(const std::string& name);
+  // Gives back the room that the file does not need.
+  void Shrink(const std::string& name);
   void Alter(const AlterDatabaseStatement& statement);
 
   // Sets and clears one option by its word ("READ_ONLY", "AUTO_SHRINK ON"); false when there is
@@ -29,12 +37,21 @@ class DatabaseDefinition {
 
  private:
   void NeedOwner(const DatabaseInfo& database);
+  void NeedCreator();
+  // Throws 3703 (or the number) when a session has the database as its current one.
+  void NeedUnused(const DatabaseInfo& database, int number);
+  // Throws 5009 when a file is to be changed that the database does not have.
+  void NeedListedFile(const DatabaseInfo& database, const AlterDatabaseStatement& statement);
   void NeedNoTransaction(std::string_view statement);
 
   Workspace& workspace_;
 };
 
-// Makes the file of a database and its row in sysdatabases, in the connection's master database.
+// Makes the file of a database where the instance has it.
+void MakeDatabaseFile(Workspace& workspace, int dbid);
+// Makes its row in sysdatabases, in the connection's master database.
+void ListDatabase(Workspace& workspace, int dbid, const NewDatabase& database);
+// Both.
 void MakeDatabase(Workspace& workspace, int dbid, const NewDatabase& database);
 
 }  // namespace dbkeeper::server

@@ -32,6 +32,9 @@ constexpr MessageRow kMessages[] = {
      "Could not locate entry in sysdatabases for database '%1'. No entry found with that name. "
      "Make sure that the name is entered correctly."},
     {916, 14, 1, "Server user '%1' is not a valid user in database '%2'."},
+    {923, 14, 1,
+     "Database '%1' is in restricted mode. Only the database owner and members of the dbcreator "
+     "and sysadmin roles can access it."},
     {924, 14, 1, "Database '%1' is already open and can only have one user at a time."},
     {942, 14, 4, "Database '%1' cannot be opened because it is offline."},
     {1088, 16, 12, "Cannot find object '%1'."},
@@ -64,6 +67,12 @@ constexpr MessageRow kMessages[] = {
     {1779, 16, 1, "Table '%1' already has a primary key defined on it."},
     {1781, 16, 1, "Column already has a DEFAULT bound to it."},
     {1801, 16, 3, "Database '%1' already exists."},
+    {1802, 16, 1,
+     "CREATE DATABASE failed. Some file names listed could not be created. Check previous errors."},
+    {1813, 16, 2, "Could not open new database '%1'. CREATE DATABASE is aborted."},
+    {1828, 16, 3, "The file named '%1' is already in use. Choose another name."},
+    {1829, 16, 4, "The FOR ATTACH option requires that at least the primary file be specified."},
+    {1834, 16, 1, "The file '%1' cannot be overwritten. It is being used by another database."},
     {1902, 16, 3,
      "Cannot create more than one clustered index on table '%1'. Drop the existing clustered "
      "index '%2' before creating another."},
@@ -73,6 +82,9 @@ constexpr MessageRow kMessages[] = {
     {1911, 16, 1, "Column name '%1' does not exist in the target table."},
     {1913, 16, 1, "There is already an index on table '%1' named '%2'."},
     {1919, 16, 1, "Column '%1' is of a type that is invalid for use as a key column in an index."},
+    {2528, 10, 1,
+     "DBCC execution completed. If DBCC printed error messages, contact your system "
+     "administrator."},
     {2714, 16, 6, "There is already an object named '%1' in the database."},
     {2744, 16, 2,
      "Multiple identity columns specified for table '%1'. Only one identity column "
@@ -85,9 +97,42 @@ constexpr MessageRow kMessages[] = {
      "The data type of substitution parameter %1 does not match the expected type of the format "
      "specification."},
     {2812, 16, 62, "Could not find stored procedure '%1'."},
+    {3013, 16, 1, "%1 is terminating abnormally."},
+    {3014, 10, 1, "%1 successfully processed %2 pages in %3 seconds (%4 MB/sec)."},
+    {3021, 16, 0, "Cannot perform a backup or restore operation within a transaction."},
+    {3101, 16, 2, "Exclusive access could not be obtained because the database is in use."},
+    {3102, 16, 1,
+     "RESTORE cannot process database '%1' because it is in use by this session. It is recommended "
+     "that the master database be used when performing this operation."},
+    {3110, 14, 1, "User does not have permission to RESTORE database '%1'."},
+    {3147, 16, 3, "Backup and restore operations are not allowed on database tempdb."},
+    {3154, 16, 2,
+     "The backup set holds a backup of a database other than the existing '%1' database."},
+    {3156, 16, 1,
+     "File '%1' cannot be restored to '%2'. Use WITH MOVE to identify a valid location for the "
+     "file. %3"},
+    {3176, 16, 1,
+     "File '%1' is claimed by more than one file of the backup set. The WITH MOVE clause can be "
+     "used to relocate one or more files."},
+    {3201, 16, 2,
+     "Cannot open backup device '%1'. Device error or device off-line. See the SQL Server error "
+     "log for more details."},
+    {3202, 16, 1, "Write failed: %1, status = %2."},
+    {3203, 16, 1, "Read failed: %1, status = %2."},
+    {3206, 16, 1,
+     "No entry in sysdevices for backup device '%1'. Update sysdevices and rerun statement."},
+    {3234, 16, 2,
+     "Logical file '%1' is not part of database '%2'. Use RESTORE FILELISTONLY to list the logical "
+     "file names."},
+    {3241, 16, 0,
+     "The media family on device '%1' is incorrectly formed. SQL Server cannot process this media "
+     "family."},
+    {3262, 10, 1, "The backup set is valid."},
+    {3287, 16, 1, "The file ID %1 on device '%2' is not valid."},
     {3621, 0, 1, "The statement has been terminated."},
     {3701, 11, 5, "Cannot drop the %1 '%2', because it does not exist in the system catalog."},
     {3702, 16, 3, "Cannot drop the database '%1' because it is currently in use."},
+    {3703, 16, 2, "Cannot detach the database '%1' because it is currently in use."},
     {3705, 16, 1, "Cannot use DROP %1 with '%2' because '%2' is a %3. Use DROP %4."},
     {3708, 16, 1, "Cannot drop the %1 '%2' because it is a system %1."},
     {3723, 16, 4,
@@ -106,6 +151,7 @@ constexpr MessageRow kMessages[] = {
      "Could not run BEGIN TRANSACTION in database '%1' because the database is "
      "read-only."},
     {3998, 16, 1, "The open transaction was rolled back with the statement."},
+    {4035, 10, 1, "Processed %1 pages for database '%2', file '%3' on file %4."},
     {4060, 11, 1, "Cannot open database requested in login '%1'. Login fails."},
     {4064, 11, 1, "Cannot open user default database. Login failed."},
     {4606, 16, 1, "Granted or revoked privilege %1 is not compatible with object."},
@@ -130,11 +176,23 @@ constexpr MessageRow kMessages[] = {
      "ALTER TABLE %1 COLUMN failed because column '%2' does not exist in table "
      "'%3'."},
     {4928, 16, 1, "Cannot alter column '%1' because it is '%2'."},
+    {5009, 16, 1,
+     "ALTER DATABASE failed. Some disk names listed in the statement were not found. Check that "
+     "the names exist and are spelled correctly before rerunning the statement."},
     {5011, 14, 2,
      "User does not have permission to alter database '%1' or the database does not exist."},
     {5058, 16, 1, "Option '%1' cannot be set in database '%2'."},
     {5070, 16, 2, "Database state cannot be changed while other users are using the database '%1'"},
     {5074, 16, 3, "The %1 '%2' is dependent on column '%3'."},
+    {5103, 16, 1, "MAXSIZE cannot be less than SIZE for file '%1'."},
+    {5104, 16, 1, "File '%1' already used."},
+    {5105, 16, 2, "Device activation error. The physical file name '%1' may be incorrect."},
+    {5123, 16, 1, "CREATE FILE encountered operating system error %2: %1."},
+    {5169, 16, 1, "FILEGROWTH cannot be greater than MAXSIZE for file '%1'."},
+    {5170, 16, 1, "Cannot create file '%1' because it already exists."},
+    {5171, 16, 1, "'%1' is not a primary database file."},
+    {5173, 16, 1, "Cannot associate files with different databases."},
+    {5174, 16, 1, "Each file size must be greater than or equal to 512 KB."},
     {6005, 10, 1, "SHUTDOWN is in progress by login %1."},
     {6101, 16, 1, "Process ID %1 is not a valid process ID. Choose a number between 1 and %2."},
     {6104, 16, 1, "Cannot use KILL to kill your own process."},
@@ -143,6 +201,8 @@ constexpr MessageRow kMessages[] = {
     {7202, 11, 2,
      "Could not find server '%1' in sysservers. Execute sp_addlinkedserver to add the server to "
      "sysservers."},
+    {7940, 16, 1, "System databases master, model, msdb, and tempdb cannot be detached."},
+    {7992, 16, 1, "Cannot shrink 'read only' databases."},
     {8106, 16, 1, "Table '%1' does not have the identity property. Cannot perform SET operation."},
     {8107, 16, 1,
      "IDENTITY_INSERT is already ON for table '%1'. Cannot perform SET operation for table "

@@ -89,6 +89,7 @@ std::unique_ptr<Instance> Instance::Open(const InstanceOptions& options) {
     auto lock = std::make_unique<FolderLock>(options.folder);
     auto state = std::make_unique<InstanceState>(options);
     if (!std::filesystem::exists(state->FileOf(kMasterId))) MakeSampleInstance(options);
+    state->places().Load(*MasterConnection(*state));
     RenewTemporaryDatabase(*state);
     return std::unique_ptr<Instance>(new Instance(std::move(lock), std::move(state)));
   } catch (const SqlError& error) {

@@ -24,11 +24,8 @@ bool SecretEquals(const std::string& left, const std::string& right) {
 
 }  // namespace
 
-InstanceState::InstanceState(InstanceOptions options) : options_(std::move(options)) {}
-
-std::filesystem::path InstanceState::FileOf(int dbid) const {
-  return options_.folder / ("db" + std::to_string(dbid) + ".sqlite");
-}
+InstanceState::InstanceState(InstanceOptions options)
+    : options_(std::move(options)), places_(options_.folder) {}
 
 int InstanceState::GenerationOf(int dbid) const {
   const std::scoped_lock lock(mutex_);

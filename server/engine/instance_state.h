@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "server/engine/database_places.h"
 #include "server/engine/instance.h"
 #include "server/engine/session.h"
 
@@ -47,7 +48,8 @@ class InstanceState {
   explicit InstanceState(InstanceOptions options);
 
   const InstanceOptions& options() const { return options_; }
-  std::filesystem::path FileOf(int dbid) const;
+  DatabasePlaces& places() { return places_; }
+  std::filesystem::path FileOf(int dbid) const { return places_.Of(dbid).data; }
   // Counts the files a database id has had: a session that still has an earlier one attached sees
   // by it that it must let go.
   int GenerationOf(int dbid) const;
@@ -80,6 +82,7 @@ class InstanceState {
 
  private:
   const InstanceOptions options_;
+  DatabasePlaces places_;
   mutable std::mutex mutex_;
   std::map<int, SessionRecord> sessions_;
   std::map<int, int> generations_;

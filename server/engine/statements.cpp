@@ -3,6 +3,7 @@
 #include <chrono>
 #include <thread>
 
+#include "server/engine/backup_statements.h"
 #include "server/engine/database_definition.h"
 #include "server/engine/engine_messages.h"
 #include "server/engine/engine_session.h"
@@ -81,9 +82,9 @@ void EngineSession::RunOne(const CreateModuleStatement& statement, const Executi
   ObjectDefinition(workspace_, resolver_).CreateModule(statement, execution.sink);
 }
 
-void EngineSession::RunOne(const CreateDatabaseStatement& statement, const Execution&,
+void EngineSession::RunOne(const CreateDatabaseStatement& statement, const Execution& execution,
                            StatementEnd&) {
-  DatabaseDefinition(workspace_).Create(statement);
+  DatabaseDefinition(workspace_).Create(statement, execution.sink);
 }
 
 void EngineSession::RunOne(const AlterDatabaseStatement& statement, const Execution&,
@@ -164,15 +165,24 @@ void EngineSession::RunOne(const ExecuteTextStatement& statement, const Executio
   RunInside(text, {}, {}, execution.sink);
 }
 
-void EngineSession::RunOne(const BackupStatement&, const Execution&, StatementEnd&) {
-  throw Unsupported("backup");
+void EngineSession::RunOne(const BackupStatement& statement, const Execution& execution,
+                           StatementEnd&) {
+  RunBackup(*this, statement, execution);
 }
 
-void EngineSession::RunOne(const RestoreStatement&, const Execution&, StatementEnd&) {
-  throw Unsupported("restore");
+void EngineSession::RunOne(const RestoreStatement& statement, const Execution& execution,
+                           StatementEnd& end) {
+  end.rows = RunRestore(*this, statement, execution);
+  end.is_select = end.rows >= 0;
 }
 
-void EngineSession::RunOne(const DbccStatement& statement, const Execution&, StatementEnd&) {
+void EngineSession::RunOne(const DbccStatement& statement, const Execution& execution,
+                           StatementEnd&) {
+  if (statement.command == "SHRINKDATABASE" && !statement.arguments.empty()) {
+    DatabaseDefinition(workspace_).Shrink(statement.arguments[0]);
+    execution.sink.OnMessage(MessageOf(2528));
+    return;
+  }
   throw Unsupported("dbcc " + statement.command);
 }
 

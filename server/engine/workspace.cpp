@@ -165,6 +165,10 @@ std::string Workspace::Open(const DatabaseInfo& database) {
       Detach(database.dbid);
       Fail(916, {login_.name, database.name});
     }
+    if (database.Has(DatabaseStatus::kDboOnly) && !login_.dbcreator && !IsOwner(database)) {
+      Detach(database.dbid);
+      Fail(923, {database.name});
+    }
   }
   return alias;
 }
@@ -350,6 +354,14 @@ void WriteScope::Lock(const DatabaseInfo& database, const std::string& alias,
     if (failure.code() == SQLITE_BUSY_SNAPSHOT) Fail(1205, {std::to_string(workspace_.spid())});
     if (code == SQLITE_BUSY && !workspace_.interrupted()) Fail(1222);
     throw;
+  }
+  const auto attached =
+      std::ranges::find(workspace_.attached_, database.dbid, &Workspace::Attached::dbid);
+  if (attached != workspace_.attached_.end() &&
+      attached->generation != instance.GenerationOf(database.dbid)) {
+    // While it waited, a restore has given the database another file.
+    Forget(database.dbid, object_id);
+    Fail(1222);
   }
   instance.Update(workspace_.spid(), [&](SessionRecord& record) {
     record.blocked_by = 0;

@@ -6,8 +6,9 @@ namespace dbkeeper::server {
 
 const ProcedureRow* FindProcedure(std::string_view name) {
   for (const auto family :
-       {DatabaseProcedures, DeviceProcedures, JobProcedures, LoginProcedures, MetadataProcedures,
-        ObjectProcedures, ProcessProcedures, PropertyProcedures, RoleProcedures, UserProcedures}) {
+       {DatabaseProcedures, DeviceProcedures, FileProcedures, JobProcedures, LoginProcedures,
+        MetadataProcedures, ObjectProcedures, ProcessProcedures, PropertyProcedures, RoleProcedures,
+        UserProcedures}) {
     for (const ProcedureRow& row : family()) {
       if (SameName(row.name, name)) return &row;
     }

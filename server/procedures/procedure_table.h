@@ -19,6 +19,7 @@ void RunSystemProcedure(const ProcedureRow& row, EngineSession& session,
 // The families, one source each.
 std::span<const ProcedureRow> DatabaseProcedures();
 std::span<const ProcedureRow> DeviceProcedures();
+std::span<const ProcedureRow> FileProcedures();
 std::span<const ProcedureRow> JobProcedures();
 std::span<const ProcedureRow> LoginProcedures();
 std::span<const ProcedureRow> MetadataProcedures();

@@ -1,0 +1,344 @@
+#include "server/engine/backup_statements.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <thread>
+
+#include "server/engine/database_files.h"
+#include "server/engine/engine_messages.h"
+#include "server/engine/error_chain.h"
+#include "server/engine/host_file.h"
+#include "server/types/messages.h"
+
+namespace dbkeeper::server {
+
+namespace {
+
+constexpr int kTempdb = 2;
+constexpr int kWriteError = 3202;
+constexpr std::int64_t kServerPage = 8192;
+
+// Options that change nothing here: what they ask for is done anyway or concerns tapes.
+constexpr std::string_view kIdleOptions[] = {"NOINIT", "NOFORMAT", "SKIP",     "NOSKIP",
+                                             "STATS",  "NOUNLOAD", "UNLOAD",   "NOREWIND",
+                                             "REWIND", "RESTART",  "BLOCKSIZE"};
+
+struct BackupOptions {
+  std::string name;
+  std::string description;
+  bool format = false;
+  bool init = false;
+};
+
+BackupOptions OptionsOf(const BackupStatement& statement) {
+  BackupOptions options;
+  for (const BackupOption& option : statement.options) {
+    if (option.name == "NAME") {
+      options.name = option.value;
+    } else if (option.name == "DESCRIPTION") {
+      options.description = option.value;
+    } else if (option.name == "FORMAT") {
+      options.format = true;
+    } else if (option.name == "INIT") {
+      options.init = true;
+    } else if (std::ranges::find(kIdleOptions, option.name) == std::end(kIdleOptions)) {
+      throw Unsupported("backup with " + option.name);
+    }
+  }
+  return options;
+}
+
+// Keeps nothing of what it is told.
+class SilentSink : public ResultSink {
+ public:
+  void OnColumns(const std::vector<ResultColumn>&) override {}
+  bool OnRow(const RowView&) override { return true; }
+  void OnStatementEnd(const StatementEnd&) override {}
+  void OnMessage(const ServerMessage&) override {}
+  void OnDatabaseChanged(const std::string&, const std::string&) override {}
+  void OnReturnStatus(int) override {}
+};
+
+// Values for the parameters of a statement of the dialect.
+class Values {
+ public:
+  void Text(std::string name, const std::string& text) {
+    constexpr int kWidest = 4000;
+    Add(std::move(name), {.id = TypeId::kNVarChar, .length = kWidest}, text);
+  }
+  void Number(std::string name, std::int64_t value) {
+    Add(std::move(name), {.id = TypeId::kBigInt}, value);
+  }
+  void Time(std::string name, std::int64_t value) {
+    Add(std::move(name), {.id = TypeId::kDateTime}, value);
+  }
+  void Id(std::string name, const std::string& bytes) {
+    Add(std::move(name), {.id = TypeId::kUniqueIdentifier}, Blob{bytes});
+  }
+  void Run(EngineSession& session, std::string_view text) const {
+    SilentSink sink;
+    session.RunInside(text, infos_, values_, sink);
+  }
+
+ private:
+  void Add(std::string name, const SqlType& type, Cell value) {
+    infos_.push_back({std::move(name), type});
+    values_.push_back(std::move(value));
+  }
+  std::vector<ParameterInfo> infos_;
+  std::vector<Cell> values_;
+};
+
+std::int64_t MediaSetOf(EngineSession& session, const BackupPlace& place,
+                        const std::string& medium_id) {
+  Workspace& workspace = session.workspace();
+  const std::string schema = QuoteName(workspace.Open(workspace.FindDatabase("msdb"))) + ".";
+  const std::int64_t known = workspace.connection().IntegerOf(
+      0, "select max(media_set_id) from " + schema + "backupmediaset where media_uuid = ?1",
+      Cell(Blob{medium_id}));
+  if (known != 0) return known;
+  Values values;
+  values.Id("@medium", medium_id);
+  values.Run(session,
+             "insert msdb.dbo.backupmediaset (media_uuid, media_family_count, software_name, "
+             "software_vendor_id, MTF_major_version) values (@medium, 1, N'DB Keeper', 0, 1)");
+  const std::int64_t id = workspace.last_identity.value_or(0);
+  Values family;
+  family.Number("@id", id);
+  family.Id("@medium", medium_id);
+  family.Text("@device", place.logical_name);
+  family.Text("@path", place.physical_name);
+  family.Run(session,
+             "insert msdb.dbo.backupmediafamily values (@id, 1, @medium, 1, nullif(@device, N''), "
+             "@path, case @device when N'' then 2 else 102 end, 512)");
+  return id;
+}
+
+void RecordFiles(EngineSession& session, std::int64_t set_id, const BackupHeader& header) {
+  std::int64_t number = 0;
+  for (const BackedUpFile& file : header.files) {
+    Values values;
+    values.Number("@id", set_id);
+    values.Number("@number", ++number);
+    values.Text("@type", std::string(1, file.type));
+    values.Text("@group", file.type == 'D' ? "PRIMARY" : "");
+    values.Number("@pages", file.type == 'D' ? ServerPages(header.data_size) : 0);
+    values.Number("@size", file.size);
+    values.Text("@name", file.logical_name);
+    values.Text("@drive", file.physical_name.substr(0, file.physical_name.find_first_of("\\/")));
+    values.Text("@path", file.physical_name);
+    values.Run(session,
+               "insert msdb.dbo.backupfile values (@id, 1, 1, nullif(@group, N''), 8192, @number, "
+               "@pages, @type, 512, @size, @name, @drive, @path)");
+  }
+}
+
+// The history in msdb: one transaction.
+void Record(EngineSession& session, const BackupPlace& place, const std::string& medium_id,
+            std::int64_t position, const BackupHeader& header) {
+  Workspace& workspace = session.workspace();
+  workspace.BeginTransaction();
+  try {
+    const std::int64_t media_set = MediaSetOf(session, place, medium_id);
+    Values values;
+    values.Id("@uuid", header.set_id);
+    values.Number("@media", media_set);
+    values.Number("@position", position);
+    values.Text("@name", header.name);
+    values.Text("@description", header.description);
+    values.Text("@user", header.user);
+    values.Time("@created", header.created);
+    values.Time("@started", header.started);
+    values.Time("@finished", header.finished);
+    values.Number("@size", header.data_size);
+    values.Text("@database", header.database);
+    values.Text("@server", header.server);
+    values.Text("@machine", header.machine);
+    values.Run(session, R"(
+insert msdb.dbo.backupset (backup_set_uuid, media_set_id, first_family_number, first_media_number,
+  last_family_number, last_media_number, position, software_vendor_id, name, description, user_name,
+  software_major_version, software_minor_version, database_creation_date, backup_start_date,
+  backup_finish_date, type, sort_order, code_page, compatibility_level, database_version,
+  backup_size, database_name, server_name, machine_name, flags, collation_name)
+values (@uuid, @media, 1, 1, 1, 1, @position, 0, nullif(@name, N''), nullif(@description, N''),
+  @user, 8, 0, @created, @started, @finished, 'D', 0, 932, 80, 539, @size, @database, @server,
+  @machine, 0, N'Japanese_CI_AS'))");
+    RecordFiles(session, workspace.last_identity.value_or(0), header);
+    workspace.CommitTransaction();
+  } catch (...) {
+    if (workspace.transaction_count() > 0) workspace.RollbackTransaction();
+    throw;
+  }
+}
+
+BackupHeader HeaderFor(EngineSession& session, const DatabaseInfo& database,
+                       const BackupOptions& options) {
+  Workspace& workspace = session.workspace();
+  const std::string alias = workspace.Open(database);
+  const ListedFiles files = FilesOf(workspace, database, alias);
+  const InstanceOptions& instance = workspace.instance().options();
+  BackupHeader header;
+  header.set_id = RandomBytes();
+  header.family = ReadLabel(workspace.connection(), alias).family;
+  header.database = database.name;
+  header.name = options.name;
+  header.description = options.description;
+  header.user = workspace.login().name;
+  header.server = instance.server_name;
+  header.machine = instance.machine_name;
+  header.created = workspace.connection().IntegerOf(
+      0, "select crdate from main.sysdatabases where dbid = ?1", database.dbid);
+  header.started = CurrentTime();
+  header.files = {{files.data.logical_name, files.data.physical_name, 'D', files.data.bytes},
+                  {files.log.logical_name, files.log.physical_name, 'L', files.log.bytes}};
+  return header;
+}
+
+void NeedBackupRight(Workspace& workspace, const DatabaseInfo& database) {
+  if (workspace.IsOwner(database)) return;
+  const std::string schema = QuoteName(workspace.Open(database)) + ".";
+  constexpr int kBackupOperators = 16389;
+  const bool may = workspace.connection().IntegerOf(
+                       0,
+                       "select count(*) from " + schema + "sysusers u join " + schema +
+                           "sysmembers m on m.memberuid = u.uid where m.groupuid = ?1 and u.sid = "
+                           "(select sid from main.syslogins where name = ?2)",
+                       kBackupOperators, workspace.login().name) > 0;
+  if (!may) Fail(262, {"BACKUP DATABASE", database.name});
+}
+
+// Empty when there is no such device.
+std::string PathOfDevice(EngineSession& session, const std::string& name) {
+  return session.workspace().connection().TextOf(
+      "select phyname from main.sysdevices where name = ?1 and status & 16", name);
+}
+
+void BackUp(EngineSession& session, const BackupStatement& statement, ResultSink& sink) {
+  Workspace& workspace = session.workspace();
+  const DatabasePlaces& places = workspace.instance().places();
+  const auto begin = std::chrono::steady_clock::now();
+  const BackupOptions options = OptionsOf(statement);
+  if (workspace.transaction_count() > 0) Fail(3021);
+  const DatabaseInfo database = workspace.FindDatabase(statement.database);
+  if (database.dbid == kTempdb) Fail(3147);
+  NeedBackupRight(workspace, database);
+  const BackupPlace place = PlaceOf(session, statement.devices);
+  if (IsTaken(workspace, place.file)) Fail(3201, {place.physical_name});
+  places.MakeFolderOf(place.file);
+  std::error_code no_folder;
+  if (!std::filesystem::is_directory(place.file.parent_path(), no_folder) ||
+      std::filesystem::is_directory(place.file, no_folder)) {
+    Fail(3201, {place.physical_name});
+  }
+  BackupMedium earlier;
+  if (!options.format && std::filesystem::exists(place.file)) earlier = ReadMedium(place);
+  const std::string medium_id = earlier.id.empty() ? RandomBytes() : earlier.id;
+  const bool adds = !earlier.sets.empty() && !options.init;
+  const std::int64_t position = adds ? static_cast<std::int64_t>(earlier.sets.size()) + 1 : 1;
+
+  // The medium gets its name when it is whole; a crash before leaves the earlier one.
+  const std::string unfinished = place.file.string() + "." + RandomName();
+  const std::filesystem::path copy = unfinished + ".copy";
+  const std::filesystem::path medium = unfinished + ".medium";
+  const PendingFiles pending(places, {copy, medium}, PendingFiles::Purpose::kMake);
+  const KeepGoing keep_going = [&] { return !workspace.interrupted(); };
+  BackupHeader header = HeaderFor(session, database, options);
+  if (!CopyDatabase(workspace.instance().FileOf(database.dbid), copy, keep_going)) Fail(3617);
+  header.finished = CurrentTime();
+  header.data_size = static_cast<std::int64_t>(std::filesystem::file_size(copy));
+  if (!WriteBackup(medium, medium_id, adds ? place.file : std::filesystem::path(), header, copy,
+                   keep_going)) {
+    Fail(3617);
+  }
+  std::filesystem::rename(medium, place.file);
+  SyncFolder(place.file.parent_path());
+  Record(session, place, medium_id, position, header);
+  TellProcessed(sink, database.name, header, position);
+  const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
+  TellFinished(sink, "BACKUP DATABASE", header.data_size, seconds.count());
+}
+
+}  // namespace
+
+void RunBackup(EngineSession& session, const BackupStatement& statement,
+               const Execution& execution) {
+  if (statement.log) throw Unsupported("backup log");
+  RunChained({execution.sink, MessageOf(3013, {"BACKUP DATABASE"}), kWriteError},
+             [&] { BackUp(session, statement, execution.sink); });
+}
+
+bool CopyDatabase(const std::filesystem::path& from, const std::filesystem::path& to,
+                  const KeepGoing& keep_going) {
+  constexpr int kPagesAtOnce = 4096;
+  constexpr auto kPause = std::chrono::milliseconds(10);
+  SqliteConnection source(from.string());
+  // The open reading transaction holds the moment that is copied.
+  source.Execute("begin");
+  source.IntegerOf(0, "select count(*) from sqlite_schema");
+  SqliteConnection target(to.string());
+  // The copy is thrown away when anything happens to it.
+  target.Execute("pragma journal_mode = off");
+  target.Execute("pragma synchronous = off");
+  struct Finisher {
+    void operator()(sqlite3_backup* backup) const { sqlite3_backup_finish(backup); }
+  };
+  const std::unique_ptr<sqlite3_backup, Finisher> backup(
+      sqlite3_backup_init(target.handle(), "main", source.handle(), "main"));
+  if (!backup) throw SqliteError(target.handle());
+  for (;;) {
+    if (!keep_going()) return false;
+    const int code = sqlite3_backup_step(backup.get(), kPagesAtOnce);
+    if (code == SQLITE_DONE) return true;
+    if (code == SQLITE_BUSY || code == SQLITE_LOCKED) {
+      std::this_thread::sleep_for(kPause);
+    } else if (code != SQLITE_OK) {
+      throw SqliteError(target.handle());
+    }
+  }
+}
+
+BackupPlace PlaceOf(EngineSession& session, const std::vector<BackupDevice>& devices) {
+  for (const BackupDevice& named : devices) {
+    if (named.kind.empty() && PathOfDevice(session, named.name).empty()) {
+      Fail(3206, {named.name});
+    }
+  }
+  if (devices.size() != 1) throw Unsupported("backups on more than one device");
+  const BackupDevice& device = devices[0];
+  if (device.kind == "TAPE" || device.kind == "PIPE") throw Unsupported("backups on tapes");
+  const DatabasePlaces& places = session.workspace().instance().places();
+  BackupPlace place{.logical_name = {}, .physical_name = device.name, .file = {}};
+  if (device.kind.empty()) {
+    place.logical_name = device.name;
+    place.physical_name = PathOfDevice(session, device.name);
+  }
+  place.file = places.HostPath(place.physical_name, "backup");
+  if (!place.file.has_filename()) Fail(3201, {place.physical_name});
+  return place;
+}
+
+std::int64_t ServerPages(std::int64_t bytes) { return (bytes + kServerPage - 1) / kServerPage; }
+
+void TellProcessed(ResultSink& sink, const std::string& database, const BackupHeader& header,
+                   std::int64_t position) {
+  for (const BackedUpFile& file : header.files) {
+    const std::int64_t pages = file.type == 'D' ? ServerPages(header.data_size) : 0;
+    sink.OnMessage(MessageOf(
+        4035, {std::to_string(pages), database, file.logical_name, std::to_string(position)}));
+  }
+}
+
+void TellFinished(ResultSink& sink, std::string_view verb, std::int64_t bytes, double seconds) {
+  constexpr double kMegabyte = 1'000'000;
+  std::array<char, 32> time{};
+  std::array<char, 32> rate{};
+  std::snprintf(time.data(), time.size(), "%.3f", seconds);
+  std::snprintf(rate.data(), rate.size(), "%.3f",
+                seconds > 0 ? static_cast<double>(bytes) / kMegabyte / seconds : 0);
+  sink.OnMessage(
+      MessageOf(3014, {verb, std::to_string(ServerPages(bytes)), time.data(), rate.data()}));
+}
+
+}  // namespace dbkeeper::server

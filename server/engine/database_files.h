@@ -1,0 +1,80 @@
+// The files of a database as a whole: checked, made known, folded, let go.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "server/engine/database_places.h"
+#include "server/engine/workspace.h"
+#include "server/sql/ast.h"
+
+namespace dbkeeper::server {
+
+// The file of a database that its catalog lists.
+struct ListedFile {
+  std::string logical_name;
+  std::string physical_name;
+  std::int64_t bytes = 0;
+};
+
+struct ListedFiles {
+  ListedFile data;
+  ListedFile log;
+};
+
+// What a database's own file says of itself, so that it goes along with a copy of it.
+struct FileLabel {
+  std::string family;  // 16 bytes, the same in all copies of the database
+  std::string data_name;
+  std::string log_name;
+  std::int64_t data_bytes = 0;  // as the database was created with; its file grows from less
+  std::int64_t log_bytes = 0;
+};
+
+// Of the database `alias` of the connection; all empty when it has none.
+FileLabel ReadLabel(SqliteConnection& connection, const std::string& alias);
+void WriteLabel(SqliteConnection& connection, const std::string& alias, const FileLabel& label);
+
+// True when the database file can be opened and is a database of this server.
+bool IsDatabaseFile(const std::filesystem::path& file);
+FileLabel LabelOfFile(const std::filesystem::path& file);
+void LabelFile(const std::filesystem::path& file, const FileLabel& label);
+
+// The files of an open database (its alias in the workspace's connection).
+ListedFiles FilesOf(Workspace& workspace, const DatabaseInfo& database, const std::string& alias);
+
+// Where a new database goes, and what it says of itself. Throws SqlError 5103, 5104, 5105, 5169,
+// 5170, 5174, 1828.
+struct PlannedFiles {
+  DatabasePlace place;
+  std::string data_text;  // as sysdatabases shows it
+  FileLabel label;
+};
+PlannedFiles PlanFiles(Workspace& workspace, const CreateDatabaseStatement& statement);
+
+// Writes the log file that stands beside the data file. It holds no data: it says which database
+// it belongs to.
+void MakeLogFile(const std::filesystem::path& file, const std::string& family);
+// Throws SqlError 5105, 5173.
+void CheckLogFile(const std::filesystem::path& file, const std::string& family,
+                  const std::string& text);
+
+// Keeps writers out of a database file, all of whose log is folded in. The file is as good as a
+// copy while this lives. Throws SqlError 3101 when somebody writes for too long.
+class QuietFile {
+ public:
+  QuietFile(Workspace& workspace, const DatabaseInfo& database);
+
+ private:
+  SqliteConnection connection_;
+};
+
+// True when the file is one of a database's or of the instance itself.
+bool IsTaken(Workspace& workspace, const std::filesystem::path& file);
+
+// Lowest free database id for a new database.
+int FreeDatabaseId(Workspace& workspace);
+
+}  // namespace dbkeeper::server

@@ -1,0 +1,114 @@
+#include "server/engine/host_file.h"
+
+#include <fcntl.h>
+#include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+#include <utility>
+
+namespace dbkeeper::server {
+
+namespace {
+
+constexpr std::size_t kRandomBytes = 16;
+
+[[noreturn]] void FailWith(int code, const std::string& what) {
+  throw std::system_error(code, std::generic_category(), what);
+}
+
+int OpenDescriptor(const std::filesystem::path& path, int flags) {
+  const int file = open(path.c_str(), flags | O_CLOEXEC, 0600);
+  if (file < 0) FailWith(errno, path.string());
+  return file;
+}
+
+}  // namespace
+
+HostFile HostFile::Open(const std::filesystem::path& path) {
+  HostFile file(OpenDescriptor(path, O_RDONLY));
+  struct stat status {};
+  if (fstat(file.file_, &status) != 0) FailWith(errno, path.string());
+  if (!S_ISREG(status.st_mode)) FailWith(EINVAL, path.string());
+  return file;
+}
+
+HostFile HostFile::Make(const std::filesystem::path& path) {
+  return HostFile(OpenDescriptor(path, O_RDWR | O_CREAT | O_EXCL));
+}
+
+HostFile::~HostFile() {
+  if (file_ >= 0) close(file_);
+}
+
+HostFile::HostFile(HostFile&& other) noexcept : file_(std::exchange(other.file_, -1)) {}
+
+std::int64_t HostFile::Size() const {
+  struct stat status {};
+  if (fstat(file_, &status) != 0) FailWith(errno, "size");
+  return status.st_size;
+}
+
+std::size_t HostFile::Read(char* bytes, std::size_t count) {
+  std::size_t done = 0;
+  while (done < count) {
+    const ssize_t part = read(file_, bytes + done, count - done);
+    if (part < 0 && errno == EINTR) continue;
+    if (part < 0) FailWith(errno, "read");
+    if (part == 0) break;
+    done += static_cast<std::size_t>(part);
+  }
+  return done;
+}
+
+void HostFile::Write(std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t part = write(file_, bytes.data(), bytes.size());
+    if (part < 0 && errno == EINTR) continue;
+    if (part < 0) FailWith(errno, "write");
+    bytes.remove_prefix(static_cast<std::size_t>(part));
+  }
+}
+
+void HostFile::Seek(std::int64_t offset) {
+  if (lseek(file_, offset, SEEK_SET) < 0) FailWith(errno, "seek");
+}
+
+void HostFile::Sync() {
+  if (fsync(file_) != 0) FailWith(errno, "sync");
+}
+
+void SyncFolder(const std::filesystem::path& folder) {
+  const int file = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (file < 0) return;
+  // Some file systems cannot do this with a folder; then there is nothing better to do.
+  static_cast<void>(fsync(file));
+  close(file);
+}
+
+void RemoveWithLogs(const std::filesystem::path& path) {
+  std::error_code ignored;
+  for (const char* suffix : {"", "-wal", "-shm", "-journal"}) {
+    std::filesystem::remove(path.string() + suffix, ignored);
+  }
+}
+
+std::string RandomBytes() {
+  std::string bytes(kRandomBytes, '\0');
+  sqlite3_randomness(static_cast<int>(bytes.size()), bytes.data());
+  return bytes;
+}
+
+std::string RandomName() {
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  std::string name;
+  for (const char byte : RandomBytes()) {
+    name += kDigits[static_cast<unsigned char>(byte) >> 4];
+    name += kDigits[static_cast<unsigned char>(byte) & 15];
+  }
+  return name;
+}
+
+}  // namespace dbkeeper::server

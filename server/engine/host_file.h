@@ -1,0 +1,43 @@
+// A file of this machine, read and written in order. Failures throw std::system_error.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace dbkeeper::server {
+
+class HostFile {
+ public:
+  static HostFile Open(const std::filesystem::path& path);
+  // Makes the file; it must not be there yet.
+  static HostFile Make(const std::filesystem::path& path);
+  ~HostFile();
+  HostFile(HostFile&& other) noexcept;
+  HostFile& operator=(HostFile&&) = delete;
+
+  std::int64_t Size() const;
+  // Fills `bytes` as far as the file goes; gives the number read.
+  std::size_t Read(char* bytes, std::size_t count);
+  void Write(std::string_view bytes);
+  void Seek(std::int64_t offset);
+  // Returns when what was written is on the disk.
+  void Sync();
+
+ private:
+  explicit HostFile(int file) : file_(file) {}
+  int file_;
+};
+
+// Makes renames and removals in the folder last.
+void SyncFolder(const std::filesystem::path& folder);
+
+// Removes the file when it is there, and what SQLite keeps beside it.
+void RemoveWithLogs(const std::filesystem::path& path);
+
+// Sixteen random bytes, and the same as 32 digits for a file's name.
+std::string RandomBytes();
+std::string RandomName();
+
+}  // namespace dbkeeper::server

@@ -1,0 +1,260 @@
+// RESTORE DATABASE: the file of the backup takes the place of the database's own.
+#include <algorithm>
+#include <chrono>
+
+#include "server/engine/backup_statements.h"
+#include "server/engine/database_definition.h"
+#include "server/engine/database_files.h"
+#include "server/engine/engine_messages.h"
+#include "server/engine/host_file.h"
+#include "server/types/messages.h"
+
+namespace dbkeeper::server {
+
+namespace {
+
+constexpr int kLastSystemDatabase = 4;
+
+constexpr std::string_view kIdleOptions[] = {"FILE",     "RECOVERY", "STATS",    "RESTART",
+                                             "NOUNLOAD", "UNLOAD",   "NOREWIND", "REWIND"};
+
+struct RestoreOptions {
+  bool replace = false;
+  std::vector<BackupOption> moves;
+};
+
+RestoreOptions OptionsOf(const RestoreStatement& statement) {
+  RestoreOptions options;
+  for (const BackupOption& option : statement.options) {
+    if (option.name == "MOVE") {
+      options.moves.push_back(option);
+    } else if (option.name == "REPLACE") {
+      options.replace = true;
+    } else if (std::ranges::find(kIdleOptions, option.name) == std::end(kIdleOptions)) {
+      throw Unsupported("restore with " + option.name);
+    }
+  }
+  return options;
+}
+
+// Where the database's files shall be, as the statement and the backup name them.
+struct Targets {
+  std::string data;
+  std::string log;
+  bool moved_data = false;
+  bool moved_log = false;
+};
+
+Targets TargetsOf(const BackupHeader& header, const RestoreOptions& options) {
+  Targets targets;
+  for (const BackedUpFile& file : header.files) {
+    (file.type == 'D' ? targets.data : targets.log) = file.physical_name;
+  }
+  for (const BackupOption& move : options.moves) {
+    const auto file = std::ranges::find_if(
+        header.files, [&](const BackedUpFile& f) { return SameName(f.logical_name, move.value); });
+    if (file == header.files.end()) Fail(3234, {move.value, header.database});
+    (file->type == 'D' ? targets.data : targets.log) = move.target;
+    (file->type == 'D' ? targets.moved_data : targets.moved_log) = true;
+  }
+  return targets;
+}
+
+class DatabaseRestore {
+ public:
+  DatabaseRestore(EngineSession& session, const RestoreStatement& statement,
+                  const BackupPlace& from, const BackupSet& set)
+      : workspace_(session.workspace()),
+        places_(workspace_.instance().places()),
+        options_(OptionsOf(statement)),
+        name_(statement.database),
+        from_(from),
+        set_(set),
+        existing_(workspace_.LookUpDatabase(statement.database)) {}
+
+  void Run() {
+    if (workspace_.transaction_count() > 0) Fail(3021);
+    NeedRight();
+    if (existing_) NeedReplaceable();
+    ChoosePlace();
+    const std::filesystem::path unfinished = place_.data.string() + "." + RandomName();
+    std::vector<std::filesystem::path> made = {unfinished};
+    const bool in_place = existing_ && OldPlace().data == place_.data;
+    if (!in_place) made.insert(made.end(), {place_.data, place_.log});
+    PendingFiles pending(places_, made, PendingFiles::Purpose::kMake);
+    Unpack(unfinished);
+    if (in_place) {
+      SwapIn(unfinished);
+    } else {
+      MoveIn(unfinished);
+    }
+    pending.Done();
+  }
+
+ private:
+  DatabasePlace OldPlace() const { return places_.Of(existing_->dbid); }
+
+  void NeedRight() {
+    if (workspace_.login().sysadmin || workspace_.login().dbcreator) return;
+    const bool owner =
+        existing_ && !existing_->Has(DatabaseStatus::kOffline) && workspace_.IsOwner(*existing_);
+    if (!owner) Fail(3110, {name_});
+  }
+
+  void NeedReplaceable() {
+    if (existing_->dbid <= kLastSystemDatabase) throw Unsupported("restore of system databases");
+    if (existing_->dbid == workspace_.dbid()) Fail(3102, {name_});
+    if (workspace_.instance().InUse(existing_->dbid, workspace_.spid())) Fail(3101);
+    if (options_.replace) return;
+    std::string family;
+    if (IsDatabaseFile(OldPlace().data)) family = LabelOfFile(OldPlace().data).family;
+    const BackupHeader& header = set_.header;
+    const bool same = family.empty() || header.family.empty()
+                          ? SameName(header.database, existing_->name)
+                          : family == header.family;
+    if (!same) Fail(3154, {existing_->name});
+  }
+
+  // Without a move the files go where the database has them now, else where they were backed up.
+  void ChoosePlace() {
+    const Targets targets = TargetsOf(set_.header, options_);
+    const std::string now_data =
+        existing_ ? workspace_.connection().TextOf(
+                        "select filename from main.sysdatabases where dbid = ?1", existing_->dbid)
+                  : std::string();
+    if (existing_ && !targets.moved_data) {
+      place_.data = OldPlace().data;
+      data_text_ = now_data;
+    } else {
+      place_.data = NewPlace('D', targets.data);
+      data_text_ = targets.data;
+    }
+    // The log of a database that was never given files of its own lies beside its data file.
+    const bool implied_log = !targets.moved_log && targets.log == targets.data + "-wal";
+    if (existing_ && !targets.moved_log) {
+      place_.log = OldPlace().log;
+      place_.log_name = OldPlace().log_name;
+    } else if (!implied_log) {
+      place_.log = NewPlace('L', targets.log);
+      place_.log_name = targets.log;
+    }
+    if (place_.log == place_.data) Fail(3176, {place_.log_name});
+  }
+
+  std::filesystem::path NewPlace(char type, const std::string& text) {
+    const std::filesystem::path file = places_.HostPath(text);
+    places_.MakeFolderOf(file);
+    std::error_code ignored;
+    const bool own = existing_ && (file == OldPlace().data || file == OldPlace().log);
+    int problem = 0;
+    if (!file.has_filename() || std::filesystem::is_directory(file, ignored) ||
+        !std::filesystem::is_directory(file.parent_path(), ignored)) {
+      problem = 5105;
+    } else if (!own && IsTaken(workspace_, file)) {
+      problem = 1834;
+    } else if (!own && !options_.replace && std::filesystem::exists(file, ignored)) {
+      problem = 5170;
+    }
+    if (problem == 0) return file;
+    const auto listed = std::ranges::find(set_.header.files, type, &BackedUpFile::type);
+    Fail(3156, {listed->logical_name, text, MessageOf(problem, {text}).text});
+  }
+
+  // Writes the database's file from the backup and labels it, beside its final place.
+  void Unpack(const std::filesystem::path& file) {
+    const auto keep_going = [this] { return !workspace_.interrupted(); };
+    try {
+      HostFile target = HostFile::Make(file);
+      if (!ReadBackupData(
+              from_.file, set_, [&](std::string_view part) { target.Write(part); }, keep_going)) {
+        Fail(3617);
+      }
+      target.Sync();
+    } catch (const MalformedBackup&) {
+      Fail(3241, {from_.physical_name});
+    }
+    if (!IsDatabaseFile(file)) Fail(3241, {from_.physical_name});
+    label_ = LabelOfFile(file);
+    if (label_.family.empty()) label_.family = RandomBytes();
+    for (const BackedUpFile& listed : set_.header.files) {
+      (listed.type == 'D' ? label_.data_name : label_.log_name) = listed.logical_name;
+    }
+    LabelFile(file, label_);
+  }
+
+  // The database keeps its place: from one moment to the next its file is the new one.
+  void SwapIn(const std::filesystem::path& file) {
+    workspace_.Detach(existing_->dbid);
+    {
+      // A damaged file has nothing that would be worth keeping, and cannot be quieted.
+      std::optional<QuietFile> quiet;
+      if (IsDatabaseFile(place_.data)) quiet.emplace(workspace_, *existing_);
+      for (const char* suffix : {"-wal", "-shm"}) {
+        std::filesystem::remove(place_.data.string() + suffix);
+      }
+      std::filesystem::rename(file, place_.data);
+      workspace_.instance().NewGeneration(existing_->dbid);
+    }
+    SyncFolder(place_.data.parent_path());
+    List(existing_->dbid);
+  }
+
+  void MoveIn(const std::filesystem::path& file) {
+    RemoveWithLogs(place_.data);
+    std::filesystem::rename(file, place_.data);
+    SyncFolder(place_.data.parent_path());
+    if (!existing_) {
+      List(FreeDatabaseId(workspace_));
+      return;
+    }
+    const DatabasePlace old = OldPlace();
+    std::vector<std::filesystem::path> leftover = {old.data};
+    if (!old.log.empty() && old.log != place_.log) leftover.push_back(old.log);
+    workspace_.Detach(existing_->dbid);
+    PendingFiles pending(places_, leftover, PendingFiles::Purpose::kRemove);
+    List(existing_->dbid);
+    pending.Done();
+  }
+
+  // Enters the database into master, or its new place and state.
+  void List(int dbid) {
+    if (!place_.log.empty()) MakeLogFile(place_.log, label_.family);
+    SqliteConnection& connection = workspace_.connection();
+    WriteScope scope(workspace_, workspace_.FindDatabase("master"), "main");
+    if (existing_) {
+      connection.Run(
+          "update main.sysdatabases set filename = ?1, status = status & ~?2 where dbid = ?3",
+          data_text_, DatabaseStatus::kOffline, dbid);
+    } else {
+      ListDatabase(workspace_, dbid, {.name = name_, .file_name = data_text_});
+    }
+    places_.Store(connection, dbid, place_);
+    scope.Commit();
+    places_.Set(dbid, place_);
+    workspace_.instance().NewGeneration(dbid);
+  }
+
+  Workspace& workspace_;
+  DatabasePlaces& places_;
+  const RestoreOptions options_;
+  const std::string name_;
+  const BackupPlace& from_;
+  const BackupSet& set_;
+  const std::optional<DatabaseInfo> existing_;
+  DatabasePlace place_;
+  std::string data_text_;
+  FileLabel label_;
+};
+
+}  // namespace
+
+void RestoreDatabase(EngineSession& session, const RestoreStatement& statement,
+                     const BackupPlace& place, const BackupSet& set, ResultSink& sink) {
+  const auto begin = std::chrono::steady_clock::now();
+  DatabaseRestore(session, statement, place, set).Run();
+  TellProcessed(sink, statement.database, set.header, 1);
+  const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
+  TellFinished(sink, "RESTORE DATABASE", set.header.data_size, seconds.count());
+}
+
+}  // namespace dbkeeper::server
