@@ -83,10 +83,9 @@ Table Databases(int count) {
                   Named("crdate", FieldKind::kDateTime), Named("filename")};
   for (int i = 0; i < count; ++i) {
     const std::string number = std::to_string(i * 7919 % count);
-    table.rows.push_back({number, "database_" + number, "1073741840", "1090519040",
-                          "2005-03-08 09:05:07.123",
-                          "C:\\Program Files\\Microsoft SQL Server\\MSSQL\\Data\\d" + number +
-                              ".mdf"});
+    table.rows.push_back(
+        {number, "database_" + number, "1073741840", "1090519040", "2005-03-08 09:05:07.123",
+         "C:\\Program Files\\Microsoft SQL Server\\MSSQL\\Data\\d" + number + ".mdf"});
   }
   return table;
 }

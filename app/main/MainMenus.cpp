@@ -192,7 +192,8 @@ constexpr MenuRow kBackUp[] = {
 
 constexpr MenuRow kProcessLock[] = {
     kRefresh,
-    {0, "PopupMenu_Process_Lock_SQL", "SQL 発行...", &Run<&TFormMain::PopupMenu_Databases_SQLClick>},
+    {0, "PopupMenu_Process_Lock_SQL", "SQL 発行...",
+     &Run<&TFormMain::PopupMenu_Databases_SQLClick>},
     kCsv,
     {0, "PopupMenu_Process_Lock_Kill", "Kill", &Run<&TFormMain::PopupMenu_Process_Lock_KillClick>,
      &Selected},

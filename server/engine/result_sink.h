@@ -1,4 +1,5 @@
-// What running a batch gives, as a stream of events: the engine tells, the wire (or a test) listens.
+// What running a batch gives, as a stream of events: the engine tells, the wire (or a test)
+// listens.
 #pragma once
 
 #include <cstddef>
