@@ -40,11 +40,12 @@ QWidget* FindOrNull(const QString& name) {
   return nullptr;
 }
 
-// A window that is pressed comes to the front, also where no window manager sees to it.
+// A window that is pressed or typed into comes to the front, also where no window manager sees to
+// it.
 void BringToFront(QWidget& window) {
   if (window.windowType() == Qt::Popup || window.isActiveWindow()) return;
   window.activateWindow();
-  QApplication::processEvents();
+  if (!QTest::qWaitForWindowActive(&window)) Missing("The focus of " + window.objectName());
 }
 
 void PressAt(QWidget& widget, const QPoint& at, Press press) {
@@ -84,16 +85,18 @@ QModelIndex NodeOf(QTreeView& tree, const std::vector<QString>& path) {
   return node;
 }
 
-// Where keys go. Without a window manager nobody gives the focus on when a box is closed.
+// Where keys go: a popup, else the modal window, else the one in front.
 QWindow& FocusWindow() {
   if (QWidget* popup = QApplication::activePopupWidget()) return *popup->windowHandle();
-  if (QApplication::activeWindow() == nullptr) {
-    for (QWidget* window : ActiveWindows()) {
-      if (window->isVisible()) BringToFront(*window);
+  QWidget* window = QApplication::activeModalWidget();
+  if (window == nullptr) window = QApplication::activeWindow();
+  if (window == nullptr) {
+    for (QWidget* candidate : ActiveWindows()) {
+      if (candidate->isVisible()) window = candidate;
     }
   }
-  QWidget* window = QApplication::activeWindow();
-  if (window == nullptr) Missing("A window with the focus");
+  if (window == nullptr) Missing("A window for the keys");
+  BringToFront(*window);
   return *window->windowHandle();
 }
 
