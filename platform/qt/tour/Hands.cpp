@@ -198,8 +198,10 @@ std::vector<QString> Headers(const QString& list) {
 std::vector<QString> ChildrenOf(const QString& tree, const std::vector<QString>& path) {
   auto& view = FindA<QTreeView>(tree);
   const QModelIndex node = NodeOf(view, path);
+  const int rows = view.model()->rowCount(node);
   std::vector<QString> texts;
-  for (int row = 0; row < view.model()->rowCount(node); ++row) {
+  texts.reserve(static_cast<std::size_t>(rows));
+  for (int row = 0; row < rows; ++row) {
     texts.push_back(view.model()->index(row, 0, node).data().toString());
   }
   return texts;
