@@ -21,6 +21,11 @@ if(TARGET dbkeeper_test_server)
     LIBS dbkeeper_odbc dbkeeper_test_server SQLite::SQLite3)
 endif()
 
+if(TARGET dbkeeper_test_server)
+  dbkeeper_bench(lists_bench SOURCES bench/lists_bench.cpp
+    LIBS dbkeeper_odbc dbkeeper_test_server dbkeeper_test_support)
+endif()
+
 if(TARGET dbkeeper_host)
   dbkeeper_bench(export_bench SOURCES bench/export_bench.cpp
     LIBS dbkeeper_host dbkeeper_test_support)
