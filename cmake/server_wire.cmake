@@ -50,8 +50,8 @@ endif()
 
 dbkeeper_test(server_e2e_tests
   SOURCES
-    tests/server/e2e/backup_kill_test.cpp
     tests/server/e2e/bulk_copy_test.cpp
+    tests/server/e2e/database_kill_test.cpp
     tests/server/e2e/driver_test.cpp
     tests/server/e2e/durability_test.cpp
     tests/server/e2e/program_test.cpp

@@ -48,6 +48,16 @@ constexpr OptionRow kOptions[] = {
     {"AUTO_UPDATE_STATISTICS OFF", "status2", 0, 0x40000000},
 };
 
+// The label of a database's file, which gets one when it has none.
+FileLabel LabelFor(const std::filesystem::path& file, const std::string& name) {
+  FileLabel label = LabelOfFile(file);
+  if (label.family.empty()) {
+    label = {.family = RandomBytes(), .data_name = name + "_Data", .log_name = name + "_Log"};
+    LabelFile(file, label);
+  }
+  return label;
+}
+
 }  // namespace
 
 void MakeDatabaseFile(Workspace& workspace, int dbid) {
@@ -120,6 +130,7 @@ void DatabaseDefinition::Create(const CreateDatabaseStatement& statement, Result
            statement.log_files.empty() ? std::string() : statement.log_files[0].file_name, sink);
     return;
   }
+  const auto lock = workspace_.instance().LockDatabases();
   if (workspace_.LookUpDatabase(statement.name)) Fail(1801, {statement.name});
   DatabasePlaces& places = workspace_.instance().places();
   RunChained({sink, MessageOf(1802), kFileError}, [&] {
@@ -147,6 +158,7 @@ void DatabaseDefinition::Attach(const std::string& name, const std::string& data
                                 const std::string& log, ResultSink& sink) {
   NeedNoTransaction("CREATE DATABASE");
   NeedCreator();
+  const auto lock = workspace_.instance().LockDatabases();
   if (workspace_.LookUpDatabase(name)) Fail(1801, {name});
   DatabasePlaces& places = workspace_.instance().places();
   RunChained({sink, MessageOf(1813, {name}), kFileError}, [&] {
@@ -157,19 +169,16 @@ void DatabaseDefinition::Attach(const std::string& name, const std::string& data
     }
     if (IsTaken(workspace_, place.data)) Fail(5105, {data});
     if (!IsDatabaseFile(place.data)) Fail(5171, {data});
-    FileLabel label = LabelOfFile(place.data);
-    if (label.family.empty()) {
-      label = {.family = RandomBytes(), .data_name = name + "_Data", .log_name = name + "_Log"};
-      LabelFile(place.data, label);
-    }
-    if (log.empty()) {
-      place.log_name = data.substr(0, data.rfind('.')) + "_log.ldf";
-      place.log = places.HostPath(place.log_name);
+    const FileLabel label = LabelFor(place.data, name);
+    if (log.empty()) place.log_name = LogFileBeside(data);
+    place.log = places.HostPath(place.log_name);
+    if (IsTaken(workspace_, place.log)) Fail(5105, {place.log_name});
+    std::optional<PendingFiles> made;
+    if (log.empty() && !std::filesystem::exists(place.log, ignored)) {
+      made.emplace(places, std::vector{place.log}, PendingFiles::Purpose::kMake);
       MakeLogFile(place.log, label.family);
-    } else {
-      place.log = places.HostPath(log);
-      CheckLogFile(place.log, label.family, log);
     }
+    CheckLogFile(place.log, label.family, place.log_name);
     const int dbid = FreeDatabaseId(workspace_);
     WriteScope scope(workspace_, workspace_.FindDatabase("master"), "main");
     ListDatabase(workspace_, dbid, {.name = name, .file_name = data});
@@ -177,11 +186,13 @@ void DatabaseDefinition::Attach(const std::string& name, const std::string& data
     scope.Commit();
     places.Set(dbid, place);
     workspace_.instance().NewGeneration(dbid);
+    if (made) made->Done();
   });
 }
 
 void DatabaseDefinition::Detach(const std::string& name) {
   NeedNoTransaction("sp_detach_db");
+  const auto lock = workspace_.instance().LockDatabases();
   const std::optional<DatabaseInfo> database = workspace_.LookUpDatabase(name);
   if (!database) Fail(15010, {name});
   if (!workspace_.login().sysadmin) Fail(15247);
@@ -190,13 +201,15 @@ void DatabaseDefinition::Detach(const std::string& name) {
   workspace_.Detach(database->dbid);
   DatabasePlaces& places = workspace_.instance().places();
   const DatabasePlace place = places.Of(database->dbid);
-  // A database that never had a log file of its own gets one, so that it can be attached with it.
-  FileLabel label = LabelOfFile(place.data);
-  if (label.family.empty()) {
-    label = {.family = RandomBytes(),
-             .data_name = database->name + "_Data",
-             .log_name = database->name + "_Log"};
-    LabelFile(place.data, label);
+  const FileLabel label = LabelFor(place.data, database->name);
+  if (!place.log.empty()) {
+    // A crash in a restore may have left the log of the database before it.
+    MakeLogFile(place.log, label.family);
+  } else {
+    // A database that never had a log file of its own gets one to be attached with.
+    const std::filesystem::path log = LogFileBeside(place.data.string());
+    std::error_code missing;
+    if (std::filesystem::file_size(log, missing) == 0 || missing) MakeLogFile(log, label.family);
   }
   const QuietFile quiet(workspace_, *database);
   WriteScope scope(workspace_, workspace_.FindDatabase("master"), "main");
@@ -221,6 +234,7 @@ void DatabaseDefinition::Shrink(const std::string& name) {
 
 void DatabaseDefinition::Drop(const std::string& name) {
   NeedNoTransaction("DROP DATABASE");
+  const auto lock = workspace_.instance().LockDatabases();
   const std::optional<DatabaseInfo> database = workspace_.LookUpDatabase(name);
   if (!database) Fail(3701, {"database", name});
   NeedOwner(*database);

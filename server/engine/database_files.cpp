@@ -6,6 +6,7 @@
 #include <iterator>
 #include <optional>
 #include <system_error>
+#include <thread>
 
 #include "server/engine/engine_messages.h"
 #include "server/engine/host_file.h"
@@ -191,11 +192,17 @@ PlannedFiles PlanFiles(Workspace& workspace, const CreateDatabaseStatement& stat
 }
 
 void MakeLogFile(const std::filesystem::path& file, const std::string& family) {
-  std::error_code ignored;
-  std::filesystem::remove(file, ignored);
-  HostFile log = HostFile::Make(file);
+  HostFile log = HostFile::MakeOrOpen(file);
   log.Write(std::string(kLogMark) + FormatGuid(family) + "\n");
+  log.EndHere();
   log.Sync();
+  SyncFolder(file.parent_path());
+}
+
+std::string LogFileBeside(const std::string& data) {
+  const std::size_t name = data.find_last_of("\\/") + 1;
+  const std::size_t dot = data.rfind('.');
+  return data.substr(0, dot == std::string::npos || dot < name ? data.size() : dot) + "_log.ldf";
 }
 
 void CheckLogFile(const std::filesystem::path& file, const std::string& family,
@@ -207,22 +214,35 @@ void CheckLogFile(const std::filesystem::path& file, const std::string& family,
 }
 
 QuietFile::QuietFile(Workspace& workspace, const DatabaseInfo& database)
-    : connection_(workspace.instance().FileOf(database.dbid).string()) {
-  sqlite3_busy_timeout(connection_.handle(),
-                       static_cast<int>(workspace.instance().options().lock_timeout.count()));
-  constexpr int kAttempts = 20;
-  for (int attempt = 0; attempt < kAttempts; ++attempt) {
-    int frames = -1;
-    const int code = sqlite3_wal_checkpoint_v2(connection_.handle(), nullptr,
-                                               SQLITE_CHECKPOINT_TRUNCATE, &frames, nullptr);
-    if (code != SQLITE_OK) Fail(3101);
-    connection_.Execute("begin immediate");
+    : workspace_(workspace), connection_(workspace.instance().FileOf(database.dbid).string()) {
+  const std::string wal = workspace.instance().FileOf(database.dbid).string() + "-wal";
+  sqlite3* const handle = connection_.handle();
+  sqlite3_busy_handler(handle, OnBusy, this);
+  for (;;) {
+    Check(sqlite3_wal_checkpoint_v2(handle, nullptr, SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr));
+    Check(sqlite3_exec(handle, "begin immediate", nullptr, nullptr, nullptr));
     // A writer may have been quicker than the lock.
-    const std::string wal = workspace.instance().FileOf(database.dbid).string() + "-wal";
     if (BytesOf(wal) == 0) return;
     connection_.Execute("rollback");
+    if (OnBusy(this, 0) == 0) Check(SQLITE_BUSY);
   }
-  Fail(3101);
+}
+
+int QuietFile::OnBusy(void* self, int) {
+  constexpr auto kPause = std::chrono::milliseconds(5);
+  const QuietFile& quiet = *static_cast<QuietFile*>(self);
+  const auto limit = quiet.workspace_.LockTimeout();
+  const bool late = limit.count() >= 0 && std::chrono::steady_clock::now() - quiet.start_ >= limit;
+  if (late || quiet.workspace_.interrupted()) return 0;
+  std::this_thread::sleep_for(kPause);
+  return 1;
+}
+
+void QuietFile::Check(int code) const {
+  if (code == SQLITE_OK) return;
+  if (workspace_.interrupted()) Fail(3617);
+  if ((code & 0xFF) == SQLITE_BUSY) Fail(3101);
+  throw SqliteError(connection_.handle());
 }
 
 bool IsTaken(Workspace& workspace, const std::filesystem::path& file) {

@@ -1,6 +1,7 @@
 // The files of a database as a whole: checked, made known, folded, let go.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -55,19 +56,29 @@ struct PlannedFiles {
 PlannedFiles PlanFiles(Workspace& workspace, const CreateDatabaseStatement& statement);
 
 // Writes the log file that stands beside the data file. It holds no data: it says which database
-// it belongs to.
+// it belongs to. At no moment is a log file gone that was there before.
 void MakeLogFile(const std::filesystem::path& file, const std::string& family);
+// The log file, as a path of either kind, that goes with a data file when nobody names one.
+std::string LogFileBeside(const std::string& data);
 // Throws SqlError 5105, 5173.
 void CheckLogFile(const std::filesystem::path& file, const std::string& family,
                   const std::string& text);
 
 // Keeps writers out of a database file, all of whose log is folded in. The file is as good as a
-// copy while this lives. Throws SqlError 3101 when somebody writes for too long.
+// copy while this lives. Throws SqlError 3101 when somebody reads or writes for longer than the
+// session waits for a lock, 3617 when it is interrupted.
 class QuietFile {
  public:
   QuietFile(Workspace& workspace, const DatabaseInfo& database);
+  QuietFile(const QuietFile&) = delete;
+  QuietFile& operator=(const QuietFile&) = delete;
 
  private:
+  static int OnBusy(void* self, int calls);
+  void Check(int code) const;
+
+  Workspace& workspace_;
+  const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
   SqliteConnection connection_;
 };
 

@@ -36,6 +36,7 @@ constexpr MessageRow kMessages[] = {
      "Database '%1' is in restricted mode. Only the database owner and members of the dbcreator "
      "and sysadmin roles can access it."},
     {924, 14, 1, "Database '%1' is already open and can only have one user at a time."},
+    {927, 14, 2, "Database '%1' cannot be opened. It is in the middle of a restore."},
     {942, 14, 4, "Database '%1' cannot be opened because it is offline."},
     {1088, 16, 12, "Cannot find object '%1'."},
     {1205, 13, 50,

@@ -39,6 +39,10 @@ HostFile HostFile::Make(const std::filesystem::path& path) {
   return HostFile(OpenDescriptor(path, O_RDWR | O_CREAT | O_EXCL));
 }
 
+HostFile HostFile::MakeOrOpen(const std::filesystem::path& path) {
+  return HostFile(OpenDescriptor(path, O_RDWR | O_CREAT));
+}
+
 HostFile::~HostFile() {
   if (file_ >= 0) close(file_);
 }
@@ -74,6 +78,11 @@ void HostFile::Write(std::string_view bytes) {
 
 void HostFile::Seek(std::int64_t offset) {
   if (lseek(file_, offset, SEEK_SET) < 0) FailWith(errno, "seek");
+}
+
+void HostFile::EndHere() {
+  const off_t place = lseek(file_, 0, SEEK_CUR);
+  if (place < 0 || ftruncate(file_, place) != 0) FailWith(errno, "cut");
 }
 
 void HostFile::Sync() {

@@ -13,6 +13,8 @@ class HostFile {
   static HostFile Open(const std::filesystem::path& path);
   // Makes the file; it must not be there yet.
   static HostFile Make(const std::filesystem::path& path);
+  // Makes the file when it is not there; what it holds stays until it is written over.
+  static HostFile MakeOrOpen(const std::filesystem::path& path);
   ~HostFile();
   HostFile(HostFile&& other) noexcept;
   HostFile& operator=(HostFile&&) = delete;
@@ -22,6 +24,8 @@ class HostFile {
   std::size_t Read(char* bytes, std::size_t count);
   void Write(std::string_view bytes);
   void Seek(std::int64_t offset);
+  // Cuts off what lies behind the present place.
+  void EndHere();
   // Returns when what was written is on the disk.
   void Sync();
 

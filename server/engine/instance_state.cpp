@@ -27,15 +27,27 @@ bool SecretEquals(const std::string& left, const std::string& right) {
 InstanceState::InstanceState(InstanceOptions options)
     : options_(std::move(options)), places_(options_.folder) {}
 
-int InstanceState::GenerationOf(int dbid) const {
+FileState InstanceState::FileStateOf(int dbid) const {
   const std::scoped_lock lock(mutex_);
-  const auto found = generations_.find(dbid);
-  return found == generations_.end() ? 0 : found->second;
+  const auto found = files_.find(dbid);
+  return found == files_.end() ? FileState{} : found->second;
 }
 
 void InstanceState::NewGeneration(int dbid) {
   const std::scoped_lock lock(mutex_);
-  ++generations_[dbid];
+  ++files_[dbid].generation;
+}
+
+bool InstanceState::BeginRestore(int dbid, int spid) {
+  const std::scoped_lock lock(mutex_);
+  if (InUseUnlocked(dbid, spid)) return false;
+  files_[dbid].restoring = true;
+  return true;
+}
+
+void InstanceState::EndRestore(int dbid) {
+  const std::scoped_lock lock(mutex_);
+  files_[dbid].restoring = false;
 }
 
 std::string InstanceState::NextTimestamp() {
@@ -95,6 +107,12 @@ std::optional<SessionRecord> InstanceState::Find(int spid) const {
 
 bool InstanceState::InUse(int dbid, int spid) const {
   const std::scoped_lock lock(mutex_);
+  return InUseUnlocked(dbid, spid);
+}
+
+bool InstanceState::InUseUnlocked(int dbid, int spid) const {
+  const auto file = files_.find(dbid);
+  if (file != files_.end() && file->second.restoring) return true;
   return std::ranges::any_of(sessions_, [&](const auto& entry) {
     const SessionRecord& record = entry.second;
     return record.spid != spid && record.dbid == dbid;

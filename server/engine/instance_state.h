@@ -43,6 +43,14 @@ struct SessionRecord {
   bool killed = false;
 };
 
+// The file of a database id.
+struct FileState {
+  // Counts the files it has had: a session that still has an earlier one attached sees by it that
+  // it must let go.
+  int generation = 0;
+  bool restoring = false;
+};
+
 class InstanceState {
  public:
   explicit InstanceState(InstanceOptions options);
@@ -50,10 +58,15 @@ class InstanceState {
   const InstanceOptions& options() const { return options_; }
   DatabasePlaces& places() { return places_; }
   std::filesystem::path FileOf(int dbid) const { return places_.Of(dbid).data; }
-  // Counts the files a database id has had: a session that still has an earlier one attached sees
-  // by it that it must let go.
-  int GenerationOf(int dbid) const;
+  FileState FileStateOf(int dbid) const;
   void NewGeneration(int dbid);
+  // Keeps every session out of the database until EndRestore; false when one other than `spid` is
+  // in it or restores it.
+  bool BeginRestore(int dbid, int spid);
+  void EndRestore(int dbid);
+
+  // Held by who makes, takes in, lets go or drops a database: one at a time.
+  std::unique_lock<std::mutex> LockDatabases() { return std::unique_lock(databases_mutex_); }
 
   // Eight bytes for a column of type timestamp, higher with each call.
   std::string NextTimestamp();
@@ -65,7 +78,7 @@ class InstanceState {
   void Update(int spid, const std::function<void(SessionRecord&)>& change);
   std::vector<SessionRecord> Sessions() const;
   std::optional<SessionRecord> Find(int spid) const;
-  // True when another session than `spid` has the database as its current one.
+  // True when another session than `spid` has the database as its current one, or one restores it.
   bool InUse(int dbid, int spid) const;
   // The session that holds a write lock in the database; 0 when none does.
   int WriterOf(int dbid) const;
@@ -81,11 +94,14 @@ class InstanceState {
   void OnKill(std::function<void(int)> callback);
 
  private:
+  bool InUseUnlocked(int dbid, int spid) const;
+
   const InstanceOptions options_;
   DatabasePlaces places_;
   mutable std::mutex mutex_;
   std::map<int, SessionRecord> sessions_;
-  std::map<int, int> generations_;
+  std::map<int, FileState> files_;
+  std::mutex databases_mutex_;
   std::uint64_t last_timestamp_ = 0;
   std::string operator_name_;
   std::string operator_secret_;

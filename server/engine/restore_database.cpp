@@ -60,6 +60,21 @@ Targets TargetsOf(const BackupHeader& header, const RestoreOptions& options) {
   return targets;
 }
 
+// Keeps every session out of a database. Throws SqlError 3101 when another is in it.
+class Closed {
+ public:
+  Closed(Workspace& workspace, int dbid) : instance_(workspace.instance()), dbid_(dbid) {
+    if (!instance_.BeginRestore(dbid, workspace.spid())) Fail(3101);
+  }
+  ~Closed() { instance_.EndRestore(dbid_); }
+  Closed(const Closed&) = delete;
+  Closed& operator=(const Closed&) = delete;
+
+ private:
+  InstanceState& instance_;
+  const int dbid_;
+};
+
 class DatabaseRestore {
  public:
   DatabaseRestore(EngineSession& session, const RestoreStatement& statement,
@@ -75,15 +90,20 @@ class DatabaseRestore {
   void Run() {
     if (workspace_.transaction_count() > 0) Fail(3021);
     NeedRight();
-    if (existing_) NeedReplaceable();
+    std::optional<Closed> closed;
+    if (existing_) {
+      NeedReplaceable();
+      closed.emplace(workspace_, existing_->dbid);
+    }
     ChoosePlace();
     const std::filesystem::path unfinished = place_.data.string() + "." + RandomName();
     std::vector<std::filesystem::path> made = {unfinished};
-    const bool in_place = existing_ && OldPlace().data == place_.data;
-    if (!in_place) made.insert(made.end(), {place_.data, place_.log});
+    for (const std::filesystem::path& file : {place_.data, place_.log}) {
+      if (!file.empty() && !std::filesystem::exists(file)) made.push_back(file);
+    }
     PendingFiles pending(places_, made, PendingFiles::Purpose::kMake);
     Unpack(unfinished);
-    if (in_place) {
+    if (existing_ && OldPlace().data == place_.data) {
       SwapIn(unfinished);
     } else {
       MoveIn(unfinished);
@@ -104,7 +124,6 @@ class DatabaseRestore {
   void NeedReplaceable() {
     if (existing_->dbid <= kLastSystemDatabase) throw Unsupported("restore of system databases");
     if (existing_->dbid == workspace_.dbid()) Fail(3102, {name_});
-    if (workspace_.instance().InUse(existing_->dbid, workspace_.spid())) Fail(3101);
     if (options_.replace) return;
     std::string family;
     if (IsDatabaseFile(OldPlace().data)) family = LabelOfFile(OldPlace().data).family;
@@ -145,7 +164,7 @@ class DatabaseRestore {
     const std::filesystem::path file = places_.HostPath(text);
     places_.MakeFolderOf(file);
     std::error_code ignored;
-    const bool own = existing_ && (file == OldPlace().data || file == OldPlace().log);
+    const bool own = existing_ && file == (type == 'D' ? OldPlace().data : OldPlace().log);
     int problem = 0;
     if (!file.has_filename() || std::filesystem::is_directory(file, ignored) ||
         !std::filesystem::is_directory(file.parent_path(), ignored)) {
@@ -203,22 +222,30 @@ class DatabaseRestore {
     RemoveWithLogs(place_.data);
     std::filesystem::rename(file, place_.data);
     SyncFolder(place_.data.parent_path());
-    if (!existing_) {
-      List(FreeDatabaseId(workspace_));
+    if (existing_) {
+      workspace_.Detach(existing_->dbid);
+      List(existing_->dbid);
       return;
     }
-    const DatabasePlace old = OldPlace();
-    std::vector<std::filesystem::path> leftover = {old.data};
-    if (!old.log.empty() && old.log != place_.log) leftover.push_back(old.log);
-    workspace_.Detach(existing_->dbid);
-    PendingFiles pending(places_, leftover, PendingFiles::Purpose::kRemove);
-    List(existing_->dbid);
-    pending.Done();
+    const auto lock = workspace_.instance().LockDatabases();
+    if (workspace_.LookUpDatabase(name_)) Fail(1801, {name_});
+    List(FreeDatabaseId(workspace_));
+  }
+
+  // Files of the database that it does not keep.
+  std::vector<std::filesystem::path> Leftover() const {
+    std::vector<std::filesystem::path> files;
+    if (!existing_) return files;
+    for (const std::filesystem::path& file : {OldPlace().data, OldPlace().log}) {
+      if (!file.empty() && file != place_.data && file != place_.log) files.push_back(file);
+    }
+    return files;
   }
 
   // Enters the database into master, or its new place and state.
   void List(int dbid) {
     if (!place_.log.empty()) MakeLogFile(place_.log, label_.family);
+    PendingFiles leftover(places_, Leftover(), PendingFiles::Purpose::kRemove);
     SqliteConnection& connection = workspace_.connection();
     WriteScope scope(workspace_, workspace_.FindDatabase("master"), "main");
     if (existing_) {
@@ -232,6 +259,7 @@ class DatabaseRestore {
     scope.Commit();
     places_.Set(dbid, place_);
     workspace_.instance().NewGeneration(dbid);
+    leftover.Done();
   }
 
   Workspace& workspace_;

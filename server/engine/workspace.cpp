@@ -136,6 +136,8 @@ DatabaseInfo Workspace::FindDatabase(std::string_view name) {
 }
 
 std::string Workspace::Open(const DatabaseInfo& database) {
+  const FileState file = instance_.FileStateOf(database.dbid);
+  if (file.restoring) Fail(927, {database.name});
   if (database.Has(DatabaseStatus::kOffline)) Fail(942, {database.name});
   if (database.Has(DatabaseStatus::kSingleUser) && database.dbid != dbid_ &&
       instance_.InUse(database.dbid, spid_)) {
@@ -143,16 +145,15 @@ std::string Workspace::Open(const DatabaseInfo& database) {
   }
   const std::string alias = AliasOf(database.dbid);
   if (database.dbid == kMasterId) return alias;
-  const int generation = instance_.GenerationOf(database.dbid);
   const auto found = std::ranges::find(attached_, database.dbid, &Attached::dbid);
-  if (found != attached_.end() && found->generation == generation) {
+  if (found != attached_.end() && found->generation == file.generation) {
     std::rotate(found, found + 1, attached_.end());
     return alias;
   }
   Detach(database.dbid);
   MakeRoomToAttach();
   connection_.Run("attach ?1 as " + alias, UriOf(instance_.FileOf(database.dbid)));
-  attached_.push_back({database.dbid, generation});
+  attached_.push_back({database.dbid, file.generation});
   if (!login_.sysadmin) {
     const bool known =
         connection_.IntegerOf(0,
@@ -306,7 +307,7 @@ bool Workspace::Wait(int calls) {
     const int writer = instance_.WriterOf(waiting_for_dbid_);
     instance_.Update(spid_, [&](SessionRecord& record) { record.blocked_by = writer; });
   }
-  const auto limit = options_.lock_timeout.value_or(instance_.options().lock_timeout);
+  const auto limit = LockTimeout();
   const bool for_ever = limit.count() < 0;
   const bool goes_on = !interrupted_ && (for_ever || now - wait_start_ < limit);
   if (goes_on) {
@@ -358,7 +359,7 @@ void WriteScope::Lock(const DatabaseInfo& database, const std::string& alias,
   const auto attached =
       std::ranges::find(workspace_.attached_, database.dbid, &Workspace::Attached::dbid);
   if (attached != workspace_.attached_.end() &&
-      attached->generation != instance.GenerationOf(database.dbid)) {
+      attached->generation != instance.FileStateOf(database.dbid).generation) {
     // While it waited, a restore has given the database another file.
     Forget(database.dbid, object_id);
     Fail(1222);

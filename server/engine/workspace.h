@@ -64,6 +64,10 @@ class Workspace {
   InstanceState& instance() { return instance_; }
   const LoginInfo& login() const { return login_; }
   SessionOptions& options() { return options_; }
+  // How long to wait for a lock; negative: for ever.
+  std::chrono::milliseconds LockTimeout() const {
+    return options_.lock_timeout.value_or(instance_.options().lock_timeout);
+  }
 
   int spid() const { return spid_; }
   void set_spid(int spid) { spid_ = spid; }
@@ -78,7 +82,7 @@ class Workspace {
   DatabaseInfo FindDatabase(std::string_view name);
   std::optional<DatabaseInfo> LookUpDatabase(std::string_view name);
   std::optional<DatabaseInfo> LookUpDatabase(int dbid);
-  // Attaches the database when it is not; gives its alias. Throws 942, 924, 916.
+  // Attaches the database when it is not; gives its alias. Throws 927, 942, 924, 916.
   std::string Open(const DatabaseInfo& database);
   // The catalog of a database by name; an empty name is the current one, "#" the temporary tables.
   Catalog CatalogOf(std::string_view database);
@@ -143,7 +147,7 @@ class Workspace {
   int dbid_ = 1;
   struct Attached {
     int dbid;
-    int generation;  // of the file, see InstanceState
+    int generation;  // of the file, see FileState
   };
   std::vector<Attached> attached_;  // the least recently used first
   bool temporary_ready_ = false;

@@ -1,6 +1,9 @@
 // Databases backed up, restored, attached, let go.
 #include <fstream>
 #include <iterator>
+#include <set>
+#include <thread>
+#include <utility>
 
 #include "tests/server/engine/engine_fixture.h"
 
@@ -178,6 +181,91 @@ TEST_F(BackupTest, WhatDoesNotFitIsRefusedAndTheDatabaseStaysAsItIs) {
   client_.Run("drop database 甲 drop database 乙");
 }
 
+TEST_F(BackupTest, NobodyGetsIntoADatabaseThatIsBeingRestored) {
+  Make("復元");
+  ASSERT_EQ(BackUp("復元", "r.bak"), kTwoFiles);
+  const std::string restore = "restore database 復元 from disk = '" + Path("r.bak") + "'";
+  // A writer that is in another database keeps the restore waiting at its last step.
+  Client writer = Operator();
+  writer.Run("begin tran update 復元.dbo.t set v = N''");
+  std::string restored;
+  std::thread thread([&] {
+    Client restoring = Operator();
+    restored = restoring.Run("set lock_timeout 60000 " + restore);
+  });
+  while (Count("復元") == "100|値") std::this_thread::yield();
+  const struct {
+    std::string batch;
+    std::string expected;
+  } cases[] = {
+      {"select * from 復元.dbo.t", "error 927"},
+      {"use 復元", "error 927"},
+      {"backup database 復元 to disk = '" + Path("x.bak") + "'", "error 927\nerror 3013"},
+      {restore, "error 3101\nerror 3013"},
+      {"drop database 復元", "error 3702"},
+      {"exec sp_detach_db 復元", "error 3703"},
+      {"alter database 復元 set offline", "error 5070"},
+      {"select count(*) from master.dbo.sysdatabases where name = N'復元'", "1"},
+  };
+  for (const auto& [batch, expected] : cases) {
+    SCOPED_TRACE(batch);
+    EXPECT_EQ(client_.Run(batch), expected);
+  }
+  EXPECT_EQ(RefusalOf(kOperator, kSecret, "復元"), 4060);
+  writer.Run("rollback");
+  thread.join();
+  EXPECT_EQ(restored, kTwoFiles);
+  EXPECT_EQ(client_.Run("use 復元 use master"), "now 復元\nnow master");
+  EXPECT_EQ(Count("復元"), "100|値");
+  client_.Run("drop database 復元");
+}
+
+TEST_F(BackupTest, ARestoreThatFailsOrMovesLeavesNoFileMissingAndNoneOver) {
+  Make("引越");
+  Make("隣");
+  ASSERT_EQ(BackUp("引越", "v.bak"), kTwoFiles);
+  const auto moved = [&](const std::string& data, const std::string& log) {
+    return client_.Run("restore database 引越 from disk = '" + Path("v.bak") +
+                       "' with replace, move '引越_dat' to '" + Path(data) +
+                       "', move '引越_log' to '" + Path(log) + "'");
+  };
+  const auto files = [&] {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(files_.path())) {
+      const std::string name = entry.path().filename().string();
+      if (!name.ends_with("-wal") && !name.ends_with("-shm")) names.insert(name);
+    }
+    return names;
+  };
+  std::set<std::string> expected = files();
+  // Not onto a file of another database, nor the data onto the log.
+  for (const auto& [data, log] :
+       {std::pair{"隣_dat.mdf", "引越_log.ldf"}, std::pair{"引越_log.ldf", "引越_log.ldf"},
+        std::pair{"new.mdf", "引越_dat.mdf"}, std::pair{"new.mdf", "隣_log.ldf"}}) {
+    EXPECT_EQ(moved(data, log), "error 3156\nerror 3013") << data << log;
+  }
+  std::filesystem::copy_file(File("v.bak"), File("hurt.bak"));
+  std::fstream(File("hurt.bak"), std::ios::in | std::ios::out | std::ios::binary)
+      .seekp(static_cast<std::streamoff>(std::filesystem::file_size(File("hurt.bak")) / 2))
+      .put('?');
+  EXPECT_EQ(client_.Run("restore database 引越 from disk = '" + Path("hurt.bak") +
+                        "' with move '引越_dat' to '" + Path("new.mdf") + "'"),
+            "error 3241\nerror 3013");
+  expected.insert("hurt.bak");
+  EXPECT_EQ(files(), expected);
+  EXPECT_EQ(moved("new.mdf", "引越_log.ldf"), kTwoFiles);
+  expected.erase("引越_dat.mdf");
+  expected.insert("new.mdf");
+  EXPECT_EQ(files(), expected);
+  EXPECT_EQ(moved("new.mdf", "new.ldf"), kTwoFiles);
+  expected.erase("引越_log.ldf");
+  expected.insert("new.ldf");
+  EXPECT_EQ(files(), expected);
+  EXPECT_EQ(Count("引越"), "100|値");
+  EXPECT_EQ(Count("隣"), "100|値");
+  client_.Run("drop database 引越 drop database 隣");
+}
+
 TEST_F(BackupTest, ACutOrChangedBackupIsRefusedAndNothingIsTouched) {
   Make("傷");
   ASSERT_EQ(BackUp("傷", "whole.bak"), kTwoFiles);
@@ -227,6 +315,29 @@ TEST_F(BackupTest, ADatabaseIsLetGoAndTakenInAgain) {
   EXPECT_EQ(client_.Run("exec sp_detach_db master"), "error 7940");
   EXPECT_EQ(client_.Run("exec sp_detach_db 無"), "error 15010");
   client_.Run("drop database 移動先");
+}
+
+TEST_F(BackupTest, ALogFileGoesWithItsDatabaseAlone) {
+  Make("一");
+  ASSERT_EQ(BackUp("一", "l.bak"), kTwoFiles);
+  ASSERT_EQ(client_.Run("restore database 二 from disk = '" + Path("l.bak") +
+                        "' with move '一_dat' to '" + Path("二.mdf") + "', move '一_log' to '" +
+                        Path("二.ldf") + "'"),
+            kTwoFiles);
+  // The two are copies of each other, yet neither takes the other's log.
+  client_.Run("exec sp_detach_db 二");
+  const std::string attach = "exec sp_attach_db 二, '" + Path("二.mdf") + "'";
+  EXPECT_EQ(client_.Run(attach + ", '" + Path("一_log.ldf") + "'"), "error 5105\nerror 1813");
+  // A file of somebody's that has the name of the log is not written over.
+  std::ofstream(File("二_log.ldf")) << "notes";
+  EXPECT_EQ(client_.Run(attach), "error 5105\nerror 1813");
+  EXPECT_EQ(std::filesystem::file_size(File("二_log.ldf")), 5U);
+  std::filesystem::remove(File("二_log.ldf"));
+  EXPECT_EQ(client_.Run(attach), "");
+  EXPECT_EQ(Count("二"), "100|値");
+  EXPECT_TRUE(std::filesystem::exists(File("二_log.ldf")));
+  client_.Run("drop database 一 drop database 二");
+  EXPECT_FALSE(std::filesystem::exists(File("二_log.ldf")));
 }
 
 TEST_F(BackupTest, CreateRefusesFilesThatCannotBe) {
