@@ -1,5 +1,6 @@
 // EngineSession's statements: each goes to the class that carries it out.
 #include <algorithm>
+#include <charconv>
 #include <chrono>
 #include <thread>
 
@@ -186,15 +187,18 @@ void EngineSession::RunOne(const DbccStatement& statement, const Execution& exec
   throw Unsupported("dbcc " + statement.command);
 }
 
-void EngineSession::RunOne(const KillStatement& statement, const Execution&, StatementEnd&) {
+void EngineSession::RunOne(const KillStatement& statement, const Execution& execution,
+                           StatementEnd&) {
   if (!workspace_.login().sysadmin) Fail(15247);
-  int spid_to_kill = 0;
-  try {
-    spid_to_kill = std::stoi(statement.process);
-  } catch (const std::exception&) {
-    Fail(6101, {statement.process, "32767"});
+  int process = 0;
+  const std::string& text = statement.process;
+  const char* const end = text.data() + text.size();
+  const auto [stop, problem] = std::from_chars(text.data(), end, process);
+  if (problem == std::errc::result_out_of_range) Fail(6101, {text, "32767"});
+  if (problem != std::errc() || stop != end) {
+    throw MakeError(170, {text, std::to_string(execution.line)}, execution.line);
   }
-  instance_.Kill(spid_to_kill, spid());
+  instance_.Kill(process, spid());
 }
 
 void EngineSession::RunOne(const ShutdownStatement&, const Execution& execution, StatementEnd&) {
