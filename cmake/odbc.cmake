@@ -41,6 +41,10 @@ if(TARGET dbkeeper-server)
     LIBS dbkeeper_odbc dbkeeper_test_server)
 
   dbkeeper_test(rows_server_test
-    SOURCES tests/platform/odbc/RowEditingTest.cpp
+    SOURCES tests/platform/odbc/EditModeTest.cpp
+    LIBS dbkeeper_odbc dbkeeper_test_server dbkeeper_test_support)
+
+  dbkeeper_test(upkeep_server_test
+    SOURCES tests/platform/odbc/DatabaseUpkeepTest.cpp
     LIBS dbkeeper_odbc dbkeeper_test_server dbkeeper_test_support)
 endif()

@@ -1,4 +1,4 @@
-// The whole program on a fake machine with a fake server.
+// The whole program on a fake machine, with a fake server or on a connection of the test's own.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -13,14 +13,9 @@
 
 namespace dbkeeper::testing {
 
-class AppFixture : public ::testing::Test {
+class AppTest : public ::testing::Test {
  protected:
-  AppFixture() {
-    connection.Answer("sysdatabases",
-                      {TextFields({"dbid", "name", "status", "status2", "crdate", "filename"}),
-                       {{"1", "master", "8", "0", "2003-01-01 00:00:00", "C:\\master.mdf"},
-                        {"7", "sales", "16", "0", "2005-03-08 09:05:07", "C:\\sales.mdf"}}});
-  }
+  explicit AppTest(Connection& server) : app{server, SetExecutable(fake, folder)} {}
 
   // Connects to the local server with Windows authentication, as an operator does.
   void Connect() {
@@ -69,8 +64,22 @@ class AppFixture : public ::testing::Test {
 
   TemporaryFolder folder;
   FakeHost fake;
+  Application app;
+};
+
+// What must be there before the program that uses it.
+struct HasFakeConnection {
   FakeConnection connection;
-  Application app{connection, SetExecutable(fake, folder)};
+};
+
+class AppFixture : protected HasFakeConnection, public AppTest {
+ protected:
+  AppFixture() : AppTest(connection) {
+    connection.Answer("sysdatabases",
+                      {TextFields({"dbid", "name", "status", "status2", "crdate", "filename"}),
+                       {{"1", "master", "8", "0", "2003-01-01 00:00:00", "C:\\master.mdf"},
+                        {"7", "sales", "16", "0", "2005-03-08 09:05:07", "C:\\sales.mdf"}}});
+  }
 };
 
 }  // namespace dbkeeper::testing
