@@ -123,6 +123,8 @@ class KeysetCursor : public EngineCursor {
   KeysetCursor(EngineSession& session, Translation rows, RowOrder order)
       : EngineCursor(session, std::move(rows)) {
     if (order == RowOrder::kOfTable) {
+      end_ = session.workspace().connection().IntegerOf(
+          0, "select max(_rowid_) from " + translation().target->sqlite_from);
       FindMore();
     } else {
       FindAllInOrder();
@@ -175,14 +177,16 @@ class KeysetCursor : public EngineCursor {
     SqliteStatement statement =
         session().workspace().connection().Prepare(Rows() + "select * from page where id = ?1");
     const StatementRow row(statement);
+    bool wanted = true;
     std::int64_t sent = 0;
-    for (std::int64_t i = 0; i < page.count; ++i) {
+    for (; wanted && sent < page.count; ++sent) {
       statement.Reset();
-      statement.Bind(1, ids_[static_cast<std::size_t>(page.first - 1 + i)]);
-      // A row that was deleted meanwhile is left out.
-      if (!statement.Step()) continue;
-      ++sent;
-      if (!sink.OnRow(row)) break;
+      statement.Bind(1, ids_[static_cast<std::size_t>(page.first - 1 + sent)]);
+      if (statement.Step()) {
+        wanted = sink.OnRow(row);
+      } else {
+        sink.OnMissingRow();
+      }
     }
     return sent;
   }
@@ -202,12 +206,13 @@ class KeysetCursor : public EngineCursor {
     complete_ = true;
   }
 
-  // The next rows behind the last one found. No statement stays open between two fetches: it would
-  // hold the session in the past of other sessions' changes.
+  // The next rows behind the last one found; rows that came after the cursor was opened are none of
+  // its own. No statement stays open between two fetches: it would hold the session in the past of
+  // other sessions' changes.
   void FindMore() {
     SqliteStatement row = session().workspace().connection().Prepare(
-        Rows() + "select id from page where id > ?1 order by id limit ?2",
-        ids_.empty() ? std::numeric_limits<std::int64_t>::min() : ids_.back(), step_);
+        Rows() + "select id from page where id > ?1 and id <= ?2 order by id limit ?3",
+        ids_.empty() ? std::numeric_limits<std::int64_t>::min() : ids_.back(), end_, step_);
     const std::size_t before = ids_.size();
     while (row.Step()) Note(row.Integer(0));
     complete_ = ids_.size() - before < static_cast<std::size_t>(step_);
@@ -253,6 +258,7 @@ class KeysetCursor : public EngineCursor {
 
   static constexpr std::int64_t kLongestStep = 1 << 17;
   std::vector<std::int64_t> ids_;
+  std::int64_t end_ = 0;  // the highest id when the cursor was opened
   std::int64_t step_ = 1024;
   bool complete_ = false;
 };

@@ -56,6 +56,8 @@ class ResultSink {
   virtual void OnColumns(const std::vector<ResultColumn>& columns) = 0;
   // False asks the engine to stop the statement (the client sent an attention or is gone).
   virtual bool OnRow(const RowView& row) = 0;
+  // A row of a cursor's page has been deleted since the cursor was opened; its place stays.
+  virtual void OnMissingRow() {}
   virtual void OnStatementEnd(const StatementEnd& end) = 0;
   virtual void OnMessage(const ServerMessage& message) = 0;
   virtual void OnDatabaseChanged(const std::string& from, const std::string& to) = 0;

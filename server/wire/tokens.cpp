@@ -127,10 +127,9 @@ void AppendRow(const std::vector<ResultColumn>& columns, const RowView& row,
   }
 }
 
-void AppendRowStatus(ByteWriter& out) {
-  constexpr std::uint32_t kFetched = 1;
+void AppendRowStatus(RowStatus status, ByteWriter& out) {
   out.U8(4);
-  out.U32(kFetched);
+  out.U32(static_cast<std::uint32_t>(status));
 }
 
 void AppendReturnStatus(int status, ByteWriter& out) {

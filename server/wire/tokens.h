@@ -38,8 +38,9 @@ void AppendLoginAcknowledge(ByteWriter& out);
 void AppendColumns(const std::vector<ResultColumn>& columns, ByteWriter& out);
 void AppendRow(const std::vector<ResultColumn>& columns, const RowView& row,
                const CodePage932& code_page, ByteWriter& out);
-// The value of a cursor's status column: the row was fetched.
-void AppendRowStatus(ByteWriter& out);
+// The value of a cursor's status column.
+enum class RowStatus : std::uint32_t { kFetched = 1, kMissing = 2 };
+void AppendRowStatus(RowStatus status, ByteWriter& out);
 void AppendReturnStatus(int status, ByteWriter& out);
 // An output parameter of type int.
 void AppendReturnedInteger(std::string_view name, std::int32_t value, ByteWriter& out);

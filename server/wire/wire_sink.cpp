@@ -7,6 +7,15 @@ constexpr std::uint16_t kCommandSelect = 0xC1;
 // Tokens gather up to this size before they go to the packets.
 constexpr std::size_t kFlushAt = 4096;
 
+// Nulls in the place of a row that is gone.
+class NoRow : public RowView {
+ public:
+  bool IsNull(std::size_t) const override { return true; }
+  std::int64_t Integer(std::size_t) const override { return 0; }
+  double Real(std::size_t) const override { return 0; }
+  std::string_view Bytes(std::size_t) const override { return {}; }
+};
+
 }  // namespace
 
 WireSink::WireSink(const AnswerContext& context, Kind kind) : context_(context), kind_(kind) {}
@@ -23,10 +32,16 @@ void WireSink::OnColumns(const std::vector<ResultColumn>& columns) {
 
 bool WireSink::OnRow(const RowView& row) {
   if (context_.cancelled.load(std::memory_order_relaxed)) return false;
-  AppendRow(columns_, row, context_.code_page, tokens_);
-  if (row_status_) AppendRowStatus(tokens_);
-  if (tokens_.size() >= kFlushAt) Flush();
+  AppendRowOf(row, RowStatus::kFetched);
   return true;
+}
+
+void WireSink::OnMissingRow() { AppendRowOf(NoRow(), RowStatus::kMissing); }
+
+void WireSink::AppendRowOf(const RowView& row, RowStatus status) {
+  AppendRow(columns_, row, context_.code_page, tokens_);
+  if (row_status_) AppendRowStatus(status, tokens_);
+  if (tokens_.size() >= kFlushAt) Flush();
 }
 
 void WireSink::OnStatementEnd(const StatementEnd& end) {

@@ -33,6 +33,7 @@ class WireSink : public ResultSink {
 
   void OnColumns(const std::vector<ResultColumn>& columns) override;
   bool OnRow(const RowView& row) override;
+  void OnMissingRow() override;
   void OnStatementEnd(const StatementEnd& end) override;
   void OnMessage(const ServerMessage& message) override;
   void OnDatabaseChanged(const std::string& from, const std::string& to) override;
@@ -42,7 +43,7 @@ class WireSink : public ResultSink {
   void ReturnStatusOnce(int status);
   void ReturnInteger(const std::string& name, std::int64_t value);
 
-  // From here on every row of a result ends in a column that tells that the row is there, as the
+  // From here on every row of a result ends in a column that tells whether the row is there, as the
   // rows of a cursor do.
   void AddRowStatus() { row_status_ = true; }
 
@@ -57,6 +58,7 @@ class WireSink : public ResultSink {
  private:
   void HoldDone(std::uint16_t status, std::uint16_t command, std::int64_t rows);
   void ReleaseDone(std::uint16_t more);
+  void AppendRowOf(const RowView& row, RowStatus status);
   void Flush();
 
   const AnswerContext context_;

@@ -287,6 +287,11 @@ void ExpectCursors(Connection& connection) {
   EXPECT_EQ(forward->FetchLast(300), 695);
   EXPECT_EQ(forward->RowCount(), 995);
   EXPECT_EQ(forward->Text(299, 0), "1000");
+
+  connection.Execute("delete #numbers where n = 12");
+  EXPECT_EQ(cursor->Fetch(10, 3), 3U);
+  EXPECT_TRUE(cursor->IsNull(1, 0)) << "a deleted row keeps its place";
+  EXPECT_EQ(cursor->Text(2, 0), "13");
   connection.Execute("drop table #numbers");
 }
 

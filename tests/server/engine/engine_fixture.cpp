@@ -45,6 +45,8 @@ bool RecordingSink::OnRow(const RowView& row) {
   return rows != stop_after;
 }
 
+void RecordingSink::OnMissingRow() { Line("missing"); }
+
 void RecordingSink::OnStatementEnd(const StatementEnd& end) {
   if (!end.is_select && end.rows >= 0) Line("(" + std::to_string(end.rows) + ")");
 }

@@ -19,6 +19,7 @@ class RecordingSink : public ResultSink {
  public:
   void OnColumns(const std::vector<ResultColumn>& columns) override;
   bool OnRow(const RowView& row) override;
+  void OnMissingRow() override;
   void OnStatementEnd(const StatementEnd& end) override;
   void OnMessage(const ServerMessage& message) override;
   void OnDatabaseChanged(const std::string& from, const std::string& to) override;

@@ -279,7 +279,7 @@ TEST_F(SessionTest, CursorsMoveAndChangeRows) {
   cursor->Update(1, {Text("b", "changed")}, sink);
   cursor->Delete(2, sink);
   cursor->Fetch(FetchKind::kRefresh, 0, 2, sink);
-  EXPECT_EQ(sink.text, "(1)\n(1)\n2|changed");
+  EXPECT_EQ(sink.text, "(1)\n(1)\n2|changed\nmissing");
   sink = RecordingSink();
   cursor->Update(2, {Text("b", "gone")}, sink);
   EXPECT_EQ(sink.text, "error 16947");
@@ -314,6 +314,8 @@ TEST_F(SessionTest, ACursorOverALongTableFindsItsRowsAsTheyAreFetched) {
   EXPECT_EQ(fetch(FetchKind::kAbsolute, rows - 3), 4);
   EXPECT_EQ(fetch(FetchKind::kFirst, 0), 10);
   const auto last = client.session().OpenCursor("select a from t", sink);
+  client.Run("insert t values (1)");  // after both were opened: none of their rows
+  EXPECT_EQ(fetch(FetchKind::kAbsolute, rows + 1), 0);
   last->Fetch(FetchKind::kLast, 0, 1, sink);
   EXPECT_EQ(last->position(), rows);
 }
