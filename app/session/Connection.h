@@ -64,7 +64,8 @@ class RowReader {
   virtual bool NextResult() = 0;
 };
 
-// Rows of one select behind a server-side cursor, fetched in pages by their place (from 0).
+// Rows of one select behind a server-side cursor, fetched in pages by their place (from 0). A row
+// that is deleted while the cursor is open keeps its place, with nulls in it.
 class PageCursor {
  public:
   virtual ~PageCursor() = default;

@@ -30,17 +30,10 @@ CursorRows::CursorRows(std::unique_ptr<PageCursor> cursor, std::size_t budget)
 
 CursorRows::~CursorRows() = default;
 
-// A short page is not always the last one: rows that were deleted meanwhile leave holes.
 void CursorRows::NoteCount(std::int64_t first, std::size_t count) {
   if (exact_) return;
-  const std::int64_t behind = first + PageSize();
-  const bool is_end = count < page_rows_ && cursor_->Fetch(behind, 1) == 0;
-  if (is_end) {
-    known_ = std::max(known_, first + static_cast<std::int64_t>(count));
-    exact_ = true;
-  } else {
-    known_ = std::max(known_, behind);
-  }
+  known_ = std::max(known_, first + static_cast<std::int64_t>(count));
+  exact_ = count < page_rows_;
 }
 
 CursorRows::Page* CursorRows::Have(std::int64_t number) {

@@ -127,27 +127,6 @@ TEST(CursorRows, KnowsTheEndOnceAShortPageCame) {
   }
 }
 
-// A row of the first page was deleted by someone else: the page comes short.
-class CursorWithAHole : public FakeCursor {
- public:
-  using FakeCursor::FakeCursor;
-  std::size_t Fetch(std::int64_t first, std::size_t count) override {
-    return FakeCursor::Fetch(first, first == 0 ? count - 1 : count);
-  }
-};
-
-TEST(CursorRows, GoOnBehindAPageWithADeletedRow) {
-  bool is_open = true;
-  FakeCursors cursors{.tell_count = false};
-  CursorRows rows(std::make_unique<CursorWithAHole>(ManyRows(150), cursors, is_open));
-  EXPECT_FALSE(rows.CountIsExact());
-  rows.FetchMore();
-  EXPECT_EQ(rows.KnownRows(), 150);
-  EXPECT_TRUE(rows.CountIsExact());
-  EXPECT_EQ(rows.Value(99, 0), std::nullopt);
-  EXPECT_EQ(rows.Value(149, 0), std::optional<std::string_view>("149"));
-}
-
 TEST(CursorRows, KeepsABoundedNumberOfPagesAndReadsDroppedOnesAgain) {
   bool is_open = true;
   FakeCursors cursors;
