@@ -214,28 +214,48 @@ std::string RowEditor::WhereNow(const RowChange& change) const {
   return where;
 }
 
-RowValues RowEditor::ReadBack(const RowChange& change) {
-  const std::string where = WhereNow(change);
-  if (where.empty()) return change.after;
+std::vector<RowValues> RowEditor::ReadRows(const std::string& condition) {
   std::string list;
   for (const Column& column : columns_) {
     list += (list.empty() ? "" : ", ");
     list += column.name.empty() ? "null" : BracketedName(column.name);
   }
-  const auto reader = connection_.Query("select " + list + " from " + table_ + where);
-  const bool found = reader != nullptr && reader->Next();
+  std::vector<RowValues> rows;
+  const auto reader = connection_.Query("select top 2 " + list + " from " + table_ + condition);
+  while (reader != nullptr && reader->Next()) {
+    RowValues& row = rows.emplace_back(columns_.size());
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+      if (!reader->IsNull(i)) row[i] = std::string(reader->Text(i));
+    }
+  }
+  return rows;
+}
+
+// The server's comparison does not tell letter case, widths and trailing blanks apart, and cannot
+// compare long values at all. Where it finds several rows, the statement that follows counts them.
+void RowEditor::LockUnchanged(const RowValues& before) {
+  const auto rows = ReadRows(" with (updlock)" + WhereOriginal(before));
+  bool unchanged = !rows.empty();
+  for (std::size_t i = 0; rows.size() == 1 && i < columns_.size(); ++i) {
+    const bool computed = columns_[i].name.empty();
+    unchanged = unchanged && (computed || rows.front()[i] == before[i]);
+  }
+  if (!unchanged) throw RowError(std::string(messages::kRowGone));
+}
+
+RowValues RowEditor::ReadBack(const RowChange& change) {
+  const std::string where = WhereNow(change);
+  if (where.empty()) return change.after;
+  const auto rows = ReadRows(where);
   RowValues row = change.after;
   for (std::size_t i = 0; i < columns_.size(); ++i) {
     const Column& column = columns_[i];
     if (column.name.empty()) continue;
-    if (found) {
-      row[i] = reader->IsNull(i) ? std::nullopt
-                                 : std::optional<std::string>(std::string(reader->Text(i)));
-    }
+    if (!rows.empty()) row[i] = rows.front()[i];
     const auto& given = change.after[i];
     if (!change.assigned[i] || !given || IsAscii(*given) || !KeepsCodePage(column.field)) continue;
     const bool kept =
-        found && row[i] && WithoutTrailingBlanks(*row[i]) == WithoutTrailingBlanks(*given);
+        !rows.empty() && row[i] && WithoutTrailingBlanks(*row[i]) == WithoutTrailingBlanks(*given);
     if (!kept) throw RowError(messages::Fill(messages::kTextLost, column.field.name));
   }
   return row;
@@ -287,6 +307,7 @@ RowValues RowEditor::Update(const RowChange& change) {
   }
   if (assignments.empty()) return change.after;
   RowTransaction transaction(connection_);
+  LockUnchanged(change.before);
   RequireOneRow("update " + table_ + " set " + assignments + WhereOriginal(change.before));
   RowValues row = ReadBack(change);
   transaction.Commit();
@@ -295,6 +316,7 @@ RowValues RowEditor::Update(const RowChange& change) {
 
 void RowEditor::Delete(const RowValues& before) {
   RowTransaction transaction(connection_);
+  LockUnchanged(before);
   RequireOneRow("delete from " + table_ + WhereOriginal(before));
   transaction.Commit();
 }

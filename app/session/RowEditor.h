@@ -1,5 +1,6 @@
 // Writes one row of a table, or none: each statement names its row by the table's key and by every
-// original value, runs in a transaction, and is taken back unless it touched exactly one row.
+// original value, runs in a transaction that has locked the row as it was read, and is taken back
+// unless it touched exactly one row.
 #pragma once
 
 #include <cstddef>
@@ -67,6 +68,11 @@ class RowEditor {
   std::string WhereOriginal(const RowValues& before) const;
   // Names the row once it has been written; empty when nothing does.
   std::string WhereNow(const RowChange& change) const;
+  // What the condition behind the table's name selects, two rows at most; computed expressions are
+  // nulls.
+  std::vector<RowValues> ReadRows(const std::string& condition);
+  // Locks the row; throws RowError when it is not what it was, to the letter.
+  void LockUnchanged(const RowValues& before);
   RowValues ReadBack(const RowChange& change);
   // Runs a statement; gives the identity value that the session was given last. Throws RowError
   // unless it touched one row.

@@ -158,7 +158,7 @@ TEST_F(TableBrowserTest, EditModeOpensTheRowsAgainAndSurvivesTheNextTable) {
 TEST_F(TableBrowserTest, AFailedOperationClosesTheTableWithTheRemedy) {
   OpenItems();
   Press(form.Sbtn_RE);
-  connection.Fail("update [sales]..[items]", "複数の手順の操作でエラーが発生しました。");
+  connection.Fail("with (updlock)", "複数の手順の操作でエラーが発生しました。");
   app.Guard().Run([&] { form.DBGrid1.UserSetCell(1, "x"); });
   app.Guard().Run([&] { form.DBGrid1.UserMoveTo(1, 1); });
   ASSERT_EQ(fake.dialogs.messages.size(), 1U);

@@ -33,6 +33,10 @@ std::vector<Field> ItemFields() {
           {.name = "twice", .kind = FieldKind::kDecimal, .type_name = "money"}};
 }
 
+const std::vector<testing::FakeRow> kRows = {
+    {"1", "apple", "1.5000", "x", "3.0000"},
+    {"2", std::nullopt, std::nullopt, std::nullopt, std::nullopt}};
+
 // A table items(id int identity, name varchar(20), price money, note ntext, twice as price * 2) of
 // database sales, with two rows in the view.
 class RowViewTest : public ::testing::Test {
@@ -48,8 +52,13 @@ class RowViewTest : public ::testing::Test {
                                      {}});
     connection.Answer("@@trancount", {TextFields({"depth"}), {{"0"}}, {}});
     Touches("1");
+    HoldsNow(kRows);
   }
 
+  // What the server holds when a row is to be written.
+  void HoldsNow(std::vector<testing::FakeRow> rows) {
+    connection.Answer("with (updlock)", {ItemFields(), std::move(rows), {}});
+  }
   // What the tables of the catalog say of a key.
   void HasKey() {
     connection.Answer(
@@ -62,10 +71,7 @@ class RowViewTest : public ::testing::Test {
   }
 
   void Open() {
-    FakeReader reader({ItemFields(),
-                       {{"1", "apple", "1.5000", "x", "3.0000"},
-                        {"2", std::nullopt, std::nullopt, std::nullopt, std::nullopt}},
-                       {}});
+    FakeReader reader({ItemFields(), kRows, {}});
     auto store = std::make_unique<RowStore>(ItemFields());
     store->ReadAll(reader);
     view.Open(std::move(store));
@@ -85,20 +91,22 @@ class RowViewTest : public ::testing::Test {
 
 const std::string kCount =
     "\r\nselect @@rowcount as dbkeeper_rows, @@identity as dbkeeper_identity";
-const std::string kList = "select [id], [name], [price], [note], [twice] from [sales]..[items]";
+const std::string kList =
+    "select top 2 [id], [name], [price], [note], [twice] from [sales]..[items]";
 const std::string kFirstRow =
     " where [id] = 1 and [name] = 'apple' and [price] = 1.5000 and [twice] = 3.0000";
 
 TEST_F(RowViewTest, WritesAChangedRowInATransactionAndNamesItByItsOriginalValues) {
   HasKey();
   Open();
-  connection.Answer(kList, {ItemFields(), {{"1", "梨", "2.0000", "x", "4.0000"}}, {}});
+  connection.Answer(kList + " where", {ItemFields(), {{"1", "梨", "2.0000", "x", "4.0000"}}, {}});
   view.SetCell(1, "梨");
   view.SetCell(2, "2");
   view.Post();
   EXPECT_EQ(
       connection.statements,
       (Statements{"select @@trancount as depth", "begin transaction",
+                  kList + " with (updlock)" + kFirstRow,
                   "update [sales]..[items] set [name] = N'梨', [price] = 2" + kFirstRow + kCount,
                   kList + " where [id] = 1", "commit transaction"}));
   EXPECT_EQ(Text(0, 1), "梨");
@@ -114,7 +122,7 @@ TEST_F(RowViewTest, ComparesNullsAsNullsAndWritesThemAsNulls) {
   view.SetCell(2, std::nullopt);
   view.Post();
   EXPECT_EQ(
-      connection.statements[2],
+      connection.statements[3],
       "update [sales]..[items] set [name] = '', [price] = null where [id] = 2 and [name] is null"
       " and [price] is null and [twice] is null" +
           kCount);
@@ -149,6 +157,20 @@ TEST_F(RowViewTest, TakesBackWhateverTouchedAnotherNumberOfRowsThanOne) {
   }
 }
 
+TEST_F(RowViewTest, DoesNotWriteARowThatIsAnotherToTheLetter) {
+  const struct {
+    const char* name;
+    const char* note;
+  } kNow[] = {{"Apple", "x"}, {"apple ", "x"}, {"apple", "y"}};
+  for (const auto& now : kNow) {
+    HoldsNow({{"1", now.name, "1.5000", now.note, "3.0000"}});
+    Open();
+    EXPECT_THROW(view.Delete(), RowError) << now.name << now.note;
+    EXPECT_EQ(connection.statements.size(), 4U) << "nothing but the transaction's own statements";
+    EXPECT_EQ(connection.statements.back(), "rollback transaction");
+  }
+}
+
 TEST_F(RowViewTest, LeavesTheOperatorsOwnTransactionOpen) {
   connection.Answer("@@trancount", {TextFields({"depth"}), {{"1"}}, {}});
   Touches("2");
@@ -161,7 +183,7 @@ TEST_F(RowViewTest, LeavesTheOperatorsOwnTransactionOpen) {
 TEST_F(RowViewTest, TakesBackATextThatTheServerCannotKeep) {
   HasKey();
   Open();
-  connection.Answer(kList, {ItemFields(), {{"1", "?", "1.5000", "x", "3.0000"}}, {}});
+  connection.Answer(kList + " where", {ItemFields(), {{"1", "?", "1.5000", "x", "3.0000"}}, {}});
   view.SetCell(1, "한");
   EXPECT_THROW(view.Post(), RowError);
   EXPECT_EQ(connection.statements.back(), "rollback transaction");
@@ -170,7 +192,8 @@ TEST_F(RowViewTest, TakesBackATextThatTheServerCannotKeep) {
 TEST_F(RowViewTest, InsertsOnlyTheValuesThatWereGivenAndShowsWhatTheServerFilledIn) {
   HasKey();
   Open();
-  connection.Answer(kList, {ItemFields(), {{"9", "fig", "7.0000", std::nullopt, "14.0000"}}, {}});
+  connection.Answer(kList + " where",
+                    {ItemFields(), {{"9", "fig", "7.0000", std::nullopt, "14.0000"}}, {}});
   view.Next();
   view.Insert();
   EXPECT_EQ(view.RowCount().Rows, 3);

@@ -61,9 +61,12 @@ class GridTest : public ::testing::Test {
     view.Open(std::move(store));
   }
   void OpenForEditing() {
-    Open({{"1", "りんご", "2005-03-08 09:05:07.000", std::nullopt, std::nullopt},
-          {"2", std::nullopt, std::nullopt, "00FF10", "一行目\r\n二行目"},
-          {"3", "", "2005-03-08 00:00:00.000", "00", "x"}});
+    const std::vector<testing::FakeRow> rows = {
+        {"1", "りんご", "2005-03-08 09:05:07.000", std::nullopt, std::nullopt},
+        {"2", std::nullopt, std::nullopt, "00FF10", "一行目\r\n二行目"},
+        {"3", "", "2005-03-08 00:00:00.000", "00", "x"}};
+    Open(rows);
+    connection.Answer("with (updlock)", {ItemFields(), rows, {}});
     grid.ReadOnly = false;
     view.AllowEditing(
         std::make_unique<RowEditor>(connection, "select * from [商品]", ItemFields()));
@@ -131,10 +134,10 @@ TEST_F(GridTest, WritesWhatWasTypedWhenTheRowIsLeft) {
   EXPECT_TRUE(connection.statements.empty());
   Key(Qt::Key_Down);
   EXPECT_EQ(view.CurrentRow(), 1);
-  ASSERT_GE(connection.statements.size(), 3U);
-  EXPECT_TRUE(connection.statements[2].starts_with(
+  ASSERT_GE(connection.statements.size(), 4U);
+  EXPECT_TRUE(connection.statements[3].starts_with(
       "update [sales]..[商品] set [商品名] = 'pear' where [id] = 1 and [商品名] = N'りんご'"))
-      << connection.statements[2];
+      << connection.statements[3];
   EXPECT_EQ(connection.statements.back(), "commit transaction");
 }
 
