@@ -60,17 +60,13 @@ class TFnpNumericEdit::Editing {
     } else {
       PutCaret(selection_.Start);
     }
-    if (key == '-') {
-      ToggleSign();
-    } else if (key == separator_) {
-      if (decimals_ > 0) PutCaret(DecimalStart());
-    } else if (key == kBackspace) {
-      StepBehindSign();
-      if (!had_selection) Backspace();
-    } else if (IsDigit(key)) {
-      // Nothing can be typed behind the last decimal place.
-      if (decimals_ > 0 && selection_.Start == text_.size()) return;
-      StepBehindSign();
+    if (key == '-') ToggleSign();
+    if (key == separator_ && decimals_ > 0) PutCaret(DecimalStart());
+    // Nothing can be typed behind the last decimal place.
+    const bool at_end = decimals_ > 0 && selection_.Start == text_.size();
+    if (Negative() && selection_.Start == 0) PutCaret(1);
+    if (key == kBackspace && !had_selection) Backspace();
+    if (IsDigit(key) && !at_end) {
       SelectOverwritten();
       Enter(static_cast<char>(key));
     }
@@ -88,7 +84,9 @@ class TFnpNumericEdit::Editing {
   void DeleteSelection() {
     const std::size_t count = selection_.Length;
     PutCaret(selection_.End());
-    for (std::size_t i = 0; i < count; ++i) Backspace();
+    for (std::size_t i = 0; i < count; ++i) {
+      DeleteKeepingFormat(selection_.Start, Direction::kBackwards);
+    }
   }
 
  private:
@@ -115,10 +113,6 @@ class TFnpNumericEdit::Editing {
     }
   }
 
-  void StepBehindSign() {
-    if (Negative() && selection_.Start == 0) PutCaret(1);
-  }
-
   // Selects the character that a typed digit takes the place of, if any.
   void SelectOverwritten() {
     const std::size_t caret = selection_.Start;
@@ -141,7 +135,7 @@ class TFnpNumericEdit::Editing {
   }
 
   void Backspace() {
-    // The sign is taken away by "-", not by deleting it.
+    // A sign alone is taken away by "-"; only with a selection around it is it deleted.
     if (Negative() && selection_.Start == 1) return;
     DeleteKeepingFormat(selection_.Start, Direction::kBackwards);
   }
