@@ -31,22 +31,22 @@ constexpr std::array<StatusBit, 10> kStatusBits = {{
     {0x40, "復旧準備中,"},
 }};
 
-std::string StateText(const Query& query) {
-  return DecodeDatabaseStatus(static_cast<std::int32_t>(query.FieldByName("status").AsInteger()));
+std::string StateText(const FieldValue& status) {
+  return DecodeDatabaseStatus(static_cast<std::int32_t>(status.AsInteger()));
 }
 
 constexpr std::array<CatalogColumn, 7> kColumns = {{
     {"dbid", 48, Alignment::kRight, FieldText{"dbid"}},
     {"Name", 96, Alignment::kLeft, FieldText{"name"}},
-    {"状態", 118, Alignment::kLeft, Decoding{StateText}},
+    {"状態", 118, Alignment::kLeft, DecodedField{"status", StateText}},
     {"status", 82, Alignment::kRight, FieldText{"status"}},
     {"status2", 82, Alignment::kRight, FieldText{"status2"}},
     {"作成日", 118, Alignment::kLeft, FieldText{"crdate"}},
     {"ファイル名", 340, Alignment::kLeft, FieldText{"filename"}},
 }};
 
-constexpr std::array<const char*, 6> kDatabaseChildren = {"Table", "View", "Procedure",
-                                                          "User",  "Role", "Backup"};
+constexpr std::array<std::string_view, 6> kDatabaseChildren = {"Table", "View", "Procedure",
+                                                               "User",  "Role", "Backup"};
 
 class TreeUpdate {
  public:
@@ -59,10 +59,9 @@ class TreeUpdate {
   TreeView& tree_;
 };
 
-void GrowTree(TreeNode& parent, const Query& query) {
-  if (StateText(query).find(kOffline) != std::string::npos) return;
-  TreeNode& database = parent.AddChild(query.FieldByName("name").AsString());
-  for (const char* child : kDatabaseChildren) database.AddChild(child);
+void GrowTree(TreeNode& parent, const FieldValue& name, const FieldValue& status) {
+  if (StateText(status).find(kOffline) != std::string::npos) return;
+  parent.AddChild(name.AsString()).AddChildren(kDatabaseChildren);
 }
 
 }  // namespace
@@ -84,8 +83,10 @@ void ListDatabases(TreeView& tree, ListView& list, Query& query) {
   const ListUpdate update(list);
   ResetList(list, kColumns);
   query.Open("select * from master.dbo.sysdatabases");
+  const std::size_t name = query.FieldIndex("name");
+  const std::size_t status = query.FieldIndex("status");
   AppendRows(list, query, kColumns, [&](const Query& record) {
-    if (grow) GrowTree(*parent, record);
+    if (grow) GrowTree(*parent, record.FieldAt(name), record.FieldAt(status));
     return true;
   });
   query.Close();

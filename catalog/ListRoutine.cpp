@@ -7,11 +7,25 @@ namespace dbkeeper {
 
 namespace {
 
-// A column with its field looked up once for the whole result.
+// A column with its fields looked up once for the whole result.
 struct BoundColumn {
   CellSource source;
   std::size_t field = 0;
+  std::size_t second = 0;  // of a pair
 };
+
+BoundColumn Bind(const Query& query, const CellSource& source) {
+  BoundColumn bound = {source};
+  if (const auto* text = std::get_if<FieldText>(&source)) {
+    bound.field = query.FieldIndex(text->name);
+  } else if (const auto* decoded = std::get_if<DecodedField>(&source)) {
+    bound.field = query.FieldIndex(decoded->name);
+  } else if (const auto* pair = std::get_if<FieldPair>(&source)) {
+    bound.field = query.FieldIndex(pair->first);
+    bound.second = query.FieldIndex(pair->second);
+  }
+  return bound;
+}
 
 std::vector<BoundColumn> BindColumns(const Query& query, std::span<const CatalogColumn> columns) {
   std::size_t used = columns.size();
@@ -19,19 +33,23 @@ std::vector<BoundColumn> BindColumns(const Query& query, std::span<const Catalog
   std::vector<BoundColumn> bound;
   bound.reserve(used);
   for (const CatalogColumn& column : columns.first(used)) {
-    const auto* field = std::get_if<FieldText>(&column.source);
-    bound.push_back({column.source, field != nullptr ? query.FieldIndex(field->name) : 0});
+    bound.push_back(Bind(query, column.source));
   }
   return bound;
 }
 
 std::string CellText(const Query& query, const BoundColumn& column, std::size_t number) {
-  if (std::holds_alternative<FieldText>(column.source)) {
-    return query.FieldAt(column.field).AsString();
-  }
-  if (const auto* decode = std::get_if<Decoding>(&column.source)) return (*decode)(query);
   if (std::holds_alternative<RowNumber>(column.source)) return std::to_string(number);
-  return {};
+  if (std::holds_alternative<FilledLater>(column.source)) return {};
+  const FieldValue value = query.FieldAt(column.field);
+  if (const auto* decoded = std::get_if<DecodedField>(&column.source)) {
+    return decoded->decode(value);
+  }
+  std::string text = value.AsString();
+  if (std::holds_alternative<FieldPair>(column.source)) {
+    text += " " + query.FieldAt(column.second).AsString();
+  }
+  return text;
 }
 
 }  // namespace

@@ -13,15 +13,23 @@
 
 namespace dbkeeper {
 
-// Where a cell's text comes from: the row's number (from 1), a field's text, or a decoding of the
-// present record. No source at all leaves the cell to be filled later.
+// Where a cell's text comes from: the row's number (from 1), a field's text, a field's value in
+// other words, or two fields with a blank between. No source at all leaves the cell to be filled
+// later.
 struct RowNumber {};
 struct FieldText {
   std::string_view name;
 };
-using Decoding = std::string (*)(const Query& query);
+struct DecodedField {
+  std::string_view name;
+  std::string (*decode)(const FieldValue& value);
+};
+struct FieldPair {
+  std::string_view first;
+  std::string_view second;
+};
 struct FilledLater {};
-using CellSource = std::variant<RowNumber, FieldText, Decoding, FilledLater>;
+using CellSource = std::variant<RowNumber, FieldText, DecodedField, FieldPair, FilledLater>;
 
 struct CatalogColumn {
   std::string_view caption;

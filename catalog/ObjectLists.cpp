@@ -135,6 +135,7 @@ void ListCapacity(const std::string& database, ListView& list, Query& query) {
       for (const char* field : {"rows", "reserved", "data", "index_size", "unused"}) {
         list.AddSubItem(row, query.FieldByName(field).AsString());
       }
+      query.Next();  // to the end: a result left half read costs a second round trip
     }
     query.Close();
   }

@@ -76,37 +76,24 @@ std::string Decode(const std::array<CodeWord, N>& words, std::int64_t code) {
   return "不明";
 }
 
-std::string ExecutionState(const Query& query) {
-  return Decode(kExecutionStates, query.FieldByName("current_execution_status").AsInteger());
+std::string ExecutionState(const FieldValue& status) {
+  return Decode(kExecutionStates, status.AsInteger());
 }
 
-std::string LastOutcome(const Query& query) {
-  return Decode(kOutcomes, query.FieldByName("last_run_outcome").AsInteger());
-}
-
-// Dates and times of jobs are shown as the integers that the agent keeps. The job commands read
-// "0 0" as "not assigned to a server".
-std::string NextRun(const Query& query) {
-  return query.FieldByName("next_run_date").AsString() + " " +
-         query.FieldByName("next_run_time").AsString();
-}
-
-std::string LastRun(const Query& query) {
-  return query.FieldByName("last_run_date").AsString() + " " +
-         query.FieldByName("last_run_time").AsString();
-}
+std::string Outcome(const FieldValue& outcome) { return Decode(kOutcomes, outcome.AsInteger()); }
 
 // The job identifier is deliberately only 16 pixels wide: a key for the job commands, not a text to
-// read.
+// read. Dates and times are shown as the integers that the agent keeps; the job commands read "0 0"
+// as "not assigned to a server".
 constexpr std::array<CatalogColumn, 10> kJobColumns = {{
     {"job_id", 16, kLeft, FieldText{"job_id"}},
     {"name", 120, kLeft, FieldText{"name"}},
     {"有効", 36, kLeft, FieldText{"enabled"}},
-    {"稼動", 52, kLeft, Decoding{ExecutionState}},
-    {"前回", 36, kLeft, Decoding{LastOutcome}},
+    {"稼動", 52, kLeft, DecodedField{"current_execution_status", ExecutionState}},
+    {"前回", 36, kLeft, DecodedField{"last_run_outcome", Outcome}},
     {"説明", 220, kLeft, FieldText{"description"}},
-    {"次回実行日時", 104, kLeft, Decoding{NextRun}},
-    {"最終実行日時", 104, kLeft, Decoding{LastRun}},
+    {"次回実行日時", 104, kLeft, FieldPair{"next_run_date", "next_run_time"}},
+    {"最終実行日時", 104, kLeft, FieldPair{"last_run_date", "last_run_time"}},
     {"作成日", 118, kLeft, FieldText{"date_created"}},
     {"更新日", 118, kLeft, FieldText{"date_modified"}},
 }};
@@ -146,9 +133,7 @@ constexpr std::array<const char*, 9> kServerProperties = {
     "MachineName",  "ServerName",   "Edition",     "ProductLevel", "ProductVersion",
     "SecurityMode", "IsSingleUser", "LicenseType", "NumLicenses"};
 
-std::string BackupSize(const Query& query) {
-  return KilobytesText(query.FieldByName("backup_size").AsInteger());
-}
+std::string Kilobytes(const FieldValue& bytes) { return KilobytesText(bytes.AsInteger()); }
 
 constexpr std::array<CatalogColumn, 6> kHistoryColumns = {{
     {"id", 32, kRight, FieldText{"backup_set_id"}},
@@ -156,7 +141,7 @@ constexpr std::array<CatalogColumn, 6> kHistoryColumns = {{
     {"Name", 118, kLeft, FieldText{"name"}},
     {"説明", 220, kLeft, FieldText{"description"}},
     {"作成日", 118, kLeft, FieldText{"backup_start_date"}},
-    {"Size", 84, kRight, Decoding{BackupSize}},
+    {"Size", 84, kRight, DecodedField{"backup_size", Kilobytes}},
 }};
 
 // The lists that come from msdb switch there first, and stay.

@@ -8,35 +8,58 @@ namespace dbkeeper {
 
 namespace {
 
-std::string Digits(int value, std::size_t width) {
-  std::string text = std::to_string(value);
-  if (text.size() < width) text.insert(0, width - text.size(), '0');
-  return text;
+// Appends a number of up to four digits, with zeros before it up to `width` digits.
+void AppendDigits(std::string& text, int value, int width) {
+  if (width > 2 || value > 99) {
+    text += static_cast<char>('0' + value / 1000 % 10);
+    text += static_cast<char>('0' + value / 100 % 10);
+  }
+  if (width > 1 || value > 9) text += static_cast<char>('0' + value / 10 % 10);
+  text += static_cast<char>('0' + value % 10);
 }
 
+// A part of a date that a pattern names. `part` is null for the half of the day.
 struct Element {
   std::string_view code;
-  std::string (*format)(const DateTimeValue& value, bool half_day);
+  int (*part)(const DateTimeValue& value, bool half_day);
+  int width;  // digits at least
 };
 
-int HalfDayHour(int hour) { return hour % 12 == 0 ? 12 : hour % 12; }
+int Hour(const DateTimeValue& value, bool half_day) {
+  if (!half_day) return value.hour;
+  return value.hour % 12 == 0 ? 12 : value.hour % 12;
+}
+int Year(const DateTimeValue& value, bool) { return value.year; }
+int Month(const DateTimeValue& value, bool) { return value.month; }
+int Day(const DateTimeValue& value, bool) { return value.day; }
+int Minute(const DateTimeValue& value, bool) { return value.minute; }
 
 constexpr std::array<Element, 12> kElements = {{
-    {"yyyy", [](const DateTimeValue& v, bool) { return Digits(v.year, 4); }},
-    {"yy", [](const DateTimeValue& v, bool) { return Digits(v.year % 100, 2); }},
-    {"mm", [](const DateTimeValue& v, bool) { return Digits(v.month, 2); }},
-    {"m", [](const DateTimeValue& v, bool) { return Digits(v.month, 1); }},
-    {"dd", [](const DateTimeValue& v, bool) { return Digits(v.day, 2); }},
-    {"d", [](const DateTimeValue& v, bool) { return Digits(v.day, 1); }},
-    {"hh", [](const DateTimeValue& v,
-              bool half) { return Digits(half ? HalfDayHour(v.hour) : v.hour, 2); }},
-    {"h", [](const DateTimeValue& v,
-             bool half) { return Digits(half ? HalfDayHour(v.hour) : v.hour, 1); }},
-    {"nn", [](const DateTimeValue& v, bool) { return Digits(v.minute, 2); }},
-    {"n", [](const DateTimeValue& v, bool) { return Digits(v.minute, 1); }},
-    {"ss", [](const DateTimeValue& v, bool) { return Digits(v.second, 2); }},
-    {"am/pm", [](const DateTimeValue& v, bool) { return std::string(v.hour < 12 ? "am" : "pm"); }},
+    {"yyyy", Year, 4},
+    {"yy", [](const DateTimeValue& v, bool) { return v.year % 100; }, 2},
+    {"mm", Month, 2},
+    {"m", Month, 1},
+    {"dd", Day, 2},
+    {"d", Day, 1},
+    {"hh", Hour, 2},
+    {"h", Hour, 1},
+    {"nn", Minute, 2},
+    {"n", Minute, 1},
+    {"ss", [](const DateTimeValue& v, bool) { return v.second; }, 2},
+    {"am/pm", nullptr, 0},
 }};
+
+// The longest element that the pattern begins with, or null.
+const Element* LeadingElement(std::string_view pattern) {
+  // An export formats millions of dates: most of a pattern is seen at its first letter.
+  if (pattern.front() < 'a') return nullptr;
+  for (const Element& element : kElements) {
+    if (pattern.front() == element.code.front() && pattern.starts_with(element.code)) {
+      return &element;
+    }
+  }
+  return nullptr;
+}
 
 bool ReadNumber(std::string_view text, std::size_t at, std::size_t width, int& value) {
   if (text.size() < at + width) return false;
@@ -50,22 +73,20 @@ bool ReadNumber(std::string_view text, std::size_t at, std::size_t width, int& v
 std::string FormatDateTime(const DateTimeValue& value, std::string_view pattern) {
   const bool half_day = pattern.find("am/pm") != std::string_view::npos;
   std::string text;
+  text.reserve(24);
   while (!pattern.empty()) {
-    const Element* match = nullptr;
-    for (const Element& element : kElements) {
-      // The first letter first: an export formats millions of dates.
-      if (pattern.front() == element.code.front() && pattern.starts_with(element.code)) {
-        match = &element;
-        break;
-      }
-    }
-    if (match != nullptr) {
-      text += match->format(value, half_day);
-      pattern.remove_prefix(match->code.size());
-    } else {
+    const Element* const element = LeadingElement(pattern);
+    if (element == nullptr) {
       text += pattern.front();
       pattern.remove_prefix(1);
+      continue;
     }
+    if (element->part != nullptr) {
+      AppendDigits(text, element->part(value, half_day), element->width);
+    } else {
+      text += value.hour < 12 ? "am" : "pm";
+    }
+    pattern.remove_prefix(element->code.size());
   }
   return text;
 }

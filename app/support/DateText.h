@@ -9,8 +9,8 @@
 
 namespace dbkeeper {
 
-// Formats by a pattern of "yyyy" "yy" "mm" "m" "dd" "d" (date), "hh" "h" "nn" "ss" "zzz" (time, the
-// hours of 24 unless the pattern holds "am/pm"); everything else stands for itself.
+// Formats by a pattern of "yyyy" "yy" "mm" "m" "dd" "d" (date), "hh" "h" "nn" "n" "ss" "am/pm"
+// (time, the hours of 24 unless the pattern holds "am/pm"); everything else stands for itself.
 std::string FormatDateTime(const DateTimeValue& value, std::string_view pattern);
 
 // Reads "yyyy-mm-dd hh:mm:ss.fff", the fraction and the time being optional.
