@@ -19,11 +19,22 @@ int TreeNode::Level() const {
   return level;
 }
 
-TreeNode& TreeNode::AddChild(std::string text) {
+TreeNode& TreeNode::Append(std::string text) {
   auto& child = children_.emplace_back(std::make_unique<TreeNode>(tree_, this, std::move(text)));
   child->index_ = children_.size() - 1;
-  tree_.Tell(TreeView::Change::kStructure, this);
   return *child;
+}
+
+TreeNode& TreeNode::AddChild(std::string text) {
+  TreeNode& child = Append(std::move(text));
+  tree_.Tell(TreeView::Change::kStructure, this);
+  return child;
+}
+
+void TreeNode::AddChildren(std::span<const std::string_view> texts) {
+  children_.reserve(children_.size() + texts.size());
+  for (const std::string_view text : texts) Append(std::string(text));
+  tree_.Tell(TreeView::Change::kStructure, this);
 }
 
 void TreeNode::DeleteChildren() {

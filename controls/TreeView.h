@@ -3,7 +3,9 @@
 
 #include <cstddef>
 #include <memory>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "controls/Control.h"
@@ -27,11 +29,15 @@ class TreeNode {
   // Place among its siblings.
   std::size_t Index() const { return index_; }
   TreeNode& AddChild(std::string text);
+  // Adds several and tells of them once.
+  void AddChildren(std::span<const std::string_view> texts);
   // The selection moves to this node when it was below it.
   void DeleteChildren();
 
  private:
   friend class TreeView;
+  TreeNode& Append(std::string text);
+
   TreeView& tree_;
   TreeNode* parent_;
   std::size_t index_ = 0;

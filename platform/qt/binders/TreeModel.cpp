@@ -1,6 +1,5 @@
 #include "platform/qt/binders/TreeModel.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "platform/qt/QtText.h"
@@ -54,6 +53,7 @@ void TreeModel::Sync(Known& known, const Nodes& nodes, bool deep) {
     auto added = std::make_unique<Known>();
     added->node = nodes[i].get();
     added->parent = &known;
+    added->row = static_cast<int>(i);
     added->text = ToQt(nodes[i]->Text());
     children.push_back(std::move(added));
   }
@@ -69,9 +69,9 @@ TreeModel::Known* TreeModel::Find(const TreeNode* node) const {
   if (node == nullptr) return root_.get();
   Known* parent = Find(node->Parent());
   if (parent == nullptr) return nullptr;
-  const auto found = std::find_if(parent->children.begin(), parent->children.end(),
-                                  [node](const auto& child) { return child->node == node; });
-  return found == parent->children.end() ? nullptr : found->get();
+  const std::size_t place = node->Index();
+  if (place >= parent->children.size() || parent->children[place]->node != node) return nullptr;
+  return parent->children[place].get();
 }
 
 TreeNode* TreeModel::NodeAt(const QModelIndex& index) const { return KnownAt(index)->node; }
@@ -82,12 +82,7 @@ QModelIndex TreeModel::IndexOf(const TreeNode* node) const {
 }
 
 QModelIndex TreeModel::IndexOf(const Known& known) const {
-  if (known.parent == nullptr) return {};
-  const auto& siblings = known.parent->children;
-  const auto place = std::find_if(siblings.begin(), siblings.end(), [&known](const auto& sibling) {
-    return sibling.get() == &known;
-  });
-  return createIndex(static_cast<int>(place - siblings.begin()), 0, &known);
+  return known.parent == nullptr ? QModelIndex() : createIndex(known.row, 0, &known);
 }
 
 QModelIndex TreeModel::index(int row, int column, const QModelIndex& parent) const {

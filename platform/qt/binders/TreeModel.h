@@ -36,6 +36,7 @@ class TreeModel : public QAbstractItemModel {
   struct Known {
     TreeNode* node = nullptr;
     Known* parent = nullptr;
+    int row = 0;  // among its siblings: nodes go only from the end, so it stays
     QString text;
     std::vector<std::unique_ptr<Known>> children;
   };
