@@ -7,6 +7,10 @@ function(dbkeeper_test name)
   add_executable(${name} ${ARG_SOURCES})
   target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE ${ARG_LIBS} GTest::gtest_main)
+  if(DBKEEPER_SANITIZE)
+    # The cases themselves take no time worth optimising for, but minutes to be optimised.
+    target_compile_options(${name} PRIVATE -O0)
+  endif()
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60)
 endfunction()
 
