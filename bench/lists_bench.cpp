@@ -148,7 +148,7 @@ void Capacity(benchmark::State& state) {
   state.counters["round_trips"] = static_cast<double>(tables);
   comparison.Report(state);
 }
-BENCHMARK(Capacity)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(2);
+BENCHMARK(Capacity)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(5);
 
 // With 1, the tree grows a node for every database and its six children, as at the first listing.
 void Databases(benchmark::State& state) {
@@ -174,7 +174,7 @@ BENCHMARK(Databases)
     ->ArgName("tree")
     ->Unit(benchmark::kMillisecond)
     ->UseManualTime()
-    ->Iterations(2);
+    ->Iterations(5);
 
 }  // namespace
 }  // namespace dbkeeper
