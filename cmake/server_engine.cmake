@@ -50,7 +50,6 @@ add_library(dbkeeper_server_engine STATIC
   server/engine/database_definition.cpp
   server/engine/database_files.cpp
   server/engine/database_places.cpp
-  server/engine/engine_messages.cpp
   server/engine/engine_session.cpp
   server/engine/host_file.cpp
   server/engine/instance.cpp

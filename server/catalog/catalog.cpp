@@ -11,11 +11,6 @@ namespace dbkeeper::server {
 
 namespace {
 
-std::string Trimmed(std::string_view text) {
-  const std::size_t end = text.find_last_not_of(' ');
-  return std::string(end == std::string_view::npos ? std::string_view() : text.substr(0, end + 1));
-}
-
 // The server tells keys of every kind apart by "K" in sysobjects.type.
 std::string_view OldType(std::string_view xtype) {
   return xtype == "PK" || xtype == "UQ" ? "K " : xtype;
@@ -37,7 +32,7 @@ constexpr std::int64_t kDisabled = 16384;
 CatalogObject ReadObject(const SqliteStatement& row) {
   return {.id = row.Integer(0),
           .name = row.Text(1),
-          .xtype = Trimmed(row.Bytes(2)),
+          .xtype = std::string(TrimRight(row.Bytes(2))),
           .parent = row.Integer(3),
           .info = row.Integer(4),
           .status = row.Integer(5)};
@@ -50,13 +45,6 @@ std::string QuotedList(const std::vector<std::string>& names) {
 }
 
 }  // namespace
-
-bool SameName(std::string_view left, std::string_view right) {
-  const auto lower = [](unsigned char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<unsigned char>(c + ('a' - 'A')) : c;
-  };
-  return std::ranges::equal(left, right, {}, lower, lower);
-}
 
 std::int64_t CurrentTime() {
   constexpr std::int64_t kTicksPerDay = 25'920'000;
@@ -295,18 +283,14 @@ void Catalog::AddColumn(std::int64_t id, const CatalogColumn& column) {
 }
 
 void Catalog::AddText(std::int64_t id, std::string_view text) {
-  constexpr std::size_t kCharactersPerRow = 4000;
+  constexpr int kCharactersPerRow = 4000;
   int row = 0;
   while (!text.empty() || row == 0) {
-    std::size_t end = 0;
-    for (std::size_t characters = 0; end < text.size(); ++end) {
-      const bool starts_character = (static_cast<unsigned char>(text[end]) & 0xC0) != 0x80;
-      if (starts_character && ++characters > kCharactersPerRow) break;
-    }
+    const std::string_view piece = CutText(text, kCharactersPerRow, TextUnit::kUtf16Unit);
     connection_.Run(
         "insert into " + quoted_ + "syscomments values (?, 1, ?, 2, null, 2, 0, 0, 0, ?)", id,
-        ++row, text.substr(0, end));
-    text.remove_prefix(end);
+        ++row, piece);
+    text.remove_prefix(piece.size());
   }
 }
 
@@ -393,8 +377,7 @@ std::string Catalog::TableBody(const CatalogTable& table, NameResolver& resolver
     info.columns.push_back(ColumnInfoOf(column));
     separator = ", ";
   }
-  const std::vector<ParameterInfo> no_parameters;
-  Translator translator(resolver, no_parameters);
+  Translator translator(resolver);
   for (const CatalogCheck& check : table.checks) {
     if (check.disabled) continue;
     sql += ", CONSTRAINT " + QuoteName(check.name) + " CHECK(" +

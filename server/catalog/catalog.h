@@ -11,6 +11,7 @@
 #include "server/engine/sqlite.h"
 #include "server/sql/ast.h"
 #include "server/sql/translator.h"
+#include "server/types/text.h"
 
 namespace dbkeeper::server {
 
@@ -88,9 +89,6 @@ struct CatalogTable {
   const CatalogIndex* FindIndex(std::string_view name) const;
   const CatalogIndex* PrimaryKey() const;
 };
-
-// Names and texts compare as the server's collation has it: without case (of ASCII letters).
-bool SameName(std::string_view left, std::string_view right);
 
 class Catalog {
  public:

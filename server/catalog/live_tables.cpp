@@ -13,8 +13,7 @@ std::string Number(std::int64_t value) { return std::to_string(value); }
 
 // A text filled up with blanks, as the columns of type nchar hold it.
 std::string Padded(const std::string& text, std::size_t width) {
-  const auto characters = static_cast<std::size_t>(
-      std::ranges::count_if(text, [](unsigned char c) { return (c & 0xC0) != 0x80; }));
+  const auto characters = static_cast<std::size_t>(Utf16Length(text));
   return QuoteText(text + std::string(width > characters ? width - characters : 0, ' '));
 }
 
@@ -137,13 +136,14 @@ std::string ConstraintRows(Workspace&, const DatabaseInfo&, const std::string& a
 
 std::string IndexRows(Workspace&, const DatabaseInfo&, const std::string& alias) {
   const std::string quoted = QuoteText(alias);
-  return "(select id, status, first, indid, root, minlen, keycnt, groupid, table_pages(" + quoted +
-         ", id, indid) as dpages, table_pages(" + quoted +
-         ", id, indid) as reserved, table_pages(" + quoted + ", id, indid) as used, table_rows(" +
-         quoted +
+  return "(select id, status, first, indid, root, minlen, keycnt, groupid, "
+         "ms_state('table_pages', " +
+         quoted + ", id, indid) as dpages, ms_state('table_pages', " + quoted +
+         ", id, indid) as reserved, ms_state('table_pages', " + quoted +
+         ", id, indid) as used, ms_state('table_rows', " + quoted +
          ", id) as rowcnt, rowmodctr, reserved3, reserved4, xmaxlen, maxirow, OrigFillFactor, "
          "StatVersion, reserved2, FirstIAM, impid, lockflags, pgmodctr, keys, name, statblob, "
-         "maxlen, table_rows(" +
+         "maxlen, ms_state('table_rows', " +
          quoted + ", id) as rows from " + QuoteName(alias) + ".sysindexes)";
 }
 

@@ -79,16 +79,14 @@ class Values {
   }
   void Run(EngineSession& session, std::string_view text) const {
     SilentSink sink;
-    session.RunInside(text, infos_, values_, sink);
+    session.RunInside(text, values_, sink);
   }
 
  private:
   void Add(std::string name, const SqlType& type, Cell value) {
-    infos_.push_back({std::move(name), type});
-    values_.push_back(std::move(value));
+    values_.push_back({std::move(name), type, std::move(value)});
   }
-  std::vector<ParameterInfo> infos_;
-  std::vector<Cell> values_;
+  Parameters values_;
 };
 
 std::int64_t MediaSetOf(EngineSession& session, const BackupPlace& place,

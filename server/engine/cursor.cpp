@@ -4,9 +4,9 @@
 #include <limits>
 #include <vector>
 
-#include "server/engine/engine_messages.h"
 #include "server/engine/engine_session.h"
 #include "server/sql/parser.h"
+#include "server/types/messages.h"
 
 namespace dbkeeper::server {
 
@@ -34,9 +34,9 @@ class EngineCursor : public Cursor {
     });
   }
 
-  void Update(int, const std::vector<RpcParameter>&, ResultSink& sink) override { Refuse(sink); }
+  void Update(int, const Parameters&, ResultSink& sink) override { Refuse(sink); }
   void Delete(int, ResultSink& sink) override { Refuse(sink); }
-  void Insert(const std::vector<RpcParameter>&, ResultSink& sink) override { Refuse(sink); }
+  void Insert(const Parameters&, ResultSink& sink) override { Refuse(sink); }
 
  protected:
   EngineSession& session() { return session_; }
@@ -50,18 +50,13 @@ class EngineCursor : public Cursor {
 
   template <typename Action>
   void Reported(ResultSink& sink, const Action& action) {
-    ServerMessage message;
     try {
       session_.workspace().statement_time = CurrentTime();
       sink.OnStatementEnd(action());
-      return;
     } catch (const SqlError& error) {
-      message = error.message();
-    } catch (const SqliteError& error) {
-      message = session_.queries().MessageOfFailed(error, nullptr, "", 1);
+      sink.OnMessage(error.message());
+      sink.OnStatementEnd({.failed = true});
     }
-    sink.OnMessage(message);
-    sink.OnStatementEnd({.failed = true});
   }
 
  private:
@@ -98,7 +93,7 @@ class EngineCursor : public Cursor {
   }
 
   void Refuse(ResultSink& sink) {
-    sink.OnMessage(MessageOf(16929));
+    sink.OnMessage(MakeMessage(16929));
     sink.OnStatementEnd({.failed = true});
   }
 
@@ -137,33 +132,22 @@ class KeysetCursor : public EngineCursor {
   }
   bool updatable() const override { return true; }
 
-  void Update(int page_row, const std::vector<RpcParameter>& values, ResultSink& sink) override {
+  void Update(int page_row, const Parameters& values, ResultSink& sink) override {
     Reported(sink, [&] {
-      const std::vector<ParameterInfo> parameters = Parameters(values);
-      Translator translator(session().resolver(), parameters);
-      Translation update = translator.UpdateRow(*translation().target, parameters);
-      return Change(std::move(update), Values(values, IdOf(page_row)), "UPDATE");
+      Parameters with_id = values;
+      with_id.push_back(IdOf(page_row));
+      return Change(Changes().UpdateRow(Table(), values), with_id, "UPDATE");
     });
   }
 
   void Delete(int page_row, ResultSink& sink) override {
-    Reported(sink, [&] {
-      const std::vector<ParameterInfo> none;
-      Translator translator(session().resolver(), none);
-      Translation removal = translator.DeleteRow(*translation().target);
-      return Change(std::move(removal), {IdOf(page_row)}, "DELETE");
-    });
+    Reported(sink,
+             [&] { return Change(Changes().DeleteRow(Table()), {IdOf(page_row)}, "DELETE"); });
   }
 
-  void Insert(const std::vector<RpcParameter>& values, ResultSink& sink) override {
-    Reported(sink, [&] {
-      const std::vector<ParameterInfo> parameters = Parameters(values);
-      Translator translator(session().resolver(), parameters);
-      Translation insert = translator.InsertBound(*translation().target, parameters);
-      std::vector<Cell> cells = Values(values, Cell());
-      cells.pop_back();
-      return Change(std::move(insert), cells, "INSERT");
-    });
+  void Insert(const Parameters& values, ResultSink& sink) override {
+    Reported(sink,
+             [&] { return Change(Changes().InsertBound(Table(), values), values, "INSERT"); });
   }
 
  protected:
@@ -224,36 +208,22 @@ class KeysetCursor : public EngineCursor {
     ids_.push_back(id);
   }
 
-  Cell IdOf(int page_row) const {
+  Translator Changes() { return Translator(session().resolver()); }
+  const ObjectInfo& Table() const { return *translation().target; }
+
+  Parameter IdOf(int page_row) const {
     const std::int64_t position = page().first + page_row - 1;
     const auto found = static_cast<std::int64_t>(ids_.size());
     if (page_row < 1 || page_row > page().count || position > found) Fail(16931);
-    return ids_[static_cast<std::size_t>(position - 1)];
+    return {"", {}, ids_[static_cast<std::size_t>(position - 1)]};
   }
 
-  StatementEnd Change(Translation change, const std::vector<Cell>& values,
+  StatementEnd Change(const Translation& change, const Parameters& values,
                       const std::string& verb) {
-    change.target = translation().target;
     StatementEnd end;
-    end.rows = session().queries().Change(change, values, verb, 1);
+    end.rows = session().queries().Change(change, values, verb);
     if (end.rows == 0) Fail(16947);
     return end;
-  }
-
-  static std::vector<ParameterInfo> Parameters(const std::vector<RpcParameter>& values) {
-    std::vector<ParameterInfo> parameters;
-    for (const RpcParameter& value : values) {
-      const std::size_t name = value.name.starts_with('@') ? 1 : 0;
-      parameters.push_back({value.name.substr(name), value.type});
-    }
-    return parameters;
-  }
-
-  static std::vector<Cell> Values(const std::vector<RpcParameter>& values, Cell id) {
-    std::vector<Cell> cells;
-    for (const RpcParameter& value : values) cells.push_back(CellOf(value));
-    cells.push_back(std::move(id));
-    return cells;
   }
 
   static constexpr std::int64_t kLongestStep = 1 << 17;
@@ -305,8 +275,7 @@ std::unique_ptr<Cursor> OpenEngineCursor(EngineSession& session, std::string_vie
   if (statements.size() != 1) return nullptr;
   const auto* select = std::get_if<SelectStatement>(&statements[0].node);
   if (select == nullptr) return nullptr;
-  const std::vector<ParameterInfo> none;
-  Translator translator(session.resolver(), none);
+  Translator translator(session.resolver());
   Translation rows = translator.Select(*select, {.with_row_id = true});
   if (rows.into) return nullptr;
   if (rows.has_row_id && rows.target && rows.target->kind == ObjectKind::kTable) {

@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "server/engine/cursor.h"
-#include "server/engine/engine_messages.h"
 #include "server/engine/state_functions.h"
+#include "server/engine/statements.h"
 #include "server/procedures/procedure_table.h"
 #include "server/sql/parser.h"
+#include "server/types/messages.h"
 #include "server/types/type_rules.h"
 
 namespace dbkeeper::server {
@@ -43,32 +45,14 @@ constexpr std::array<const char*, std::variant_size_v<decltype(Statement::node)>
     "KILL",
     "SHUTDOWN",
     "CHECKPOINT",
-    "RECONFIGURE",
     "WAITFOR",
     "GRANT",
-    "BULK INSERT",
-};
+    "BULK INSERT"};
 
 // Errors of a change of rows, after which the server says that the statement was terminated.
 constexpr int kTerminating[] = {220, 232, 512, 515, 547, 2601, 2627, 8115, 8152, 1505};
 
 }  // namespace
-
-Cell CellOf(const RpcParameter& parameter) {
-  if (parameter.is_null) return {};
-  switch (FamilyOf(parameter.type.id)) {
-    case TypeFamily::kInteger:
-    case TypeFamily::kDateTime:
-      return parameter.integer;
-    case TypeFamily::kReal:
-      return parameter.real;
-    case TypeFamily::kBinary:
-    case TypeFamily::kGuid:
-      return Blob{parameter.bytes};
-    default:
-      return parameter.bytes;
-  }
-}
 
 EngineSession::EngineSession(InstanceState& instance, const LoginInfo& login)
     : instance_(instance),
@@ -86,56 +70,71 @@ void EngineSession::Enter(const ClientInfo& client, const std::string& database)
       instance_.Enter(*this, workspace_.login().name, client, info.dbid, info.name));
 }
 
+// The session is shown as busy while this lives.
+class EngineSession::Activity {
+ public:
+  Activity(EngineSession& session, const char* command) : session_(session) {
+    session_.workspace_.ClearInterrupt();
+    const std::int64_t now = CurrentTime();
+    session_.workspace_.statement_time = now;
+    session_.instance_.Update(session_.spid(), [&](SessionRecord& record) {
+      record.status = "runnable";
+      record.command = command;
+      record.last_batch = now;
+    });
+  }
+  ~Activity() {
+    session_.instance_.Update(session_.spid(), [this](SessionRecord& record) {
+      record.status = "sleeping";
+      record.command = "AWAITING COMMAND";
+      record.open_transactions = session_.workspace_.transaction_count();
+    });
+  }
+  Activity(const Activity&) = delete;
+  Activity& operator=(const Activity&) = delete;
+
+ private:
+  EngineSession& session_;
+};
+
 Cell EngineSession::Evaluate(std::string_view function, const std::vector<Cell>& arguments) {
   return EvaluateStateFunction({workspace_, resolver_}, function, arguments);
 }
 
 void EngineSession::RunBatch(std::string_view text, ResultSink& sink) {
-  RunText(text, {}, {}, sink);
+  RunParameterized(text, {}, sink);
 }
 
-void EngineSession::RunParameterized(std::string_view text,
-                                     const std::vector<RpcParameter>& parameters,
-                                     ResultSink& sink) {
-  std::vector<ParameterInfo> infos;
-  std::vector<Cell> values;
-  for (const RpcParameter& parameter : parameters) {
-    infos.push_back({parameter.name, parameter.type});
-    values.push_back(CellOf(parameter));
-  }
-  RunText(text, infos, values, sink);
-}
-
-void EngineSession::RunText(std::string_view text, const std::vector<ParameterInfo>& parameters,
-                            const std::vector<Cell>& values, ResultSink& sink) {
-  workspace_.ClearInterrupt();
-  instance_.Update(spid(), [](SessionRecord& record) {
-    record.status = "runnable";
-    record.last_batch = CurrentTime();
-  });
+template <typename Work>
+bool EngineSession::Reported(ResultSink& sink, const Work& work) {
   try {
+    work();
+    return true;
+  } catch (const SqlError& error) {
+    ReportError(error.message(), sink);
+    return false;
+  }
+}
+
+void EngineSession::RunParameterized(std::string_view text, const Parameters& parameters,
+                                     ResultSink& sink) {
+  const Activity activity(*this, "SELECT");
+  const bool parsed = Reported(sink, [&] {
     std::vector<Statement> fresh;
     const std::vector<Statement>& statements = Parse(text, parameters, fresh);
     const TreeLife life = &statements == &insert_ ? TreeLife::kKept : TreeLife::kOneRun;
     for (const Statement& statement : statements) {
-      const Execution execution{sink, parameters, values, statement.line, life};
+      const Execution execution{sink, parameters, statement.line, life};
       if (!RunReported(statement, execution)) break;
     }
-  } catch (const SqlError& error) {
-    ReportError(error.message(), 0, sink);
-    sink.OnStatementEnd({.failed = true});
-  }
-  instance_.Update(spid(), [this](SessionRecord& record) {
-    record.status = "sleeping";
-    record.command = "AWAITING COMMAND";
-    record.open_transactions = workspace_.transaction_count();
   });
+  if (!parsed) sink.OnStatementEnd({.failed = true});
 }
 
 const std::vector<Statement>& EngineSession::Parse(std::string_view text,
-                                                   const std::vector<ParameterInfo>& parameters,
+                                                   const Parameters& parameters,
                                                    std::vector<Statement>& fresh) {
-  const auto same = [](const ParameterInfo& left, const ParameterInfo& right) {
+  const auto same = [](const Parameter& left, const Parameter& right) {
     return left.name == right.name && EncodeType(left.type) == EncodeType(right.type);
   };
   if (!insert_.empty() && text == insert_text_ && workspace_.database() == insert_database_ &&
@@ -156,98 +155,83 @@ const std::vector<Statement>& EngineSession::Parse(std::string_view text,
   return insert_;
 }
 
-void EngineSession::ReportError(const ServerMessage& message, int line, ResultSink& sink) {
-  ServerMessage told = message;
-  // A message made away from the text has the line of its statement.
-  if (told.line <= 1 && line > 1) told.line = line;
-  workspace_.last_error = told.number;
-  sink.OnMessage(told);
+void EngineSession::ReportError(const ServerMessage& message, ResultSink& sink) {
+  workspace_.last_error = message.number;
+  sink.OnMessage(message);
 }
 
 bool EngineSession::RunReported(const Statement& statement, const Execution& execution) {
   const std::size_t kind = statement.node.index();
   instance_.Update(spid(), [kind](SessionRecord& record) { record.command = kCommands.at(kind); });
-  ServerMessage message;
+  workspace_.statement_time = CurrentTime();
+  int error = 0;
   try {
-    workspace_.statement_time = CurrentTime();
-    const StatementEnd end = Run(statement, execution);
-    // Asking for the last error or row count must not change them before it is answered.
+    Run(statement, execution);
+    // Asking for the last error must not change it before it is answered.
     workspace_.last_error = 0;
-    if (end.rows >= 0) workspace_.last_row_count = end.rows;
-    execution.sink.OnStatementEnd(
-        workspace_.options().no_count && !end.is_select ? StatementEnd{.rows = -1} : end);
     return true;
-  } catch (const SqlError& error) {
-    message = error.message();
-  } catch (const SqliteError& error) {
-    message = queries_.MessageOfFailed(error, nullptr, "", statement.line);
+  } catch (const SqlError& failure) {
+    ReportError(failure.message(), execution.sink);
+    error = failure.message().number;
   }
   workspace_.last_row_count = 0;
-  ReportError(message, statement.line, execution.sink);
-  if (std::ranges::find(kTerminating, message.number) != std::end(kTerminating)) {
-    execution.sink.OnMessage(MessageOf(3621));
+  if (std::ranges::find(kTerminating, error) != std::end(kTerminating)) {
+    execution.sink.OnMessage(MakeMessage(3621));
   }
-  if (workspace_.LostTransaction()) execution.sink.OnMessage(MessageOf(3998));
+  if (workspace_.LostTransaction()) execution.sink.OnMessage(MakeMessage(3998));
   execution.sink.OnStatementEnd({.failed = true});
-  return !EndsBatch(message.number);
+  return !EndsBatch(error);
 }
 
-StatementEnd EngineSession::Run(const Statement& statement, const Execution& execution) {
+bool EngineSession::Skips(const Statement& statement) {
+  if (std::holds_alternative<SetStatement>(statement.node)) return false;
+  if (workspace_.options().no_execute) return true;
+  const auto* select = std::get_if<SelectStatement>(&statement.node);
+  return workspace_.options().format_only && (select == nullptr || MakesTable(*select));
+}
+
+void EngineSession::Run(const Statement& statement, const Execution& execution) {
   StatementEnd end;
-  if (workspace_.interrupted()) Fail(3617);
-  if (workspace_.options().no_execute && !std::holds_alternative<SetStatement>(statement.node)) {
-    return end;
-  }
-  std::visit([&](const auto& node) { RunOne(node, execution, end); }, statement.node);
-  return end;
-}
-
-void EngineSession::RunInside(std::string_view text, const std::vector<ParameterInfo>& parameters,
-                              const std::vector<Cell>& values, ResultSink& sink) {
-  const std::vector<Statement> statements = ParseBatch(text);
-  for (const Statement& statement : statements) {
-    const Execution execution{sink, parameters, values, statement.line};
-    const StatementEnd end = Run(statement, execution);
-    if (end.rows >= 0) workspace_.last_row_count = end.rows;
-    sink.OnStatementEnd(workspace_.options().no_count && !end.is_select ? StatementEnd{.rows = -1}
-                                                                        : end);
-  }
-}
-
-void EngineSession::RunProcedure(std::string_view name, const std::vector<RpcParameter>& parameters,
-                                 ResultSink& sink) {
-  workspace_.ClearInterrupt();
-  instance_.Update(spid(), [](SessionRecord& record) {
-    record.status = "runnable";
-    record.command = "EXECUTE";
-    record.last_batch = CurrentTime();
-  });
-  bool failed = false;
   try {
-    workspace_.statement_time = CurrentTime();
-    std::vector<ArgumentValue> arguments;
-    for (const RpcParameter& parameter : parameters) {
-      arguments.push_back({parameter.name, CellOf(parameter), parameter.type});
-    }
-    const std::vector<Statement> call = ParseBatch("exec " + std::string(name));
-    Execute(std::get<ExecuteStatement>(call.at(0).node).procedure, arguments, sink);
+    if (workspace_.interrupted()) Fail(3617);
+    if (!Skips(statement)) end = RunStatement(*this, statement, execution);
   } catch (const SqlError& error) {
-    ReportError(error.message(), 0, sink);
-    failed = true;
-  } catch (const SqliteError& error) {
-    ReportError(queries_.MessageOfFailed(error, nullptr, "", 1), 0, sink);
-    failed = true;
+    // A message made away from the text has the line of its statement.
+    ServerMessage message = error.message();
+    if (message.line <= 1) message.line = statement.line;
+    throw SqlError(message);
   }
-  instance_.Update(spid(), [](SessionRecord& record) {
-    record.status = "sleeping";
-    record.command = "AWAITING COMMAND";
-  });
-  sink.OnReturnStatus(failed ? 1 : 0);
-  sink.OnStatementEnd({.failed = failed});
+  if (end.rows >= 0) workspace_.last_row_count = end.rows;
+  if (workspace_.options().no_count && !end.is_select) end = {};
+  execution.sink.OnStatementEnd(end);
 }
 
-void EngineSession::Execute(const ObjectName& name, const std::vector<ArgumentValue>& arguments,
-                            ResultSink& sink) {
+void EngineSession::RunInside(std::string_view text, const Parameters& parameters,
+                              ResultSink& sink) {
+  for (const Statement& statement : ParseBatch(text)) {
+    Run(statement, {sink, parameters, statement.line});
+  }
+}
+
+void EngineSession::Describe(std::string_view text, const Parameters& parameters,
+                             ResultSink& sink) {
+  const bool before = std::exchange(workspace_.options().format_only, true);
+  RunParameterized(text, parameters, sink);
+  workspace_.options().format_only = before;
+}
+
+void EngineSession::RunProcedure(std::string_view name, const Parameters& parameters,
+                                 ResultSink& sink) {
+  const Activity activity(*this, "EXECUTE");
+  const bool done = Reported(sink, [&] {
+    const std::vector<Statement> call = ParseBatch("exec " + std::string(name));
+    Execute(std::get<ExecuteStatement>(call.at(0).node).procedure, parameters, sink);
+  });
+  sink.OnReturnStatus(done ? 0 : 1);
+  sink.OnStatementEnd({.failed = !done});
+}
+
+void EngineSession::Execute(const ObjectName& name, const Parameters& arguments, ResultSink& sink) {
   const DatabaseInfo before{workspace_.dbid(), workspace_.database(), 0};
   const DatabaseInfo inside =
       workspace_.FindDatabase(name.database.empty() ? workspace_.database() : name.database);
@@ -269,17 +253,11 @@ void EngineSession::Execute(const ObjectName& name, const std::vector<ArgumentVa
 }
 
 std::unique_ptr<Cursor> EngineSession::OpenCursor(std::string_view text, ResultSink& sink) {
-  workspace_.ClearInterrupt();
-  workspace_.statement_time = CurrentTime();
-  try {
-    return OpenEngineCursor(*this, text);
-  } catch (const SqlError& error) {
-    ReportError(error.message(), 0, sink);
-  } catch (const SqliteError& error) {
-    ReportError(queries_.MessageOfFailed(error, nullptr, "SELECT", 1), 0, sink);
-  }
-  sink.OnStatementEnd({.failed = true});
-  return nullptr;
+  const Activity activity(*this, "SELECT");
+  std::unique_ptr<Cursor> cursor;
+  const bool done = Reported(sink, [&] { cursor = OpenEngineCursor(*this, text); });
+  if (!done) sink.OnStatementEnd({.failed = true});
+  return cursor;
 }
 
 }  // namespace dbkeeper::server

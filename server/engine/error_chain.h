@@ -4,9 +4,7 @@
 #include <string>
 #include <system_error>
 
-#include "server/engine/engine_messages.h"
-#include "server/engine/sqlite.h"
-#include "server/types/sql_error.h"
+#include "server/types/messages.h"
 
 namespace dbkeeper::server {
 
@@ -30,10 +28,8 @@ void RunChained(const ErrorChain& chain, Work work) {
   } catch (const SqlError& error) {
     first = error.message();
     if (first.number == kUnsupported || first.number == kInterrupted) throw;
-  } catch (const SqliteError& error) {
-    first = error.message();
   } catch (const std::system_error& error) {
-    first = MessageOf(chain.file_error, {error.what(), std::to_string(error.code().value())});
+    first = MakeMessage(chain.file_error, {error.what(), std::to_string(error.code().value())});
   }
   chain.sink.OnMessage(first);
   throw SqlError(chain.last);

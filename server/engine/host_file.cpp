@@ -9,6 +9,8 @@
 #include <system_error>
 #include <utility>
 
+#include "server/types/text.h"
+
 namespace dbkeeper::server {
 
 namespace {
@@ -110,14 +112,6 @@ std::string RandomBytes() {
   return bytes;
 }
 
-std::string RandomName() {
-  constexpr std::string_view kDigits = "0123456789abcdef";
-  std::string name;
-  for (const char byte : RandomBytes()) {
-    name += kDigits[static_cast<unsigned char>(byte) >> 4];
-    name += kDigits[static_cast<unsigned char>(byte) & 15];
-  }
-  return name;
-}
+std::string RandomName() { return HexDigits(RandomBytes()); }
 
 }  // namespace dbkeeper::server

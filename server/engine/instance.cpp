@@ -9,7 +9,6 @@
 
 #include "server/catalog/login_store.h"
 #include "server/catalog/sample_instance.h"
-#include "server/engine/engine_messages.h"
 #include "server/engine/engine_session.h"
 #include "server/engine/instance_state.h"
 #include "server/types/messages.h"
@@ -44,7 +43,7 @@ class MasterConnection {
 };
 
 [[noreturn]] void Refuse(const std::string& user, const std::string& reason = {}) {
-  throw LoginRefused{MessageOf(18456, {user, reason})};
+  throw LoginRefused{MakeMessage(18456, {user, reason})};
 }
 
 LoginInfo ReadLogin(SqliteConnection& master, const std::string& name, bool operates) {
@@ -83,20 +82,14 @@ Instance::Instance(std::unique_ptr<FolderLock> lock, std::unique_ptr<InstanceSta
 Instance::~Instance() = default;
 
 std::unique_ptr<Instance> Instance::Open(const InstanceOptions& options) {
-  try {
-    std::filesystem::create_directories(options.folder);
-    std::filesystem::permissions(options.folder, std::filesystem::perms::owner_all);
-    auto lock = std::make_unique<FolderLock>(options.folder);
-    auto state = std::make_unique<InstanceState>(options);
-    if (!std::filesystem::exists(state->FileOf(kMasterId))) MakeSampleInstance(options);
-    state->places().Load(*MasterConnection(*state));
-    RenewTemporaryDatabase(*state);
-    return std::unique_ptr<Instance>(new Instance(std::move(lock), std::move(state)));
-  } catch (const SqlError& error) {
-    throw std::runtime_error(error.message().text);
-  } catch (const std::filesystem::filesystem_error& error) {
-    throw std::runtime_error(error.what());
-  }
+  std::filesystem::create_directories(options.folder);
+  std::filesystem::permissions(options.folder, std::filesystem::perms::owner_all);
+  auto lock = std::make_unique<FolderLock>(options.folder);
+  auto state = std::make_unique<InstanceState>(options);
+  if (!std::filesystem::exists(state->FileOf(kMasterId))) MakeSampleInstance(options);
+  state->places().Load(*MasterConnection(*state));
+  RenewTemporaryDatabase(*state);
+  return std::unique_ptr<Instance>(new Instance(std::move(lock), std::move(state)));
 }
 
 void Instance::SetOperator(const std::string& windows_name, const std::string& secret) {
@@ -141,10 +134,8 @@ std::unique_ptr<Session> Instance::Login(const LoginRequest& request) {
     session->Enter(request.client, database);
     return session;
   } catch (const SqlError&) {
-    throw LoginRefused{request.database.empty() ? MessageOf(4064)
-                                                : MessageOf(4060, {request.database})};
-  } catch (const SqliteError&) {
-    throw LoginRefused{MessageOf(4060, {database})};
+    throw LoginRefused{request.database.empty() ? MakeMessage(4064)
+                                                : MakeMessage(4060, {request.database})};
   }
 }
 

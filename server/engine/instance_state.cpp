@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "server/catalog/catalog.h"
-#include "server/engine/engine_messages.h"
+#include "server/types/messages.h"
 
 namespace dbkeeper::server {
 

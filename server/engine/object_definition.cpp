@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "server/catalog/column_types.h"
-#include "server/engine/engine_messages.h"
 #include "server/sql/translator.h"
 #include "server/types/messages.h"
 #include "server/types/type_rules.h"
@@ -28,13 +27,6 @@ const ClassRow& RowOf(ObjectClass object_class) {
   return *std::ranges::find(kClasses, object_class, &ClassRow::object_class);
 }
 
-std::string InCapitals(std::string_view word) {
-  std::string capitals(word);
-  std::ranges::transform(capitals, capitals.begin(),
-                         [](unsigned char c) { return std::toupper(c); });
-  return capitals;
-}
-
 }  // namespace
 
 FoundObject ObjectDefinition::Begin(const ObjectName& name, std::string_view xtype, bool alter) {
@@ -54,8 +46,7 @@ FoundObject ObjectDefinition::Begin(const ObjectName& name, std::string_view xty
 
 void ObjectDefinition::CreateView(const CreateViewStatement& statement) {
   FoundObject place = Begin(statement.name, "V", statement.alter);
-  const std::vector<ParameterInfo> none;
-  const std::vector<ResultColumn> columns = Translator(resolver_, none).ViewColumns(statement);
+  const std::vector<ResultColumn> columns = Translator(resolver_).ViewColumns(statement);
   WriteScope scope(workspace_, place.database, place.alias);
   Catalog catalog = resolver_.CatalogAt(place);
   if (statement.alter) {
@@ -97,7 +88,7 @@ void ObjectDefinition::CreateModule(const CreateModuleStatement& statement, Resu
   }
   if (table) SetTriggers(place, *table, statement);
   scope.Commit();
-  sink.OnMessage(MessageOf(50011, {row.word, statement.name.name}));
+  sink.OnMessage(MakeMessage(50011, {row.word, statement.name.name}));
 }
 
 void ObjectDefinition::SetTriggers(const FoundObject& trigger, const FoundObject& table,
@@ -122,10 +113,10 @@ void ObjectDefinition::Drop(ObjectClass object_class, const ObjectName& name) {
   if (found->object.xtype != row.xtype) {
     const auto* actual = std::ranges::find(kClasses, found->object.xtype, &ClassRow::xtype);
     if (actual == std::end(kClasses)) Fail(3701, {row.word, name.Text()});
-    Fail(3705, {InCapitals(row.word), name.Text(), actual->word, InCapitals(actual->word)});
+    Fail(3705, {ToUpperAscii(row.word), name.Text(), actual->word, ToUpperAscii(actual->word)});
   }
   if (found->IsSystem()) Fail(3708, {row.word, name.Text()});
-  workspace_.NeedOwner(found->database, "DROP " + InCapitals(row.word));
+  workspace_.NeedOwner(found->database, "DROP " + ToUpperAscii(row.word));
   WriteScope scope(workspace_, found->database, found->alias, found->object.id);
   Catalog catalog = resolver_.CatalogAt(*found);
   for (const char* column : {"instrig", "updtrig", "deltrig"}) {

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <vector>
 
-#include "server/engine/engine_messages.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {

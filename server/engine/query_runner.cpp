@@ -1,11 +1,12 @@
 #include "server/engine/query_runner.h"
 
 #include <algorithm>
+#include <iterator>
 
-#include "server/engine/engine_messages.h"
 #include "server/engine/permissions.h"
 #include "server/engine/table_definition.h"
 #include "server/sql/constraint_errors.h"
+#include "server/types/messages.h"
 
 namespace dbkeeper::server {
 
@@ -20,11 +21,16 @@ FoundObject NeedTarget(Resolver& resolver, const ObjectInfo& info) {
   return found;
 }
 
+// How a constraint on one column says so.
+std::string InColumn(const std::string& column) {
+  return column.empty() ? "" : ", column '" + column + "'";
+}
+
 }  // namespace
 
-void BindAll(SqliteStatement& statement, const std::vector<Cell>& values) {
+void BindAll(SqliteStatement& statement, const Parameters& values) {
   const std::size_t wanted = std::min(values.size(), statement.ParameterCount());
-  for (std::size_t i = 0; i < wanted; ++i) statement.Bind(static_cast<int>(i + 1), values[i]);
+  for (std::size_t i = 0; i < wanted; ++i) statement.Bind(static_cast<int>(i + 1), values[i].value);
 }
 
 std::int64_t QueryRunner::SendRows(SqliteStatement& rows, ResultSink& sink) {
@@ -49,14 +55,10 @@ std::int64_t QueryRunner::Select(const SelectStatement& statement, const Executi
   const Translation translation = translator.Select(statement);
   NeedReading(nullptr);
   if (translation.into) return SelectInto(translation, execution);
-  try {
-    SqliteStatement rows = workspace_.connection().Prepare(translation.sqlite_sql);
-    BindAll(rows, execution.values);
-    execution.sink.OnColumns(translation.columns);
-    return workspace_.options().format_only ? 0 : SendRows(rows, execution.sink);
-  } catch (const SqliteError& failure) {
-    throw SqlError(MessageOfFailed(failure, nullptr, "SELECT", execution.line));
-  }
+  SqliteStatement rows = workspace_.connection().Prepare(translation.sqlite_sql);
+  BindAll(rows, execution.parameters);
+  execution.sink.OnColumns(translation.columns);
+  return workspace_.options().format_only ? 0 : SendRows(rows, execution.sink);
 }
 
 std::int64_t QueryRunner::SelectInto(const Translation& translation, const Execution& execution) {
@@ -68,10 +70,10 @@ std::int64_t QueryRunner::SelectInto(const Translation& translation, const Execu
   try {
     SqliteStatement insert = workspace_.connection().Prepare(
         "insert into " + resolver_.CatalogAt(place).Path(name.name) + " " + translation.sqlite_sql);
-    BindAll(insert, execution.values);
+    BindAll(insert, execution.parameters);
     insert.Step();
   } catch (const SqliteError& failure) {
-    throw SqlError(MessageOfFailed(failure, &place, "INSERT", execution.line));
+    throw SqlError(MessageOfFailed(failure, place, "INSERT"));
   }
   const std::int64_t count = sqlite3_changes64(workspace_.connection().handle());
   definition.AdoptIdentity(place);
@@ -93,48 +95,48 @@ std::int64_t QueryRunner::Insert(const InsertStatement& statement, const Executi
       insert_->version == workspace_.DefinitionVersion(insert_->target.alias)) {
     insert_->target.database = workspace_.FindDatabase(insert_->target.database.name);
     workspace_.Open(insert_->target.database);
-    return Execute(insert_->translation, insert_->statement, insert_->target, execution.values,
-                   "INSERT", execution.line);
+    return Execute(insert_->translation, insert_->statement, insert_->target, execution.parameters,
+                   "INSERT");
   }
   insert_.reset();
   resolver_.BeginStatement();
   Translator translator(resolver_, execution.parameters);
   Translation translation = translator.Insert(statement);
   if (execution.tree == TreeLife::kOneRun || resolver_.asked_time() || statement.query != nullptr) {
-    return Change(translation, execution.values, "INSERT", execution.line);
+    return Change(translation, execution.parameters, "INSERT");
   }
   const FoundObject target = NeedTarget(resolver_, *translation.target);
   NeedReading(&target);
   SqliteStatement prepared = workspace_.connection().Prepare(translation.sqlite_sql);
   insert_.emplace(&statement, workspace_.DefinitionVersion(target.alias), identity_insert, target,
                   std::move(translation), std::move(prepared));
-  return Execute(insert_->translation, insert_->statement, insert_->target, execution.values,
-                 "INSERT", execution.line);
+  return Execute(insert_->translation, insert_->statement, insert_->target, execution.parameters,
+                 "INSERT");
 }
 
 std::int64_t QueryRunner::Update(const UpdateStatement& statement, const Execution& execution) {
   resolver_.BeginStatement();
   Translator translator(resolver_, execution.parameters);
-  return Change(translator.Update(statement), execution.values, "UPDATE", execution.line);
+  return Change(translator.Update(statement), execution.parameters, "UPDATE");
 }
 
 std::int64_t QueryRunner::Delete(const DeleteStatement& statement, const Execution& execution) {
   resolver_.BeginStatement();
   Translator translator(resolver_, execution.parameters);
-  return Change(translator.Delete(statement), execution.values, "DELETE", execution.line);
+  return Change(translator.Delete(statement), execution.parameters, "DELETE");
 }
 
-std::int64_t QueryRunner::Change(const Translation& translation, const std::vector<Cell>& values,
-                                 const std::string& verb, int line) {
+std::int64_t QueryRunner::Change(const Translation& translation, const Parameters& values,
+                                 const std::string& verb) {
   const FoundObject target = NeedTarget(resolver_, *translation.target);
   NeedReading(&target);
   SqliteStatement statement = workspace_.connection().Prepare(translation.sqlite_sql);
-  return Execute(translation, statement, target, values, verb, line);
+  return Execute(translation, statement, target, values, verb);
 }
 
 std::int64_t QueryRunner::Execute(const Translation& translation, SqliteStatement& statement,
-                                  const FoundObject& target, const std::vector<Cell>& values,
-                                  const std::string& verb, int line) {
+                                  const FoundObject& target, const Parameters& values,
+                                  const std::string& verb) {
   NeedPermission(workspace_, target, verb);
   WriteScope scope(workspace_, target.database, target.alias, target.object.id,
                    WriteScope::Undo::kNothing);
@@ -147,8 +149,8 @@ std::int64_t QueryRunner::Execute(const Translation& translation, SqliteStatemen
   } catch (const SqliteError& failure) {
     statement.Reset();
     throw SqlError(failure.constraint().kind == ConstraintFailureKind::kForeignKey
-                       ? ForeignKeyFailure(target, translation.sqlite_sql, values, verb, line)
-                       : MessageOfFailed(failure, &target, verb, line));
+                       ? ForeignKeyFailure(target, translation.sqlite_sql, values, verb)
+                       : MessageOfFailed(failure, target, verb));
   }
   const std::int64_t count = sqlite3_changes64(workspace_.connection().handle());
   if (verb == "INSERT" && translation.target->identity_insert) {
@@ -162,13 +164,9 @@ Cell QueryRunner::Scalar(const Expression& expression, const Execution& executio
   Translator translator(resolver_, execution.parameters);
   const Translation translation = translator.Scalar(expression);
   type = translation.columns.front().type;
-  try {
-    SqliteStatement row = workspace_.connection().Prepare(translation.sqlite_sql);
-    BindAll(row, execution.values);
-    return row.Step() ? row.Value(0) : Cell();
-  } catch (const SqliteError& failure) {
-    throw SqlError(MessageOfFailed(failure, nullptr, "SELECT", execution.line));
-  }
+  SqliteStatement row = workspace_.connection().Prepare(translation.sqlite_sql);
+  BindAll(row, execution.parameters);
+  return row.Step() ? row.Value(0) : Cell();
 }
 
 Cell QueryRunner::Scalar(const Expression& expression, const Execution& execution) {
@@ -176,47 +174,39 @@ Cell QueryRunner::Scalar(const Expression& expression, const Execution& executio
   return Scalar(expression, execution, ignored);
 }
 
-ServerMessage QueryRunner::MessageOfFailed(const SqliteError& failure, const FoundObject* target,
-                                           const std::string& verb, int line) {
+ServerMessage QueryRunner::MessageOfFailed(const SqliteError& failure, const FoundObject& target,
+                                           const std::string& verb) {
   const ConstraintFailure& constraint = failure.constraint();
-  ServerMessage plain = failure.message();
-  plain.line = line;
-  if (failure.code() == SQLITE_BUSY_SNAPSHOT) {
-    return MessageOf(1205, {std::to_string(workspace_.spid())});
-  }
-  if ((failure.code() & 0xFF) == SQLITE_BUSY) return MessageOf(1222);
-  if (constraint.kind == ConstraintFailureKind::kNone || target == nullptr) {
-    return plain;
-  }
-  const CatalogTable table = resolver_.CatalogAt(*target).Table(target->object);
+  if (constraint.kind == ConstraintFailureKind::kNone) return failure.message();
+  const CatalogTable table = resolver_.CatalogAt(target).Table(target.object);
   const std::string& name = table.object.name;
   if (constraint.kind == ConstraintFailureKind::kNotNull) {
-    return NotNullMessage(verb, constraint.columns.front(), target->database.name + ".dbo." + name,
-                          line);
+    const std::string full_name = target.database.name + ".dbo." + name;
+    return MakeMessage(515, {constraint.columns.front(), full_name, verb});
   }
   if (constraint.kind == ConstraintFailureKind::kCheck) {
     const auto check = std::ranges::find(table.checks, constraint.name, &CatalogCheck::name);
-    return CheckMessage(verb, constraint.name, target->database.name, name,
-                        check == table.checks.end() ? "" : check->column, line);
+    const std::string column = check == table.checks.end() ? "" : check->column;
+    return MakeMessage(547, {verb, column.empty() ? "TABLE CHECK" : "COLUMN CHECK", constraint.name,
+                             target.database.name, name, InColumn(column)});
   }
   for (const CatalogIndex& index : table.indexes) {
-    if (!index.Has(IndexStatus::kUnique) || index.keys.size() != constraint.columns.size())
+    if (!index.Has(IndexStatus::kUnique) ||
+        !std::ranges::equal(index.keys, constraint.columns, {}, &KeyColumn::name)) {
       continue;
-    if (!std::ranges::equal(index.keys, constraint.columns, {}, &KeyColumn::name)) continue;
-    const bool primary = index.Has(IndexStatus::kPrimaryKey);
-    if (primary || index.Has(IndexStatus::kUniqueKey)) {
-      return UniqueConstraintMessage(primary, index.name, name, line);
     }
-    return UniqueIndexMessage(index.name, name, line);
+    const bool primary = index.Has(IndexStatus::kPrimaryKey);
+    if (!primary && !index.Has(IndexStatus::kUniqueKey))
+      return MakeMessage(2601, {name, index.name});
+    return MakeMessage(2627, {primary ? "PRIMARY KEY" : "UNIQUE KEY", index.name, name});
   }
-  return plain;
+  return failure.message();
 }
 
+// SQLite does not say which key failed. The statement is run again with the check put off, and
+// each key is asked for a row without its other side; then all of it is undone.
 ServerMessage QueryRunner::ForeignKeyFailure(const FoundObject& target, const std::string& sql,
-                                             const std::vector<Cell>& values,
-                                             const std::string& verb, int line) {
-  // SQLite does not say which key failed. The statement is run again with the check put off, and
-  // each key is asked for a row without its other side; then all of it is undone.
+                                             const Parameters& values, const std::string& verb) {
   Catalog catalog = resolver_.CatalogAt(target);
   SqliteConnection& connection = workspace_.connection();
   const SqliteSavepoint undone(connection);
@@ -228,8 +218,8 @@ ServerMessage QueryRunner::ForeignKeyFailure(const FoundObject& target, const st
     while (again.Step()) {
     }
   }
-  ServerMessage message = MessageOf(547);
-  const auto ask = [&](const CatalogForeignKey& key, ForeignKeySide side) {
+  ServerMessage message = MakeMessage(547);
+  const auto failed = [&](const CatalogForeignKey& key) {
     std::string orphan = "select 1 from " + catalog.Path(key.child_table) + " c where ";
     std::string match;
     for (std::size_t i = 0; i < key.child_columns.size(); ++i) {
@@ -240,24 +230,17 @@ ServerMessage QueryRunner::ForeignKeyFailure(const FoundObject& target, const st
     orphan += "not exists (select 1 from " + catalog.Path(key.parent_table) + " p where " + match +
               ") limit 1";
     if (connection.IntegerOf(0, orphan) == 0) return false;
-    const bool referencing = side == ForeignKeySide::kReferencing;
-    const bool single = key.child_columns.size() == 1;
-    message = ForeignKeyMessage(side, verb, key.name, target.database.name,
-                                referencing ? key.parent_table : key.child_table,
-                                !single       ? ""
-                                : referencing ? key.parent_columns[0]
-                                              : key.child_columns[0],
-                                line);
+    const bool referencing = key.child == target.object.id;
+    const auto& columns = referencing ? key.parent_columns : key.child_columns;
+    message =
+        MakeMessage(547, {verb, referencing ? "COLUMN FOREIGN KEY" : "COLUMN REFERENCE", key.name,
+                          target.database.name, referencing ? key.parent_table : key.child_table,
+                          InColumn(columns.size() == 1 ? columns[0] : "")});
     return true;
   };
-  const CatalogTable table = catalog.Table(target.object);
-  const auto referencing = catalog.ReferencesTo(target.object.id);
-  const bool found =
-      std::ranges::any_of(table.foreign_keys,
-                          [&](const auto& k) { return ask(k, ForeignKeySide::kReferencing); }) ||
-      std::ranges::any_of(referencing,
-                          [&](const auto& k) { return ask(k, ForeignKeySide::kReferenced); });
-  static_cast<void>(found);
+  std::vector<CatalogForeignKey> keys = catalog.Table(target.object).foreign_keys;
+  std::ranges::copy(catalog.ReferencesTo(target.object.id), std::back_inserter(keys));
+  static_cast<void>(std::ranges::any_of(keys, failed));
   connection.Execute("pragma defer_foreign_keys = off");
   return message;
 }

@@ -19,8 +19,7 @@ enum class TreeLife { kOneRun, kKept };
 // What a statement runs with.
 struct Execution {
   ResultSink& sink;
-  const std::vector<ParameterInfo>& parameters;
-  const std::vector<Cell>& values;
+  const Parameters& parameters;
   int line = 1;
   TreeLife tree = TreeLife::kOneRun;
 };
@@ -45,12 +44,8 @@ class QueryRunner {
   // Sends the rows of a translated select, without its columns.
   std::int64_t SendRows(SqliteStatement& rows, ResultSink& sink);
   // Runs a translated change of rows. `verb` is "INSERT", "UPDATE" or "DELETE".
-  std::int64_t Change(const Translation& translation, const std::vector<Cell>& values,
-                      const std::string& verb, int line);
-
-  // The server's message for a failed call; `target` is the table that was changed, if any.
-  ServerMessage MessageOfFailed(const SqliteError& failure, const FoundObject* target,
-                                const std::string& verb, int line);
+  std::int64_t Change(const Translation& translation, const Parameters& values,
+                      const std::string& verb);
 
  private:
   // A translated and prepared insert, to be run again with other values.
@@ -65,12 +60,14 @@ class QueryRunner {
 
   void NeedReading(const FoundObject* target);
   std::int64_t Execute(const Translation& translation, SqliteStatement& statement,
-                       const FoundObject& target, const std::vector<Cell>& values,
-                       const std::string& verb, int line);
+                       const FoundObject& target, const Parameters& values,
+                       const std::string& verb);
+  // The server's message for a failed change of `target`.
+  ServerMessage MessageOfFailed(const SqliteError& failure, const FoundObject& target,
+                                const std::string& verb);
   std::int64_t SelectInto(const Translation& translation, const Execution& execution);
   ServerMessage ForeignKeyFailure(const FoundObject& target, const std::string& sql,
-                                  const std::vector<Cell>& values, const std::string& verb,
-                                  int line);
+                                  const Parameters& values, const std::string& verb);
 
   Workspace& workspace_;
   Resolver& resolver_;
@@ -78,6 +75,6 @@ class QueryRunner {
 };
 
 // Binds the values to ?1, ?2 ... of a statement, as far as it has them.
-void BindAll(SqliteStatement& statement, const std::vector<Cell>& values);
+void BindAll(SqliteStatement& statement, const Parameters& values);
 
 }  // namespace dbkeeper::server

@@ -1,7 +1,6 @@
 #include "server/engine/resolver.h"
 
 #include "server/catalog/live_tables.h"
-#include "server/engine/engine_messages.h"
 #include "server/types/messages.h"
 #include "server/types/type_rules.h"
 
@@ -129,8 +128,8 @@ ObjectInfo Resolver::ReadTable(const FoundObject& found) {
   for (const CatalogColumn& column : table.columns) {
     ColumnInfo column_info = ColumnInfoOf(column);
     if (column.identity) {
-      column_info.identity_sql =
-          "next_identity(" + QuoteText(found.alias) + ", " + std::to_string(found.object.id) + ")";
+      column_info.identity_sql = "ms_state('next_identity', " + QuoteText(found.alias) + ", " +
+                                 std::to_string(found.object.id) + ")";
     }
     if (primary_key != nullptr) {
       for (const KeyColumn& key_column : primary_key->keys) {

@@ -28,6 +28,7 @@ class Resolver : public NameResolver {
   std::optional<ObjectInfo> ResolveObject(const ObjectName& name) override;
   std::optional<ObjectInfo> ResolveTableFunction(
       const ObjectName& name, const std::vector<std::string>& arguments) override;
+  std::string CurrentSchema() override { return QuoteName(Place({}).alias); }
   std::int64_t StatementTime() override {
     asked_time_ = true;
     return workspace_.statement_time;

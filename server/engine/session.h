@@ -9,25 +9,13 @@
 #include <vector>
 
 #include "server/engine/result_sink.h"
+#include "server/types/parameter.h"
 
 namespace dbkeeper::server {
-
-// A parameter of a remote procedure call; the value is as sql_type.h lays it down, in `bytes`,
-// `integer` or `real` according to its type.
-struct RpcParameter {
-  std::string name;  // "@p1"; empty when passed by position
-  SqlType type;
-  bool is_null = false;
-  bool is_output = false;
-  std::int64_t integer = 0;
-  double real = 0;
-  std::string bytes;
-};
 
 struct ClientInfo {
   std::string host_name;
   std::string program_name;
-  std::string login_name;
   std::int64_t process_id = 0;
 };
 
@@ -49,9 +37,9 @@ class Cursor {
   virtual void Fetch(FetchKind kind, std::int64_t row, int count, ResultSink& sink) = 0;
   // Changes, deletes or adds a row; `page_row` counts from 1 in the present page. Errors are told
   // to `sink` like those of a statement.
-  virtual void Update(int page_row, const std::vector<RpcParameter>& values, ResultSink& sink) = 0;
+  virtual void Update(int page_row, const Parameters& values, ResultSink& sink) = 0;
   virtual void Delete(int page_row, ResultSink& sink) = 0;
-  virtual void Insert(const std::vector<RpcParameter>& values, ResultSink& sink) = 0;
+  virtual void Insert(const Parameters& values, ResultSink& sink) = 0;
 };
 
 // Runs batches and procedures for one client.
@@ -67,11 +55,14 @@ class Session {
   virtual void RunBatch(std::string_view text, ResultSink& sink) = 0;
 
   // Runs a batch with values for its parameters (sp_executesql and the prepared forms).
-  virtual void RunParameterized(std::string_view text, const std::vector<RpcParameter>& parameters,
+  virtual void RunParameterized(std::string_view text, const Parameters& parameters,
                                 ResultSink& sink) = 0;
 
+  // Tells the columns that the batch would give, and runs nothing of it.
+  virtual void Describe(std::string_view text, const Parameters& parameters, ResultSink& sink) = 0;
+
   // Runs a system procedure by name.
-  virtual void RunProcedure(std::string_view name, const std::vector<RpcParameter>& parameters,
+  virtual void RunProcedure(std::string_view name, const Parameters& parameters,
                             ResultSink& sink) = 0;
 
   // Opens a cursor over a select; null when `text` is no single select (the caller then runs it as

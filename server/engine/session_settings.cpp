@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "server/engine/engine_messages.h"
 #include "server/engine/state_functions.h"
 #include "server/types/messages.h"
 

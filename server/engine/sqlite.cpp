@@ -4,23 +4,9 @@
 
 namespace dbkeeper::server {
 
-namespace {
-
-std::string Quoted(std::string_view text, char quote) {
-  std::string quoted(1, quote);
-  for (const char c : text) {
-    quoted += c;
-    if (c == quote) quoted += c;
-  }
-  return quoted += quote;
-}
-
-}  // namespace
-
 SqliteError::SqliteError(sqlite3* connection)
-    : std::runtime_error(sqlite3_errmsg(connection)),
+    : SqlError(MessageOfFailure(connection)),
       code_(sqlite3_extended_errcode(connection)),
-      message_(MessageOfFailure(connection, 1)),
       constraint_(FailedConstraint(connection)) {}
 
 SqliteStatement::SqliteStatement(sqlite3* connection, std::string_view sql) {
@@ -137,14 +123,8 @@ SqliteSavepoint::SqliteSavepoint(SqliteConnection& connection) : connection_(con
 }
 
 SqliteSavepoint::~SqliteSavepoint() {
-  if (!open_) return;
   // A failure may have rolled back the whole transaction and the savepoint with it.
   sqlite3_exec(connection_.handle(), "rollback to part; release part", nullptr, nullptr, nullptr);
-}
-
-void SqliteSavepoint::Keep() {
-  connection_.Execute("release part");
-  open_ = false;
 }
 
 bool CellRow::IsNull(std::size_t column) const {
@@ -166,9 +146,5 @@ std::string_view CellRow::Bytes(std::size_t column) const {
   if (const auto* blob = std::get_if<Blob>(&cells_[column])) return blob->bytes;
   return {};
 }
-
-std::string QuoteName(std::string_view name) { return Quoted(name, '"'); }
-
-std::string QuoteText(std::string_view text) { return Quoted(text, '\''); }
 
 }  // namespace dbkeeper::server

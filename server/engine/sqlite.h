@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,21 +12,21 @@
 #include "server/engine/result_sink.h"
 #include "server/sql/constraint_errors.h"
 #include "server/sql/server_functions.h"
+#include "server/types/messages.h"
+#include "server/types/text.h"
 
 namespace dbkeeper::server {
 
 // A failed call, with what the connection said of it: SQLite forgets that with its next call.
-class SqliteError : public std::runtime_error {
+class SqliteError : public SqlError {
  public:
   explicit SqliteError(sqlite3* connection);
   int code() const { return code_; }  // extended
-  // The server's message for it; of a constraint the bare facts are in `constraint`.
-  const ServerMessage& message() const { return message_; }
+  // The bare facts of a constraint; the message does not know the server's names of them.
   const ConstraintFailure& constraint() const { return constraint_; }
 
  private:
   int code_;
-  ServerMessage message_;
   ConstraintFailure constraint_;
 };
 
@@ -114,18 +113,16 @@ class SqliteConnection {
   std::unique_ptr<sqlite3, Closer> connection_;
 };
 
-// A savepoint that is undone unless it is kept.
+// What is done while this lives is undone at its end.
 class SqliteSavepoint {
  public:
   explicit SqliteSavepoint(SqliteConnection& connection);
   ~SqliteSavepoint();
   SqliteSavepoint(const SqliteSavepoint&) = delete;
   SqliteSavepoint& operator=(const SqliteSavepoint&) = delete;
-  void Keep();
 
  private:
   SqliteConnection& connection_;
-  bool open_ = true;
 };
 
 // The present row of a statement as the sink sees it.
@@ -161,9 +158,5 @@ class CellRow : public RowView {
  private:
   const std::vector<Cell>& cells_;
 };
-
-// "name" as an SQLite identifier, "text" as an SQLite string.
-std::string QuoteName(std::string_view name);
-std::string QuoteText(std::string_view text);
 
 }  // namespace dbkeeper::server

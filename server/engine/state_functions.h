@@ -17,7 +17,7 @@ struct StateContext {
   Resolver& resolver;
 };
 
-// Throws SqlError 195 for a function that it does not know.
+// `function` is one of those that translated statements name.
 Cell EvaluateStateFunction(const StateContext& context, std::string_view function,
                            const std::vector<Cell>& arguments);
 

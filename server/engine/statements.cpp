@@ -1,4 +1,5 @@
-// EngineSession's statements: each goes to the class that carries it out.
+#include "server/engine/statements.h"
+
 #include <algorithm>
 #include <charconv>
 #include <chrono>
@@ -6,7 +7,6 @@
 
 #include "server/engine/backup_statements.h"
 #include "server/engine/database_definition.h"
-#include "server/engine/engine_messages.h"
 #include "server/engine/engine_session.h"
 #include "server/engine/object_definition.h"
 #include "server/engine/permissions.h"
@@ -17,223 +17,226 @@
 
 namespace dbkeeper::server {
 
-void EngineSession::RunOne(const SelectStatement& statement, const Execution& execution,
-                           StatementEnd& end) {
-  end.rows = queries_.Select(statement, execution);
-  const auto* core = std::get_if<SelectCore>(&statement.query->terms.front());
-  end.is_select = core == nullptr || !core->into;
+namespace {
+
+// What a statement works with, and how it ended. Each goes to the class that carries it out.
+struct Context {
+  EngineSession& session;
+  Workspace& workspace;
+  Resolver& resolver;
+  const Execution& execution;
+  StatementEnd& end;
+  ResultSink& sink() const { return execution.sink; }
+};
+
+void RunOne(const Context& c, const SelectStatement& statement) {
+  c.end.rows = c.session.queries().Select(statement, c.execution);
+  c.end.is_select = !MakesTable(statement);
 }
 
-void EngineSession::RunOne(const InsertStatement& statement, const Execution& execution,
-                           StatementEnd& end) {
-  end.rows = queries_.Insert(statement, execution);
+void RunOne(const Context& c, const InsertStatement& statement) {
+  c.end.rows = c.session.queries().Insert(statement, c.execution);
 }
 
-void EngineSession::RunOne(const UpdateStatement& statement, const Execution& execution,
-                           StatementEnd& end) {
-  end.rows = queries_.Update(statement, execution);
+void RunOne(const Context& c, const UpdateStatement& statement) {
+  c.end.rows = c.session.queries().Update(statement, c.execution);
 }
 
-void EngineSession::RunOne(const DeleteStatement& statement, const Execution& execution,
-                           StatementEnd& end) {
-  end.rows = queries_.Delete(statement, execution);
+void RunOne(const Context& c, const DeleteStatement& statement) {
+  c.end.rows = c.session.queries().Delete(statement, c.execution);
 }
 
-void EngineSession::RunOne(const TruncateStatement& statement, const Execution&, StatementEnd&) {
-  TableDefinition(workspace_, resolver_).Truncate(statement);
+void RunOne(const Context& c, const TruncateStatement& statement) {
+  TableDefinition(c.workspace, c.resolver).Truncate(statement);
 }
 
-void EngineSession::RunOne(const CreateTableStatement& statement, const Execution&, StatementEnd&) {
-  TableDefinition(workspace_, resolver_).Create(statement);
+void RunOne(const Context& c, const CreateTableStatement& statement) {
+  TableDefinition(c.workspace, c.resolver).Create(statement);
 }
 
-void EngineSession::RunOne(const AlterTableStatement& statement, const Execution& execution,
-                           StatementEnd&) {
-  TableDefinition(workspace_, resolver_).Alter(statement, execution.sink);
+void RunOne(const Context& c, const AlterTableStatement& statement) {
+  TableDefinition(c.workspace, c.resolver).Alter(statement, c.sink());
 }
 
-void EngineSession::RunOne(const DropStatement& statement, const Execution&, StatementEnd&) {
+void RunOne(const Context& c, const DropStatement& statement) {
   for (const ObjectName& name : statement.names) {
     if (statement.object_class == ObjectClass::kTable) {
-      TableDefinition(workspace_, resolver_).Drop(name);
+      TableDefinition(c.workspace, c.resolver).Drop(name);
     } else if (statement.object_class == ObjectClass::kDatabase) {
-      DatabaseDefinition(workspace_).Drop(name.name);
+      DatabaseDefinition(c.workspace).Drop(name.name);
     } else {
-      ObjectDefinition(workspace_, resolver_).Drop(statement.object_class, name);
+      ObjectDefinition(c.workspace, c.resolver).Drop(statement.object_class, name);
     }
   }
 }
 
-void EngineSession::RunOne(const CreateIndexStatement& statement, const Execution&, StatementEnd&) {
-  TableDefinition(workspace_, resolver_).CreateIndex(statement);
+void RunOne(const Context& c, const CreateIndexStatement& statement) {
+  TableDefinition(c.workspace, c.resolver).CreateIndex(statement);
 }
 
-void EngineSession::RunOne(const DropIndexStatement& statement, const Execution&, StatementEnd&) {
+void RunOne(const Context& c, const DropIndexStatement& statement) {
   for (const DropIndexStatement::Item& item : statement.items) {
-    TableDefinition(workspace_, resolver_).DropIndex(item);
+    TableDefinition(c.workspace, c.resolver).DropIndex(item);
   }
 }
 
-void EngineSession::RunOne(const CreateViewStatement& statement, const Execution&, StatementEnd&) {
-  ObjectDefinition(workspace_, resolver_).CreateView(statement);
+void RunOne(const Context& c, const CreateViewStatement& statement) {
+  ObjectDefinition(c.workspace, c.resolver).CreateView(statement);
 }
 
-void EngineSession::RunOne(const CreateModuleStatement& statement, const Execution& execution,
-                           StatementEnd&) {
-  ObjectDefinition(workspace_, resolver_).CreateModule(statement, execution.sink);
+void RunOne(const Context& c, const CreateModuleStatement& statement) {
+  ObjectDefinition(c.workspace, c.resolver).CreateModule(statement, c.sink());
 }
 
-void EngineSession::RunOne(const CreateDatabaseStatement& statement, const Execution& execution,
-                           StatementEnd&) {
-  DatabaseDefinition(workspace_).Create(statement, execution.sink);
+void RunOne(const Context& c, const CreateDatabaseStatement& statement) {
+  DatabaseDefinition(c.workspace).Create(statement, c.sink());
 }
 
-void EngineSession::RunOne(const AlterDatabaseStatement& statement, const Execution&,
-                           StatementEnd&) {
-  DatabaseDefinition(workspace_).Alter(statement);
+void RunOne(const Context& c, const AlterDatabaseStatement& statement) {
+  DatabaseDefinition(c.workspace).Alter(statement);
 }
 
-void EngineSession::RunOne(const UseStatement& statement, const Execution& execution,
-                           StatementEnd&) {
-  const DatabaseInfo database = workspace_.FindDatabase(statement.database);
-  workspace_.Open(database);
-  const std::string from = workspace_.database();
-  workspace_.SetCurrent(database);
-  instance_.Update(spid(), [&](SessionRecord& record) {
+void RunOne(const Context& c, const UseStatement& statement) {
+  const DatabaseInfo database = c.workspace.FindDatabase(statement.database);
+  c.workspace.Open(database);
+  const std::string from = c.workspace.database();
+  c.workspace.SetCurrent(database);
+  c.workspace.instance().Update(c.workspace.spid(), [&](SessionRecord& record) {
     record.dbid = database.dbid;
     record.database = database.name;
   });
-  execution.sink.OnDatabaseChanged(from, database.name);
+  c.sink().OnDatabaseChanged(from, database.name);
 }
 
-void EngineSession::RunOne(const SetStatement& statement, const Execution&, StatementEnd&) {
-  ApplySetting(statement, workspace_, resolver_);
+void RunOne(const Context& c, const SetStatement& statement) {
+  ApplySetting(statement, c.workspace, c.resolver);
 }
 
-void EngineSession::RunOne(const TransactionStatement& statement, const Execution&, StatementEnd&) {
+void RunOne(const Context& c, const TransactionStatement& statement) {
   switch (statement.action) {
     case TransactionAction::kBegin:
-      workspace_.BeginTransaction();
+      c.workspace.BeginTransaction();
       break;
     case TransactionAction::kCommit:
-      workspace_.CommitTransaction();
+      c.workspace.CommitTransaction();
       break;
     case TransactionAction::kRollback:
-      workspace_.RollbackTransaction();
+      c.workspace.RollbackTransaction();
       break;
-    case TransactionAction::kSave:
-      throw Unsupported("save transaction");
   }
-  instance_.Update(spid(), [this](SessionRecord& record) {
-    record.open_transactions = workspace_.transaction_count();
+  c.workspace.instance().Update(c.workspace.spid(), [&](SessionRecord& record) {
+    record.open_transactions = c.workspace.transaction_count();
   });
 }
 
-void EngineSession::RunOne(const PrintStatement& statement, const Execution& execution,
-                           StatementEnd&) {
+void RunOne(const Context& c, const PrintStatement& statement) {
   ServerMessage message;
   message.severity = 0;
-  message.line = execution.line;
-  message.text = TextOfCell(queries_.Scalar(*statement.message, execution));
-  execution.sink.OnMessage(message);
+  message.line = c.execution.line;
+  message.text = TextOfCell(c.session.queries().Scalar(*statement.message, c.execution));
+  c.sink().OnMessage(message);
 }
 
-void EngineSession::RunOne(const RaiseErrorStatement& statement, const Execution& execution,
-                           StatementEnd&) {
-  const ServerMessage message = RaisedMessage(statement, queries_, execution);
+void RunOne(const Context& c, const RaiseErrorStatement& statement) {
+  const ServerMessage message = RaisedMessage(statement, c.session.queries(), c.execution);
   if (message.IsError()) throw SqlError(message);
-  execution.sink.OnMessage(message);
+  c.sink().OnMessage(message);
 }
 
-void EngineSession::RunOne(const ExecuteStatement& statement, const Execution& execution,
-                           StatementEnd&) {
-  std::vector<ArgumentValue> arguments;
+void RunOne(const Context& c, const ExecuteStatement& statement) {
+  Parameters arguments;
   for (const ProcedureArgument& argument : statement.arguments) {
     if (std::holds_alternative<DefaultValue>(argument.value->node)) {
       if (argument.name.empty()) arguments.push_back({});
       continue;
     }
-    ArgumentValue value{argument.name, {}, {}};
-    value.value = queries_.Scalar(*argument.value, execution, value.type);
+    Parameter value{argument.name, {}};
+    value.value = c.session.queries().Scalar(*argument.value, c.execution, value.type);
     arguments.push_back(std::move(value));
   }
-  Execute(statement.procedure, arguments, execution.sink);
+  c.session.Execute(statement.procedure, arguments, c.sink());
 }
 
-void EngineSession::RunOne(const ExecuteTextStatement& statement, const Execution& execution,
-                           StatementEnd&) {
-  const std::string text = TextOfCell(queries_.Scalar(*statement.text, execution));
-  RunInside(text, {}, {}, execution.sink);
+void RunOne(const Context& c, const ExecuteTextStatement& statement) {
+  const std::string text = TextOfCell(c.session.queries().Scalar(*statement.text, c.execution));
+  c.session.RunInside(text, {}, c.sink());
 }
 
-void EngineSession::RunOne(const BackupStatement& statement, const Execution& execution,
-                           StatementEnd&) {
-  RunBackup(*this, statement, execution);
+void RunOne(const Context& c, const BackupStatement& statement) {
+  RunBackup(c.session, statement, c.execution);
 }
 
-void EngineSession::RunOne(const RestoreStatement& statement, const Execution& execution,
-                           StatementEnd& end) {
-  end.rows = RunRestore(*this, statement, execution);
-  end.is_select = end.rows >= 0;
+void RunOne(const Context& c, const RestoreStatement& statement) {
+  c.end.rows = RunRestore(c.session, statement, c.execution);
+  c.end.is_select = c.end.rows >= 0;
 }
 
-void EngineSession::RunOne(const DbccStatement& statement, const Execution& execution,
-                           StatementEnd&) {
+void RunOne(const Context& c, const DbccStatement& statement) {
   if (statement.command == "SHRINKDATABASE" && !statement.arguments.empty()) {
-    DatabaseDefinition(workspace_).Shrink(statement.arguments[0]);
-    execution.sink.OnMessage(MessageOf(2528));
+    DatabaseDefinition(c.workspace).Shrink(statement.arguments[0]);
+    c.sink().OnMessage(MakeMessage(2528));
     return;
   }
   throw Unsupported("dbcc " + statement.command);
 }
 
-void EngineSession::RunOne(const KillStatement& statement, const Execution& execution,
-                           StatementEnd&) {
-  if (!workspace_.login().sysadmin) Fail(15247);
+void RunOne(const Context& c, const KillStatement& statement) {
+  if (!c.workspace.login().sysadmin) Fail(15247);
   int process = 0;
   const std::string& text = statement.process;
   const char* const end = text.data() + text.size();
   const auto [stop, problem] = std::from_chars(text.data(), end, process);
   if (problem == std::errc::result_out_of_range) Fail(6101, {text, "32767"});
   if (problem != std::errc() || stop != end) {
-    throw MakeError(170, {text, std::to_string(execution.line)}, execution.line);
+    Fail(170, {text, std::to_string(c.execution.line)});
   }
-  instance_.Kill(process, spid());
+  c.workspace.instance().Kill(process, c.workspace.spid());
 }
 
-void EngineSession::RunOne(const ShutdownStatement&, const Execution& execution, StatementEnd&) {
-  if (!workspace_.login().sysadmin) Fail(15247);
-  ServerMessage message = MessageOf(6005, {workspace_.login().name});
-  execution.sink.OnMessage(message);
-  instance_.RequestShutdown();
+void RunOne(const Context& c, const ShutdownStatement&) {
+  if (!c.workspace.login().sysadmin) Fail(15247);
+  ServerMessage message = MakeMessage(6005, {c.workspace.login().name});
+  c.sink().OnMessage(message);
+  c.workspace.instance().RequestShutdown();
 }
 
-void EngineSession::RunOne(const CheckpointStatement&, const Execution&, StatementEnd&) {
-  const std::string alias = workspace_.Open(workspace_.FindDatabase(workspace_.database()));
-  sqlite3_wal_checkpoint_v2(workspace_.connection().handle(), alias.c_str(),
+void RunOne(const Context& c, const CheckpointStatement&) {
+  const std::string alias = c.workspace.Open(c.workspace.FindDatabase(c.workspace.database()));
+  sqlite3_wal_checkpoint_v2(c.workspace.connection().handle(), alias.c_str(),
                             SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
 }
 
-void EngineSession::RunOne(const ReconfigureStatement&, const Execution&, StatementEnd&) {
-  throw Unsupported("reconfigure");
-}
-
-void EngineSession::RunOne(const WaitForStatement& statement, const Execution&, StatementEnd&) {
+void RunOne(const Context& c, const WaitForStatement& statement) {
   if (statement.time) throw Unsupported("waitfor time");
   const auto end = std::chrono::steady_clock::now() + DelayOf(statement.text);
   while (std::chrono::steady_clock::now() < end) {
-    if (workspace_.interrupted()) Fail(3617);
+    if (c.workspace.interrupted()) Fail(3617);
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
   }
 }
 
-void EngineSession::RunOne(const PermissionStatement& statement, const Execution&, StatementEnd&) {
-  ChangePermissions(statement, workspace_, resolver_);
+void RunOne(const Context& c, const PermissionStatement& statement) {
+  ChangePermissions(statement, c.workspace, c.resolver);
 }
 
-void EngineSession::RunOne(const InsertBulkStatement& statement, const Execution&, StatementEnd&) {
+void RunOne(const Context& c, const InsertBulkStatement& statement) {
   // The rows come in a message of their own, as inserts; here the table only has to be there.
-  resolver_.Need(statement.table, "U");
+  c.resolver.Need(statement.table, "U");
+}
+
+}  // namespace
+
+bool MakesTable(const SelectStatement& statement) {
+  const auto* core = std::get_if<SelectCore>(&statement.query->terms.front());
+  return core != nullptr && core->into;
+}
+
+StatementEnd RunStatement(EngineSession& session, const Statement& statement,
+                          const Execution& execution) {
+  StatementEnd end;
+  const Context context{session, session.workspace(), session.resolver(), execution, end};
+  std::visit([&](const auto& node) { RunOne(context, node); }, statement.node);
+  return end;
 }
 
 }  // namespace dbkeeper::server

@@ -2,7 +2,6 @@
 #include <algorithm>
 
 #include "server/catalog/column_types.h"
-#include "server/engine/engine_messages.h"
 #include "server/engine/table_definition.h"
 #include "server/types/messages.h"
 #include "server/types/type_rules.h"
@@ -69,13 +68,12 @@ void TableDefinition::AddNewColumns(Work& work, const AddColumns& action) {
     work.catalog.AddColumn(work.found.object.id, column);
     const std::string set = "update " + path + " set " + QuoteName(column.name) + " = ";
     if (column.identity) {
-      connection.Execute(set + "next_identity(" + QuoteText(work.found.alias) + ", " +
+      connection.Execute(set + "ms_state('next_identity', " + QuoteText(work.found.alias) + ", " +
                          std::to_string(work.found.object.id) + ")");
       workspace_.SaveIdentities();
     } else if (!column.type.nullable && column.default_id != 0) {
-      const std::vector<ParameterInfo> none;
-      connection.Execute(
-          set + Translator(resolver_, none).DefaultExpression(column.default_text, column.type));
+      connection.Execute(set +
+                         Translator(resolver_).DefaultExpression(column.default_text, column.type));
     }
     Reload(work);
   }
@@ -98,7 +96,7 @@ void TableDefinition::AddNewColumns(Work& work, const AddColumns& action) {
 bool TableDefinition::TellDependents(Work& work, const CatalogColumn& column, ResultSink& sink) {
   bool any = false;
   const auto tell = [&](std::string_view kind, std::string_view name) {
-    sink.OnMessage(MessageOf(5074, {kind, name, column.name}));
+    sink.OnMessage(MakeMessage(5074, {kind, name, column.name}));
     any = true;
   };
   for (const CatalogIndex& index : work.table.indexes) {
@@ -179,7 +177,7 @@ void TableDefinition::ConvertRows(Work& work, const CatalogColumn& before,
   name.database = work.found.object.name.starts_with('#') ? "" : work.found.database.name;
   name.name = work.found.object.name;
   const std::optional<ObjectInfo> info = resolver_.ResolveObject(name);
-  const std::vector<ParameterInfo> columns = {{after.name, before.type}};
+  const Parameters columns = {{after.name, before.type}};
   const Translation update = Translator(resolver_, columns).UpdateRow(*info, columns);
   SqliteConnection& connection = workspace_.connection();
   SqliteStatement rows = connection.Prepare("select rowid, " + QuoteName(after.name) + " from " +

@@ -1,11 +1,8 @@
 #include "server/engine/table_definition.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 
 #include "server/catalog/column_types.h"
-#include "server/engine/engine_messages.h"
 #include "server/types/messages.h"
 #include "server/types/type_rules.h"
 
@@ -22,23 +19,6 @@ bool IsKeyKind(const Constraint& constraint) {
 Constraint WithColumn(Constraint constraint, const ColumnDefinition& definition) {
   if (constraint.columns.empty()) constraint.columns.push_back({definition.name, false});
   return constraint;
-}
-
-std::string FirstCharacters(std::string_view text, std::size_t count) {
-  std::size_t end = 0;
-  for (std::size_t characters = 0; end < text.size(); ++end) {
-    const bool starts = (static_cast<unsigned char>(text[end]) & 0xC0) != 0x80;
-    if (starts && ++characters > count) break;
-  }
-  return std::string(text.substr(0, end));
-}
-
-std::string Hexadecimal(std::int64_t number) {
-  std::array<char, 16> digits{};
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number, 16).ptr;
-  std::string text(digits.data(), end);
-  std::ranges::transform(text, text.begin(), [](unsigned char c) { return std::toupper(c); });
-  return std::string(text.size() < 8 ? 8 - text.size() : 0, '0') + text;
 }
 
 CatalogIdentity IdentityOf(const Identity& identity) {
@@ -67,12 +47,19 @@ std::string TableDefinition::NameFor(Work& work, const Constraint& constraint,
     if (work.catalog.FindObject(constraint.name)) Fail(2714, {constraint.name});
     return constraint.name;
   }
-  std::string name = std::string(prefix) + "__" + FirstCharacters(work.found.object.name, 9) + "__";
-  if (!column.empty()) name += FirstCharacters(column, 5) + "__";
+  const auto first = [](std::string_view text, int count) {
+    return std::string(CutText(text, count, TextUnit::kUtf16Unit)) + "__";
+  };
+  std::string name = std::string(prefix) + "__" + first(work.found.object.name, 9);
+  if (!column.empty()) name += first(column, 5);
   const std::int64_t number = workspace_.connection().IntegerOf(
       0, "select count(*) from " + work.catalog.Path("sysobjects"));
   constexpr std::int64_t kSpread = 2'654'435'761;
-  return name + Hexadecimal(((work.found.object.id + number) * kSpread) & 0x7FFFFFFF);
+  const std::int64_t hash = ((work.found.object.id + number) * kSpread) & 0x7FFFFFFF;
+  for (int shift = 24; shift >= 0; shift -= 8) {
+    name += HexDigits(std::string(1, static_cast<char>(hash >> shift)));
+  }
+  return name;
 }
 
 CatalogColumn TableDefinition::MakeColumn(const Work& work, const ColumnDefinition& definition) {
@@ -108,8 +95,7 @@ CatalogColumn TableDefinition::MakeColumn(const Work& work, const ColumnDefiniti
 void TableDefinition::AddDefault(Work& work, CatalogColumn& column, const Constraint& constraint) {
   if (column.default_id != 0) Fail(1781);
   // Refuses what cannot be evaluated.
-  const std::vector<ParameterInfo> none;
-  static_cast<void>(Translator(resolver_, none).DefaultExpression(constraint.text, column.type));
+  static_cast<void>(Translator(resolver_).DefaultExpression(constraint.text, column.type));
   const std::string name = NameFor(work, constraint, "DF", column.name);
   column.default_id = work.catalog.AddObject(name, "D", work.found.object.id, column.colid);
   column.default_text = constraint.text;
@@ -246,8 +232,7 @@ void TableDefinition::AddCheck(Work& work, const Constraint& constraint, bool ch
   info.name = work.found.object.name;
   for (const CatalogColumn& column : work.table.columns)
     info.columns.push_back(ColumnInfoOf(column));
-  const std::vector<ParameterInfo> none;
-  const std::string expression = Translator(resolver_, none).CheckExpression(constraint.text, info);
+  const std::string expression = Translator(resolver_).CheckExpression(constraint.text, info);
   const std::string column_name = constraint.columns.empty() ? "" : constraint.columns[0].name;
   const CatalogColumn* column = work.table.FindColumn(column_name);
   const std::string name = NameFor(work, constraint, "CK", column_name);
@@ -281,8 +266,8 @@ void TableDefinition::AddForeignKey(Work& work, const Constraint& constraint, bo
   key.parent = parent.object.id;
   key.child_table = work.found.object.name;
   key.parent_table = parent.object.name;
-  key.delete_cascade = constraint.on_delete == ReferenceAction::kCascade;
-  key.update_cascade = constraint.on_update == ReferenceAction::kCascade;
+  key.delete_cascade = constraint.delete_cascade;
+  key.update_cascade = constraint.update_cascade;
   key.disabled = false;
   for (const KeyColumn& column : constraint.columns) {
     const CatalogColumn* child = work.table.FindColumn(column.name);

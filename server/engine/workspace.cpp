@@ -5,7 +5,6 @@
 
 #include "server/catalog/new_database.h"
 #include "server/catalog/system_tables.h"
-#include "server/engine/engine_messages.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {
@@ -31,52 +30,6 @@ std::string UriOf(const std::filesystem::path& file) {
   return uri + "?mode=rw";
 }
 
-void NextIdentityFunction(sqlite3_context* context, int, sqlite3_value** arguments) {
-  auto& workspace = *static_cast<Workspace*>(sqlite3_user_data(context));
-  try {
-    const auto* alias = reinterpret_cast<const char*>(sqlite3_value_text(arguments[0]));
-    sqlite3_result_int64(context, workspace.NextIdentity(alias, sqlite3_value_int64(arguments[1])));
-  } catch (const std::exception& failure) {
-    sqlite3_result_error(context, failure.what(), -1);
-  }
-}
-
-// table_rows(alias, id): the rows of a table now.
-void TableRowsFunction(sqlite3_context* context, int, sqlite3_value** arguments) {
-  auto& connection = static_cast<Workspace*>(sqlite3_user_data(context))->connection();
-  try {
-    Catalog catalog(connection, reinterpret_cast<const char*>(sqlite3_value_text(arguments[0])));
-    const auto object = catalog.FindObject(sqlite3_value_int64(arguments[1]));
-    const bool stored = object && (object->xtype == "U" || object->xtype == "S");
-    sqlite3_result_int64(
-        context,
-        stored ? connection.IntegerOf(0, "select count(*) from " + catalog.Path(object->name)) : 0);
-  } catch (const std::exception& failure) {
-    sqlite3_result_error(context, failure.what(), -1);
-  }
-}
-
-// table_pages(alias, id, indid): pages of 8 KB of a table's rows or of one of its indexes.
-void TablePagesFunction(sqlite3_context* context, int, sqlite3_value** arguments) {
-  constexpr std::int64_t kServerPage = 8192;
-  auto& connection = static_cast<Workspace*>(sqlite3_user_data(context))->connection();
-  try {
-    const std::string alias = reinterpret_cast<const char*>(sqlite3_value_text(arguments[0]));
-    const std::int64_t id = sqlite3_value_int64(arguments[1]);
-    const std::int64_t indid = sqlite3_value_int64(arguments[2]);
-    const auto object = Catalog(connection, alias).FindObject(id);
-    const std::string name = indid > 1 ? Catalog::IndexSqliteName(id, indid)
-                             : object  ? object->name
-                                       : "";
-    const std::int64_t bytes = connection.IntegerOf(
-        0, "select pgsize from dbstat where schema = ?1 and aggregate = 1 and name = ?2", alias,
-        name);
-    sqlite3_result_int64(context, (bytes + kServerPage - 1) / kServerPage);
-  } catch (const std::exception& failure) {
-    sqlite3_result_error(context, failure.what(), -1);
-  }
-}
-
 }  // namespace
 
 Workspace::Workspace(InstanceState& instance, LoginInfo login, ServerState& state)
@@ -84,12 +37,6 @@ Workspace::Workspace(InstanceState& instance, LoginInfo login, ServerState& stat
       login_(std::move(login)),
       connection_(instance.FileOf(kMasterId).string()) {
   RegisterServerFunctions(connection_.handle(), state);
-  sqlite3_create_function(connection_.handle(), "next_identity", 2, SQLITE_UTF8, this,
-                          NextIdentityFunction, nullptr, nullptr);
-  sqlite3_create_function(connection_.handle(), "table_rows", 2, SQLITE_UTF8, this,
-                          TableRowsFunction, nullptr, nullptr);
-  sqlite3_create_function(connection_.handle(), "table_pages", 3, SQLITE_UTF8, this,
-                          TablePagesFunction, nullptr, nullptr);
   sqlite3_busy_handler(connection_.handle(), OnBusy, this);
   connection_.Execute("pragma foreign_keys = on");
 }

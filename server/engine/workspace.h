@@ -103,7 +103,7 @@ class Workspace {
   // Notices that SQLite gave up the transaction; true when it did.
   bool LostTransaction();
 
-  // Identity columns. The function next_identity of a statement takes from them.
+  // Identity columns; inserts take from them.
   std::int64_t NextIdentity(const std::string& alias, std::int64_t table);
   void SaveIdentities();
   void ForgetIdentities() { identities_.clear(); }

@@ -4,8 +4,8 @@
 
 #include "server/catalog/column_types.h"
 #include "server/engine/database_definition.h"
-#include "server/engine/engine_messages.h"
 #include "server/procedures/procedure_table.h"
+#include "server/types/messages.h"
 
 namespace dbkeeper::server {
 

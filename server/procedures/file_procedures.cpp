@@ -1,7 +1,7 @@
 // Databases taken in and let go, and the history of backups.
 #include "server/engine/database_definition.h"
-#include "server/engine/engine_messages.h"
 #include "server/procedures/procedure_table.h"
+#include "server/types/messages.h"
 
 namespace dbkeeper::server {
 

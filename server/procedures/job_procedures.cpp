@@ -3,8 +3,8 @@
 #include <chrono>
 #include <ctime>
 
-#include "server/engine/engine_messages.h"
 #include "server/procedures/procedure_table.h"
+#include "server/types/messages.h"
 
 namespace dbkeeper::server {
 

@@ -1,7 +1,7 @@
 // Logins of the instance.
 #include "server/catalog/login_store.h"
-#include "server/engine/engine_messages.h"
 #include "server/procedures/procedure_table.h"
+#include "server/types/messages.h"
 
 namespace dbkeeper::server {
 

@@ -2,11 +2,11 @@
 #include <algorithm>
 
 #include "server/engine/database_definition.h"
-#include "server/engine/engine_messages.h"
 #include "server/engine/state_functions.h"
 #include "server/engine/table_definition.h"
 #include "server/procedures/procedure_table.h"
 #include "server/sql/parser.h"
+#include "server/types/messages.h"
 
 namespace dbkeeper::server {
 
@@ -67,7 +67,7 @@ PartName SplitPart(ProcedureCall& call) {
   const std::string text = call.Text("@objname");
   ObjectName name;
   try {
-    name = std::get<TruncateStatement>(ParseBatch("truncate table " + text).at(0).node).table;
+    name = ParseObjectName(text);
   } catch (const SqlError&) {
     Fail(15248, {call.Text("@objtype")});
   }
@@ -156,16 +156,13 @@ void Rename(ProcedureCall& call) {
 // sp_executesql N'select ... where a = @p', N'@p int', 1. Its last arguments have names of their
 // own, so it is no row of parameters.
 void ExecuteText(ProcedureCall& call) {
-  const std::vector<ArgumentValue>& arguments = call.arguments();
-  std::vector<ParameterInfo> parameters;
-  std::vector<Cell> values;
-  for (const ParameterDeclaration& declaration : ParseParameterDeclarations(call.Text("@params"))) {
-    const std::size_t place = 2 + parameters.size();
-    if (place >= arguments.size()) throw SqlError(MessageOf(8144, {"sp_executesql"}));
-    parameters.push_back({declaration.name, declaration.type});
-    values.push_back(arguments[place].value);
+  Parameters parameters = ParseParameterDeclarations(call.Text("@params"));
+  for (std::size_t i = 0; i < parameters.size(); ++i) {
+    if (parameters[i].is_output) throw Unsupported("output parameters of sp_executesql");
+    if (i + 2 >= call.arguments().size()) Fail(8178, {parameters[i].name});
+    parameters[i].value = call.arguments()[i + 2].value;
   }
-  call.session().RunInside(call.Text("@stmt"), parameters, values, call.sink());
+  call.session().RunInside(call.Text("@stmt"), parameters, call.sink());
 }
 
 constexpr ProcedureRow kProcedures[] = {

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "server/engine/engine_messages.h"
 #include "server/engine/state_functions.h"
 #include "server/sql/parser.h"
+#include "server/types/messages.h"
 
 namespace dbkeeper::server {
 
@@ -12,13 +12,13 @@ namespace {
 
 constexpr int kWidestText = 4000;
 
-struct Parameter {
+struct Wanted {
   std::string_view name;
   bool required;
 };
 
-std::vector<Parameter> ParametersOf(std::string_view text) {
-  std::vector<Parameter> parameters;
+std::vector<Wanted> ParametersOf(std::string_view text) {
+  std::vector<Wanted> parameters;
   while (!text.empty()) {
     const std::size_t comma = std::min(text.find(','), text.size());
     std::string_view name = text.substr(0, comma);
@@ -33,21 +33,21 @@ std::vector<Parameter> ParametersOf(std::string_view text) {
 }  // namespace
 
 ProcedureCall::ProcedureCall(const ProcedureRow& row, EngineSession& session,
-                             const std::vector<ArgumentValue>& arguments, ResultSink& sink)
+                             const Parameters& arguments, ResultSink& sink)
     : row_(row), session_(session), sink_(sink) {
-  std::vector<Parameter> parameters = ParametersOf(row.parameters);
+  std::vector<Wanted> parameters = ParametersOf(row.parameters);
   const bool takes_more = !parameters.empty() && parameters.back().name == "...";
   if (takes_more) parameters.pop_back();
   std::vector<bool> given(parameters.size(), false);
-  for (const Parameter& parameter : parameters) {
-    arguments_.push_back({std::string(parameter.name), Cell(),
-                          SqlType{.id = TypeId::kNVarChar, .length = kWidestText}});
+  for (const Wanted& parameter : parameters) {
+    arguments_.push_back(
+        {std::string(parameter.name), SqlType{.id = TypeId::kNVarChar, .length = kWidestText}});
   }
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     std::size_t place = i;
     if (!arguments[i].name.empty()) {
       const auto found = std::ranges::find_if(
-          parameters, [&](const Parameter& p) { return SameName(p.name, arguments[i].name); });
+          parameters, [&](const Wanted& p) { return SameName(p.name, arguments[i].name); });
       if (found == parameters.end() && !takes_more) Fail(8145, {arguments[i].name, row.name});
       if (found != parameters.end()) place = static_cast<std::size_t>(found - parameters.begin());
     }
@@ -57,7 +57,7 @@ ProcedureCall::ProcedureCall(const ProcedureRow& row, EngineSession& session,
       continue;
     }
     given[place] = true;
-    if (std::holds_alternative<std::monostate>(arguments[i].value)) continue;
+    if (IsNullCell(arguments[i].value)) continue;
     arguments_[place].value = arguments[i].value;
     arguments_[place].type = arguments[i].type;
   }
@@ -66,8 +66,8 @@ ProcedureCall::ProcedureCall(const ProcedureRow& row, EngineSession& session,
   }
 }
 
-const ArgumentValue* ProcedureCall::Find(std::string_view parameter) const {
-  const auto found = std::ranges::find(arguments_, parameter, &ArgumentValue::name);
+const Parameter* ProcedureCall::Find(std::string_view parameter) const {
+  const auto found = std::ranges::find(arguments_, parameter, &Parameter::name);
   return found == arguments_.end() ? nullptr : &*found;
 }
 
@@ -75,9 +75,7 @@ const Cell& ProcedureCall::Value(std::string_view parameter) const {
   return Find(parameter)->value;
 }
 
-bool ProcedureCall::Has(std::string_view parameter) const {
-  return !std::holds_alternative<std::monostate>(Value(parameter));
-}
+bool ProcedureCall::Has(std::string_view parameter) const { return !IsNullCell(Value(parameter)); }
 
 std::string ProcedureCall::Text(std::string_view parameter, std::string_view otherwise) const {
   return Has(parameter) ? TextOfCell(Value(parameter)) : std::string(otherwise);
@@ -98,8 +96,7 @@ FoundObject ProcedureCall::Object(std::string_view parameter, std::string_view x
   const std::string text = Text(parameter);
   std::optional<FoundObject> found;
   try {
-    const std::vector<Statement> statements = ParseBatch("truncate table " + text);
-    found = resolver().Find(std::get<TruncateStatement>(statements.at(0).node).table);
+    found = resolver().Find(ParseObjectName(text));
   } catch (const SqlError&) {
     // A name that can only stand in brackets is taken as it is.
     found = resolver().Find({.server = {}, .database = {}, .owner = {}, .name = text});
@@ -111,15 +108,7 @@ FoundObject ProcedureCall::Object(std::string_view parameter, std::string_view x
   return *found;
 }
 
-void ProcedureCall::Run(std::string_view text) {
-  std::vector<ParameterInfo> infos;
-  std::vector<Cell> values;
-  for (const ArgumentValue& argument : arguments_) {
-    infos.push_back({argument.name, argument.type});
-    values.push_back(argument.value);
-  }
-  session_.RunInside(text, infos, values, sink_);
-}
+void ProcedureCall::Run(std::string_view text) { session_.RunInside(text, arguments_, sink_); }
 
 void ProcedureCall::Rows(const std::vector<ResultColumn>& columns,
                          const std::vector<std::vector<Cell>>& rows) {
@@ -131,7 +120,7 @@ void ProcedureCall::Rows(const std::vector<ResultColumn>& columns,
 }
 
 void ProcedureCall::Inform(int number, std::initializer_list<std::string_view> parts) {
-  sink_.OnMessage(MessageOf(number, parts));
+  sink_.OnMessage(MakeMessage(number, parts));
 }
 
 void ProcedureCall::NeedAdministrator(bool or_has) {

@@ -29,8 +29,8 @@ struct ProcedureRow {
 class ProcedureCall {
  public:
   // Throws SqlError 201, 8144, 8145 when the arguments do not fit the parameters.
-  ProcedureCall(const ProcedureRow& row, EngineSession& session,
-                const std::vector<ArgumentValue>& arguments, ResultSink& sink);
+  ProcedureCall(const ProcedureRow& row, EngineSession& session, const Parameters& arguments,
+                ResultSink& sink);
 
   const ProcedureRow& row() const { return row_; }
   Workspace& workspace() { return session_.workspace(); }
@@ -38,7 +38,7 @@ class ProcedureCall {
   EngineSession& session() { return session_; }
   SqliteConnection& sqlite() { return session_.workspace().connection(); }
   ResultSink& sink() { return sink_; }
-  const std::vector<ArgumentValue>& arguments() const { return arguments_; }
+  const Parameters& arguments() const { return arguments_; }
 
   // The database the procedure runs in.
   DatabaseInfo database() { return workspace().FindDatabase(workspace().database()); }
@@ -63,11 +63,11 @@ class ProcedureCall {
   void NeedOwner();
 
  private:
-  const ArgumentValue* Find(std::string_view parameter) const;
+  const Parameter* Find(std::string_view parameter) const;
 
   const ProcedureRow& row_;
   EngineSession& session_;
-  std::vector<ArgumentValue> arguments_;  // one for each parameter in order, then the further ones
+  Parameters arguments_;  // one for each parameter in order, then the further ones
   ResultSink& sink_;
 };
 

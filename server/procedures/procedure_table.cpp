@@ -1,6 +1,6 @@
 #include "server/procedures/procedure_table.h"
 
-#include "server/engine/engine_messages.h"
+#include "server/types/messages.h"
 
 namespace dbkeeper::server {
 
@@ -17,7 +17,7 @@ const ProcedureRow* FindProcedure(std::string_view name) {
 }
 
 void RunSystemProcedure(const ProcedureRow& row, EngineSession& session,
-                        const std::vector<ArgumentValue>& arguments, ResultSink& sink) {
+                        const Parameters& arguments, ResultSink& sink) {
   ProcedureCall call(row, session, arguments, sink);
   if (row.run != nullptr) {
     row.run(call);

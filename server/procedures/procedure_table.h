@@ -14,7 +14,7 @@ const ProcedureRow* FindProcedure(std::string_view name);
 
 // Binds the arguments and runs it. Throws SqlError.
 void RunSystemProcedure(const ProcedureRow& row, EngineSession& session,
-                        const std::vector<ArgumentValue>& arguments, ResultSink& sink);
+                        const Parameters& arguments, ResultSink& sink);
 
 // The families, one source each.
 std::span<const ProcedureRow> DatabaseProcedures();

@@ -1,6 +1,6 @@
 // Extended properties.
-#include "server/engine/engine_messages.h"
 #include "server/procedures/procedure_table.h"
+#include "server/types/messages.h"
 
 namespace dbkeeper::server {
 

@@ -1,7 +1,7 @@
 // Users of a database.
-#include "server/engine/engine_messages.h"
 #include "server/procedures/database_users.h"
 #include "server/procedures/procedure_table.h"
+#include "server/types/messages.h"
 
 namespace dbkeeper::server {
 

@@ -173,8 +173,6 @@ struct Expression {
                DefaultValue>
       node;
   int line = 1;
-  std::size_t begin = 0;  // where it stands in the batch, in bytes
-  std::size_t end = 0;
 };
 
 // Whether it is a predicate: true, false or unknown, but no value.
@@ -222,16 +220,10 @@ struct OrderItem {
   bool descending = false;
 };
 
-struct TopClause {
-  ExpressionPtr count;
-  bool percent = false;
-  bool with_ties = false;
-};
-
 // One select without order by.
 struct SelectCore {
   bool distinct = false;
-  std::optional<TopClause> top;
+  ExpressionPtr top;  // null: all rows
   std::vector<SelectItem> items;
   std::optional<ObjectName> into;
   std::vector<TableSourcePtr> from;
@@ -297,8 +289,6 @@ struct KeyColumn {
   bool descending = false;
 };
 
-enum class ReferenceAction { kNoAction, kCascade };
-
 struct Constraint {
   ConstraintKind kind = ConstraintKind::kCheck;
   std::string name;                // empty: the server makes one up
@@ -306,8 +296,8 @@ struct Constraint {
   std::optional<bool> clustered;   // primary key, unique; empty when nothing was said
   ObjectName referenced_table;     // foreign key
   std::vector<std::string> referenced_columns;
-  ReferenceAction on_delete = ReferenceAction::kNoAction;
-  ReferenceAction on_update = ReferenceAction::kNoAction;
+  bool delete_cascade = false;
+  bool update_cascade = false;
   std::string text;            // check, default: the expression in parentheses as stored
   std::string default_column;  // default added with "for column"
 };
@@ -380,7 +370,6 @@ struct CreateIndexStatement {
   bool clustered = false;
   bool ignore_duplicates = false;
   bool drop_existing = false;
-  int fill_factor = 0;
 };
 
 struct DropIndexStatement {
@@ -397,7 +386,6 @@ struct CreateViewStatement {
   ObjectName name;
   std::vector<std::string> columns;
   QueryPtr query;
-  bool check_option = false;
   std::string text;
 };
 
@@ -408,7 +396,6 @@ struct CreateModuleStatement {
   ObjectName name;
   ObjectName table;                         // of a trigger
   std::vector<std::string> trigger_events;  // "insert", "update", "delete"
-  bool instead_of = false;
   std::string text;
 };
 
@@ -474,7 +461,7 @@ struct SetStatement {
   std::string value;                 // as written; "ON" and "OFF" in capitals
 };
 
-enum class TransactionAction { kBegin, kCommit, kRollback, kSave };
+enum class TransactionAction { kBegin, kCommit, kRollback };
 
 struct TransactionStatement {
   TransactionAction action;
@@ -490,7 +477,6 @@ struct RaiseErrorStatement {
   ExpressionPtr severity;
   ExpressionPtr state;
   std::vector<ExpressionPtr> arguments;
-  bool with_log = false;
 };
 
 struct ProcedureArgument {
@@ -548,15 +534,9 @@ struct KillStatement {
   std::string process;
 };
 
-struct ShutdownStatement {
-  bool no_wait = false;
-};
+struct ShutdownStatement {};
 
 struct CheckpointStatement {};
-
-struct ReconfigureStatement {
-  bool with_override = false;
-};
 
 struct WaitForStatement {
   bool time = false;  // until a time of day, else for a delay
@@ -567,21 +547,18 @@ enum class PermissionVerb { kGrant, kRevoke, kDeny };
 
 struct PermissionStatement {
   PermissionVerb verb;
-  bool grant_option_for = false;         // revoke grant option for
   bool all = false;                      // all [privileges]
   std::vector<std::string> permissions;  // in capitals: "SELECT", "CREATE TABLE"
   std::optional<ObjectName> object;      // none: permissions to statements
   std::vector<std::string> columns;
   std::vector<std::string> grantees;
   bool with_grant_option = false;
-  bool cascade = false;
 };
 
 // insert bulk t (column type, ...): the packets that follow bring the rows.
 struct InsertBulkStatement {
   ObjectName table;
   std::vector<ColumnDefinition> columns;
-  std::vector<std::string> hints;  // in capitals
 };
 
 struct Statement {
@@ -591,12 +568,10 @@ struct Statement {
                CreateDatabaseStatement, AlterDatabaseStatement, UseStatement, SetStatement,
                TransactionStatement, PrintStatement, RaiseErrorStatement, ExecuteStatement,
                ExecuteTextStatement, BackupStatement, RestoreStatement, DbccStatement,
-               KillStatement, ShutdownStatement, CheckpointStatement, ReconfigureStatement,
-               WaitForStatement, PermissionStatement, InsertBulkStatement>
+               KillStatement, ShutdownStatement, CheckpointStatement, WaitForStatement,
+               PermissionStatement, InsertBulkStatement>
       node;
   int line = 1;
-  std::size_t begin = 0;  // where it stands in the batch, in bytes
-  std::size_t end = 0;
 };
 
 }  // namespace dbkeeper::server

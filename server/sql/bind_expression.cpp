@@ -13,25 +13,11 @@
 namespace dbkeeper::server {
 namespace {
 
-std::string Hex(std::string_view bytes) {
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
-  std::string text = "X'";
-  for (const char c : bytes) {
-    text += kDigits[static_cast<unsigned char>(c) >> 4];
-    text += kDigits[static_cast<unsigned char>(c) & 15];
-  }
-  return text + '\'';
-}
-
 // The type of a literal of that length: a large one when it is too long for the other.
 SqlType SizedType(TypeId id, TypeId large, int length) {
   const int most = IsNationalText(id) ? 4000 : 8000;
   if (length > most) return SqlType{large, 2147483647 / (IsNationalText(id) ? 2 : 1), 0, 0, false};
   return SqlType{id, std::max(length, 1), 0, 0, false};
-}
-
-bool SameName(std::string_view left, std::string_view right) {
-  return CompareText(left, right) == 0;
 }
 
 // Whether "a.b.c.column" may mean a column of `table`.
@@ -53,26 +39,6 @@ std::string Joined(const std::vector<std::string>& parts) {
 }
 
 }  // namespace
-
-std::string Binder::Quote(std::string_view name) {
-  std::string quoted = "\"";
-  for (const char c : name) {
-    quoted += c;
-    if (c == '"') quoted += c;
-  }
-  return quoted + '"';
-}
-
-std::string Binder::QuoteText(std::string_view text) {
-  // SQLite ends a statement at a zero byte.
-  if (text.find('\0') != std::string_view::npos) return "CAST(" + Hex(text) + " AS TEXT)";
-  std::string quoted = "'";
-  for (const char c : text) {
-    quoted += c;
-    if (c == '\'') quoted += c;
-  }
-  return quoted + '\'';
-}
 
 std::string Binder::Collated(const std::string& sql, TypeId type) {
   const std::string_view collation = CollationOf(type);
@@ -165,7 +131,7 @@ Bound Binder::BindLiteral(const Literal& literal, int line) const {
     case LiteralKind::kBinary:
       bound.type =
           SizedType(TypeId::kVarBinary, TypeId::kImage, static_cast<int>(literal.text.size()));
-      bound.sql = Hex(literal.text);
+      bound.sql = QuoteBytes(literal.text);
       return bound;
   }
   return bound;

@@ -37,13 +37,10 @@ SqlType SumType(const SqlType& type) {
 
 std::string Code(const SqlType& type) { return std::to_string(EncodeType(type)); }
 
-std::string Replaced(std::string_view text, std::string_view mark, std::string_view by) {
-  std::string result(text);
-  for (std::size_t at = result.find(mark); at != std::string::npos;
-       at = result.find(mark, at + by.size())) {
-    result.replace(at, mark.size(), by);
-  }
-  return result;
+std::string Joined(const std::vector<std::string>& arguments) {
+  std::string list;
+  for (const std::string& argument : arguments) list += (list.empty() ? "" : ", ") + argument;
+  return list;
 }
 
 SqlType NumberType(const SqlType& first) {
@@ -258,54 +255,77 @@ Bound Binder::BindCast(const Cast& cast, int line, const Scope& scope) {
 
 // ---- the table ---------------------------------------------------------------------------------
 
+// Where an argument goes: see FunctionRow::arguments.
+Bound Binder::BindArgument(char kind, const FunctionRow& row, const Expression& argument, int line,
+                           const Scope& scope) {
+  if (kind == 'p') {
+    const auto* word = std::get_if<ColumnReference>(&argument.node);
+    const std::string_view part =
+        word == nullptr || word->parts.size() != 1 ? "" : DatePartName(word->parts[0]);
+    if (part.empty()) throw MakeError(155, {word == nullptr ? "" : word->parts[0], row.name}, line);
+    return {QuoteText(part), SqlType{TypeId::kVarChar, 20, 0, 0, false}};
+  }
+  Bound value = Bind(argument, scope);
+  const TypeFamily family = FamilyOf(value.type.id);
+  SqlType wanted = value.type;
+  const bool text = family == TypeFamily::kText;
+  if (kind == 'i') wanted = kIntType;
+  if (kind == 'f') wanted = kFloatType;
+  if (kind == 'd') wanted = kDateTimeType;
+  if (kind == 'n') wanted = NumberType(value.type);
+  if ((kind == 't' || kind == 'b') && !text && !(kind == 'b' && family == TypeFamily::kBinary)) {
+    wanted = SqlType{TypeId::kVarChar, std::max(1, DisplayLength(value.type)), 0, 0, true};
+  }
+  wanted.nullable = value.is_null || value.type.nullable;
+  return {ConvertTo(value, wanted), wanted};
+}
+
+// The SQLite text of a row with its places filled.
+std::string Binder::FillCall(std::string_view form, const std::vector<std::string>& arguments) {
+  std::string sql;
+  for (std::size_t i = 0; i < form.size(); ++i) {
+    if (form[i] != '$') {
+      sql += form[i];
+      continue;
+    }
+    const char place = form[++i];
+    const auto index = static_cast<std::size_t>(place - '1');
+    if (place == '*') {
+      sql += Joined(arguments);
+    } else if (place == 'd') {
+      sql += resolver_.CurrentSchema();
+    } else if (place == 't') {
+      sql += std::to_string(resolver_.StatementTime());
+    } else {
+      sql += index < arguments.size() ? arguments[index] : "NULL";
+    }
+  }
+  return sql;
+}
+
 Bound Binder::BindListed(const FunctionRow& row, const FunctionCall& call, int line,
                          const Scope& scope) {
   CheckCount(row.name, call.arguments.size(), row.least, row.most, line);
-  std::string list;
+  const bool state = row.sql == "state";
+  const bool asks = row.sql.find("(select") != std::string_view::npos;
+  if (asks && !subqueries_allowed) throw MakeError(1046, {}, line);
+  std::vector<std::string> arguments;
+  if (state) arguments.push_back(QuoteText(row.name));
   SqlType first;
-  bool nullable = row.least == 0 || row.sql == "state";
+  bool nullable = row.least == 0 || state || asks;
   for (std::size_t i = 0; i < call.arguments.size(); ++i) {
     const char kind = row.arguments[std::min(i, row.arguments.size() - 1)];
-    const Expression& argument = *call.arguments[i];
-    if (i > 0) list += ", ";
-    if (kind == 'p') {
-      const auto* word = std::get_if<ColumnReference>(&argument.node);
-      const std::string_view part =
-          word == nullptr || word->parts.size() != 1 ? "" : DatePartName(word->parts[0]);
-      if (part.empty())
-        throw MakeError(155, {word == nullptr ? "" : word->parts[0], row.name}, line);
-      list += QuoteText(part);
-      continue;
-    }
-    const Bound value = Bind(argument, scope);
-    const TypeFamily family = FamilyOf(value.type.id);
-    nullable = nullable || value.is_null || value.type.nullable;
-    SqlType wanted = value.type;
-    const bool text = family == TypeFamily::kText;
-    if (kind == 'i') wanted = kIntType;
-    if (kind == 'f') wanted = kFloatType;
-    if (kind == 'd') wanted = kDateTimeType;
-    if (kind == 'n') wanted = NumberType(value.type);
-    if ((kind == 't' || kind == 'b') && !text && !(kind == 'b' && family == TypeFamily::kBinary)) {
-      wanted = SqlType{TypeId::kVarChar, std::max(1, DisplayLength(value.type)), 0, 0, true};
-    }
-    if (i == 0) first = wanted;
-    list += ConvertTo(value, wanted);
+    const Bound value = BindArgument(kind, row, *call.arguments[i], line, scope);
+    nullable = nullable || value.type.nullable;
+    if (i == 0) first = value.type;
+    arguments.push_back(value.sql);
   }
+  const std::string own = state ? "ms_state($*)" : "ms_" + std::string(row.name) + "($*)";
   Bound result;
   result.type = ResultType(row, first);
   result.type.nullable = nullable;
-  if (row.sql == "state") {
-    result.sql =
-        "ms_state('" + std::string(row.name) + '\'' + (list.empty() ? "" : ", ") + list + ')';
-    if (row.result == ResultRule::kIdentity) result.sql = "CAST(" + result.sql + " AS TEXT)";
-    return result;
-  }
-  result.sql = row.sql.empty() ? "ms_" + std::string(row.name) + "($*)" : std::string(row.sql);
-  result.sql = Replaced(result.sql, "$*", list);
-  if (row.sql.find("now") != std::string_view::npos) {
-    result.sql = Replaced(result.sql, "now", std::to_string(resolver_.StatementTime()));
-  }
+  result.sql = FillCall(state || row.sql.empty() ? own : row.sql, arguments);
+  if (row.result == ResultRule::kIdentity) result.sql = "CAST(" + result.sql + " AS TEXT)";
   // What the function computed as a number is brought to the type that was promised.
   if (row.result == ResultRule::kNumber || row.result == ResultRule::kWhole) {
     result.sql = "ms_number(" + result.sql + ", " + Code(result.type) + ')';

@@ -11,10 +11,6 @@
 namespace dbkeeper::server {
 namespace {
 
-bool SameName(std::string_view left, std::string_view right) {
-  return CompareText(left, right) == 0;
-}
-
 // The word by which an order by item may mean a column of the select list.
 const std::string* PlainName(const Expression& expression) {
   const auto* column = std::get_if<ColumnReference>(&expression.node);
@@ -29,6 +25,7 @@ const Literal* IntegerLiteral(const Expression& expression) {
 }  // namespace
 
 BoundQuery Binder::BindQuery(const Query& query, const Scope* outer, QueryPlace place) {
+  if (!subqueries_allowed) throw MakeError(1046, {}, query.line);
   const auto* core = std::get_if<SelectCore>(&query.terms[0]);
   if (query.terms.size() == 1 && core != nullptr) {
     if (place != QueryPlace::kTop && !query.order_by.empty() && !core->top) {
@@ -71,9 +68,9 @@ BoundQuery Binder::BindCore(const SelectCore& core, const std::vector<OrderItem>
     }
     bound.single_row = core.group_by.empty();
   }
-  if (core.top) {
+  if (core.top != nullptr) {
     bound.limit = BindTop(*core.top);
-    const Literal* count = IntegerLiteral(*core.top->count);
+    const Literal* count = IntegerLiteral(*core.top);
     if (count != nullptr && count->text == "1") bound.single_row = true;
   }
   if (core.from.empty()) bound.single_row = true;
@@ -144,14 +141,11 @@ void Binder::ExpandStar(const Star& star, int line, const Scope& scope, BoundQue
   throw MakeError(107, {star.qualifier.back()}, line);
 }
 
-std::string Binder::BindTop(const TopClause& top) {
-  const int line = top.count->line;
-  if (top.percent) throw Unsupported("TOP n PERCENT", line);
-  if (top.with_ties) throw Unsupported("TOP n WITH TIES", line);
-  if (const Literal* count = IntegerLiteral(*top.count)) return " LIMIT " + count->text;
-  const auto* variable = std::get_if<Variable>(&top.count->node);
-  if (variable == nullptr) throw MakeError(170, {"top", std::to_string(line)}, line);
-  return " LIMIT " + BindVariable(*variable, line).sql;
+std::string Binder::BindTop(const Expression& count) {
+  if (const Literal* number = IntegerLiteral(count)) return " LIMIT " + number->text;
+  const auto* variable = std::get_if<Variable>(&count.node);
+  if (variable == nullptr) throw MakeError(170, {"top", std::to_string(count.line)}, count.line);
+  return " LIMIT " + BindVariable(*variable, count.line).sql;
 }
 
 // An item is a position, a name of the select list, an expression of it, or one of its own.

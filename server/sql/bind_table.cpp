@@ -12,10 +12,6 @@ namespace {
 
 constexpr int kMaximumViewDepth = 32;
 
-bool SameName(std::string_view left, std::string_view right) {
-  return CompareText(left, right) == 0;
-}
-
 void MakeNullable(Scope& scope, std::size_t begin, std::size_t end) {
   for (std::size_t i = begin; i < end; ++i) {
     for (ScopeColumn& column : scope.tables[i].columns) column.type.nullable = true;
@@ -69,8 +65,8 @@ ScopeTable& Binder::AddTable(const ObjectInfo& object, const std::string& name,
   for (const ColumnInfo& info : object.columns) {
     ScopeColumn column;
     column.name = info.name;
-    column.sql =
-        table.sqlite_alias + '.' + Quote(info.sqlite_name.empty() ? info.name : info.sqlite_name);
+    column.sql = table.sqlite_alias + '.' +
+                 QuoteName(info.sqlite_name.empty() ? info.name : info.sqlite_name);
     column.type = info.type;
     column.identity = !info.identity_sql.empty();
     column.key = info.primary_key;

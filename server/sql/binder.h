@@ -85,7 +85,7 @@ enum class QueryPlace { kTop, kSubquery, kExists };
 
 class Binder {
  public:
-  Binder(NameResolver& resolver, const std::vector<ParameterInfo>& parameters)
+  Binder(NameResolver& resolver, const Parameters& parameters)
       : resolver_(resolver), parameters_(parameters) {}
 
   // ---- bind_expression.cpp
@@ -112,12 +112,11 @@ class Binder {
                        const ObjectName& full_name, Scope& scope);
   ObjectInfo Resolve(const ObjectName& name, int line);
 
-  static std::string Quote(std::string_view name);  // as an identifier
-  static std::string QuoteText(std::string_view text);
   static std::string Collated(const std::string& sql, TypeId type);
 
   // In which database names without one stand; empty: the current.
   std::string default_database;
+  bool subqueries_allowed = true;
 
  private:
   // ---- bind_expression.cpp
@@ -147,6 +146,9 @@ class Binder {
   Bound BindCall(const FunctionCall& call, int line, const Scope& scope);
   Bound BindAggregate(const FunctionCall& call, int line, const Scope& scope);
   Bound BindListed(const FunctionRow& row, const FunctionCall& call, int line, const Scope& scope);
+  Bound BindArgument(char kind, const FunctionRow& row, const Expression& argument, int line,
+                     const Scope& scope);
+  std::string FillCall(std::string_view form, const std::vector<std::string>& arguments);
   Bound BindChoice(std::string_view name, const FunctionCall& call, int line, const Scope& scope);
   Bound BindCast(const Cast& cast, int line, const Scope& scope);
 
@@ -159,7 +161,7 @@ class Binder {
   void ExpandStar(const Star& star, int line, const Scope& scope, BoundQuery& bound) const;
   std::string BindOrderBy(const std::vector<OrderItem>& order_by, const Scope* scope,
                           const BoundQuery& bound);
-  std::string BindTop(const TopClause& top);
+  std::string BindTop(const Expression& count);
   static void RequireGrouped(const Scope& scope, int number, int line);
 
   // ---- bind_table.cpp
@@ -175,7 +177,7 @@ class Binder {
   ScopeTable& NewTable(const std::string& name, const ObjectName& full_name, Scope& scope);
 
   NameResolver& resolver_;
-  const std::vector<ParameterInfo>& parameters_;
+  const Parameters& parameters_;
   int alias_count_ = 0;
   int view_depth_ = 0;
 };

@@ -34,8 +34,9 @@ struct FunctionRow {
   std::string_view arguments;
   ResultRule result;
   int length;  // of the result, where its rule asks
-  // "$*" stands for the arguments; empty: "ms_<name>($*)". Rows of the server's state read
-  // "state": the call goes to ServerState.
+  // "$*" stands for the arguments, "$1" for the first of them (NULL when there is none), "$d" for
+  // the current database, "$t" for the time of the statement; empty: "ms_<name>($*)". Rows of the
+  // server's state read "state": the call goes to ServerState.
   std::string_view sql;
 };
 

@@ -3,11 +3,12 @@
 #include <algorithm>
 
 #include "server/types/messages.h"
+#include "server/types/text.h"
 
 namespace dbkeeper::server {
 namespace {
 
-constexpr std::size_t kMaximumNameCharacters = 128;
+constexpr int kMaximumNameCharacters = 128;
 
 // In alphabetical order.
 constexpr std::string_view kReservedWords =
@@ -46,13 +47,6 @@ bool IsNameStart(char c) {
   return IsLetter(c) || c == '_' || c == '#' || static_cast<unsigned char>(c) >= 0x80;
 }
 bool IsNamePart(char c) { return IsNameStart(c) || IsDigit(c) || c == '$' || c == '@'; }
-
-int HexValue(char c) {
-  if (IsDigit(c)) return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
-}
 
 class Lexer {
  public:
@@ -237,13 +231,8 @@ class Lexer {
 
   static void CheckName(const Token& token) {
     if (token.kind != TokenKind::kWord && token.kind != TokenKind::kQuotedName) return;
-    const auto characters =
-        static_cast<std::size_t>(std::count_if(token.text.begin(), token.text.end(), [](char c) {
-          return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
-        }));
-    if (characters > kMaximumNameCharacters) {
-      throw MakeError(103, {token.text.substr(0, kMaximumNameCharacters)}, token.line);
-    }
+    const std::string_view kept = CutText(token.text, kMaximumNameCharacters, TextUnit::kUtf16Unit);
+    if (kept.size() < token.text.size()) throw MakeError(103, {kept}, token.line);
   }
 
   std::string_view text_;
@@ -265,22 +254,6 @@ bool IsReservedWord(std::string_view word) {
 
 bool EqualsKeyword(std::string_view word, std::string_view upper) {
   return word.size() == upper.size() && ToUpperAscii(word) == upper;
-}
-
-std::string ToUpperAscii(std::string_view text) {
-  std::string upper(text);
-  for (char& c : upper) {
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-  }
-  return upper;
-}
-
-std::string ToLowerAscii(std::string_view text) {
-  std::string lower(text);
-  for (char& c : lower) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return lower;
 }
 
 }  // namespace dbkeeper::server

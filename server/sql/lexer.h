@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "server/sql/parser.h"
+#include "server/types/text.h"
 
 namespace dbkeeper::server {
 
@@ -44,8 +45,5 @@ bool IsReservedWord(std::string_view word);
 
 // Compares ASCII letters without case; `upper` is in capitals.
 bool EqualsKeyword(std::string_view word, std::string_view upper);
-
-std::string ToUpperAscii(std::string_view text);
-std::string ToLowerAscii(std::string_view text);
 
 }  // namespace dbkeeper::server

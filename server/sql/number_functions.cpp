@@ -201,7 +201,7 @@ Cell Math(Cells arguments) {
   for (const MathRow& row : kMath) {
     if (row.name != TextAt(arguments, 0)) continue;
     const double result = row.function(DoubleAt(arguments, 1));
-    if (!std::isfinite(result)) throw MakeError(3623, {"A domain error occurred."});
+    if (!std::isfinite(result)) throw MakeError(3623);
     return result;
   }
   throw Unsupported("this function");

@@ -1,4 +1,5 @@
 // Use, set, transactions, messages, procedure calls, backups, permissions and the like.
+#include <algorithm>
 #include <iterator>
 #include <utility>
 
@@ -63,27 +64,11 @@ Parser::Node Parser::ParseBegin() {
   return begin;
 }
 
-Parser::Node Parser::ParseCommit() {
-  TransactionStatement commit{TransactionAction::kCommit, ""};
-  if (AcceptKeyword("WORK")) return commit;
-  if ((AcceptKeyword("TRAN") || AcceptKeyword("TRANSACTION")) && IsName()) {
-    commit.name = ExpectName();
-  }
-  return commit;
-}
-
-Parser::Node Parser::ParseRollback() {
-  TransactionStatement rollback{TransactionAction::kRollback, ""};
-  if (AcceptKeyword("WORK")) return rollback;
-  if ((AcceptKeyword("TRAN") || AcceptKeyword("TRANSACTION")) && IsName()) {
-    rollback.name = ExpectName();
-  }
-  return rollback;
-}
-
-Parser::Node Parser::ParseSave() {
-  if (!AcceptKeyword("TRAN")) ExpectKeyword("TRANSACTION");
-  return TransactionStatement{TransactionAction::kSave, ExpectName()};
+Parser::Node Parser::ParseTransactionEnd(TransactionAction action) {
+  TransactionStatement end{action, ""};
+  if (AcceptKeyword("WORK")) return end;
+  if ((AcceptKeyword("TRAN") || AcceptKeyword("TRANSACTION")) && IsName()) end.name = ExpectName();
+  return end;
 }
 
 // ---- messages and calls ------------------------------------------------------------------------
@@ -103,7 +88,7 @@ Parser::Node Parser::ParseRaiseError() {
   ExpectSymbol(")");
   if (AcceptKeyword("WITH")) {
     do {
-      if (ExpectWord() == "LOG") raise.with_log = true;
+      ExpectWord();
     } while (AcceptSymbol(","));
   }
   return raise;
@@ -188,13 +173,10 @@ Parser::Node Parser::ParseBackup() {
 
 Parser::Node Parser::ParseRestore() {
   RestoreStatement restore;
-  bool known = false;
-  for (const RestoreRow& row : kRestoreKinds) {
-    if (known || !AcceptKeyword(row.word)) continue;
-    restore.kind = row.kind;
-    known = true;
-  }
-  if (!known) Fail();
+  const auto* row = std::ranges::find_if(
+      kRestoreKinds, [&](const RestoreRow& candidate) { return AcceptKeyword(candidate.word); });
+  if (row == std::end(kRestoreKinds)) Fail();
+  restore.kind = row->kind;
   if (restore.kind == RestoreKind::kDatabase || restore.kind == RestoreKind::kLog) {
     restore.database = ExpectName();
   }
@@ -266,23 +248,8 @@ Parser::Node Parser::ParseKill() {
 }
 
 Parser::Node Parser::ParseShutdown() {
-  ShutdownStatement shutdown;
-  if (AcceptKeyword("WITH")) {
-    if (ExpectWord() != "NOWAIT") Fail();
-    shutdown.no_wait = true;
-  }
-  return shutdown;
-}
-
-Parser::Node Parser::ParseCheckpoint() { return CheckpointStatement{}; }
-
-Parser::Node Parser::ParseReconfigure() {
-  ReconfigureStatement reconfigure;
-  if (AcceptKeyword("WITH")) {
-    if (ExpectWord() != "OVERRIDE") Fail();
-    reconfigure.with_override = true;
-  }
-  return reconfigure;
+  AcceptKeywords({"WITH", "NOWAIT"});
+  return ShutdownStatement{};
 }
 
 Parser::Node Parser::ParseWaitFor() {
@@ -295,46 +262,21 @@ Parser::Node Parser::ParseWaitFor() {
 
 // ---- permissions -------------------------------------------------------------------------------
 
-Parser::Node Parser::ParseGrant() {
-  PermissionStatement grant{};
-  grant.verb = PermissionVerb::kGrant;
-  ParsePermissionList(grant);
-  ExpectKeyword("TO");
-  ParseGrantees(grant);
-  if (AcceptKeyword("WITH")) {
-    ExpectKeyword("GRANT");
-    ExpectKeyword("OPTION");
-    grant.with_grant_option = true;
+Parser::Node Parser::ParsePermission(PermissionVerb verb) {
+  PermissionStatement statement{};
+  statement.verb = verb;
+  const bool revoke = verb == PermissionVerb::kRevoke;
+  if (revoke && IsKeyword("GRANT")) Refuse("REVOKE GRANT OPTION FOR");
+  ParsePermissionList(statement);
+  if (!revoke || !AcceptKeyword("FROM")) ExpectKeyword("TO");
+  ParseGrantees(statement);
+  if (verb == PermissionVerb::kGrant) {
+    statement.with_grant_option = AcceptKeywords({"WITH", "GRANT", "OPTION"});
+  } else {
+    AcceptKeyword("CASCADE");
   }
   if (AcceptKeyword("AS")) ExpectName();
-  return grant;
-}
-
-Parser::Node Parser::ParseRevoke() {
-  PermissionStatement revoke{};
-  revoke.verb = PermissionVerb::kRevoke;
-  if (IsKeyword("GRANT") && IsKeywordAt(1, "OPTION")) {
-    Advance();
-    Advance();
-    ExpectKeyword("FOR");
-    revoke.grant_option_for = true;
-  }
-  ParsePermissionList(revoke);
-  if (!AcceptKeyword("TO")) ExpectKeyword("FROM");
-  ParseGrantees(revoke);
-  revoke.cascade = AcceptKeyword("CASCADE");
-  if (AcceptKeyword("AS")) ExpectName();
-  return revoke;
-}
-
-Parser::Node Parser::ParseDeny() {
-  PermissionStatement deny{};
-  deny.verb = PermissionVerb::kDeny;
-  ParsePermissionList(deny);
-  ExpectKeyword("TO");
-  ParseGrantees(deny);
-  deny.cascade = AcceptKeyword("CASCADE");
-  return deny;
+  return statement;
 }
 
 void Parser::ParsePermissionList(PermissionStatement& statement) {

@@ -1,4 +1,6 @@
 // Create, alter and drop of everything but tables and indexes.
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "server/sql/parser_core.h"
@@ -16,6 +18,16 @@ constexpr ClassRow kClasses[] = {
     {"PROCEDURE", ObjectClass::kProcedure}, {"PROC", ObjectClass::kProcedure},
     {"TRIGGER", ObjectClass::kTrigger},     {"FUNCTION", ObjectClass::kFunction},
     {"DATABASE", ObjectClass::kDatabase},
+};
+
+struct FileItem {
+  std::string_view word;
+  std::string DatabaseFile::*value;
+};
+constexpr FileItem kFileItems[] = {
+    {"NAME", &DatabaseFile::logical_name}, {"FILENAME", &DatabaseFile::file_name},
+    {"SIZE", &DatabaseFile::size},         {"MAXSIZE", &DatabaseFile::maximum_size},
+    {"FILEGROWTH", &DatabaseFile::growth},
 };
 
 // Options of alter database set that take a second word.
@@ -38,10 +50,7 @@ constexpr std::string_view kValuedOptions[] = {"RECOVERY",
                                                "CURSOR_CLOSE_ON_COMMIT"};
 
 bool TakesValue(std::string_view option) {
-  for (const std::string_view candidate : kValuedOptions) {
-    if (candidate == option) return true;
-  }
-  return false;
+  return std::ranges::find(kValuedOptions, option) != std::end(kValuedOptions);
 }
 
 }  // namespace
@@ -110,11 +119,8 @@ Parser::Node Parser::ParseView(bool alter) {
   }
   ExpectKeyword("AS");
   view.query = ParseQuery();
-  if (AcceptKeyword("WITH")) {
-    ExpectKeyword("CHECK");
-    ExpectKeyword("OPTION");
-    view.check_option = true;
-  }
+  // Rows are never changed through a view, so there is nothing to check.
+  AcceptKeywords({"WITH", "CHECK", "OPTION"});
   view.text = TextBetween(0, text_.size());
   return view;
 }
@@ -153,12 +159,7 @@ void Parser::ParseTriggerHead(CreateModuleStatement& module) {
   ExpectKeyword("ON");
   module.table = ExpectObjectName();
   if (AcceptKeyword("WITH")) ExpectWord();
-  if (AcceptKeyword("INSTEAD")) {
-    ExpectKeyword("OF");
-    module.instead_of = true;
-  } else if (!AcceptKeyword("FOR")) {
-    ExpectKeyword("AFTER");
-  }
+  if (!AcceptKeywords({"INSTEAD", "OF"}) && !AcceptKeyword("FOR")) ExpectKeyword("AFTER");
   do {
     if (!IsKeyword("INSERT") && !IsKeyword("UPDATE") && !IsKeyword("DELETE")) Fail();
     module.trigger_events.push_back(ToLowerAscii(ExpectWord()));
@@ -172,22 +173,11 @@ DatabaseFile Parser::ParseDatabaseFile() {
   AcceptKeyword("PRIMARY");
   ExpectSymbol("(");
   do {
-    const std::string item = ExpectWord();
+    const Token& item = Current();
+    const auto* row = std::ranges::find(kFileItems, ExpectWord(), &FileItem::word);
+    if (row == std::end(kFileItems)) FailAt(item);
     ExpectSymbol("=");
-    std::string value = ParseMeasure();
-    if (item == "NAME") {
-      file.logical_name = std::move(value);
-    } else if (item == "FILENAME") {
-      file.file_name = std::move(value);
-    } else if (item == "SIZE") {
-      file.size = std::move(value);
-    } else if (item == "MAXSIZE") {
-      file.maximum_size = std::move(value);
-    } else if (item == "FILEGROWTH") {
-      file.growth = std::move(value);
-    } else if (item != "NEWNAME") {
-      FailAt(tokens_[position_ - 3]);
-    }
+    file.*row->value = ParseMeasure();
   } while (AcceptSymbol(","));
   ExpectSymbol(")");
   return file;

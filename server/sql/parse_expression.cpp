@@ -88,17 +88,13 @@ ExpressionPtr Parser::Make(decltype(Expression::node) node, std::size_t first_to
   auto expression = std::make_unique<Expression>();
   expression->node = std::move(node);
   expression->line = tokens_[first_token].line;
-  expression->begin = tokens_[first_token].begin;
-  expression->end = LastEnd();
   return expression;
 }
 
 ExpressionPtr Parser::Join(ExpressionPtr left, BinaryOperator op, ExpressionPtr right) {
   if (++chain_ > kMaximumChain) throw MakeError(191, {}, Current().line);
-  const std::size_t begin = left->begin;
   const int line = left->line;
   ExpressionPtr joined = Make(Binary{op, std::move(left), std::move(right)}, position_);
-  joined->begin = begin;
   joined->line = line;
   return joined;
 }
@@ -217,9 +213,8 @@ ExpressionPtr Parser::ParseNegatable(ExpressionPtr value) {
   Like like{std::move(value), ParseValue(), nullptr, negated};
   if (AcceptKeyword("ESCAPE")) {
     like.escape = ParseValue();
-  } else if (IsSymbol("{") && IsKeywordAt(1, "ESCAPE")) {
-    Advance();
-    Advance();
+  } else if (AcceptSymbol("{")) {
+    ExpectKeyword("ESCAPE");
     like.escape = ParseValue();
     ExpectSymbol("}");
   }

@@ -65,7 +65,7 @@ SelectCore Parser::ParseSelectCore() {
   core.where = ParseWhere();
   if (AcceptKeyword("GROUP")) {
     ExpectKeyword("BY");
-    AcceptKeyword("ALL");
+    if (IsKeyword("ALL")) Refuse("GROUP BY ALL");
     do {
       core.group_by.push_back(ParseValue());
     } while (AcceptSymbol(","));
@@ -77,23 +77,18 @@ SelectCore Parser::ParseSelectCore() {
   return core;
 }
 
-TopClause Parser::ParseTop() {
+ExpressionPtr Parser::ParseTop() {
   ExpectKeyword("TOP");
-  TopClause top;
   const bool parenthesised = AcceptSymbol("(");
   const TokenKind kind = Current().kind;
   if (kind != TokenKind::kInteger && kind != TokenKind::kDecimal && kind != TokenKind::kVariable) {
     Fail();
   }
-  top.count = ParsePrimary();
+  ExpressionPtr count = ParsePrimary();
   if (parenthesised) ExpectSymbol(")");
-  top.percent = AcceptKeyword("PERCENT");
-  if (IsKeyword("WITH") && IsKeywordAt(1, "TIES")) {
-    Advance();
-    Advance();
-    top.with_ties = true;
-  }
-  return top;
+  if (IsKeyword("PERCENT")) Refuse("TOP n PERCENT");
+  if (IsKeyword("WITH") && IsKeywordAt(1, "TIES")) Refuse("TOP n WITH TIES");
+  return count;
 }
 
 SelectItem Parser::ParseSelectItem() {
@@ -210,37 +205,29 @@ std::optional<JoinKind> Parser::AcceptJoin() {
 
 TableSourcePtr Parser::ParseTableSource() {
   const Depth depth(*this);
-  TableSourcePtr left = ParseTablePrimary();
-  while (const auto kind = AcceptJoin()) {
-    if (++chain_ > 400) throw MakeError(191, {}, Current().line);
-    auto joined = std::make_unique<TableSource>();
-    joined->line = left->line;
-    // "a join b join c on .. on .." joins b and c first.
-    TableSourcePtr right = ParseTablePrimary();
-    while (*kind != JoinKind::kCross && !IsKeyword("ON")) {
-      const auto inner_kind = AcceptJoin();
-      if (!inner_kind) Fail();
-      auto inner = std::make_unique<TableSource>();
-      inner->line = right->line;
-      TableSourcePtr inner_right = ParseTablePrimary();
-      ExpressionPtr inner_condition;
-      if (*inner_kind != JoinKind::kCross) {
-        ExpectKeyword("ON");
-        inner_condition = ParseCondition();
-      }
-      inner->node = JoinedTable{*inner_kind, std::move(right), std::move(inner_right),
-                                std::move(inner_condition)};
-      right = std::move(inner);
+  TableSourcePtr source = ParseTablePrimary();
+  while (const auto kind = AcceptJoin()) source = ParseJoin(std::move(source), *kind);
+  return source;
+}
+
+// What stands behind the word join; "a join b join c on .. on .." joins b and c first.
+TableSourcePtr Parser::ParseJoin(TableSourcePtr left, JoinKind kind) {
+  const Depth depth(*this);
+  if (++chain_ > 400) throw MakeError(191, {}, Current().line);
+  auto joined = std::make_unique<TableSource>();
+  joined->line = left->line;
+  TableSourcePtr right = ParseTablePrimary();
+  ExpressionPtr condition;
+  if (kind != JoinKind::kCross) {
+    while (!AcceptKeyword("ON")) {
+      const auto inner = AcceptJoin();
+      if (!inner) Fail();
+      right = ParseJoin(std::move(right), *inner);
     }
-    ExpressionPtr condition;
-    if (*kind != JoinKind::kCross) {
-      ExpectKeyword("ON");
-      condition = ParseCondition();
-    }
-    joined->node = JoinedTable{*kind, std::move(left), std::move(right), std::move(condition)};
-    left = std::move(joined);
+    condition = ParseCondition();
   }
-  return left;
+  joined->node = JoinedTable{kind, std::move(left), std::move(right), std::move(condition)};
+  return joined;
 }
 
 TableSourcePtr Parser::ParseTablePrimary() {
@@ -370,7 +357,6 @@ Parser::Node Parser::ParseInsertBulk() {
   ExpectSymbol("(");
   while (!AcceptSymbol(")")) {
     if (Current().kind == TokenKind::kEnd) Fail();
-    if (Current().kind == TokenKind::kWord) bulk.hints.push_back(ToUpperAscii(Current().text));
     Advance();
   }
   return bulk;

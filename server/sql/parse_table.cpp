@@ -7,13 +7,6 @@
 namespace dbkeeper::server {
 namespace {
 
-std::string Trimmed(const std::string& text) {
-  constexpr std::string_view kBlanks = " \t\r\n";
-  const std::size_t begin = text.find_first_not_of(kBlanks);
-  if (begin == std::string::npos) return "";
-  return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
-}
-
 // Whether the first parenthesis closes with the last character.
 bool IsEnclosed(const std::vector<Token>& tokens, std::size_t first, std::size_t last) {
   int depth = 0;
@@ -66,18 +59,10 @@ ColumnDefinition Parser::ParseColumnDefinition() {
 }
 
 bool Parser::ParseColumnOption(ColumnDefinition& column) {
-  if (AcceptKeyword("NOT")) {
-    if (AcceptKeyword("FOR")) {
-      ExpectKeyword("REPLICATION");
-      return true;
-    }
+  if (AcceptKeywords({"NOT", "FOR", "REPLICATION"})) return true;
+  if (IsKeyword("NOT") || IsKeyword("NULL")) {
+    column.type.nullable = !AcceptKeyword("NOT");
     ExpectKeyword("NULL");
-    column.type.nullable = false;
-    column.null_said = true;
-    return true;
-  }
-  if (AcceptKeyword("NULL")) {
-    column.type.nullable = true;
     column.null_said = true;
     return true;
   }
@@ -141,14 +126,11 @@ Constraint Parser::ParseConstraint() {
   } else {
     ExpectKeyword("CHECK");
     constraint.kind = ConstraintKind::kCheck;
-    if (AcceptKeyword("NOT")) {
-      ExpectKeyword("FOR");
-      ExpectKeyword("REPLICATION");
-    }
+    AcceptKeywords({"NOT", "FOR", "REPLICATION"});
     ExpectSymbol("(");
     const std::size_t begin = Current().begin;
     ParseCondition();
-    constraint.text = '(' + Trimmed(TextBetween(begin, LastEnd())) + ')';
+    constraint.text = '(' + TextBetween(begin, LastEnd()) + ')';
     ExpectSymbol(")");
   }
   return constraint;
@@ -174,27 +156,20 @@ void Parser::ParseReferences(Constraint& constraint) {
   constraint.referenced_table = ExpectObjectName();
   if (IsSymbol("(")) constraint.referenced_columns = ParseNameList();
   for (;;) {
-    if (IsKeyword("ON") && IsKeywordAt(1, "DELETE")) {
-      constraint.on_delete = ParseReferenceAction();
-    } else if (IsKeyword("ON") && IsKeywordAt(1, "UPDATE")) {
-      constraint.on_update = ParseReferenceAction();
-    } else if (IsKeyword("NOT") && IsKeywordAt(1, "FOR")) {
-      Advance();
-      Advance();
-      ExpectKeyword("REPLICATION");
-    } else {
+    if (AcceptKeywords({"ON", "DELETE"})) {
+      constraint.delete_cascade = ParseReferenceAction();
+    } else if (AcceptKeywords({"ON", "UPDATE"})) {
+      constraint.update_cascade = ParseReferenceAction();
+    } else if (!AcceptKeywords({"NOT", "FOR", "REPLICATION"})) {
       return;
     }
   }
 }
 
-ReferenceAction Parser::ParseReferenceAction() {
-  Advance();
-  Advance();
-  if (AcceptKeyword("CASCADE")) return ReferenceAction::kCascade;
-  ExpectKeyword("NO");
-  ExpectKeyword("ACTION");
-  return ReferenceAction::kNoAction;
+bool Parser::ParseReferenceAction() {
+  if (AcceptKeyword("CASCADE")) return true;
+  ExpectKeywords({"NO", "ACTION"});
+  return false;
 }
 
 // The text of a default, in parentheses.
@@ -225,10 +200,8 @@ void Parser::ParseIndexOptions(CreateIndexStatement* index) {
     Advance();
     do {
       const std::string option = ExpectWord();
-      std::string value = "0";
-      if (AcceptSymbol("=")) value = ExpectInteger();
+      if (AcceptSymbol("=")) ExpectInteger();
       if (index == nullptr) continue;
-      if (option == "FILLFACTOR" && value.size() <= 3) index->fill_factor = std::stoi(value);
       if (option == "IGNORE_DUP_KEY") index->ignore_duplicates = true;
       if (option == "DROP_EXISTING") index->drop_existing = true;
     } while (AcceptSymbol(","));

@@ -14,9 +14,9 @@ constexpr int kMaximumDepth = 120;
 
 // What the server has and this one refuses, so that the operator reads which word it was.
 constexpr std::string_view kRefusedStatements[] = {
-    "BREAK",    "BULK",   "CLOSE",   "CONTINUE",   "DEALLOCATE", "DECLARE",  "DISK",
-    "DUMP",     "ELSE",   "FETCH",   "GOTO",       "IF",         "LOAD",     "OPEN",
-    "READTEXT", "RETURN", "SETUSER", "UPDATETEXT", "WHILE",      "WRITETEXT"};
+    "BREAK",  "BULK",  "CLOSE",   "CONTINUE",   "DEALLOCATE", "DECLARE",  "DISK",     "DUMP",
+    "ELSE",   "FETCH", "GOTO",    "IF",         "LOAD",       "OPEN",     "READTEXT", "RECONFIGURE",
+    "RETURN", "SAVE",  "SETUSER", "UPDATETEXT", "WHILE",      "WRITETEXT"};
 
 }  // namespace
 
@@ -34,7 +34,6 @@ const Parser::StatementRow Parser::kStatements[] = {
     {"BEGIN", &Parser::ParseBegin},
     {"COMMIT", &Parser::ParseCommit},
     {"ROLLBACK", &Parser::ParseRollback},
-    {"SAVE", &Parser::ParseSave},
     {"PRINT", &Parser::ParsePrint},
     {"RAISERROR", &Parser::ParseRaiseError},
     {"EXECUTE", &Parser::ParseExecute},
@@ -49,7 +48,6 @@ const Parser::StatementRow Parser::kStatements[] = {
     {"GRANT", &Parser::ParseGrant},
     {"REVOKE", &Parser::ParseRevoke},
     {"DENY", &Parser::ParseDeny},
-    {"RECONFIGURE", &Parser::ParseReconfigure},
 };
 
 std::string ObjectName::Text() const {
@@ -107,8 +105,20 @@ bool Parser::AcceptSymbol(std::string_view symbol) {
   return true;
 }
 
+bool Parser::AcceptKeywords(std::initializer_list<std::string_view> words) {
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    if (!IsKeywordAt(i, *(words.begin() + i))) return false;
+  }
+  position_ += words.size();
+  return true;
+}
+
 void Parser::ExpectKeyword(std::string_view upper) {
   if (!AcceptKeyword(upper)) Fail();
+}
+
+void Parser::ExpectKeywords(std::initializer_list<std::string_view> words) {
+  for (const std::string_view word : words) ExpectKeyword(word);
 }
 
 void Parser::ExpectSymbol(std::string_view symbol) {
@@ -234,10 +244,9 @@ std::vector<Statement> Parser::Batch() {
 void Parser::ParseOneStatement(std::vector<Statement>& statements) {
   const bool first = statement_count_++ == 0;
   if (OpenOrCloseBlock()) return;
-  Statement statement{UseStatement{}, Current().line, Current().begin, 0};
+  Statement statement{UseStatement{}, Current().line};
   chain_ = 0;
   statement.node = ParseStatementNode(first);
-  statement.end = LastEnd();
   ExpectStatementEnd();
   statements.push_back(std::move(statement));
 }
@@ -308,17 +317,23 @@ ExpressionPtr Parser::WholeExpression() {
   return expression;
 }
 
-std::vector<ParameterDeclaration> Parser::WholeParameterList() {
-  std::vector<ParameterDeclaration> declarations;
+ObjectName Parser::WholeName() {
+  ObjectName name = ExpectObjectName();
+  if (Current().kind != TokenKind::kEnd) Fail();
+  return name;
+}
+
+Parameters Parser::WholeParameterList() {
+  Parameters declarations;
   if (Current().kind == TokenKind::kEnd) return declarations;
   do {
     if (Current().kind != TokenKind::kVariable) Fail();
-    ParameterDeclaration declaration;
+    Parameter declaration;
     declaration.name = Current().text;
     Advance();
     AcceptKeyword("AS");
     declaration.type = ParseType(nullptr, false);
-    declaration.output = AcceptKeyword("OUTPUT") || AcceptKeyword("OUT");
+    declaration.is_output = AcceptKeyword("OUTPUT") || AcceptKeyword("OUT");
     declarations.push_back(std::move(declaration));
   } while (AcceptSymbol(","));
   if (Current().kind != TokenKind::kEnd) Fail();
@@ -333,7 +348,11 @@ ExpressionPtr ParseExpression(std::string_view text) {
   return Parser(text, QuotedIdentifiers::kOn).WholeExpression();
 }
 
-std::vector<ParameterDeclaration> ParseParameterDeclarations(std::string_view text) {
+ObjectName ParseObjectName(std::string_view text) {
+  return Parser(text, QuotedIdentifiers::kOn).WholeName();
+}
+
+Parameters ParseParameterDeclarations(std::string_view text) {
   return Parser(text, QuotedIdentifiers::kOn).WholeParameterList();
 }
 

@@ -5,7 +5,8 @@
 #include <vector>
 
 #include "server/sql/ast.h"
-#include "server/types/sql_error.h"
+#include "server/types/messages.h"
+#include "server/types/parameter.h"
 
 namespace dbkeeper::server {
 
@@ -20,12 +21,10 @@ std::vector<Statement> ParseBatch(std::string_view text,
 // Parses one expression on its own: a default, a check. Throws SqlError.
 ExpressionPtr ParseExpression(std::string_view text);
 
+// Parses a name of one to four parts on its own: "db.owner.name", "[a b]". Throws SqlError.
+ObjectName ParseObjectName(std::string_view text);
+
 // Parses declarations of parameters: "@P1 int, @P2 nvarchar(20) output". Throws SqlError.
-struct ParameterDeclaration {
-  std::string name;
-  SqlType type;
-  bool output = false;
-};
-std::vector<ParameterDeclaration> ParseParameterDeclarations(std::string_view text);
+Parameters ParseParameterDeclarations(std::string_view text);
 
 }  // namespace dbkeeper::server

@@ -3,6 +3,7 @@
 // parse_definition.cpp and parse_administration.cpp. Used only by these.
 #pragma once
 
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,7 +19,8 @@ class Parser {
 
   std::vector<Statement> Batch();
   ExpressionPtr WholeExpression();
-  std::vector<ParameterDeclaration> WholeParameterList();
+  ObjectName WholeName();
+  Parameters WholeParameterList();
 
  private:
   using Node = decltype(Statement::node);
@@ -38,8 +40,11 @@ class Parser {
   bool IsSymbolAt(std::size_t ahead, std::string_view symbol) const;
   bool IsName() const;  // a quoted name or a word that is not reserved
   bool AcceptKeyword(std::string_view upper);
+  // All of them in a row, or nothing.
+  bool AcceptKeywords(std::initializer_list<std::string_view> words);
   bool AcceptSymbol(std::string_view symbol);
   void ExpectKeyword(std::string_view upper);
+  void ExpectKeywords(std::initializer_list<std::string_view> words);
   void ExpectSymbol(std::string_view symbol);
   std::string ExpectName();
   std::string ExpectWord();  // any word, in capitals
@@ -98,10 +103,11 @@ class Parser {
   QueryPtr ParseQuery();
   Query::Term ParseQueryTerm();
   SelectCore ParseSelectCore();
-  TopClause ParseTop();
+  ExpressionPtr ParseTop();
   SelectItem ParseSelectItem();
   std::string ParseColumnAlias();
   TableSourcePtr ParseTableSource();
+  TableSourcePtr ParseJoin(TableSourcePtr left, JoinKind kind);
   TableSourcePtr ParseTablePrimary();
   void ParseTableAlias(TableSource& source);
   void ParseTableHints();
@@ -132,7 +138,7 @@ class Parser {
   void ParseKeyConstraint(Constraint& constraint);
   void ParseForeignKey(Constraint& constraint);
   void ParseReferences(Constraint& constraint);
-  ReferenceAction ParseReferenceAction();
+  bool ParseReferenceAction();  // whether it cascades
   std::string ParseConstraintText();
   std::vector<KeyColumn> ParseKeyColumns();
   void ParseIndexOptions(CreateIndexStatement* index);
@@ -156,9 +162,9 @@ class Parser {
   Node ParseUse();
   Node ParseSet();
   Node ParseBegin();
-  Node ParseCommit();
-  Node ParseRollback();
-  Node ParseSave();
+  Node ParseCommit() { return ParseTransactionEnd(TransactionAction::kCommit); }
+  Node ParseRollback() { return ParseTransactionEnd(TransactionAction::kRollback); }
+  Node ParseTransactionEnd(TransactionAction action);
   Node ParsePrint();
   Node ParseRaiseError();
   Node ParseExecute();
@@ -171,12 +177,12 @@ class Parser {
   Node ParseDbcc();
   Node ParseKill();
   Node ParseShutdown();
-  Node ParseCheckpoint();
-  Node ParseReconfigure();
+  Node ParseCheckpoint() { return CheckpointStatement{}; }
   Node ParseWaitFor();
-  Node ParseGrant();
-  Node ParseRevoke();
-  Node ParseDeny();
+  Node ParseGrant() { return ParsePermission(PermissionVerb::kGrant); }
+  Node ParseRevoke() { return ParsePermission(PermissionVerb::kRevoke); }
+  Node ParseDeny() { return ParsePermission(PermissionVerb::kDeny); }
+  Node ParsePermission(PermissionVerb verb);
   void ParsePermissionList(PermissionStatement& statement);
   void ParseGrantees(PermissionStatement& statement);
 

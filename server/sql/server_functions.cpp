@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
+#include <iterator>
 #include <memory>
 #include <new>
 #include <string>
@@ -184,18 +186,11 @@ void RegisterEntries(sqlite3* connection, std::span<const FunctionEntry> entries
 struct CodeRow {
   int code;  // of SQLite
   int number;
-  std::string_view text;
 };
 constexpr CodeRow kCodes[] = {
-    {SQLITE_BUSY, 1222, "Lock request time out period exceeded."},
-    {SQLITE_LOCKED, 1222, "Lock request time out period exceeded."},
-    {SQLITE_INTERRUPT, 3617, "Operation cancelled by user."},
-    {SQLITE_NOMEM, 701, "There is insufficient system memory to run this query."},
-    {SQLITE_FULL, 1105, "Could not allocate space: the disk is full."},
-    {SQLITE_READONLY, 3906, "Could not run the statement because the database is read-only."},
-    {SQLITE_TOOBIG, 8152, "String or binary data would be truncated."},
-    {SQLITE_CORRUPT, 823, "I/O error (bad page) detected in the database file."},
-    {SQLITE_IOERR, 823, "I/O error detected in the database file."},
+    {SQLITE_BUSY, 1222},   {SQLITE_LOCKED, 1222}, {SQLITE_INTERRUPT, 3617},
+    {SQLITE_NOMEM, 701},   {SQLITE_FULL, 1105},   {SQLITE_READONLY, 3906},
+    {SQLITE_TOOBIG, 8152}, {SQLITE_CORRUPT, 823}, {SQLITE_IOERR, 823},
 };
 
 // Takes "number:severity:state:text" apart.
@@ -254,26 +249,12 @@ void RegisterServerFunctions(sqlite3* connection, ServerState& state) {
                              FinishSingle, nullptr);
 }
 
-ServerMessage MessageOfFailure(sqlite3* connection, int line) {
-  ServerMessage message;
+ServerMessage MessageOfFailure(sqlite3* connection) {
   const std::string_view text = sqlite3_errmsg(connection);
-  const std::size_t mark = text.find(kErrorMark);
-  const int code = sqlite3_errcode(connection) & 0xFF;
-  if (mark == 0) {
-    message = ParseRaised(text.substr(kErrorMark.size()));
-  } else if (text == "integer overflow") {
-    message = MakeMessage(8115, {"expression", "int"});
-  } else {
-    message.number = 50002;
-    message.text = "The local server could not run the statement: " + std::string(text);
-    for (const CodeRow& row : kCodes) {
-      if (row.code != code) continue;
-      message.number = row.number;
-      message.text = row.text;
-    }
-  }
-  message.line = line;
-  return message;
+  if (text.starts_with(kErrorMark)) return ParseRaised(text.substr(kErrorMark.size()));
+  if (text == "integer overflow") return MakeMessage(8115, {"expression", "int"});
+  const auto* row = std::ranges::find(kCodes, sqlite3_errcode(connection) & 0xFF, &CodeRow::code);
+  return row == std::end(kCodes) ? MakeMessage(50002, {text}) : MakeMessage(row->number);
 }
 
 }  // namespace dbkeeper::server

@@ -29,7 +29,7 @@ void RegisterServerFunctions(sqlite3* connection, ServerState& state);
 
 // The server's message of a failed SQLite call: one that a function raised is given back as it was
 // raised (number, severity, state, text), anything else by its code (constraints: see
-// constraint_errors.h; SQLITE_FULL 1105, SQLITE_INTERRUPT 3617 ...). `line` is the statement's.
-ServerMessage MessageOfFailure(sqlite3* connection, int line);
+// constraint_errors.h; SQLITE_FULL 1105, SQLITE_INTERRUPT 3617 ...).
+ServerMessage MessageOfFailure(sqlite3* connection);
 
 }  // namespace dbkeeper::server

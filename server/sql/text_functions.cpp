@@ -266,9 +266,7 @@ Cell LikePattern(Cells arguments) {
   char32_t escape = 0;
   if (arguments.size() > 2) {
     const std::u32string mark = DecodeUtf8(TextAt(arguments, 2));
-    if (mark.size() != 1)
-      throw MakeError(506, {"Invalid escape character was specified in a LIKE "
-                            "predicate."});
+    if (mark.size() != 1) throw MakeError(506, {TextAt(arguments, 2)});
     escape = mark[0];
   }
   return Integer{MatchesPattern(TextAt(arguments, 0), TextAt(arguments, 1), escape) ? 1 : 0};

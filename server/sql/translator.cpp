@@ -12,12 +12,10 @@
 namespace dbkeeper::server {
 namespace {
 
-bool SameName(std::string_view left, std::string_view right) {
-  return CompareText(left, right) == 0;
-}
+const Parameters kNoParameters;
 
 std::string ColumnSql(const ColumnInfo& column) {
-  return Binder::Quote(column.sqlite_name.empty() ? column.name : column.sqlite_name);
+  return QuoteName(column.sqlite_name.empty() ? column.name : column.sqlite_name);
 }
 
 std::vector<ResultColumn> ColumnsOf(const BoundQuery& query) {
@@ -279,8 +277,7 @@ class ChangeBuilder {
   Binder& binder_;
 };
 
-Translator::Translator(NameResolver& resolver, const std::vector<ParameterInfo>& parameters)
-    : resolver_(resolver), parameters_(parameters) {}
+Translator::Translator(NameResolver& resolver) : Translator(resolver, kNoParameters) {}
 
 Translation Translator::Select(const SelectStatement& statement, const TranslateOptions& options) {
   Binder binder(resolver_, parameters_);
@@ -323,8 +320,7 @@ Translation Translator::Scalar(const Expression& expression) {
   return Translation{"SELECT " + query.items[0].value.sql, ColumnsOf(query), false, {}, {}, false};
 }
 
-Translation Translator::InsertBound(const ObjectInfo& table,
-                                    const std::vector<ParameterInfo>& columns) {
+Translation Translator::InsertBound(const ObjectInfo& table, const Parameters& columns) {
   Binder binder(resolver_, parameters_);
   ObjectInfo target = table;
   BoundQuery source;
@@ -336,8 +332,7 @@ Translation Translator::InsertBound(const ObjectInfo& table,
   return ChangeBuilder(binder).Build(std::move(target), infos, source, false);
 }
 
-Translation Translator::UpdateRow(const ObjectInfo& table,
-                                  const std::vector<ParameterInfo>& columns) {
+Translation Translator::UpdateRow(const ObjectInfo& table, const Parameters& columns) {
   Binder binder(resolver_, parameters_);
   Translation translation;
   std::string set;
@@ -386,6 +381,7 @@ std::vector<ResultColumn> Translator::ViewColumns(const CreateViewStatement& vie
 
 std::string Translator::CheckExpression(const std::string& text, const ObjectInfo& table) {
   Binder binder(resolver_, parameters_);
+  binder.subqueries_allowed = false;
   const ExpressionPtr expression = ParseExpression(text);
   Scope scope;
   ScopeTable& added = binder.AddTable(table, table.name, ObjectName{}, scope);

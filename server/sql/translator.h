@@ -15,8 +15,8 @@
 
 #include "server/engine/result_sink.h"
 #include "server/sql/ast.h"
-#include "server/types/sql_error.h"
-#include "server/types/sql_type.h"
+#include "server/types/messages.h"
+#include "server/types/parameter.h"
 
 namespace dbkeeper::server {
 
@@ -67,15 +67,12 @@ class NameResolver {
   virtual std::optional<ObjectInfo> ResolveTableFunction(
       const ObjectName& name, const std::vector<std::string>& arguments) = 0;
 
+  // The name in SQLite of the current database: "main".
+  virtual std::string CurrentSchema() = 0;
+
   // SQLite expression for a function of the current time, so that all rows of a statement see one
   // moment: an integer literal in the storage form of datetime.
   virtual std::int64_t StatementTime() = 0;
-};
-
-// A declared parameter "@p1" of a parameterized batch; the n-th of them is "?n" in the SQLite text.
-struct ParameterInfo {
-  std::string name;
-  SqlType type;
 };
 
 struct TranslateOptions {
@@ -100,8 +97,10 @@ struct Translation {
 
 class Translator {
  public:
-  // Both outlive the translator.
-  Translator(NameResolver& resolver, const std::vector<ParameterInfo>& parameters);
+  // Both outlive the translator. The n-th parameter is "?n" in the SQLite text.
+  Translator(NameResolver& resolver, const Parameters& parameters)
+      : resolver_(resolver), parameters_(parameters) {}
+  explicit Translator(NameResolver& resolver);
 
   // All of these throw SqlError, with the line counted from the start of the batch.
   Translation Select(const SelectStatement& statement, const TranslateOptions& options = {});
@@ -115,9 +114,9 @@ class Translator {
 
   // An insert of `columns.size()` values bound as ?1.. with the given types, for bulk load and
   // cursors; columns left out get their defaults. Conversion and errors are those of a statement.
-  Translation InsertBound(const ObjectInfo& table, const std::vector<ParameterInfo>& columns);
+  Translation InsertBound(const ObjectInfo& table, const Parameters& columns);
   // Sets columns of the row whose row id is bound as the last parameter.
-  Translation UpdateRow(const ObjectInfo& table, const std::vector<ParameterInfo>& columns);
+  Translation UpdateRow(const ObjectInfo& table, const Parameters& columns);
   Translation DeleteRow(const ObjectInfo& table);
 
   // The columns that a view would have; also the check that its definition holds.
@@ -131,7 +130,7 @@ class Translator {
 
  private:
   NameResolver& resolver_;
-  const std::vector<ParameterInfo>& parameters_;
+  const Parameters& parameters_;
 };
 
 }  // namespace dbkeeper::server

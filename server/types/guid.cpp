@@ -3,6 +3,8 @@
 #include <array>
 #include <cstddef>
 
+#include "server/types/text.h"
+
 namespace dbkeeper::server {
 namespace {
 
@@ -12,13 +14,6 @@ constexpr std::array<std::size_t, 16> kOrder = {3, 2, 1,  0,  5,  4,  7,  6,
 constexpr std::size_t kTextLength = 36;
 
 bool IsDashPlace(std::size_t i) { return i == 8 || i == 13 || i == 18 || i == 23; }
-
-int HexValue(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
-}
 
 }  // namespace
 
@@ -43,13 +38,10 @@ std::optional<std::string> ParseGuid(std::string_view text) {
 }
 
 std::string FormatGuid(std::string_view bytes) {
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
   std::string text;
   for (const std::size_t place : kOrder) {
     if (IsDashPlace(text.size())) text += '-';
-    const unsigned char byte = place < bytes.size() ? static_cast<unsigned char>(bytes[place]) : 0;
-    text += kDigits[byte >> 4];
-    text += kDigits[byte & 15];
+    text += place < bytes.size() ? HexDigits(bytes.substr(place, 1)) : "00";
   }
   return text;
 }

@@ -1,24 +1,39 @@
-// The server's messages by number, and the error that carries one.
+// The server's messages, all in one table by number, and the error that carries one.
 #pragma once
 
 #include <initializer_list>
+#include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "server/engine/result_sink.h"
-#include "server/types/sql_error.h"
 
 namespace dbkeeper::server {
 
-// The message of `number` with its places %1, %2 ... filled from `arguments`. A number that the
-// table does not have gives severity 16 and the arguments as text.
-ServerMessage MakeMessage(int number, std::initializer_list<std::string_view> arguments,
+// A statement refused: the exception that carries the server's own message.
+class SqlError : public std::runtime_error {
+ public:
+  explicit SqlError(ServerMessage message)
+      : std::runtime_error(message.text), message_(std::move(message)) {}
+  const ServerMessage& message() const { return message_; }
+
+ private:
+  ServerMessage message_;
+};
+
+// The message of `number`, which the table has, with its places %1, %2 ... filled from `parts`.
+ServerMessage MakeMessage(int number, std::initializer_list<std::string_view> parts = {},
                           int line = 1);
 
-// The same as an exception.
-SqlError MakeError(int number, std::initializer_list<std::string_view> arguments, int line = 1);
+// The same as an exception, and thrown.
+SqlError MakeError(int number, std::initializer_list<std::string_view> parts = {}, int line = 1);
+[[noreturn]] void Fail(int number, std::initializer_list<std::string_view> parts = {});
 
 // "The local server does not support X.", number 50001.
 SqlError Unsupported(std::string_view construct, int line = 1);
+
+// True for the errors after which the server runs nothing more of the batch.
+bool EndsBatch(int number);
 
 }  // namespace dbkeeper::server

@@ -25,6 +25,15 @@ char32_t Next(std::string_view text, std::size_t& position) {
   return character;
 }
 
+std::string Quoted(std::string_view text, char mark) {
+  std::string quoted(1, mark);
+  for (const char c : text) {
+    quoted += c;
+    if (c == mark) quoted += c;
+  }
+  return quoted += mark;
+}
+
 // Small letters of ASCII, Latin-1 and the full-width Latin letters.
 char32_t Fold(char32_t c) {
   if (c >= 'A' && c <= 'Z') return c + 32;
@@ -134,6 +143,53 @@ int CompareText(std::string_view left, std::string_view right) {
   return static_cast<int>(l < left.size()) - static_cast<int>(r < right.size());
 }
 
+bool SameName(std::string_view left, std::string_view right) {
+  return CompareText(left, right) == 0;
+}
+
+std::string ToUpperAscii(std::string_view text) {
+  std::string upper(text);
+  for (char& c : upper) {
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+  }
+  return upper;
+}
+
+std::string ToLowerAscii(std::string_view text) {
+  std::string lower(text);
+  for (char& c : lower) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return lower;
+}
+
+std::string QuoteName(std::string_view name) { return Quoted(name, '"'); }
+
+std::string QuoteText(std::string_view text) {
+  // SQLite ends a statement at a zero byte.
+  if (text.find('\0') != std::string_view::npos) return "CAST(" + QuoteBytes(text) + " AS TEXT)";
+  return Quoted(text, '\'');
+}
+
+std::string QuoteBytes(std::string_view bytes) { return "X'" + HexDigits(bytes) + '\''; }
+
+std::string HexDigits(std::string_view bytes) {
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  std::string digits;
+  for (const char c : bytes) {
+    digits += kDigits[static_cast<unsigned char>(c) >> 4];
+    digits += kDigits[static_cast<unsigned char>(c) & 15];
+  }
+  return digits;
+}
+
+int HexValue(char digit) {
+  if (digit >= '0' && digit <= '9') return digit - '0';
+  if (digit >= 'a' && digit <= 'f') return digit - 'a' + 10;
+  if (digit >= 'A' && digit <= 'F') return digit - 'A' + 10;
+  return -1;
+}
+
 bool MatchesPattern(std::string_view text, std::string_view pattern, char32_t escape) {
   std::u32string characters = Folded(text);
   const std::u32string steps = Folded(pattern);
@@ -157,28 +213,26 @@ std::u32string DecodeUtf8(std::string_view text) {
   return characters;
 }
 
+void AppendUtf8(char32_t character, std::string& out) {
+  if (character < 0x80) {
+    out.push_back(static_cast<char>(character));
+    return;
+  }
+  const int tail = character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
+  constexpr unsigned char kLead[] = {0, 0xC0, 0xE0, 0xF0};
+  out.push_back(static_cast<char>(kLead[tail] | character >> (6 * tail)));
+  for (int i = tail - 1; i >= 0; --i) {
+    out.push_back(static_cast<char>(0x80 | (character >> (6 * i) & 0x3F)));
+  }
+}
+
 std::string EncodeUtf8(std::u32string_view characters) {
   std::string text;
-  const auto tail = [&text](char32_t c, int shift) {
-    text += static_cast<char>(0x80U | (c >> shift & 0x3FU));
-  };
   for (const char32_t c : characters) {
-    if (c >= 0x110000) {
-      text += static_cast<char>(c - 0x110000);  // a broken byte goes back as it came
-    } else if (c < 0x80) {
-      text += static_cast<char>(c);
-    } else if (c < 0x800) {
-      text += static_cast<char>(0xC0U | c >> 6);
-      tail(c, 0);
-    } else if (c < 0x10000) {
-      text += static_cast<char>(0xE0U | c >> 12);
-      tail(c, 6);
-      tail(c, 0);
+    if (c < 0x110000) {
+      AppendUtf8(c, text);
     } else {
-      text += static_cast<char>(0xF0U | c >> 18);
-      tail(c, 12);
-      tail(c, 6);
-      tail(c, 0);
+      text += static_cast<char>(c - 0x110000);  // a broken byte goes back as it came
     }
   }
   return text;

@@ -11,6 +11,22 @@ namespace dbkeeper::server {
 // Below, at or above zero.
 int CompareText(std::string_view left, std::string_view right);
 
+// Whether two names mean the same; they compare as texts do.
+bool SameName(std::string_view left, std::string_view right);
+
+// ASCII letters alone.
+std::string ToUpperAscii(std::string_view text);
+std::string ToLowerAscii(std::string_view text);
+
+// As SQLite writes a name, a text and bytes: "a""b", 'it''s', X'00FF'.
+std::string QuoteName(std::string_view name);
+std::string QuoteText(std::string_view text);
+std::string QuoteBytes(std::string_view bytes);
+
+// "00FF", and the value of one such digit; -1 for what is none.
+std::string HexDigits(std::string_view bytes);
+int HexValue(char digit);
+
 // `text` like `pattern`, with %, _, [a-z], [^a]; `escape` 0: none.
 bool MatchesPattern(std::string_view text, std::string_view pattern, char32_t escape);
 
@@ -22,6 +38,7 @@ int Utf16Length(std::string_view text);
 // The characters of a text, and back.
 std::u32string DecodeUtf8(std::string_view text);
 std::string EncodeUtf8(std::u32string_view characters);
+void AppendUtf8(char32_t character, std::string& out);
 
 // The longest beginning of `text` that measures at most `length`: bytes of the code page, or units
 // of a national text.

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "server/sql/parser.h"
+#include "server/types/text.h"
 #include "server/wire/value_reader.h"
 
 namespace dbkeeper::server {
@@ -12,50 +14,6 @@ constexpr std::uint8_t kColumnMetadata = 0x81;
 constexpr std::uint8_t kRow = 0xD1;
 constexpr std::uint8_t kDone = 0xFD;
 constexpr std::size_t kMostColumns = 1024;
-
-// Reads INSERT BULK word by word.
-class Words {
- public:
-  explicit Words(std::string_view text) : text_(text) {}
-
-  // A name in brackets or quotes, a run of other characters, or one of ( ) , . alone; empty at the
-  // end.
-  std::string_view Next() {
-    at_ = std::min(text_.find_first_not_of(" \t\r\n", at_), text_.size());
-    const std::size_t start = at_;
-    if (at_ == text_.size()) return {};
-    const char first = text_[at_];
-    if (first == '[' || first == '"') {
-      const char close = first == '[' ? ']' : '"';
-      at_ = text_.find(close, at_ + 1);
-      // A doubled closing mark stands for itself.
-      while (at_ < text_.size() && at_ + 1 < text_.size() && text_[at_ + 1] == close) {
-        at_ = text_.find(close, at_ + 2);
-      }
-      at_ = at_ >= text_.size() ? text_.size() : at_ + 1;
-    } else if (kAlone.find(first) != std::string_view::npos) {
-      ++at_;
-    } else {
-      at_ = std::min(text_.find_first_of(" \t\r\n(),.[\"", at_), text_.size());
-    }
-    return text_.substr(start, at_ - start);
-  }
-
-  bool Accept(std::string_view lower_case) {
-    const std::size_t start = at_;
-    const std::string_view word = Next();
-    const bool same =
-        std::equal(word.begin(), word.end(), lower_case.begin(), lower_case.end(),
-                   [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a + 32 : a) == b; });
-    if (!same) at_ = start;
-    return same;
-  }
-
- private:
-  static constexpr std::string_view kAlone = "(),.";
-  std::string_view text_;
-  std::size_t at_ = 0;
-};
 
 // Passes on what goes wrong, and nothing else.
 class ErrorsOnly : public ResultSink {
@@ -92,14 +50,25 @@ std::vector<WireType> ReadColumns(ByteReader& in) {
   return columns;
 }
 
+std::string Bracketed(std::string_view name) {
+  std::string quoted = "[";
+  for (const char c : name) quoted.append(c == ']' ? 2 : 1, c);
+  return quoted + ']';
+}
+
 std::string InsertText(const BulkTarget& target) {
+  std::string table;
+  for (const std::string* part : {&target.table.database, &target.table.owner}) {
+    if (!part->empty() || !table.empty()) table += part->empty() ? "." : Bracketed(*part) + '.';
+  }
   std::string names;
   std::string values;
   for (std::size_t i = 0; i < target.columns.size(); ++i) {
-    names += (i == 0 ? "" : ", ") + target.columns[i];
+    names += (i == 0 ? "" : ", ") + Bracketed(target.columns[i].name);
     values += (i == 0 ? "@b" : ", @b") + std::to_string(i + 1);
   }
-  return "insert into " + target.table + " (" + names + ") values (" + values + ")";
+  return "insert into " + table + Bracketed(target.table.name) + " (" + names + ") values (" +
+         values + ")";
 }
 
 // Rolls back what was not committed when the message turns out to be broken.
@@ -127,23 +96,20 @@ class Transaction {
 }  // namespace
 
 std::optional<BulkTarget> ParseInsertBulk(std::string_view text) {
-  Words words(text);
-  if (!words.Accept("insert") || !words.Accept("bulk")) return std::nullopt;
-  BulkTarget target;
-  std::string_view word;
-  for (word = words.Next(); !word.empty() && word != "("; word = words.Next()) {
-    target.table.append(word);
+  // Few batches are, and long ones are not read twice to find that out.
+  constexpr std::size_t kHead = 64;
+  const std::size_t first = std::min(text.find_first_not_of(" \t\r\n"), text.size());
+  const std::string head = ToLowerAscii(text.substr(first, kHead));
+  if (!head.starts_with("insert") || head.find("bulk") == std::string::npos) return std::nullopt;
+  try {
+    std::vector<Statement> statements = ParseBatch(text);
+    auto* bulk =
+        statements.size() == 1 ? std::get_if<InsertBulkStatement>(&statements[0].node) : nullptr;
+    if (bulk == nullptr || bulk->columns.empty()) return std::nullopt;
+    return std::move(*bulk);
+  } catch (const SqlError&) {
+    return std::nullopt;  // the engine says what is wrong with it
   }
-  int depth = 1;
-  bool expect_name = true;
-  while (depth > 0 && !(word = words.Next()).empty()) {
-    if (word == "(") ++depth;
-    if (word == ")") --depth;
-    if (expect_name && depth > 0) target.columns.emplace_back(word);
-    expect_name = word == "," && depth == 1;
-  }
-  if (target.table.empty() || target.columns.empty()) return std::nullopt;
-  return target;
 }
 
 void RunBulkLoad(const BulkTarget& target, MessageReader& in, const CodePage932& code_page,
@@ -151,7 +117,7 @@ void RunBulkLoad(const BulkTarget& target, MessageReader& in, const CodePage932&
   const std::vector<WireType> types = ReadColumns(in);
   if (types.size() != target.columns.size()) throw WireError("a bulk load has other columns");
   const std::string text = InsertText(target);
-  std::vector<RpcParameter> values(types.size());
+  Parameters values(types.size());
   for (std::size_t i = 0; i < values.size(); ++i) values[i].name = "@b" + std::to_string(i + 1);
 
   ErrorsOnly errors(sink);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "server/engine/session.h"
+#include "server/sql/ast.h"
 #include "server/wire/code_page.h"
 #include "server/wire/packet.h"
 #include "server/wire/wire_sink.h"
@@ -14,12 +15,9 @@
 namespace dbkeeper::server {
 
 // Where the rows of a bulk load go, as INSERT BULK says it.
-struct BulkTarget {
-  std::string table;                 // as written
-  std::vector<std::string> columns;  // as written, quotes included
-};
+using BulkTarget = InsertBulkStatement;
 
-// Nothing when the text is no INSERT BULK.
+// Nothing when the text is no INSERT BULK with columns.
 std::optional<BulkTarget> ParseInsertBulk(std::string_view text);
 
 // Reads the rows off `in` and puts them into the table: all of them or, when one is refused or the

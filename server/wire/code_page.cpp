@@ -4,6 +4,8 @@
 
 #include <stdexcept>
 
+#include "server/types/text.h"
+
 namespace dbkeeper::server {
 namespace {
 
@@ -35,19 +37,6 @@ char32_t NextCharacter(std::string_view& text) {
   const bool whole = length != 0 && used == length && character >= kLeast[length] &&
                      character <= 0x10FFFF && (character < 0xD800 || character > 0xDFFF);
   return whole ? character : kReplacement;
-}
-
-void AppendUtf8(char32_t character, std::string& out) {
-  if (character < 0x80) {
-    out.push_back(static_cast<char>(character));
-    return;
-  }
-  const int tail = character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
-  constexpr unsigned char kLead[] = {0, 0xC0, 0xE0, 0xF0};
-  out.push_back(static_cast<char>(kLead[tail] | character >> (6 * tail)));
-  for (int i = tail - 1; i >= 0; --i) {
-    out.push_back(static_cast<char>(0x80 | (character >> (6 * i) & 0x3F)));
-  }
 }
 
 void AppendUnit(char32_t unit, std::string& out) {

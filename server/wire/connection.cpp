@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "server/types/messages.h"
 #include "server/wire/login.h"
 
 namespace dbkeeper::server {
@@ -12,14 +13,6 @@ constexpr std::size_t kLongestRequest = 64u << 20;
 constexpr std::size_t kLongestLogin = 64u << 10;
 // How long a client may go on sending what has been refused already.
 constexpr std::chrono::seconds kRefusalTime{10};
-
-ServerMessage Message(int number, int severity, std::string text) {
-  ServerMessage message;
-  message.number = number;
-  message.severity = severity;
-  message.text = std::move(text);
-  return message;
-}
 
 }  // namespace
 
@@ -48,7 +41,7 @@ void Connection::Serve() {
     try {
       channel_.SetDeadline(std::chrono::steady_clock::now() + kRefusalTime);
       while (!reader_.AtEnd()) reader_.TakePiece();
-      Refuse(Message(701, 19, "The request is longer than 64 MB, the most this server takes."));
+      Refuse(MakeMessage(701, {" The request is longer than 64 MB."}));
     } catch (const WireError&) {
     }
   } catch (const WireError&) {
@@ -82,12 +75,10 @@ void Connection::AcceptLogin(const LoginPacket& login) {
   const std::string language = login.language.empty() ? "us_english" : login.language;
   ByteWriter out;
   AppendEnvironment(Environment::kDatabase, database, "master", out);
-  AppendMessage(Message(5701, 0, "Changed database context to '" + database + "'."), server_name_,
-                out);
+  AppendMessage(MakeMessage(5701, {database}), server_name_, out);
   AppendCollationChange(out);
   AppendEnvironment(Environment::kLanguage, language, "", out);
-  AppendMessage(Message(5703, 0, "Changed language setting to " + language + "."), server_name_,
-                out);
+  AppendMessage(MakeMessage(5703, {language}), server_name_, out);
   AppendLoginAcknowledge(out);
   AppendEnvironment(Environment::kPacketSize, size, "4096", out);
   AppendDone(DoneToken::kBatch, 0, 0, 0, out);

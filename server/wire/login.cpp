@@ -99,8 +99,7 @@ LoginPacket ReadLogin(std::string_view message) {
   request.client.process_id = head.U32();
   request.client.host_name = Text(message, Field::kHostName);
   request.client.program_name = Text(message, Field::kProgram);
-  request.client.login_name = Text(message, Field::kUser);
-  request.user = request.client.login_name;
+  request.user = Text(message, Field::kUser);
   request.password = Password(message);
   request.database = Text(message, Field::kDatabase);
   login.language = Text(message, Field::kLanguage);

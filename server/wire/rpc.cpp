@@ -5,6 +5,9 @@
 #include <cctype>
 #include <optional>
 
+#include "server/sql/parser.h"
+#include "server/types/messages.h"
+#include "server/types/text.h"
 #include "server/wire/value_reader.h"
 
 namespace dbkeeper::server {
@@ -37,37 +40,40 @@ constexpr std::array kFetches = {
     FetchRow{0x80, FetchKind::kRefresh},
 };
 
-std::string LowerCase(std::string_view text) {
-  std::string lower(text);
-  for (char& c : lower) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return lower;
+std::int64_t IntegerAt(const Parameters& arguments, std::size_t index, std::int64_t otherwise) {
+  const auto* const value =
+      index < arguments.size() ? std::get_if<std::int64_t>(&arguments[index].value) : nullptr;
+  return value != nullptr ? *value : otherwise;
 }
 
-ServerMessage Error(int number, std::string text) {
-  ServerMessage message;
-  message.number = number;
-  message.text = std::move(text);
-  return message;
+// A text argument; empty when it is none.
+std::string TextAt(const Parameters& arguments, std::size_t index) {
+  const auto* const text =
+      index < arguments.size() ? std::get_if<std::string>(&arguments[index].value) : nullptr;
+  return text != nullptr ? *text : "";
 }
 
-std::int64_t IntegerAt(const std::vector<RpcParameter>& arguments, std::size_t index,
-                       std::int64_t otherwise) {
-  const bool there = index < arguments.size() && !arguments[index].is_null;
-  return there ? arguments[index].integer : otherwise;
-}
-
-// The values from `first` on, each under the name it was declared with.
-std::vector<RpcParameter> NamedValues(const std::vector<RpcParameter>& arguments, std::size_t first,
-                                      const std::vector<std::string>& names) {
+// The values from `first` on; those without a name have the one they are declared with.
+Parameters NamedValues(const Parameters& arguments, std::size_t first, const Parameters& declared) {
   if (arguments.size() <= first) return {};
-  std::vector<RpcParameter> values(arguments.begin() + static_cast<std::ptrdiff_t>(first),
-                                   arguments.end());
-  for (std::size_t i = 0; i < values.size() && i < names.size(); ++i) {
-    if (values[i].name.empty()) values[i].name = names[i];
+  Parameters values(arguments.begin() + static_cast<std::ptrdiff_t>(first), arguments.end());
+  for (std::size_t i = 0; i < values.size() && i < declared.size(); ++i) {
+    if (values[i].name.empty()) values[i].name = declared[i].name;
   }
   return values;
+}
+
+// Values of output parameters would have to come back, which they do not here.
+void RefuseOutput(const Parameters& declared) {
+  for (const Parameter& parameter : declared) {
+    if (parameter.is_output) throw Unsupported("the output parameter " + parameter.name);
+  }
+}
+
+Parameters Declared(const Parameters& arguments, std::size_t index) {
+  Parameters declared = ParseParameterDeclarations(TextAt(arguments, index));
+  RefuseOutput(declared);
+  return declared;
 }
 
 }  // namespace
@@ -109,41 +115,23 @@ RpcRequest ReadRpcRequest(ByteReader& in, const CodePage932& code_page) {
       return request;
     }
     if (request.parameters.size() == kMostParameters) throw WireError("too many parameters");
-    RpcParameter parameter;
+    Parameter parameter;
     parameter.name = Utf16ToUtf8(in.Raw(std::size_t{name_length} * 2));
     const std::uint8_t status = in.U8();
     const WireType type = ReadTypeInfo(in);
     ReadValue(in, type, ValuePlace::kParameter, code_page, parameter);
-    if ((status & kDefault) != 0) parameter.is_null = true;
+    if ((status & kDefault) != 0) parameter.value = {};
     parameter.is_output = (status & kOutput) != 0;
     request.parameters.push_back(std::move(parameter));
   }
   return request;
 }
 
-std::vector<std::string> DeclaredNames(std::string_view declaration) {
-  std::vector<std::string> names;
-  int depth = 0;
-  bool expect_name = true;
-  for (std::size_t i = 0; i < declaration.size(); ++i) {
-    const char c = declaration[i];
-    if (c == '(') ++depth;
-    if (c == ')') --depth;
-    if (c == ',' && depth == 0) expect_name = true;
-    if (c != '@' || !expect_name) continue;
-    const std::size_t end = std::min(declaration.find_first_of(" \t\r\n,", i), declaration.size());
-    names.emplace_back(declaration.substr(i, end - i));
-    expect_name = false;
-    i = end - 1;
-  }
-  return names;
-}
-
 RpcCalls::RpcCalls(Session& session) : session_(session) {}
 
 void RpcCalls::Run(const RpcRequest& request, WireSink& sink) {
   // The name may say where the procedure lives: "master.dbo.sp_executesql".
-  const std::string lower = LowerCase(request.procedure);
+  const std::string lower = ToLowerAscii(request.procedure);
   const std::string_view last_part =
       std::string_view(lower).substr(std::min(lower.rfind('.') + 1, lower.size()));
   const auto& table = Procedures();
@@ -152,90 +140,78 @@ void RpcCalls::Run(const RpcRequest& request, WireSink& sink) {
   if (row == table.end()) {
     session_.RunProcedure(request.procedure, request.parameters, sink);
   } else if (request.parameters.size() < row->least_arguments) {
-    sink.OnMessage(Error(201, "Procedure '" + std::string(row->name) +
-                                  "' expects a parameter, which was not supplied."));
+    sink.OnMessage(
+        MakeMessage(201, {row->name, "@" + std::to_string(request.parameters.size() + 1)}));
   } else {
-    (this->*row->handler)(request.parameters, sink);
+    try {
+      (this->*row->handler)(request.parameters, sink);
+    } catch (const SqlError& error) {
+      sink.OnMessage(error.message());
+    }
   }
 }
 
 // sp_executesql @stmt, @params, values ...
-void RpcCalls::ExecuteSql(const Arguments& arguments, WireSink& sink) {
-  const std::string declaration = arguments.size() > 1 ? arguments[1].bytes : "";
-  session_.RunParameterized(arguments[0].bytes,
-                            NamedValues(arguments, 2, DeclaredNames(declaration)), sink);
+void RpcCalls::ExecuteSql(const Parameters& arguments, WireSink& sink) {
+  session_.RunParameterized(TextAt(arguments, 0), NamedValues(arguments, 2, Declared(arguments, 1)),
+                            sink);
 }
 
 // Keeps what stands behind the handle: @handle output, @params, @stmt.
-int RpcCalls::Keep(const Arguments& arguments) {
-  prepared_[++last_handle_] = Prepared{DeclaredNames(arguments[1].bytes), arguments[2].bytes};
+int RpcCalls::Keep(const Parameters& arguments) {
+  if (prepared_.size() >= kMostHandles) {
+    Fail(701, {" There are too many prepared statements on this connection."});
+  }
+  prepared_[++last_handle_] = {Declared(arguments, 1), TextAt(arguments, 2)};
   return last_handle_;
 }
 
-void RpcCalls::RunPrepared(const Prepared& prepared, const Arguments& arguments,
-                           std::size_t first_value, WireSink& sink) {
-  const Arguments values = NamedValues(arguments, first_value, prepared.names);
-  if (values.size() < prepared.names.size()) {
-    sink.OnMessage(Error(8178, "Prepared statement expects parameter " +
-                                   prepared.names[values.size()] + ", which was not supplied."));
-    return;
-  }
-  session_.RunParameterized(prepared.text, values, sink);
+void RpcCalls::RunPrepared(int handle, const Parameters& arguments, std::size_t first_value,
+                           WireSink& sink) {
+  const auto found = prepared_.find(handle);
+  if (found == prepared_.end()) Fail(8179, {std::to_string(handle)});
+  const auto& [declared, text] = found->second;
+  const Parameters values = NamedValues(arguments, first_value, declared);
+  if (values.size() < declared.size()) Fail(8178, {declared[values.size()].name});
+  session_.RunParameterized(text, values, sink);
 }
 
-void RpcCalls::Prepare(const Arguments& arguments, WireSink& sink) {
-  if (prepared_.size() >= kMostHandles) {
-    sink.OnMessage(Error(701, "There are too many prepared statements on this connection."));
-    return;
-  }
+void RpcCalls::Prepare(const Parameters& arguments, WireSink& sink) {
   const int handle = Keep(arguments);
-  sink.ReturnStatusOnce(0);
+  session_.Describe(prepared_[handle].text, prepared_[handle].declared, sink);
+  sink.ReturnStatusOnce(sink.failed() ? 1 : 0);
   sink.ReturnInteger(arguments[0].name, handle);
 }
 
 // sp_prepexec @handle output, @params, @stmt, values ...
-void RpcCalls::PrepareAndExecute(const Arguments& arguments, WireSink& sink) {
-  if (prepared_.size() >= kMostHandles) {
-    sink.OnMessage(Error(701, "There are too many prepared statements on this connection."));
-    return;
-  }
+void RpcCalls::PrepareAndExecute(const Parameters& arguments, WireSink& sink) {
   const int handle = Keep(arguments);
-  RunPrepared(prepared_[handle], arguments, 3, sink);
+  RunPrepared(handle, arguments, 3, sink);
   sink.ReturnStatusOnce(sink.failed() ? 1 : 0);
   sink.ReturnInteger(arguments[0].name, handle);
 }
 
 // sp_execute @handle, values ...
-void RpcCalls::Execute(const Arguments& arguments, WireSink& sink) {
-  const std::int64_t handle = IntegerAt(arguments, 0, 0);
-  const auto found = prepared_.find(static_cast<int>(handle));
-  if (found == prepared_.end()) {
-    sink.OnMessage(Error(
-        8179, "Could not find prepared statement with handle " + std::to_string(handle) + "."));
-    return;
-  }
-  RunPrepared(found->second, arguments, 1, sink);
+void RpcCalls::Execute(const Parameters& arguments, WireSink& sink) {
+  RunPrepared(static_cast<int>(IntegerAt(arguments, 0, 0)), arguments, 1, sink);
 }
 
-void RpcCalls::Unprepare(const Arguments& arguments, WireSink& sink) {
-  const std::int64_t handle = IntegerAt(arguments, 0, 0);
-  if (prepared_.erase(static_cast<int>(handle)) == 0) {
-    sink.OnMessage(Error(
-        8179, "Could not find prepared statement with handle " + std::to_string(handle) + "."));
-  }
+void RpcCalls::Unprepare(const Parameters& arguments, WireSink& /*sink*/) {
+  const auto handle = static_cast<int>(IntegerAt(arguments, 0, 0));
+  if (prepared_.erase(handle) == 0) Fail(8179, {std::to_string(handle)});
 }
 
 // sp_cursoropen @cursor output, @stmt, @scrollopt output, @ccopt output, @rowcount output,
 // [@params, values ...]
-void RpcCalls::CursorOpen(const Arguments& arguments, WireSink& sink) {
+void RpcCalls::CursorOpen(const Parameters& arguments, WireSink& sink) {
   constexpr std::size_t kDeclaration = 5;
-  const std::string& text = arguments[1].bytes;
+  const std::string text = TextAt(arguments, 1);
   std::unique_ptr<Cursor> cursor;
   if (arguments.size() > kDeclaration) {
-    const auto names = DeclaredNames(arguments[kDeclaration].bytes);
-    session_.RunParameterized(text, NamedValues(arguments, kDeclaration + 1, names), sink);
+    const Parameters declared = Declared(arguments, kDeclaration);
+    session_.RunParameterized(text, NamedValues(arguments, kDeclaration + 1, declared), sink);
   } else if (cursors_.size() >= kMostHandles) {
-    sink.OnMessage(Error(16955, "Could not create an acceptable cursor."));
+    sink.OnMessage(MakeMessage(16955));
   } else {
     cursor = session_.OpenCursor(text, sink);
     // What is no single select gives its results at once; the client sees that from the handle 0.
@@ -264,25 +240,21 @@ void RpcCalls::CursorOpen(const Arguments& arguments, WireSink& sink) {
   }
 }
 
-Cursor* RpcCalls::FindCursor(const Arguments& arguments, std::string_view procedure,
-                             WireSink& sink) {
+Cursor& RpcCalls::FindCursor(const Parameters& arguments, std::string_view procedure) {
   const std::int64_t handle = IntegerAt(arguments, 0, 0);
   const auto found = cursors_.find(static_cast<int>(handle));
-  if (found != cursors_.end()) return found->second.get();
-  sink.OnMessage(Error(16909, std::string(procedure) + ": The cursor identifier value provided (" +
-                                  std::to_string(handle) + ") is not valid."));
-  return nullptr;
+  if (found == cursors_.end()) Fail(16909, {procedure, std::to_string(handle)});
+  return *found->second;
 }
 
 // sp_cursorfetch @cursor, @fetchtype, @rownum, @nrows
-void RpcCalls::CursorFetch(const Arguments& arguments, WireSink& sink) {
-  Cursor* const cursor = FindCursor(arguments, "sp_cursorfetch", sink);
-  if (!cursor) return;
+void RpcCalls::CursorFetch(const Parameters& arguments, WireSink& sink) {
+  Cursor& cursor = FindCursor(arguments, "sp_cursorfetch");
   constexpr int kNext = 2;
   const auto code = static_cast<int>(IntegerAt(arguments, 1, kNext));
   if (code == kFetchInfo) {
     sink.ReturnStatusOnce(0);
-    const std::array<std::int64_t, 4> returned = {0, 0, cursor->position(), cursor->row_count()};
+    const std::array<std::int64_t, 4> returned = {0, 0, cursor.position(), cursor.row_count()};
     for (std::size_t i = 2; i < std::min(arguments.size(), returned.size()); ++i) {
       if (arguments[i].is_output) sink.ReturnInteger(arguments[i].name, returned[i]);
     }
@@ -291,48 +263,45 @@ void RpcCalls::CursorFetch(const Arguments& arguments, WireSink& sink) {
   const auto fetch = std::find_if(kFetches.begin(), kFetches.end(),
                                   [code](const FetchRow& row) { return row.code == code; });
   if (fetch == kFetches.end()) {
-    sink.OnMessage(Error(16931, "sp_cursorfetch: The fetch type is not supported."));
-    return;
+    Fail(16902, {"sp_cursorfetch", "fetchtype"});
   }
   sink.AddRowStatus();
-  sink.OnColumns(cursor->columns());
-  cursor->Fetch(fetch->kind, IntegerAt(arguments, 2, 0),
-                static_cast<int>(IntegerAt(arguments, 3, 1)), sink);
+  sink.OnColumns(cursor.columns());
+  cursor.Fetch(fetch->kind, IntegerAt(arguments, 2, 0),
+               static_cast<int>(IntegerAt(arguments, 3, 1)), sink);
 }
 
 // sp_cursoroption @cursor, @code, @value: names the cursor, or asks for text pointers, which are
 // always sent. A name has no use without WHERE CURRENT OF.
-void RpcCalls::CursorOption(const Arguments& arguments, WireSink& sink) {
-  FindCursor(arguments, "sp_cursoroption", sink);
+void RpcCalls::CursorOption(const Parameters& arguments, WireSink& /*sink*/) {
+  FindCursor(arguments, "sp_cursoroption");
 }
 
-void RpcCalls::CursorClose(const Arguments& arguments, WireSink& sink) {
-  if (FindCursor(arguments, "sp_cursorclose", sink)) {
-    cursors_.erase(static_cast<int>(arguments[0].integer));
-  }
+void RpcCalls::CursorClose(const Parameters& arguments, WireSink& /*sink*/) {
+  FindCursor(arguments, "sp_cursorclose");
+  cursors_.erase(static_cast<int>(IntegerAt(arguments, 0, 0)));
 }
 
 // sp_cursor @cursor, @optype, @rownum, @table, values ...
-void RpcCalls::CursorChange(const Arguments& arguments, WireSink& sink) {
-  Cursor* const cursor = FindCursor(arguments, "sp_cursor", sink);
-  if (!cursor) return;
+void RpcCalls::CursorChange(const Parameters& arguments, WireSink& sink) {
+  Cursor& cursor = FindCursor(arguments, "sp_cursor");
   constexpr std::size_t kFirstValue = 4;
-  std::vector<std::string> names;
-  for (const ResultColumn& column : cursor->columns()) names.push_back(column.name);
-  Arguments values = NamedValues(arguments, kFirstValue, names);
-  for (RpcParameter& value : values) {
+  Parameters columns;
+  for (const ResultColumn& column : cursor.columns()) columns.push_back({column.name, column.type});
+  Parameters values = NamedValues(arguments, kFirstValue, columns);
+  for (Parameter& value : values) {
     if (value.name.starts_with('@')) value.name.erase(0, 1);
   }
   const auto row = static_cast<int>(IntegerAt(arguments, 2, 0));
   const std::int64_t change = IntegerAt(arguments, 1, 0) & kChangeMask;
   if (change == kUpdate) {
-    cursor->Update(row, values, sink);
+    cursor.Update(row, values, sink);
   } else if (change == kDelete) {
-    cursor->Delete(row, sink);
+    cursor.Delete(row, sink);
   } else if (change == kInsert) {
-    cursor->Insert(values, sink);
+    cursor.Insert(values, sink);
   } else if (change != 0) {
-    sink.OnMessage(Error(16902, "sp_cursor: The value of the parameter 'optype' is invalid."));
+    Fail(16902, {"sp_cursor", "optype"});
   }
 }
 

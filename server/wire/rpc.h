@@ -19,15 +19,12 @@ namespace dbkeeper::server {
 
 struct RpcRequest {
   std::string procedure;
-  std::vector<RpcParameter> parameters;
+  Parameters parameters;
   bool more_follow = false;  // another call stands behind this one in the message
 };
 
 // Reads the next call of a message. Throws WireError.
 RpcRequest ReadRpcRequest(ByteReader& in, const CodePage932& code_page);
-
-// The names in a declaration of parameters like "@P1 int, @P2 decimal(10,2) output".
-std::vector<std::string> DeclaredNames(std::string_view declaration);
 
 // A client's prepared statements and open cursors. Refers to its session.
 class RpcCalls {
@@ -38,8 +35,7 @@ class RpcCalls {
   void Run(const RpcRequest& request, WireSink& sink);
 
  private:
-  using Arguments = std::vector<RpcParameter>;
-  using Handler = void (RpcCalls::*)(const Arguments&, WireSink&);
+  using Handler = void (RpcCalls::*)(const Parameters&, WireSink&);
   struct Procedure {
     std::uint16_t id;
     std::string_view name;
@@ -47,28 +43,28 @@ class RpcCalls {
     Handler handler;
   };
   struct Prepared {
-    std::vector<std::string> names;
+    Parameters declared;
     std::string text;
   };
 
   static const std::vector<Procedure>& Procedures();
   friend RpcRequest ReadRpcRequest(ByteReader& in, const CodePage932& code_page);
 
-  void ExecuteSql(const Arguments& arguments, WireSink& sink);
-  void Prepare(const Arguments& arguments, WireSink& sink);
-  void Execute(const Arguments& arguments, WireSink& sink);
-  void PrepareAndExecute(const Arguments& arguments, WireSink& sink);
-  void Unprepare(const Arguments& arguments, WireSink& sink);
-  void CursorOpen(const Arguments& arguments, WireSink& sink);
-  void CursorFetch(const Arguments& arguments, WireSink& sink);
-  void CursorOption(const Arguments& arguments, WireSink& sink);
-  void CursorClose(const Arguments& arguments, WireSink& sink);
-  void CursorChange(const Arguments& arguments, WireSink& sink);
+  void ExecuteSql(const Parameters& arguments, WireSink& sink);
+  void Prepare(const Parameters& arguments, WireSink& sink);
+  void Execute(const Parameters& arguments, WireSink& sink);
+  void PrepareAndExecute(const Parameters& arguments, WireSink& sink);
+  void Unprepare(const Parameters& arguments, WireSink& sink);
+  void CursorOpen(const Parameters& arguments, WireSink& sink);
+  void CursorFetch(const Parameters& arguments, WireSink& sink);
+  void CursorOption(const Parameters& arguments, WireSink& sink);
+  void CursorClose(const Parameters& arguments, WireSink& sink);
+  void CursorChange(const Parameters& arguments, WireSink& sink);
 
-  int Keep(const Arguments& arguments);
-  void RunPrepared(const Prepared& prepared, const Arguments& arguments, std::size_t first_value,
+  int Keep(const Parameters& arguments);
+  void RunPrepared(int handle, const Parameters& arguments, std::size_t first_value,
                    WireSink& sink);
-  Cursor* FindCursor(const Arguments& arguments, std::string_view procedure, WireSink& sink);
+  Cursor& FindCursor(const Parameters& arguments, std::string_view procedure);
 
   Session& session_;
   std::map<int, Prepared> prepared_;

@@ -86,82 +86,71 @@ void ExpectLength(std::string_view bytes, std::size_t least, std::size_t most) {
   if (bytes.size() < least || bytes.size() > most) throw WireError("a value has a wrong length");
 }
 
-// Turns the bytes of a value that is not null into `value`, whose type is set.
-void DecodeValue(std::string bytes, const CodePage932& code_page, RpcParameter& value) {
+// A value of the type that is not null, from its bytes.
+Cell DecodeValue(std::string bytes, const SqlType& type, const CodePage932& code_page) {
   const auto part = [&bytes](std::size_t at, std::size_t count) {
     return std::string_view(bytes).substr(at, count);
   };
-  switch (value.type.id) {
+  switch (type.id) {
     case TypeId::kBit:
-    case TypeId::kTinyInt:
+    case TypeId::kTinyInt: {
       ExpectLength(bytes, 1, 1);
-      value.integer = static_cast<std::int64_t>(LittleOf(bytes));
-      if (value.type.id == TypeId::kBit) value.integer = value.integer != 0 ? 1 : 0;
-      return;
+      const auto value = static_cast<std::int64_t>(LittleOf(bytes));
+      return type.id == TypeId::kBit ? std::min<std::int64_t>(value, 1) : value;
+    }
     case TypeId::kSmallInt:
     case TypeId::kInt:
     case TypeId::kBigInt:
       ExpectLength(bytes, 1, 8);
-      value.integer = SignedOf(bytes);
-      return;
+      return SignedOf(bytes);
     case TypeId::kReal:
       ExpectLength(bytes, 4, 4);
-      value.real = std::bit_cast<float>(static_cast<std::uint32_t>(LittleOf(bytes)));
-      return;
+      return double{std::bit_cast<float>(static_cast<std::uint32_t>(LittleOf(bytes)))};
     case TypeId::kFloat:
       ExpectLength(bytes, 8, 8);
-      value.real = std::bit_cast<double>(LittleOf(bytes));
-      return;
+      return std::bit_cast<double>(LittleOf(bytes));
     case TypeId::kDecimal:
     case TypeId::kNumeric:
       ExpectLength(bytes, 2, 17);
-      value.bytes = DecimalText(bytes, value.type.scale);
-      return;
+      return DecimalText(bytes, type.scale);
     case TypeId::kMoney:
       ExpectLength(bytes, 8, 8);
-      value.bytes =
-          MoneyText(static_cast<std::int64_t>(LittleOf(part(0, 4)) << 32 | LittleOf(part(4, 4))));
-      return;
+      return MoneyText(
+          static_cast<std::int64_t>(LittleOf(part(0, 4)) << 32 | LittleOf(part(4, 4))));
     case TypeId::kSmallMoney:
       ExpectLength(bytes, 4, 4);
-      value.bytes = MoneyText(SignedOf(bytes));
-      return;
+      return MoneyText(SignedOf(bytes));
     case TypeId::kDateTime:
       ExpectLength(bytes, 8, 8);
-      value.integer =
-          SignedOf(part(0, 4)) * kTicksPerDay + static_cast<std::int64_t>(LittleOf(part(4, 4)));
-      return;
+      return SignedOf(part(0, 4)) * kTicksPerDay + static_cast<std::int64_t>(LittleOf(part(4, 4)));
     case TypeId::kSmallDateTime:
       ExpectLength(bytes, 4, 4);
-      value.integer = static_cast<std::int64_t>(LittleOf(part(0, 2))) * kTicksPerDay +
-                      static_cast<std::int64_t>(LittleOf(part(2, 2))) * kTicksPerMinute;
-      return;
+      return static_cast<std::int64_t>(LittleOf(part(0, 2))) * kTicksPerDay +
+             static_cast<std::int64_t>(LittleOf(part(2, 2))) * kTicksPerMinute;
     case TypeId::kUniqueIdentifier:
       ExpectLength(bytes, 16, 16);
-      value.bytes = std::move(bytes);
-      return;
+      return Blob{std::move(bytes)};
     case TypeId::kChar:
     case TypeId::kVarChar:
     case TypeId::kText:
-      value.bytes = code_page.ToUtf8(bytes);
-      return;
+      return code_page.ToUtf8(bytes);
     case TypeId::kNChar:
     case TypeId::kNVarChar:
     case TypeId::kNText:
-      value.bytes = Utf16ToUtf8(bytes);
-      return;
+      return Utf16ToUtf8(bytes);
     case TypeId::kBinary:
     case TypeId::kVarBinary:
     case TypeId::kImage:
     case TypeId::kTimestamp:
+      return Blob{std::move(bytes)};
     case TypeId::kSqlVariant:
-      value.bytes = std::move(bytes);
-      return;
+      break;
   }
+  throw WireError("there is no such type");
 }
 
 // The base type of a sql_variant stands before its value.
-void DecodeVariant(const std::string& bytes, const CodePage932& code_page, RpcParameter& value) {
+void DecodeVariant(const std::string& bytes, const CodePage932& code_page, Parameter& value) {
   ByteReader in(bytes);
   const std::uint8_t token = in.U8();
   const std::size_t properties = in.U8();
@@ -176,7 +165,7 @@ void DecodeVariant(const std::string& bytes, const CodePage932& code_page, RpcPa
   if (row == table.end()) throw WireError("there is no such type");
   value.type = TypeOf(*row, static_cast<std::uint32_t>(rest)).type;
   if (row->extra == Extra::kPrecise) ReadPrecision(in, value.type);
-  DecodeValue(bytes.substr(head), code_page, value);
+  value.value = DecodeValue(bytes.substr(head), value.type, code_page);
 }
 
 }  // namespace
@@ -199,7 +188,7 @@ WireType ReadTypeInfo(ByteReader& in) {
 }
 
 void ReadValue(ByteReader& in, const WireType& type, ValuePlace place, const CodePage932& code_page,
-               RpcParameter& value) {
+               Parameter& value) {
   value.type = type.type;
   std::optional<std::size_t> length;
   const bool variant = type.type.id == TypeId::kSqlVariant;
@@ -219,10 +208,13 @@ void ReadValue(ByteReader& in, const WireType& type, ValuePlace place, const Cod
     const std::uint32_t bytes = in.U32();
     if (bytes != kNullFourBytes && !(variant && bytes == 0)) length = bytes;
   }
-  value.is_null = !length.has_value();
-  if (value.is_null) return;
-  if (variant) return DecodeVariant(in.Raw(*length), code_page, value);
-  DecodeValue(in.Raw(*length), code_page, value);
+  if (!length) {
+    value.value = {};
+  } else if (variant) {
+    DecodeVariant(in.Raw(*length), code_page, value);
+  } else {
+    value.value = DecodeValue(in.Raw(*length), value.type, code_page);
+  }
 }
 
 }  // namespace dbkeeper::server

@@ -23,8 +23,8 @@ enum class ValuePlace { kParameter, kRow };
 // Throws WireError for a type that there is not.
 WireType ReadTypeInfo(ByteReader& in);
 
-// Reads a value into `value` (its type, value or null); throws WireError.
+// Reads a value, or null, and its type into `value`; throws WireError.
 void ReadValue(ByteReader& in, const WireType& type, ValuePlace place, const CodePage932& code_page,
-               RpcParameter& value);
+               Parameter& value);
 
 }  // namespace dbkeeper::server

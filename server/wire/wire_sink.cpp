@@ -1,5 +1,7 @@
 #include "server/wire/wire_sink.h"
 
+#include "server/types/messages.h"
+
 namespace dbkeeper::server {
 namespace {
 
@@ -66,11 +68,7 @@ void WireSink::OnMessage(const ServerMessage& message) {
 void WireSink::OnDatabaseChanged(const std::string& from, const std::string& to) {
   ReleaseDone(DoneStatus::kMore);
   AppendEnvironment(Environment::kDatabase, to, from, tokens_);
-  ServerMessage message;
-  message.number = 5701;
-  message.severity = 0;
-  message.text = "Changed database context to '" + to + "'.";
-  AppendMessage(message, context_.server_name, tokens_);
+  AppendMessage(MakeMessage(5701, {to}), context_.server_name, tokens_);
 }
 
 void WireSink::OnReturnStatus(int status) {

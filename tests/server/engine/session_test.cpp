@@ -11,11 +11,11 @@ namespace {
 using SessionTest = EngineTest;
 using namespace std::chrono_literals;
 
-RpcParameter Text(const std::string& name, const std::string& value) {
-  RpcParameter parameter;
+Parameter Text(const std::string& name, const std::string& value) {
+  Parameter parameter;
   parameter.name = name;
   parameter.type = {.id = TypeId::kNVarChar, .length = 100};
-  parameter.bytes = value;
+  parameter.value = value;
   return parameter;
 }
 

@@ -1,24 +1,14 @@
 #include "tests/server/sql/sql_fixture.h"
 
 #include "server/sql/constraint_errors.h"
-#include "server/sql/lexer.h"
 #include "server/types/datetime.h"
 #include "server/types/guid.h"
 #include "server/types/messages.h"
+#include "server/types/text.h"
 #include "server/types/type_rules.h"
 
 namespace dbkeeper::server {
 namespace {
-
-std::string HexOf(std::string_view bytes) {
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
-  std::string text = "0x";
-  for (const char c : bytes) {
-    text += kDigits[static_cast<unsigned char>(c) >> 4];
-    text += kDigits[static_cast<unsigned char>(c) & 15];
-  }
-  return text;
-}
 
 std::string CellText(sqlite3_stmt* statement, int column, const SqlType& type) {
   if (sqlite3_column_type(statement, column) == SQLITE_NULL) return "null";
@@ -28,7 +18,7 @@ std::string CellText(sqlite3_stmt* statement, int column, const SqlType& type) {
   const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement, column));
   if (sqlite3_column_type(statement, column) == SQLITE_BLOB) {
     const std::string bytes(static_cast<const char*>(sqlite3_column_blob(statement, column)), size);
-    return FamilyOf(type.id) == TypeFamily::kGuid ? FormatGuid(bytes) : HexOf(bytes);
+    return FamilyOf(type.id) == TypeFamily::kGuid ? FormatGuid(bytes) : "0x" + HexDigits(bytes);
   }
   return reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
 }
@@ -109,8 +99,7 @@ void TestInstance::AddTable(const CreateTableStatement& create) {
            (info.primary_key ? " UNIQUE" : "");
     object.columns.push_back(std::move(info));
   }
-  const std::vector<ParameterInfo> none;
-  Translator translator(*this, none);
+  Translator translator(*this);
   for (const ColumnDefinition& column : create.columns) {
     for (const Constraint& constraint : column.constraints) {
       if (constraint.kind != ConstraintKind::kCheck) continue;
@@ -126,7 +115,7 @@ void TestInstance::Step(const Translation& translation, const std::vector<std::s
   sqlite3_stmt* statement = nullptr;
   if (sqlite3_prepare_v2(connection_, translation.sqlite_sql.c_str(), -1, &statement, nullptr) !=
       SQLITE_OK) {
-    outcome.error = MessageOfFailure(connection_, 1);
+    outcome.error = MessageOfFailure(connection_);
     outcome.error.text += "\n" + translation.sqlite_sql;
     return;
   }
@@ -144,19 +133,11 @@ void TestInstance::Step(const Translation& translation, const std::vector<std::s
   }
   if (code != SQLITE_DONE) {
     const ConstraintFailure failure = FailedConstraint(connection_);
-    switch (failure.kind) {
-      case ConstraintFailureKind::kNotNull:
-        outcome.error = NotNullMessage("INSERT", failure.columns.at(0), failure.table, 1);
-        break;
-      case ConstraintFailureKind::kUnique:
-        outcome.error = UniqueConstraintMessage(true, "PK", failure.table, 1);
-        break;
-      case ConstraintFailureKind::kCheck:
-        outcome.error = CheckMessage("INSERT", failure.name, "test", "t", "", 1);
-        break;
-      default:
-        outcome.error = MessageOfFailure(connection_, 1);
-    }
+    const int number = failure.kind == ConstraintFailureKind::kNotNull  ? 515
+                       : failure.kind == ConstraintFailureKind::kUnique ? 2627
+                       : failure.kind == ConstraintFailureKind::kCheck  ? 547
+                                                                        : 0;
+    outcome.error = number != 0 ? MakeMessage(number) : MessageOfFailure(connection_);
   }
   sqlite3_finalize(statement);
 }
@@ -194,7 +175,7 @@ void TestInstance::Translate(const Statement& statement, Translator& translator,
   Step(translation, values_, outcome);
 }
 
-Outcome TestInstance::Run(std::string_view batch, const std::vector<ParameterInfo>& parameters,
+Outcome TestInstance::Run(std::string_view batch, const Parameters& parameters,
                           const std::vector<std::string>& values) {
   Outcome outcome;
   values_ = values;

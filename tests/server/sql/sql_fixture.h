@@ -30,12 +30,13 @@ class TestInstance : public NameResolver, public ServerState {
   TestInstance(const TestInstance&) = delete;
   TestInstance& operator=(const TestInstance&) = delete;
 
-  Outcome Run(std::string_view batch, const std::vector<ParameterInfo>& parameters = {},
+  Outcome Run(std::string_view batch, const Parameters& parameters = {},
               const std::vector<std::string>& values = {});
 
   std::optional<ObjectInfo> ResolveObject(const ObjectName& name) override;
   std::optional<ObjectInfo> ResolveTableFunction(
       const ObjectName& name, const std::vector<std::string>& arguments) override;
+  std::string CurrentSchema() override { return "main"; }
   std::int64_t StatementTime() override;
   Cell Evaluate(std::string_view function, const std::vector<Cell>& arguments) override;
 

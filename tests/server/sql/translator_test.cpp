@@ -94,9 +94,8 @@ TEST(Translator, ViewsReadAsTheirQueriesAndKeepTheirTypes) {
 TEST(Translator, ParametersAreBoundByNameWithTheirTypes) {
   TestInstance instance;
   instance.Run(kSetup);
-  const std::vector<ParameterInfo> parameters = {
-      {"@P1", SqlType{TypeId::kNVarChar, 20, 0, 0, true}},
-      {"@P2", SqlType{TypeId::kDecimal, 0, 5, 1, true}}};
+  const Parameters parameters = {{"@P1", SqlType{TypeId::kNVarChar, 20, 0, 0, true}},
+                                 {"@P2", SqlType{TypeId::kDecimal, 0, 5, 1, true}}};
   EXPECT_EQ(
       instance.Run("select id, @p2 + 1 from items where name = @P1", parameters, {"BANANA", "2.5"})
           .rows,
@@ -106,8 +105,7 @@ TEST(Translator, ParametersAreBoundByNameWithTheirTypes) {
 TEST(Translator, RowIdsComeWithQueriesThatReadOneTableRowByRow) {
   TestInstance instance;
   instance.Run(kSetup);
-  const std::vector<ParameterInfo> none;
-  Translator translator(instance, none);
+  Translator translator(instance);
   const auto has_row_id = [&](std::string_view text) {
     const std::vector<Statement> statements = ParseBatch(text);
     return translator.Select(std::get<SelectStatement>(statements[0].node), {true}).has_row_id;
@@ -122,11 +120,10 @@ TEST(Translator, RowIdsComeWithQueriesThatReadOneTableRowByRow) {
 TEST(Translator, BoundRowsAreInsertedChangedAndDeleted) {
   TestInstance instance;
   instance.Run(kSetup);
-  const std::vector<ParameterInfo> none;
-  Translator translator(instance, none);
+  Translator translator(instance);
   const ObjectInfo table = *instance.ResolveObject({"", "", "", "orders"});
-  const std::vector<ParameterInfo> columns = {{"item", SqlType{TypeId::kInt, 4, 10, 0, true}},
-                                              {"note", SqlType{TypeId::kVarChar, 5, 0, 0, true}}};
+  const Parameters columns = {{"item", SqlType{TypeId::kInt, 4, 10, 0, true}},
+                              {"note", SqlType{TypeId::kVarChar, 5, 0, 0, true}}};
   EXPECT_EQ(translator.InsertBound(table, columns).sqlite_sql,
             "INSERT INTO \"orders\" (\"item\", \"note\", \"id\", \"amount\") VALUES (?1, ?2, "
             "next_identity('orders'), ms_assign(1, " +

@@ -15,8 +15,6 @@
 
 namespace dbkeeper::server {
 
-using Cell = std::variant<std::monostate, std::int64_t, double, std::string>;
-
 class FakeRow : public RowView {
  public:
   explicit FakeRow(const std::vector<Cell>& cells) : cells_(cells) {}
@@ -26,7 +24,8 @@ class FakeRow : public RowView {
   }
   double Real(std::size_t column) const override { return std::get<double>(cells_[column]); }
   std::string_view Bytes(std::size_t column) const override {
-    return std::get<std::string>(cells_[column]);
+    const auto* const blob = std::get_if<Blob>(&cells_[column]);
+    return blob != nullptr ? blob->bytes : std::get<std::string>(cells_[column]);
   }
 
  private:
@@ -42,7 +41,7 @@ struct FakeResult {
 struct FakeCall {
   std::string kind;  // "batch", "parameterized", "procedure", "update", "delete", "insert"
   std::string text;
-  std::vector<RpcParameter> parameters;
+  Parameters parameters;
 };
 
 class FakeEngine : public SessionFactory {
@@ -51,6 +50,10 @@ class FakeEngine : public SessionFactory {
 
   // What a call gets; what is set here is asked on the threads of the clients.
   Answer answer = [](const FakeCall&, ResultSink& sink) { sink.OnStatementEnd({}); };
+  // What a prepared statement tells of itself.
+  std::function<FakeResult(std::string_view)> Described = [](std::string_view) {
+    return FakeResult{};
+  };
   // What a cursor over any text stands on; without columns there are no cursors.
   FakeResult cursor;
   std::atomic<int> interrupts = 0;
@@ -146,13 +149,13 @@ class FakeCursor : public Cursor {
     }
     sink.OnStatementEnd(end);
   }
-  void Update(int page_row, const std::vector<RpcParameter>& values, ResultSink& sink) override {
+  void Update(int page_row, const Parameters& values, ResultSink& sink) override {
     engine_.Handle({"update", std::to_string(page_row), values}, sink);
   }
   void Delete(int page_row, ResultSink& sink) override {
     engine_.Handle({"delete", std::to_string(page_row), {}}, sink);
   }
-  void Insert(const std::vector<RpcParameter>& values, ResultSink& sink) override {
+  void Insert(const Parameters& values, ResultSink& sink) override {
     engine_.Handle({"insert", "", values}, sink);
   }
 
@@ -170,11 +173,17 @@ class FakeSession : public Session {
   void RunBatch(std::string_view text, ResultSink& sink) override {
     engine_.Handle({"batch", std::string(text), {}}, sink);
   }
-  void RunParameterized(std::string_view text, const std::vector<RpcParameter>& parameters,
+  void RunParameterized(std::string_view text, const Parameters& parameters,
                         ResultSink& sink) override {
     engine_.Handle({"parameterized", std::string(text), parameters}, sink);
   }
-  void RunProcedure(std::string_view name, const std::vector<RpcParameter>& parameters,
+  void Describe(std::string_view text, const Parameters& /*parameters*/,
+                ResultSink& sink) override {
+    if (engine_.Described(text).columns.empty()) return;
+    sink.OnColumns(engine_.Described(text).columns);
+    sink.OnStatementEnd({.rows = 0, .is_select = true});
+  }
+  void RunProcedure(std::string_view name, const Parameters& parameters,
                     ResultSink& sink) override {
     engine_.Handle({"procedure", std::string(name), parameters}, sink);
   }
