@@ -130,7 +130,6 @@ void FillNewDatabase(SqliteConnection& connection, const std::string& alias,
   FillTypes(connection, catalog.Path("systypes"));
   FillUsers(connection, catalog.Path("sysusers"), owner_sid);
   connection.Run("insert into " + catalog.Path("sysmembers") + " values (1, 16384)");
-  connection.Run("insert into " + catalog.Path("sysfilegroups") + " values (1, 0, 16, 'PRIMARY')");
 }
 
 }  // namespace dbkeeper::server

@@ -69,9 +69,6 @@ void MakeMaster(const InstanceState& state) {
       "insert into main.syslanguages values (3, 'ymd', 7, 0, '日本語', 'Japanese', "
       "'', '', '', 1041, 1041)");
   connection.Run(
-      "insert into main.syscharsets values (1001, 109, 0, 0, 'cp932', 'Japanese', null, "
-      "null)");
-  connection.Run(
       "insert into main.sysservers values (0, 0, ?1, 'SQL Server', 'SQLOLEDB', ?1, null, null, ?2, "
       "0, 0, null, null, 0, 0, ?1)",
       state.options().server_name, CurrentTime());

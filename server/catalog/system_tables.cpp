@@ -71,10 +71,6 @@ create table syscomments (id int not null, number smallint not null, colid small
 create table sysfiles (fileid smallint not null, groupid smallint not null, size int not null,
   maxsize int not null, growth int not null, status int not null, perf int not null,
   name nchar(128) not null, filename nchar(260) not null)
-create table syspermissions (id int not null, grantee smallint not null,
-  grantor smallint not null, actadd smallint, actmod smallint, seladd varbinary(4000),
-  selmod varbinary(4000), updadd varbinary(4000), updmod varbinary(4000), refadd varbinary(4000),
-  refmod varbinary(4000))
 create table sysusers (uid smallint not null, status smallint not null, name sysname not null,
   sid varbinary(85), roles varbinary(2048), createdate datetime not null,
   updatedate datetime not null, altuid smallint, password varbinary(256), gid smallint,
@@ -82,9 +78,6 @@ create table sysusers (uid smallint not null, status smallint not null, name sys
   issqluser int, isaliased int, issqlrole int, isapprole int)
 create table sysproperties (id int not null, smallid smallint not null, type tinyint not null,
   name sysname not null, value sql_variant)
-create table sysdepends (id int not null, depid int not null, number smallint not null,
-  depnumber smallint not null, status smallint not null, deptype tinyint not null, depdbid smallint,
-  depsiteid smallint, selall bit not null, resultobj bit not null, readobj bit not null)
 create table sysreferences (constid int not null, fkeyid int not null, rkeyid int not null,
   rkeyindid smallint not null, keycnt smallint not null, forkeys varbinary(32),
   refkeys varbinary(32), fkeydbid smallint not null, rkeydbid smallint not null, fkey1 smallint,
@@ -103,8 +96,6 @@ create table sysprotects (id int not null, uid smallint not null, action tinyint
   protecttype tinyint not null, columns varbinary(4000), grantor smallint not null)
 create table sysconstraints (constid int not null, id int not null, colid smallint,
   spare1 tinyint, status int, actions int, error int)
-create table sysfilegroups (groupid smallint not null, allocpolicy smallint not null,
-  status int not null, groupname sysname not null)
 )";
 }
 
@@ -150,13 +141,6 @@ create table syslanguages (langid smallint not null, dateformat nchar(3) not nul
   datefirst tinyint not null, upgrade int, name sysname not null, alias sysname null,
   months nvarchar(372), shortmonths nvarchar(132), days nvarchar(217), lcid int not null,
   msglangid smallint not null)
-create table syscharsets (type smallint not null, id tinyint not null, csid tinyint not null,
-  status smallint, name sysname not null, description nvarchar(255), binarydefinition image,
-  definition image)
-create table sysconfigures (value int not null, config smallint not null,
-  comment nvarchar(255) not null, status smallint not null)
-create table syscurconfigs (value int not null, config smallint not null,
-  comment nvarchar(255) not null, status smallint not null)
 )";
 }
 

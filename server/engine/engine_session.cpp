@@ -224,8 +224,10 @@ void EngineSession::RunProcedure(std::string_view name, const Parameters& parame
                                  ResultSink& sink) {
   const Activity activity(*this, "EXECUTE");
   const bool done = Reported(sink, [&] {
-    const std::vector<Statement> call = ParseBatch("exec " + std::string(name));
-    Execute(std::get<ExecuteStatement>(call.at(0).node).procedure, parameters, sink);
+    for (const Parameter& parameter : parameters) {
+      if (parameter.is_output) throw Unsupported("the output parameter " + parameter.name);
+    }
+    Execute(ParseObjectName(name), parameters, sink);
   });
   sink.OnReturnStatus(done ? 0 : 1);
   sink.OnStatementEnd({.failed = !done});

@@ -123,18 +123,11 @@ ObjectInfo Resolver::ReadTable(const FoundObject& found) {
   info.owner = "dbo";
   info.name = found.object.name;
   info.sqlite_from = catalog.Path(found.object.name);
-  const CatalogTable table = catalog.Table(found.object);
-  const CatalogIndex* primary_key = table.PrimaryKey();
-  for (const CatalogColumn& column : table.columns) {
+  for (const CatalogColumn& column : catalog.Columns(found.object.id)) {
     ColumnInfo column_info = ColumnInfoOf(column);
     if (column.identity) {
       column_info.identity_sql = "ms_state('next_identity', " + QuoteText(found.alias) + ", " +
                                  std::to_string(found.object.id) + ")";
-    }
-    if (primary_key != nullptr) {
-      for (const KeyColumn& key_column : primary_key->keys) {
-        if (SameName(key_column.name, column.name)) column_info.primary_key = true;
-      }
     }
     info.columns.push_back(std::move(column_info));
   }

@@ -16,10 +16,8 @@ struct ResultColumn {
   std::string name;
   SqlType type;
   bool identity = false;
-  bool updatable = false;   // a plain column of one base table
-  bool key = false;         // part of the base table's primary key
-  std::string base_table;   // empty for an expression
-  std::string base_column;  // empty for an expression
+  bool updatable = false;  // a plain column of one base table
+  std::string base_table;  // empty for an expression
 };
 
 // An error (severity above 10) or an informational message in the server's form.

@@ -54,7 +54,14 @@ constexpr SettingRow kSettings[] = {
     {"DATEFORMAT", Ignore},
     {"DATEFIRST", Ignore},
     {"DEADLOCK_PRIORITY", Ignore},
-    {"TRANSACTION ISOLATION LEVEL", Ignore},
+    // A statement sees what was committed when it began, at either of the two lower levels. Nothing
+    // here keeps others from changing what a transaction has read.
+    {"TRANSACTION ISOLATION LEVEL",
+     [](const SetStatement& s, Workspace&) {
+       if (!s.value.starts_with("READ ")) {
+         throw Unsupported("the isolation level " + s.value);
+       }
+     }},
     {"IMPLICIT_TRANSACTIONS",
      [](const SetStatement& s, Workspace&) {
        if (s.value == "ON") throw Unsupported("set implicit_transactions on");

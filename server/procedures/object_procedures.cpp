@@ -6,6 +6,7 @@
 #include "server/engine/table_definition.h"
 #include "server/procedures/procedure_table.h"
 #include "server/sql/parser.h"
+#include "server/types/conversion.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {
@@ -160,7 +161,9 @@ void ExecuteText(ProcedureCall& call) {
   for (std::size_t i = 0; i < parameters.size(); ++i) {
     if (parameters[i].is_output) throw Unsupported("output parameters of sp_executesql");
     if (i + 2 >= call.arguments().size()) Fail(8178, {parameters[i].name});
-    parameters[i].value = call.arguments()[i + 2].value;
+    const Parameter& given = call.arguments()[i + 2];
+    parameters[i].value =
+        ConvertCell(given.value, given.type, parameters[i].type, 0, ConversionKind::kAssignment);
   }
   call.session().RunInside(call.Text("@stmt"), parameters, call.sink());
 }

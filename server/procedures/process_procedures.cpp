@@ -1,4 +1,4 @@
-// sp_who, sp_who2, sp_lock: from the sessions and their transactions.
+// sp_who, sp_lock: from the sessions and their transactions.
 #include "server/procedures/procedure_table.h"
 
 namespace dbkeeper::server {
@@ -12,14 +12,6 @@ select spid, ecid, status, loginame, hostname, convert(char(5), blocked) as blk,
 from master.dbo.sysprocesses
 where @loginame is null or loginame = @loginame or convert(nvarchar(10), spid) = @loginame
   or (lower(@loginame) = N'active' and cmd <> 'AWAITING COMMAND')
-order by spid)"},
-    {"sp_who2", "@loginame=", nullptr, R"(
-select convert(char(5), spid) as SPID, status as Status, loginame as Login,
-  hostname as HostName, case blocked when 0 then '  .' else convert(char(5), blocked) end as BlkBy,
-  db_name(dbid) as DBName, cmd as Command, cpu as CPUTime, physical_io as DiskIO,
-  last_batch as LastBatch, program_name as ProgramName
-from master.dbo.sysprocesses
-where @loginame is null or loginame = @loginame or convert(nvarchar(10), spid) = @loginame
 order by spid)"},
     {"sp_lock", "@spid1=, @spid2=", nullptr, R"(
 select convert(smallint, req_spid) as spid, rsc_dbid as dbid, rsc_objid as ObjId,

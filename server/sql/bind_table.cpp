@@ -69,11 +69,7 @@ ScopeTable& Binder::AddTable(const ObjectInfo& object, const std::string& name,
                  QuoteName(info.sqlite_name.empty() ? info.name : info.sqlite_name);
     column.type = info.type;
     column.identity = !info.identity_sql.empty();
-    column.key = info.primary_key;
-    if (updatable) {
-      column.base_table = object.name;
-      column.base_column = info.name;
-    }
+    if (updatable) column.base_table = object.name;
     table.columns.push_back(std::move(column));
   }
   if (updatable) table.object = object;

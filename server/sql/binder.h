@@ -24,10 +24,7 @@ struct ScopeColumn {
   std::string sql;
   SqlType type;
   bool identity = false;
-  bool key = false;
-  // Of a column of a base table, for result sets that can be updated.
-  std::string base_table;
-  std::string base_column;
+  std::string base_table;  // of a column of one, for result sets that can be updated
 };
 
 // A table of a from clause.

@@ -159,6 +159,8 @@ constexpr FunctionRow kFunctions[] = {
     {"host_name", 0, 0, "", kName, 0, "state"},
     {"host_id", 0, 0, "", kVarChar, 10, "state"},
     {"app_name", 0, 0, "", kName, 0, "state"},
+    {"type_id", 1, 1, "t", kInt, 0, "(select xusertype from $d.systypes where name = $1)"},
+    {"type_name", 1, 1, "i", kName, 0, "(select name from $d.systypes where xusertype = $1)"},
     {"col_name", 2, 2, "ii", kName, 0,
      "(select name from $d.syscolumns where id = $1 and colid = $2)"},
     {"col_length", 2, 2, "tt", kInt, 0, kColumnLength},

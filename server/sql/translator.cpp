@@ -27,9 +27,7 @@ std::vector<ResultColumn> ColumnsOf(const BoundQuery& query) {
     if (item.value.is_null) column.type = SqlType{TypeId::kInt, 4, 10, 0, true};
     if (const ScopeColumn* base = item.value.column) {
       column.identity = base->identity;
-      column.key = base->key;
       column.base_table = base->base_table;
-      column.base_column = base->base_column;
       column.updatable =
           !base->base_table.empty() && !base->identity && base->type.id != TypeId::kTimestamp;
     }

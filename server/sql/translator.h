@@ -23,7 +23,6 @@ namespace dbkeeper::server {
 struct ColumnInfo {
   std::string name;
   SqlType type;
-  bool primary_key = false;
   // The default as stored ("(getdate())"); empty: none. An insert without the column evaluates it.
   std::string default_text;
   // Of an identity column: an SQLite expression that takes the next value each time it is

@@ -72,6 +72,32 @@ TEST_F(Driver, ListsTheTypes) {
   }
 }
 
+TEST_F(Driver, DescribesAPreparedStatementBeforeItRuns) {
+  SQLFreeStmt(client_.statement(), SQL_CLOSE);
+  client_.Check(SQLPrepare(client_.statement(),
+                           Chars("select name, price * 2 as twice from [顧客] where id = ?"),
+                           SQL_NTS));
+  SQLCHAR name[30] = {};
+  SQLSMALLINT type = 0;
+  SQLSMALLINT digits = 0;
+  SQLULEN size = 0;
+  client_.Check(SQLDescribeCol(client_.statement(), 1, name, sizeof name, nullptr, &type, &size,
+                               &digits, nullptr));
+  EXPECT_EQ(std::string(reinterpret_cast<char*>(name)), "name");
+  EXPECT_EQ(type, SQL_WVARCHAR);
+  EXPECT_EQ(size, 30u);
+  client_.Check(SQLDescribeCol(client_.statement(), 2, name, sizeof name, nullptr, &type, &size,
+                               &digits, nullptr));
+  EXPECT_EQ(std::string(reinterpret_cast<char*>(name)), "twice");
+  EXPECT_EQ(type, SQL_NUMERIC);
+  EXPECT_EQ(digits, 2);
+  SQLINTEGER id = 2;
+  client_.Check(SQLBindParameter(client_.statement(), 1, SQL_PARAM_INPUT, SQL_C_LONG, SQL_INTEGER,
+                                 0, 0, &id, 0, nullptr));
+  client_.Check(SQLExecute(client_.statement()));
+  EXPECT_EQ(client_.Rows().size(), 1u);
+}
+
 class DriverCursor : public Driver {
  protected:
   DriverCursor() {

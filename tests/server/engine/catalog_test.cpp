@@ -96,6 +96,19 @@ TEST_F(CatalogTest, DefinitionsAreFoundInTheSystemTables) {
        "col_name(object_id('t'), "
        "3), col_length('t', 'n')",
        "1|1|1|d|40"},
+      {"select objectproperty(object_id('t'), 'TableHasForeignKey'), "
+       "objectproperty(object_id('p'), 'TableHasForeignRef'), objectproperty(object_id('t'), "
+       "'TableHasPrimaryKey'), objectproperty(object_id('t'), 'IsView'), "
+       "objectproperty(object_id('t'), 'nothing')",
+       "1|1|0|0|NULL"},
+      {"select indexproperty(object_id('t'), 'ix', 'IsUnique'), index_col('t', 1, 2), "
+       "indexkey_property(object_id('t'), 1, 1, 'IsDescending'), "
+       "indexkey_property(object_id('t'), 1, 2, 'ColumnId')",
+       "1|i|1|1"},
+      {"select type_id('NVARCHAR'), type_name(56), type_name(256), type_id('nothing')",
+       "231|int|sysname|NULL"},
+      {"select user_name(), user_name(1), user_id('guest'), suser_sname(), suser_sname(0x01)",
+       "dbo|dbo|2|HOST\\operator|sa"},
       {"insert p values (1) insert t (n, r) values ('a', 1) select rows from sysindexes where name "
        "= 'ix'",
        "(1)\n(1)\n1"},

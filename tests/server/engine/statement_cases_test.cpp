@@ -191,6 +191,10 @@ TEST_F(StatementTest, TransactionsNestAndErrorsUndoTheirStatementOnly) {
       {"begin tran insert #t values (2) rollback select count(*) from #t", "(1)\n1"},
       {"set rowcount 2 select a from t order by a set rowcount 0", "1\n2"},
       {"set fmtonly on select a from t set fmtonly off", ""},
+      {"set fmtonly on insert t values (7) select a into #v from t set fmtonly off", ""},
+      {"select count(*) from t where a = 7 select * from #v", "0\nerror 208"},
+      {"set transaction isolation level read uncommitted", ""},
+      {"set transaction isolation level serializable", "error 50001"},
       {"save tran x", "error 50001"},
   };
   Converse(Operator(), kCases);
@@ -222,6 +226,11 @@ TEST_F(StatementTest, TextsAreKeptAndWhatIsNotSupportedIsRefusedByName) {
       {"raiserror (50123, 16, 1)", "error 2758"},
       {"execute ('select 1' + '2')", "12"},
       {"exec sp_executesql N'select @x + @y', N'@x int, @y int', 3, @y = 4", "7"},
+      {"exec sp_executesql N'select @x + 1', N'@x int', '3'", "4"},
+      {"exec sp_executesql N'select @x', N'@x int output', 3", "error 50001"},
+      {"exec sp_executesql N'select @x', N'@x int'", "error 8178"},
+      {"exec sp_helptext 'v' output", "error 50001"},
+      {"revoke grant option for select on t from public", "error 50001"},
       {"declare @a int", "error 50001"},
       {"if 1 = 1 select 1", "error 50001"},
       {"backup log x to disk = 'y'", "error 50001"},

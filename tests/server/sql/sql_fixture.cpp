@@ -58,8 +58,7 @@ std::optional<ObjectInfo> TestInstance::ResolveTableFunction(
       "(SELECT 'TABLE' AS objtype, 'items' AS objname, 'MS_Description' AS name, " + level +
       " AS value)";
   for (const char* column : {"objtype", "objname", "name", "value"}) {
-    object.columns.push_back(
-        {column, SqlType{TypeId::kNVarChar, 128, 0, 0, true}, false, "", "", ""});
+    object.columns.push_back({column, SqlType{TypeId::kNVarChar, 128, 0, 0, true}, "", "", ""});
   }
   return object;
 }
@@ -90,13 +89,14 @@ void TestInstance::AddTable(const CreateTableStatement& create) {
     info.name = column.name;
     info.type = column.type;
     if (column.identity) info.identity_sql = "next_identity('" + object.name + "')";
+    bool is_key = false;
     for (const Constraint& constraint : column.constraints) {
       if (constraint.kind == ConstraintKind::kDefault) info.default_text = constraint.text;
-      if (constraint.kind == ConstraintKind::kPrimaryKey) info.primary_key = true;
+      is_key = is_key || constraint.kind == ConstraintKind::kPrimaryKey;
     }
     ddl += (object.columns.empty() ? "\"" : ", \"") + column.name + "\" " +
            SqliteDeclaration(column.type) + (column.type.nullable ? "" : " NOT NULL") +
-           (info.primary_key ? " UNIQUE" : "");
+           (is_key ? " UNIQUE" : "");
     object.columns.push_back(std::move(info));
   }
   Translator translator(*this);
