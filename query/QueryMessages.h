@@ -18,6 +18,5 @@ inline constexpr std::string_view kRowsRead = "(%1 件の行があります)";
 inline constexpr std::string_view kFurtherResults =
     "ほかに %1 個の結果セットがあります (表示は最初の結果セットのみです)";
 inline constexpr std::string_view kMoreMessages = "(以下 %1 件のメッセージは省略しました)";
-inline constexpr std::string_view kDeleteRow = "カレントレコードを削除しますか?";
 
 }  // namespace dbkeeper::messages

@@ -95,7 +95,7 @@ TFormExecSQL::TFormExecSQL(Workbench& workbench)
   DBGrid1.Popup = &PopupMenu_Grid;
   DBNavigator1.Source = &rows_;
   DBNavigator1.ConfirmDelete = [this] {
-    return host_.dialogs.Ask({std::string(messages::kDeleteRow), "確認"}) == Answer::kOk;
+    return workbench_.ConfirmCaution(std::string(messages::kDeleteRow));
   };
   SBtn_REClick();
   BuildMenus();

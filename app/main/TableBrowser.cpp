@@ -3,6 +3,7 @@
 #include <string>
 
 #include "app/main/UnitMain.h"
+#include "app/support/Messages.h"
 
 namespace dbkeeper {
 
@@ -36,7 +37,7 @@ void TFormMain::PrepareTableBrowser() {
   Pnl_Navigator.Width = kReadOnlyMode.panel_width;
   DBNavigator1.Source = &session_.ADOQuery_User.Rows;
   DBNavigator1.ConfirmDelete = [this] {
-    return workbench_.ConfirmCaution("この行を削除してよろしいですか?");
+    return workbench_.ConfirmCaution(std::string(messages::kDeleteRow));
   };
   DBGrid1.Source = &session_.ADOQuery_User.Rows;
   Sbtn_TableOpen.OnClick = [this] { Sbtn_TableOpenClick(); };
@@ -55,7 +56,7 @@ void TFormMain::PopupMenu_Table_OpenClick() {
   const ListItem* const row = ListViewMain.Selected();
   const TreeNode* const node = TreeView.Selected();
   if (row == nullptr || node == nullptr || node->Parent() == nullptr) return;
-  const std::string name = row->SubItem(0);
+  const std::string name(row->SubItem(0));
   RunningStatus status(workbench_);
   BrowseQuery& query = session_.ADOQuery_User;
   query.UseDatabase(node->Parent()->Text());

@@ -23,6 +23,7 @@ inline constexpr std::string_view kNotOneTable =
 inline constexpr std::string_view kNoUserTable = "ユーザーテーブルではないため、編集できません: %1";
 inline constexpr std::string_view kNothingNamesRow =
     "行を特定できるフィールドがないため、編集できません。";
+inline constexpr std::string_view kDeleteRow = "この行を削除してよろしいですか?";
 inline constexpr std::string_view kReadOnlyRows = "読取専用のため、編集できません。";
 inline constexpr std::string_view kReadOnlyField = "編集できないフィールドです: %1";
 inline constexpr std::string_view kNotAValue = "フィールドの型に合わない値です: %1";
