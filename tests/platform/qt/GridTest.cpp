@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QHeaderView>
+#include <QInputMethodEvent>
 #include <QLineEdit>
 #include <QTest>
 #include <cstdlib>
@@ -139,6 +140,30 @@ TEST_F(GridTest, WritesWhatWasTypedWhenTheRowIsLeft) {
       "update [sales]..[商品] set [商品名] = 'pear' where [id] = 1 and [商品名] = N'りんご'"))
       << connection.statements[3];
   EXPECT_EQ(connection.statements.back(), "commit transaction");
+}
+
+// A composition begins on the cell itself, as typing does, or in an editor that is open.
+TEST_F(GridTest, AnInputMethodWritesIntoACell) {
+  OpenForEditing();
+  EXPECT_TRUE(widget.testAttribute(Qt::WA_InputMethodEnabled) == false) << "the identity";
+  const auto send = [](QWidget* target, const QString& composing, const QString& done) {
+    QInputMethodEvent event(composing, {});
+    event.setCommitString(done);
+    QApplication::sendEvent(target, &event);
+    QApplication::processEvents();
+  };
+  const auto editor = [this] { return widget.findChild<QLineEdit*>("CellEdit"); };
+  Focus(0, 1);
+  EXPECT_TRUE(widget.testAttribute(Qt::WA_InputMethodEnabled));
+  for (const bool is_open : {false, true}) {
+    if (is_open) Key(Qt::Key_F2);
+    send(is_open ? static_cast<QWidget*>(editor()) : &widget, "にほ", "");
+    ASSERT_NE(editor(), nullptr) << is_open;
+    EXPECT_EQ(Shown(0, 1), is_open ? "日本" : "りんご");
+    send(editor(), "", is_open ? "の林檎" : "日本");
+    Key(Qt::Key_Return);
+    EXPECT_EQ(Shown(0, 1), is_open ? "日本の林檎" : "日本");
+  }
 }
 
 TEST_F(GridTest, LookingAtANullDoesNotMakeItAnEmptyText) {

@@ -92,6 +92,10 @@ TEST_F(NumericWidgetTest, AnInputMethodsTextPassesTheSameFilter) {
   done.setCommitString("１２34");
   QApplication::sendEvent(&widget, &done);
   EXPECT_EQ(Shown(), "34.00");
+  QTest::keySequence(&widget, QKeySequence::Undo);
+  EXPECT_EQ(Shown(), "0.00");
+  QTest::keySequence(&widget, QKeySequence::Redo);
+  EXPECT_EQ(Shown(), "34.00");
 }
 
 TEST_F(NumericWidgetTest, EnteringByKeySelectsAllAndLeavingChecksTheBounds) {
