@@ -61,7 +61,7 @@ class TreeUpdate {
 
 void GrowTree(TreeNode& parent, const FieldValue& name, const FieldValue& status) {
   if (StateText(status).find(kOffline) != std::string::npos) return;
-  parent.AddChild(name.AsString()).AddChildren(kDatabaseChildren);
+  parent.AddChild(name.AsString()).PromiseChildren(kDatabaseChildren);
 }
 
 }  // namespace

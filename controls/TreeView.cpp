@@ -25,20 +25,28 @@ TreeNode& TreeNode::Append(std::string text) {
   return *child;
 }
 
+const std::vector<std::unique_ptr<TreeNode>>& TreeNode::Children() {
+  const auto promised = std::exchange(promised_, {});
+  children_.reserve(children_.size() + promised.size());
+  for (const std::string_view text : promised) Append(std::string(text));
+  return children_;
+}
+
 TreeNode& TreeNode::AddChild(std::string text) {
+  Children();
   TreeNode& child = Append(std::move(text));
   tree_.Tell(TreeView::Change::kStructure, this);
   return child;
 }
 
-void TreeNode::AddChildren(std::span<const std::string_view> texts) {
-  children_.reserve(children_.size() + texts.size());
-  for (const std::string_view text : texts) Append(std::string(text));
+void TreeNode::PromiseChildren(std::span<const std::string_view> texts) {
+  promised_ = texts;
   tree_.Tell(TreeView::Change::kStructure, this);
 }
 
 void TreeNode::DeleteChildren() {
-  if (children_.empty()) return;
+  if (!HasChildren()) return;
+  promised_ = {};
   for (const TreeNode* node = tree_.selected_; node != nullptr; node = node->parent_) {
     if (node->parent_ == this) tree_.selected_ = this;
   }

@@ -24,13 +24,14 @@ class TreeNode {
   TreeNode* Parent() const { return parent_; }
   // 0 for a root.
   int Level() const;
-  bool HasChildren() const { return !children_.empty(); }
-  const std::vector<std::unique_ptr<TreeNode>>& Children() const { return children_; }
+  bool HasChildren() const { return !children_.empty() || !promised_.empty(); }
+  const std::vector<std::unique_ptr<TreeNode>>& Children();
   // Place among its siblings.
   std::size_t Index() const { return index_; }
   TreeNode& AddChild(std::string text);
-  // Adds several and tells of them once.
-  void AddChildren(std::span<const std::string_view> texts);
+  // Gives a node without children the ones of these texts. They are made when they are first asked
+  // for: most nodes of a long list are never opened. The texts must outlive the node.
+  void PromiseChildren(std::span<const std::string_view> texts);
   // The selection moves to this node when it was below it.
   void DeleteChildren();
 
@@ -42,6 +43,7 @@ class TreeNode {
   TreeNode* parent_;
   std::size_t index_ = 0;
   std::string text_;
+  std::span<const std::string_view> promised_;
   std::vector<std::unique_ptr<TreeNode>> children_;
 };
 

@@ -63,7 +63,7 @@ TEST_F(ConnectTest, ConnectGrowsTheTreeAndNamesTheServer) {
   ExpectState(true);
   EXPECT_EQ(connection.opened.back(),
             "Provider=SQLOLEDB;Database=master;Integrated Security=SSPI;");
-  const TreeNode& server = Node({});
+  TreeNode& server = Node({});
   EXPECT_EQ(server.Text(), "SQL Server :(local)");
   std::vector<std::string> texts;
   for (const auto& child : server.Children()) {

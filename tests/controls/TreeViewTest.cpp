@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <string>
+#include <string_view>
+
 namespace dbkeeper {
 namespace {
 
@@ -23,6 +27,26 @@ TEST(TreeView, DeletingChildrenLeavesASelectionElsewhereAlone) {
   tree.Select(&config);
   server.DeleteChildren();
   EXPECT_EQ(tree.Selected(), &config);
+}
+
+TEST(TreeView, PromisedChildrenAreMadeWhenTheyAreAskedFor) {
+  constexpr std::array<std::string_view, 2> kKinds = {"Table", "View"};
+  TreeView tree;
+  TreeNode& database = tree.AddRoot("server").AddChild("sales");
+  database.PromiseChildren(kKinds);
+  EXPECT_TRUE(database.HasChildren());
+  database.AddChild("Procedure");
+  std::string texts;
+  for (const auto& child : database.Children()) {
+    texts += std::to_string(child->Index()) + child->Text() + " ";
+  }
+  EXPECT_EQ(texts, "0Table 1View 2Procedure ");
+
+  database.DeleteChildren();
+  database.PromiseChildren(kKinds);
+  database.DeleteChildren();
+  EXPECT_FALSE(database.HasChildren());
+  EXPECT_TRUE(database.Children().empty());
 }
 
 TEST(TreeView, RightPressLeavesTheSelectionAlone) {

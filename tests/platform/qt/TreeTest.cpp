@@ -3,8 +3,10 @@
 #include <QApplication>
 #include <QMenu>
 #include <QTest>
+#include <array>
 #include <random>
 #include <string>
+#include <string_view>
 
 #include "platform/qt/QtText.h"
 #include "platform/qt/binders/Binder.h"
@@ -30,10 +32,11 @@ class TreeTest : public ::testing::Test {
   QPoint PlaceOf(const TreeNode& node) {
     return widget->visualRect(widget->Model().IndexOf(&node)).center();
   }
-  // The tree as the view sees it.
+  // The tree as the view sees it when all is opened.
   QString Shape(const QModelIndex& parent = {}) const {
     QString shape;
-    const QAbstractItemModel& model = *widget->model();
+    QAbstractItemModel& model = *widget->model();
+    model.fetchMore(parent);
     for (int row = 0; row < model.rowCount(parent); ++row) {
       const QModelIndex node = model.index(row, 0, parent);
       EXPECT_EQ(node.parent(), parent);
@@ -101,6 +104,34 @@ TEST_F(TreeTest, OpenNodesStayOpenWhileOthersChange) {
   server->AddChild("Security");
   database.SetText("Databases");
   EXPECT_TRUE(widget->isExpanded(widget->Model().IndexOf(&database)));
+}
+
+TEST_F(TreeTest, PromisedChildrenAppearWhenTheirNodeIsOpened) {
+  constexpr std::array<std::string_view, 2> kKinds = {"Table", "View"};
+  tree.BeginUpdate();
+  TreeNode& sales = server->AddChild("sales");
+  sales.PromiseChildren(kKinds);
+  tree.EndUpdate();
+  tree.Expand(*server);
+  const QModelIndex node = widget->Model().IndexOf(&sales);
+  EXPECT_TRUE(widget->model()->hasChildren(node));
+  EXPECT_EQ(widget->model()->rowCount(node), 0);
+  tree.Select(&sales);
+  QTest::keyClick(widget, Qt::Key_Right);
+  EXPECT_EQ(widget->model()->rowCount(node), 2);
+  EXPECT_EQ(Shape(), Shape(tree.Roots()));
+}
+
+TEST_F(TreeTest, AFoldedNodeIsOpenedForASelectionBelowIt) {
+  constexpr std::array<std::string_view, 2> kKinds = {"Table", "View"};
+  tree.BeginUpdate();
+  TreeNode& sales = server->AddChild("sales");
+  sales.PromiseChildren(kKinds);
+  tree.EndUpdate();
+  tree.Select(sales.Children()[1].get());
+  EXPECT_EQ(widget->currentIndex().data().toString(), "View");
+  server->DeleteChildren();
+  EXPECT_EQ(Shape(), Shape(tree.Roots()));
 }
 
 TEST_F(TreeTest, ALeftClickTellsTheNode) {
