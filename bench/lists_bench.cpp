@@ -137,7 +137,7 @@ void Capacity(benchmark::State& state) {
     const double routine = Seconds([&] { ListCapacity("many", list, query); });
     const double bare = Seconds([&] {
       for (const ListItem& item : list.Items()) {
-        ReadOnly(query, "EXEC [many].dbo.sp_spaceused  [" + item.SubItem(0) + "]");
+        ReadOnly(query, "EXEC [many].dbo.sp_spaceused  [" + std::string(item.SubItem(0)) + "]");
       }
     });
     tables = list.Items().size();

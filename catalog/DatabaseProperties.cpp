@@ -54,7 +54,7 @@ constexpr std::array<MarkerRow, 8> kMarkers = {{
 }};
 
 void AddRow(ListView& list, std::string number, std::string item, std::string value) {
-  list.AddItem(std::move(number)).SubItems = {std::move(item), std::move(value)};
+  list.AddItem({number, item, value});
 }
 
 template <std::size_t N>

@@ -38,18 +38,19 @@ std::vector<BoundColumn> BindColumns(const Query& query, std::span<const Catalog
   return bound;
 }
 
-std::string CellText(const Query& query, const BoundColumn& column, std::size_t number) {
-  if (std::holds_alternative<RowNumber>(column.source)) return std::to_string(number);
+// The text stands in the present record or in `room`.
+std::string_view CellText(const Query& query, const BoundColumn& column, std::size_t number,
+                          std::string& room) {
   if (std::holds_alternative<FilledLater>(column.source)) return {};
+  if (std::holds_alternative<RowNumber>(column.source)) return room = std::to_string(number);
   const FieldValue value = query.FieldAt(column.field);
   if (const auto* decoded = std::get_if<DecodedField>(&column.source)) {
-    return decoded->decode(value);
+    return room = decoded->decode(value);
   }
-  std::string text = value.AsString();
   if (std::holds_alternative<FieldPair>(column.source)) {
-    text += " " + query.FieldAt(column.second).AsString();
+    return room = value.AsString() + " " + query.FieldAt(column.second).AsString();
   }
-  return text;
+  return value.AsText(room);
 }
 
 }  // namespace
@@ -66,14 +67,14 @@ void AppendRows(ListView& list, Query& query, std::span<const CatalogColumn> col
                 const std::function<bool(const Query&)>& accept) {
   const std::vector<BoundColumn> bound = BindColumns(query, columns);
   std::size_t number = list.Items().size();
+  ListItem row;
+  std::string room;
   for (; !query.Eof(); query.Next()) {
     if (accept && !accept(query)) continue;
     ++number;
-    ListItem& item = list.AddItem(CellText(query, bound.front(), number));
-    item.SubItems.reserve(columns.size() - 1);
-    for (std::size_t i = 1; i < bound.size(); ++i) {
-      item.SubItems.push_back(CellText(query, bound[i], number));
-    }
+    row.Clear();
+    for (const BoundColumn& column : bound) row.AddCell(CellText(query, column, number, room));
+    list.AddItem(row);
   }
 }
 

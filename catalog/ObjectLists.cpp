@@ -77,12 +77,13 @@ constexpr std::array<std::pair<std::string_view, std::size_t>, 2> kProperties = 
 }};
 
 // Rows by object name; equal names of different owners share the properties of that name.
-using RowsByName = std::unordered_map<std::string_view, std::vector<std::size_t>>;
+using RowsByName = std::unordered_map<std::string, std::vector<std::size_t>>;
 
 RowsByName IndexRows(const std::vector<ListItem>& items) {
   RowsByName rows;
   rows.reserve(items.size());
-  for (std::size_t i = 0; i < items.size(); ++i) rows[items[i].SubItem(0)].push_back(i);
+  for (std::size_t i = 0; i < items.size(); ++i)
+    rows[std::string(items[i].SubItem(0))].push_back(i);
   return rows;
 }
 
@@ -98,7 +99,7 @@ void FillDescriptions(const std::string& database, ListView& list, Query& query)
         std::find_if(kProperties.begin(), kProperties.end(),
                      [&property](const auto& entry) { return entry.first == property; });
     if (target == kProperties.end()) continue;
-    const auto found = rows.find(query.FieldByName("objname").Raw());
+    const auto found = rows.find(query.FieldByName("objname").AsString());
     if (found == rows.end()) continue;
     const std::string value = query.FieldByName("value").AsString();
     for (const std::size_t row : found->second) list.SetSubItem(row, target->second, value);
@@ -130,7 +131,9 @@ void ListCapacity(const std::string& database, ListView& list, Query& query) {
   AppendRows(list, query, kCapacityColumns);
   query.Close();
   for (std::size_t row = 0; row < list.Items().size(); ++row) {
-    query.Open("EXEC [" + database + "].dbo.sp_spaceused  [" + list.Items()[row].SubItem(0) + "]");
+    std::string call = "EXEC [" + database + "].dbo.sp_spaceused  [";
+    call += list.Items()[row].SubItem(0);
+    query.Open(call += ']');
     if (!query.Eof()) {
       for (const char* field : {"rows", "reserved", "data", "index_size", "unused"}) {
         list.AddSubItem(row, query.FieldByName(field).AsString());

@@ -220,7 +220,7 @@ void ListServerProperties(ListView& list, Query& query) {
   if (!query.Eof()) {
     for (std::size_t i = 0; i < kServerProperties.size(); ++i) {
       const char* const name = kServerProperties[i];
-      list.AddItem(std::to_string(i + 1)).SubItems = {name, query.FieldByName(name).AsString()};
+      list.AddItem({std::to_string(i + 1), name, query.FieldByName(name).AsString()});
     }
   }
   query.Close();

@@ -1,20 +1,51 @@
 #include "controls/ListView.h"
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 namespace dbkeeper {
 
-namespace {
-const std::string kNoText;
-}  // namespace
-
-const std::string& ListItem::SubItem(std::size_t index) const {
-  return index < SubItems.size() ? SubItems[index] : kNoText;
+ListItem::ListItem(std::initializer_list<std::string_view> cells) {
+  for (const std::string_view cell : cells) AddCell(cell);
 }
 
-const std::string& ListItem::Cell(std::size_t column) const {
-  return column == 0 ? Caption : SubItem(column - 1);
+std::size_t ListItem::LengthAt(std::size_t place) const {
+  std::uint32_t length = 0;
+  std::memcpy(&length, texts_.data() + place, sizeof length);
+  return length;
+}
+
+std::size_t ListItem::PlaceOf(std::size_t column) const {
+  std::size_t place = 0;
+  for (; column > 0; --column) place += sizeof(std::uint32_t) + LengthAt(place);
+  return place;
+}
+
+std::string_view ListItem::Cell(std::size_t column) const {
+  if (column >= cells_) return {};
+  const std::size_t place = PlaceOf(column);
+  return std::string_view(texts_).substr(place + sizeof(std::uint32_t), LengthAt(place));
+}
+
+void ListItem::AddCell(std::string_view text) {
+  const auto length = static_cast<std::uint32_t>(text.size());
+  texts_.append(reinterpret_cast<const char*>(&length), sizeof length).append(text);
+  ++cells_;
+}
+
+void ListItem::SetCell(std::size_t column, std::string_view text) {
+  while (cells_ <= column) AddCell({});
+  const std::size_t place = PlaceOf(column);
+  const auto length = static_cast<std::uint32_t>(text.size());
+  texts_.replace(place + sizeof length, LengthAt(place), text);
+  std::memcpy(texts_.data() + place, &length, sizeof length);
+}
+
+void ListItem::Clear() {
+  texts_.clear();
+  cells_ = 0;
+  Checked = false;
 }
 
 void ListView::BeginUpdate() { ++updating_; }
@@ -51,11 +82,9 @@ void ListView::AddColumn(std::string caption, int width, Alignment align) {
   Tell(Change::kColumns);
 }
 
-ListItem& ListView::AddItem(std::string caption) {
-  ListItem& item = items_.emplace_back();
-  item.Caption = std::move(caption);
+void ListView::AddItem(ListItem item) {
+  items_.push_back(std::move(item));
   Tell(Change::kRows);
-  return item;
 }
 
 void ListView::DeleteItem(std::size_t row) {
@@ -67,20 +96,13 @@ void ListView::DeleteItem(std::size_t row) {
   Tell(Change::kRows);
 }
 
-void ListView::AddSubItem(std::size_t row, std::string text) {
-  items_.at(row).SubItems.push_back(std::move(text));
+void ListView::AddSubItem(std::size_t row, std::string_view text) {
+  items_.at(row).AddCell(text);
   Tell(Change::kRow, row);
 }
 
-void ListView::SetSubItem(std::size_t row, std::size_t index, std::string text) {
-  auto& sub_items = items_.at(row).SubItems;
-  if (sub_items.size() <= index) sub_items.resize(index + 1);
-  sub_items[index] = std::move(text);
-  Tell(Change::kRow, row);
-}
-
-void ListView::SetCaption(std::size_t row, std::string text) {
-  items_.at(row).Caption = std::move(text);
+void ListView::SetSubItem(std::size_t row, std::size_t index, std::string_view text) {
+  items_.at(row).SetCell(index + 1, text);
   Tell(Change::kRow, row);
 }
 

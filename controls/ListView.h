@@ -2,7 +2,9 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,16 +24,37 @@ struct ListColumn {
 };
 
 // A row: a caption (first column) and the sub-items of the further columns, sub-item 0 being the
-// second column.
-struct ListItem {
-  std::string Caption;
-  std::vector<std::string> SubItems;
+// second column. The texts stand one behind the other in one piece of memory, as a list may have
+// many rows.
+class ListItem {
+ public:
+  ListItem() = default;
+  // The caption first, then the sub-items.
+  ListItem(std::initializer_list<std::string_view> cells);
+  bool operator==(const ListItem&) const = default;
+
+  std::size_t CellCount() const { return cells_; }
+  // The text shown in a column, empty where the row has fewer; column 0 is the caption. Alive until
+  // a cell of this row is added or set.
+  std::string_view Cell(std::size_t column) const;
+  std::string_view Caption() const { return Cell(0); }
+  std::string_view SubItem(std::size_t index) const { return Cell(index + 1); }
+
+  void AddCell(std::string_view text);
+  // Adds empty cells before it where the row is shorter.
+  void SetCell(std::size_t column, std::string_view text);
+  // Keeps the memory for the next row.
+  void Clear();
+
   bool Checked = false;
 
-  // Empty where the row has fewer sub-items.
-  const std::string& SubItem(std::size_t index) const;
-  // The text shown in a column; column 0 is the caption.
-  const std::string& Cell(std::size_t column) const;
+ private:
+  // Where a cell's length stands; its text follows.
+  std::size_t PlaceOf(std::size_t column) const;
+  std::size_t LengthAt(std::size_t place) const;
+
+  std::string texts_;
+  std::uint32_t cells_ = 0;
 };
 
 class ListView : public Control {
@@ -57,14 +80,12 @@ class ListView : public Control {
   void ClearItems();
   void ClearColumns();
   void AddColumn(std::string caption, int width, Alignment align = Alignment::kLeft);
-  // The row may be changed through the reference until the next change of the list.
-  ListItem& AddItem(std::string caption = "");
+  void AddItem(ListItem item);
   void DeleteItem(std::size_t row);
   // Appends the next sub-item of a row.
-  void AddSubItem(std::size_t row, std::string text);
+  void AddSubItem(std::size_t row, std::string_view text);
   // Sets a sub-item, adding empty ones before it where the row is shorter.
-  void SetSubItem(std::size_t row, std::size_t index, std::string text);
-  void SetCaption(std::size_t row, std::string text);
+  void SetSubItem(std::size_t row, std::size_t index, std::string_view text);
   void SetChecked(std::size_t row, bool checked);
   // Brings the rows into the order of a permutation of their indexes; the selection goes with them.
   void Reorder(const std::vector<std::size_t>& order);

@@ -28,7 +28,7 @@ std::optional<std::string> TFormExecSQL::SelectedTable() const {
   const bool shows_tables = node != nullptr && node->Level() == 3 && node->Text() == "Table" &&
                             node->Parent()->Text() == ComboBox_DatabaseName.Text();
   if (!shows_tables || row == nullptr) return std::nullopt;
-  return row->SubItem(0);
+  return std::string(row->SubItem(0));
 }
 
 std::optional<std::string> TFormExecSQL::AskForTable() {

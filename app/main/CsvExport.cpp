@@ -11,7 +11,7 @@ namespace {
 
 // A double quote inside is deliberately left as it is: the programs that read these files expect
 // the values as they stand.
-std::string Quoted(const std::string& text) { return '"' + text + '"'; }
+std::string Quoted(std::string_view text) { return '"' + std::string(text) + '"'; }
 
 std::string Place(const ListView& list, std::size_t line, std::size_t column) {
   const std::string where = line == 0 ? "見出し" : std::to_string(line) + "行目";
@@ -24,7 +24,7 @@ std::string Place(const ListView& list, std::size_t line, std::size_t column) {
 
 std::string CsvBytes(const ListView& list, CodePage& code_page) {
   std::string bytes;
-  const auto add = [&](const std::string& text, std::size_t line, std::size_t column) {
+  const auto add = [&](std::string_view text, std::size_t line, std::size_t column) {
     if (column > 0) bytes += ',';
     try {
       bytes += ToAnsi(code_page, Quoted(text));
@@ -38,7 +38,7 @@ std::string CsvBytes(const ListView& list, CodePage& code_page) {
   bytes += "\r\n";
   for (std::size_t row = 0; row < list.Items().size(); ++row) {
     const ListItem& item = list.Items()[row];
-    for (std::size_t column = 0; column <= item.SubItems.size(); ++column) {
+    for (std::size_t column = 0; column < item.CellCount(); ++column) {
       add(item.Cell(column), row + 1, column);
     }
     bytes += "\r\n";

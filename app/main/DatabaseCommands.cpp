@@ -113,10 +113,11 @@ constexpr std::size_t kJobNextRun = 5;  // the sub-item
 
 std::int64_t BackupSetOf(const ListItem& row) {
   std::int64_t id = 0;
-  const char* const end = row.Caption.data() + row.Caption.size();
-  const auto [stop, problem] = std::from_chars(row.Caption.data(), end, id);
+  const std::string_view text = row.Caption();
+  const char* const end = text.data() + text.size();
+  const auto [stop, problem] = std::from_chars(text.data(), end, id);
   if (problem != std::errc() || stop != end) {
-    throw ConvertError("'" + row.Caption + "' is not a valid integer value");
+    throw ConvertError("'" + std::string(text) + "' is not a valid integer value");
   }
   return id;
 }
@@ -195,7 +196,7 @@ void TFormMain::PopupMenu_Databases_PropertyClick() {
 void TFormMain::PopupMenu_Databases_Backup_BackupClick() {
   const ListItem* const row = ListViewMain.Selected();
   if (row == nullptr) return;
-  const std::string database = row->SubItem(0);
+  const std::string database(row->SubItem(0));
   const auto file = host_.dialogs.SaveFile({kBackupFilter, "", ""});
   if (!file) return;
   if (!workbench_.ConfirmCaution("ﾃﾞｰﾀﾍﾞｰｽ:" + database +

@@ -19,8 +19,8 @@ namespace {
 
 // Left-padded with zeros to ten characters, of which the last ten count: numbers of up to ten
 // digits sort as numbers, everything longer, negative or with decimals as text.
-std::string PaddedKey(const std::string& text) {
-  const std::string padded = "0000000000" + text;
+std::string PaddedKey(std::string_view text) {
+  const std::string padded = "0000000000" + std::string(text);
   return FoldCase(Utf8Right(padded, 10));
 }
 
@@ -29,7 +29,7 @@ std::vector<std::string> SortKeys(const ListView& list, std::size_t column) {
   std::vector<std::string> keys;
   keys.reserve(list.Items().size());
   for (const ListItem& item : list.Items()) {
-    const std::string& text = item.Cell(column);
+    const std::string_view text = item.Cell(column);
     keys.push_back(numeric ? PaddedKey(text) : FoldCase(text));
   }
   return keys;

@@ -103,10 +103,8 @@ void ListManagement(const Workbench& workbench, const TreeNode&) {
   ListView& list = workbench.List;
   const ListUpdate update(list);
   ResetList(list, kColumns);
-  for (const ManagementRow& row : kWizards)
-    list.AddItem(row.id).SubItems = {row.group, row.setting};
-  list.AddItem("ADVANCED").SubItems = {"拡張オプション",
-                                       workbench.Switches.Advanced ? "On" : "Off"};
+  for (const ManagementRow& row : kWizards) list.AddItem({row.id, row.group, row.setting});
+  list.AddItem({"ADVANCED", "拡張オプション", workbench.Switches.Advanced ? "On" : "Off"});
 }
 
 // Some status texts deliberately name another statement than the one that runs: operators know

@@ -7,7 +7,8 @@ namespace dbkeeper {
 RowNames NamesOf(const ListItem& row, const TreeView& tree) {
   const TreeNode* const node = tree.Selected();
   const TreeNode* const parent = node != nullptr ? node->Parent() : nullptr;
-  return {row.SubItem(0), row.Caption, parent != nullptr ? parent->Text() : std::string()};
+  return {std::string(row.SubItem(0)), std::string(row.Caption()),
+          parent != nullptr ? parent->Text() : std::string()};
 }
 
 // One pass, because a name may hold what looks like a placeholder.

@@ -137,13 +137,12 @@ void TFormMain::ShowApplicationInformation() {
   ListViewMain.AddColumn("No", 32);
   ListViewMain.AddColumn("項目", 132);
   ListViewMain.AddColumn("内容", 360);
-  ListViewMain.AddItem("1").SubItems = {"アプリケーション", "DBKEEPER"};
-  ListViewMain.AddItem("2").SubItems = {"build",
-                                        host_.shell.FileVersion(host_.shell.Executable())
-                                            .value_or("Err_バージョン情報が取得できません")};
-  ListViewMain.AddItem("3").SubItems = {
-      "用途", "「Microsoft SQL Server 2000 Desktop Engine」用 管理ツール"};
-  ListViewMain.AddItem("4").SubItems = {"著作", "DB Keeper 開発者一同"};
+  ListViewMain.AddItem({"1", "アプリケーション", "DBKEEPER"});
+  ListViewMain.AddItem({"2", "build",
+                        host_.shell.FileVersion(host_.shell.Executable())
+                            .value_or("Err_バージョン情報が取得できません")});
+  ListViewMain.AddItem({"3", "用途", "「Microsoft SQL Server 2000 Desktop Engine」用 管理ツール"});
+  ListViewMain.AddItem({"4", "著作", "DB Keeper 開発者一同"});
 }
 
 // Deliberate: operators know this message as the sign that the program has ended.

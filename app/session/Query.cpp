@@ -11,10 +11,13 @@
 namespace dbkeeper {
 
 std::string FieldValue::AsString() const {
-  if (field_.kind == FieldKind::kDateTime && !text_.empty()) {
-    return ServerDateToHostText(text_, locale_.ShortDateFormat());
-  }
-  return std::string(text_);
+  std::string room;
+  return std::string(AsText(room));
+}
+
+std::string_view FieldValue::AsText(std::string& room) const {
+  if (field_.kind != FieldKind::kDateTime || text_.empty()) return text_;
+  return room = ServerDateToHostText(text_, locale_.ShortDateFormat());
 }
 
 std::int64_t FieldValue::AsInteger() const {

@@ -23,6 +23,8 @@ class FieldValue {
   bool IsNull() const { return is_null_; }
   // Dates have the host's short form with the time behind it unless it is midnight.
   std::string AsString() const;
+  // The same text without a copy where it can be had: it stands in the row, or in `room`.
+  std::string_view AsText(std::string& room) const;
   // Throws ConvertError when the text is no whole number.
   std::int64_t AsInteger() const;
   // The value as it came over the port, alive until the next row.

@@ -182,9 +182,9 @@ TEST_F(DatabaseCommandsTest, CsvHoldsTheListAsItStands) {
   list.ClearItems();
   list.ClearColumns();
   for (const char* caption : {"No", "日本", "c"}) list.AddColumn(caption, 10);
-  list.AddItem("1").SubItems = {"a\"b", "x,y"};
-  list.AddItem("2").SubItems = {"あ"};
-  list.AddItem("");
+  list.AddItem({"1", "a\"b", "x,y"});
+  list.AddItem({"2", "あ"});
+  list.AddItem({""});
   const std::string file = (folder / "out.csv").string();
   PutFile(file, "what stood there before");
   fake.dialogs.paths = {file};
@@ -203,8 +203,8 @@ TEST_F(DatabaseCommandsTest, CsvThatTheCodePageCannotHoldLeavesTheFileAndNamesTh
   list.ClearItems();
   list.ClearColumns();
   for (const char* caption : {"No", "Name"}) list.AddColumn(caption, 10);
-  list.AddItem("1").SubItems = {"ok"};
-  list.AddItem("2").SubItems = {"caf\u00e9"};
+  list.AddItem({"1", "ok"});
+  list.AddItem({"2", "caf\u00e9"});
   const std::string file = (folder / "out.csv").string();
   PutFile(file, "old");
   fake.dialogs.paths = {file};

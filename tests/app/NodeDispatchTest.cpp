@@ -140,8 +140,7 @@ TEST_F(NodeDispatchTest, ServerRootShowsPropertiesOnlyWhileConnected) {
        {{"PC01", "PC01", "MSDE", "SP4", "8.00.2039", "0", "0", "DISABLED", {}}}});
   Click(Node({}));
   ASSERT_EQ(main.ListViewMain.Items().size(), 9U);
-  EXPECT_EQ(main.ListViewMain.Items()[4].SubItems,
-            (std::vector<std::string>{"ProductVersion", "8.00.2039"}));
+  EXPECT_EQ(main.ListViewMain.Items()[4], (ListItem{"5", "ProductVersion", "8.00.2039"}));
   EXPECT_EQ(main.ListViewMain.Popup(), main.PopupMenuServerCfg.get());
   Choose(*main.PopupMenu_SQLServer, "PopupMenu_SQLServer_DisConnect");
   Click(Node({}));
@@ -155,8 +154,8 @@ TEST_F(NodeDispatchTest, ConfigListsTheWizardsAndTheSwitch) {
   const ListView& list = main.ListViewMain;
   ASSERT_EQ(list.Items().size(), 5U);
   EXPECT_EQ(list.Columns()[2], (ListColumn{"設定", 340, Alignment::kLeft}));
-  EXPECT_EQ(list.Items()[0].Caption, "WIZ_BK01");
-  EXPECT_EQ(list.Items()[4].SubItems, (std::vector<std::string>{"拡張オプション", "On"}));
+  EXPECT_EQ(list.Items()[0].Caption(), "WIZ_BK01");
+  EXPECT_EQ(list.Items()[4], (ListItem{"ADVANCED", "拡張オプション", "On"}));
   EXPECT_EQ(list.Popup(), main.PopupMenu_Management.get());
   EXPECT_EQ(Status(), " >");
 }
@@ -211,7 +210,7 @@ TEST_F(NodeDispatchTest, ErrorInTheMiddleKeepsTheRowsAndShowsTheServersWords) {
   std::size_t told = 0;
   const Subscription subscription =
       main.ListViewMain.Changed.Connect([&](ListView::Change, std::size_t) { ++told; });
-  main.ListViewMain.AddItem("the bulk update has ended");
+  main.ListViewMain.AddItem({"the bulk update has ended"});
   EXPECT_EQ(told, 1U);
 }
 
@@ -255,10 +254,10 @@ class SortTest : public NodeDispatchTest {
                                                         {"2", "10", "10"},
                                                         {"30", "B", "-1"},
                                                         {"31", "a", ""}};
-    for (const auto& row : rows) list.AddItem(row[0]).SubItems = {row[1], row[2]};
+    for (const auto& row : rows) list.AddItem({row[0], row[1], row[2]});
     for (const std::size_t column : clicks) list.UserColumnClick(column);
     std::string captions;
-    for (const ListItem& item : list.Items()) captions += item.Caption + " ";
+    for (const ListItem& item : list.Items()) captions += std::string(item.Caption()) + " ";
     return captions;
   }
 };

@@ -35,13 +35,13 @@ Case Online(const char* item, const char* options) {
   return {item,
           {"Database"},
           item,
-          {.Caption = "9", .SubItems = {"a b"}},
+          {"9", "a b"},
           "",
           {"use master", statement, kListDatabases[0]},
           statuses.back().c_str()};
 }
 
-const ListItem kRow = {.Caption = "9", .SubItems = {"a b"}};
+const ListItem kRow = {"9", "a b"};
 const Texts kSales = {"Database", "sales"};
 
 Texts Below(const char* text) {
@@ -80,35 +80,35 @@ std::vector<Case> Cases() {
       {"drop database",
        {"Database"},
        "PopupMenu_Databases_Drop",
-       {.Caption = "9", .SubItems = {"%D%N"}},
+       {"9", "%D%N"},
        "ﾃﾞｰﾀﾍﾞｰｽ:%D%N を削除してよろしいですか?",
        {"drop database [%D%N]", kListDatabases[0]},
        " >drop database [%D%N]"},
       {"kill a process",
        {"Management", "Process"},
        "PopupMenu_Process_Lock_Kill",
-       {.Caption = "52", .SubItems = {"0"}},
+       {"52", "0"},
        "spid:52 を削除してよろしいですか?",
        {"use master", "kill [52]", "use msdb", "exec sp_who"},
        " >kill  = 52"},
       {"kill a holder of locks",
        {"Management", "Lock"},
        "PopupMenu_Process_Lock_Kill",
-       {.Caption = "52", .SubItems = {"7"}},
+       {"52", "7"},
        "spid:52 を削除してよろしいですか?",
        {"use master", "kill [52]", "use msdb", "exec sp_lock"},
        " >kill  = 52"},
       {"submit a job",
        {"Management", "Job"},
        "PopupMenu_Job_AddJob",
-       {.Caption = "F", .SubItems = {"a b", "1", "", "", "", "0 0"}},
+       {"F", "a b", "1", "", "", "", "0 0"},
        "",
        {"use msdb", "exec sp_add_jobserver @job_name = [a b]", "use msdb", "exec sp_help_job"},
        " >exec sp_add_jobserver @job_name = 'a b'     (msdb)"},
       {"withdraw a job",
        {"Management", "Job"},
        "PopupMenu_Job_DeleteJob",
-       {.Caption = "F", .SubItems = {"a b", "1", "", "", "", "20050308 10000"}},
+       {"F", "a b", "1", "", "", "", "20050308 10000"},
        "",
        {"use msdb", "exec sp_delete_jobserver @job_name = [a b],@server_name = '(local)'",
         "use msdb", "exec sp_help_job"},
@@ -140,14 +140,14 @@ std::vector<Case> Cases() {
       {"drop an SQL login",
        {"Security", "Login"},
        "PopupMenu_Login_drop",
-       {.Caption = "1", .SubItems = {"a b", "", "", "", "", "1", "0"}},
+       {"1", "a b", "", "", "", "", "1", "0"},
        "Longin:a b を削除してよろしいですか?",
        {"EXEC sp_droplogin [a b]", "select * from master.dbo.syslogins"},
        " >EXEC sp_droplogin [a b]"},
       {"drop a Windows login",
        {"Security", "Login"},
        "PopupMenu_Login_drop",
-       {.Caption = "1", .SubItems = {"PC01\\a", "", "", "", "", "1", "1"}},
+       {"1", "PC01\\a", "", "", "", "", "1", "1"},
        "Longin:PC01\\a を削除してよろしいですか?",
        {"EXEC sp_revokelogin @loginame = [PC01\\a]", "select * from master.dbo.syslogins"},
        " >EXEC sp_revokelogin @loginame = [PC01\\a]"},
@@ -211,7 +211,7 @@ class RowCommandTest : public AppFixture {
   void ShowRows(const Case& c, const std::vector<ListItem>& rows) {
     ClickPath(c.path);
     list.ClearItems();
-    for (const ListItem& row : rows) list.AddItem(row.Caption).SubItems = row.SubItems;
+    for (const ListItem& row : rows) list.AddItem(row);
     connection.statements.clear();
     fake.dialogs.questions.clear();
   }
@@ -275,7 +275,7 @@ TEST_F(RowCommandTest, WithoutARowNothingHappens) {
 TEST_F(RowCommandTest, OnlyTheCommandsOnDatabasesTakeTheFirstOfSeveralRows) {
   for (const Case& c : Cases()) {
     SCOPED_TRACE(c.title);
-    ShowRows(c, {c.row, {.Caption = "99", .SubItems = {"other", "", "", "", "", "0 0", "0"}}});
+    ShowRows(c, {c.row, {"99", "other", "", "", "", "", "0 0", "0"}});
     list.UserSelect({0, 1});
     Run(c, Answer::kOk);
     EXPECT_EQ(connection.statements, c.path == Texts{"Database"} ? c.statements : Texts{});
@@ -325,7 +325,7 @@ TEST_F(RowCommandTest, JobsAreAssignedOnceAndWithdrawnOnce) {
   };
   for (const Wrong& c : cases) {
     ClickPath({"Management", "Job"});
-    list.AddItem("F").SubItems = {"job", "1", "", "", "", c.next_run};
+    list.AddItem({"F", "job", "1", "", "", "", c.next_run});
     list.UserSelect({0});
     connection.statements.clear();
     fake.dialogs.messages.clear();
@@ -340,7 +340,7 @@ TEST_F(RowCommandTest, TablesAreListedAgainWithoutDescriptionsWhateverTheSwitch)
   app.FormMain.Workbench().Switches.ShowSystemTables = false;
   connection.Answer("fn_listextendedproperty", {TextFields({"objname", "name", "value"}), {}});
   ClickPath(Below("Table"));
-  list.AddItem("1").SubItems = {"t"};
+  list.AddItem({"1", "t"});
   list.UserSelect({0});
   connection.statements.clear();
   fake.dialogs.answers = {Answer::kOk};

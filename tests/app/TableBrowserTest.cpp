@@ -33,7 +33,7 @@ class TableBrowserTest : public AppFixture {
     ClickPath({"Database"});
     form.TreeView.Select(&Node({"Database", "sales", "Table"}));
     form.ListViewMain.ClearItems();
-    form.ListViewMain.AddItem("1").SubItems = {"items", "dbo"};
+    form.ListViewMain.AddItem({"1", "items", "dbo"});
     form.ListViewMain.Select({0});
     connection.statements.clear();
   }

@@ -25,8 +25,8 @@ class CatalogTest : public ::testing::Test {
   std::vector<Cells> Rows() const {
     std::vector<Cells> rows;
     for (const ListItem& item : list.Items()) {
-      Cells cells = {item.Caption};
-      cells.insert(cells.end(), item.SubItems.begin(), item.SubItems.end());
+      Cells cells;
+      for (std::size_t i = 0; i < item.CellCount(); ++i) cells.emplace_back(item.Cell(i));
       rows.push_back(cells);
     }
     return rows;
@@ -82,7 +82,7 @@ TEST_F(DatabaseListTest, ListsDatabasesAndGrowsTheTreeByTheUsableOnesOnce) {
                         {"1", "master", "", "8", "1090519040", "2000/08/06 1:29:12", "m.mdf"},
                         {"7", "売上", "offline,", "512", "0", "", "u.mdf"}}));
   ASSERT_EQ(node->Children().size(), 1U);
-  const TreeNode& master = *node->Children()[0];
+  TreeNode& master = *node->Children()[0];
   Cells kinds;
   for (const auto& child : master.Children()) kinds.push_back(child->Text());
   EXPECT_EQ(master.Text(), "master");
@@ -199,7 +199,7 @@ TEST_F(CatalogTest, UnknownDatabaseStartsAtRowThree) {
   connection.Answer("sp_helpdb", {TextFields({"status"}), {}});
   ListDatabaseProperties("db", list, query);
   ASSERT_EQ(list.Items().size(), 2U);
-  EXPECT_EQ(list.Items()[0].Caption, "3");
+  EXPECT_EQ(list.Items()[0].Caption(), "3");
 }
 
 }  // namespace

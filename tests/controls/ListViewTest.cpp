@@ -14,12 +14,12 @@ using Change = ListView::Change;
 class ListViewTest : public ::testing::Test {
  protected:
   ListViewTest() {
-    for (const char* caption : {"a", "b", "c", "d"}) list.AddItem(caption);
+    for (const char* caption : {"a", "b", "c", "d"}) list.AddItem({caption});
     list.AddColumn("Name", 100);
   }
   std::string Captions() const {
     std::string all;
-    for (const ListItem& item : list.Items()) all += item.Caption;
+    for (const ListItem& item : list.Items()) all += item.Caption();
     return all;
   }
 
@@ -33,7 +33,7 @@ TEST_F(ListViewTest, BulkUpdateTellsOnceAtItsEndAlsoWhenItIsLeftByAnError) {
   try {
     const ListUpdate update(list);
     list.ClearItems();
-    for (int i = 0; i < 10; ++i) list.AddItem("x");
+    for (int i = 0; i < 10; ++i) list.AddItem({"x"});
     throw std::runtime_error("lost");
   } catch (const std::runtime_error&) {
     EXPECT_EQ(told, (std::vector<Change>{Change::kRows}));
@@ -50,14 +50,23 @@ TEST_F(ListViewTest, SelectionGoesWithItsRows) {
   list.DeleteItem(1);
   EXPECT_EQ(Captions(), "dba");
   EXPECT_EQ(list.Selection(), (std::vector<std::size_t>{0, 1}));
-  EXPECT_EQ(list.Selected()->Caption, "d");
+  EXPECT_EQ(list.Selected()->Caption(), "d");
   list.ClearItems();
   EXPECT_EQ(list.Selected(), nullptr);
 }
 
+TEST_F(ListViewTest, ACellThatIsSetLeavesItsNeighboursAlone) {
+  list.AddSubItem(0, "second");
+  list.AddSubItem(0, "third");
+  for (const std::string& text : {std::string(300, 'x'), std::string("y"), std::string()}) {
+    list.SetSubItem(0, 0, text);
+    EXPECT_EQ(list.Items()[0], (ListItem{"a", text, "third"}));
+  }
+}
+
 TEST_F(ListViewTest, ShorterRowsShowEmptyCells) {
   list.SetSubItem(0, 2, "third");
-  EXPECT_EQ(list.Items()[0].SubItems, (std::vector<std::string>{"", "", "third"}));
+  EXPECT_EQ(list.Items()[0], (ListItem{"a", "", "", "third"}));
   EXPECT_EQ(list.Items()[1].Cell(3), "");
 }
 

@@ -135,7 +135,7 @@ TEST_F(EasySqlTest, TheTableMenuOpensTheWindowWithTheSelectedTablesLayout) {
   app.FormMain.TreeView.Select(&Node({"Database", "sales", "Table"}));
   ListView& list = app.FormMain.ListViewMain;
   list.ClearItems();
-  list.AddItem("1").SubItems = {"orders"};
+  list.AddItem({"1", "orders"});
   list.UserSelect({0});
   window.MemoSQL.Text = std::string("old");
   connection.statements.clear();

@@ -9,7 +9,7 @@ namespace {
 constexpr int kShownCharacters = 1000;
 
 // One line of a cell: a row of the list is one text line high.
-QString CellText(const std::string& text) {
+QString CellText(std::string_view text) {
   QString shown = ToQtLines(text).left(kShownCharacters);
   return shown.replace('\n', ' ');
 }

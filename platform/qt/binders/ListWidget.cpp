@@ -19,7 +19,7 @@ namespace dbkeeper::qt {
 namespace {
 
 // A cell in a text whose cells end at tabs and whose rows end at line breaks.
-QString PlainCell(const std::string& text) {
+QString PlainCell(std::string_view text) {
   return ToQtLines(text).replace('\n', ' ').replace('\t', ' ');
 }
 

@@ -35,7 +35,7 @@ class BrowserPaneTest : public AppFixture {
     ClickPath({"Database"});
     app.FormMain.TreeView.Select(&Node({"Database", "sales", "Table"}));
     app.FormMain.ListViewMain.ClearItems();
-    app.FormMain.ListViewMain.AddItem("1").SubItems = {"商品", "dbo"};
+    app.FormMain.ListViewMain.AddItem({"1", "商品", "dbo"});
     app.FormMain.ListViewMain.Select({0});
     window->show();
     Choose(*app.FormMain.PopupMenu_Table, "PopupMenu_Table_Open");

@@ -27,7 +27,7 @@ class ListTest : public ::testing::Test {
   void AddRows(std::size_t count) {
     const ListUpdate update(list);
     for (std::size_t i = 0; i < count; ++i) {
-      list.AddItem(std::to_string(i)).SubItems = {"name" + std::to_string(i)};
+      list.AddItem({std::to_string(i), "name" + std::to_string(i)});
     }
   }
   QString Cell(int row, int column) const {
