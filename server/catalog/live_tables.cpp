@@ -17,97 +17,90 @@ std::string Padded(const std::string& text, std::size_t width) {
   return QuoteText(text + std::string(width > characters ? width - characters : 0, ' '));
 }
 
-// "(select column1 as a, column2 as b from (values (...), (...)))"
-std::string ValuesSource(const std::vector<std::string>& columns,
-                         const std::vector<std::vector<std::string>>& rows) {
-  std::string source = "(select ";
-  for (std::size_t i = 0; i < columns.size(); ++i) {
-    source += (i == 0 ? "" : ", ") + std::string("column") + std::to_string(i + 1) + " as " +
-              QuoteName(columns[i]);
-  }
-  source += " from (values ";
-  std::string separator;
-  for (const auto& row : rows) {
-    source += separator + "(";
-    for (std::size_t i = 0; i < row.size(); ++i) source += (i == 0 ? "" : ", ") + row[i];
-    source += ")";
-    separator = ", ";
-  }
-  return source + "))";
+// The rows, each a list of values, as a table with these columns.
+std::string ValuesSource(std::string_view columns, const std::vector<std::string>& rows) {
+  std::string source = "(with live(" + std::string(columns) + ") as (values ";
+  for (std::size_t i = 0; i < rows.size(); ++i) source += (i == 0 ? "(" : ", (") + rows[i] + ")";
+  return source + ") select * from live)";
+}
+
+std::string List(const std::vector<std::string>& values) {
+  std::string list;
+  for (const std::string& value : values) list += (list.empty() ? "" : ", ") + value;
+  return list;
 }
 
 std::string ProcessRows(Workspace& workspace) {
-  std::vector<std::vector<std::string>> rows;
-  for (const SessionRecord& session : workspace.instance().Sessions()) {
-    rows.push_back({Number(session.spid),
-                    "0",
-                    Number(session.blocked_by),
-                    "x'0000'",
-                    "0",
-                    Padded(session.blocked_by == 0 ? "MISCELLANEOUS" : "LCK_M_X", 32),
-                    Padded("", 256),
-                    Number(session.dbid),
-                    "1",
-                    "0",
-                    "0",
-                    "0",
-                    Number(session.login_time),
-                    Number(session.last_batch),
-                    "0",
-                    Number(session.open_transactions),
-                    Padded(session.status, 30),
-                    "x'01'",
-                    Padded(session.client.host_name, 128),
-                    Padded(session.client.program_name, 128),
-                    Padded(Number(session.client.process_id), 8),
-                    Padded(session.command, 16),
-                    Padded("", 128),
-                    Padded("", 128),
-                    Padded("", 12),
-                    Padded("TCP/IP", 12),
-                    Padded(session.login, 128),
-                    "x''"});
+  std::vector<std::string> rows;
+  for (const SessionRecord& s : workspace.instance().Sessions()) {
+    rows.push_back(List({Number(s.spid),
+                         "0",
+                         Number(s.blocked_by),
+                         "x'0000'",
+                         "0",
+                         Padded(s.blocked_by == 0 ? "MISCELLANEOUS" : "LCK_M_X", 32),
+                         Padded("", 256),
+                         Number(s.dbid),
+                         "1, 0, 0, 0",
+                         Number(s.login_time),
+                         Number(s.last_batch),
+                         "0",
+                         Number(s.open_transactions),
+                         Padded(s.status, 30),
+                         "x'01'",
+                         Padded(s.client.host_name, 128),
+                         Padded(s.client.program_name, 128),
+                         Padded(Number(s.client.process_id), 8),
+                         Padded(s.command, 16),
+                         Padded("", 128),
+                         Padded("", 128),
+                         Padded("", 12),
+                         Padded("TCP/IP", 12),
+                         Padded(s.login, 128),
+                         "x''"}));
   }
   return ValuesSource(
-      {"spid",         "kpid",         "blocked",     "waittype",    "waittime",    "lastwaittype",
-       "waitresource", "dbid",         "uid",         "cpu",         "physical_io", "memusage",
-       "login_time",   "last_batch",   "ecid",        "open_tran",   "status",      "sid",
-       "hostname",     "program_name", "hostprocess", "cmd",         "nt_domain",   "nt_username",
-       "net_address",  "net_library",  "loginame",    "context_info"},
+      "spid, kpid, blocked, waittype, waittime, lastwaittype, waitresource, dbid, uid, cpu, "
+      "physical_io, memusage, login_time, last_batch, ecid, open_tran, status, sid, hostname, "
+      "program_name, hostprocess, cmd, nt_domain, nt_username, net_address, net_library, loginame, "
+      "context_info",
       rows);
 }
 
-// The numbers of syslockinfo for what sp_lock shows as words.
-int LockTypeNumber(const std::string& type) { return type == "TAB" ? 5 : 2; }
-int LockModeNumber(const std::string& mode) { return mode == "S" ? 3 : mode == "IX" ? 8 : 5; }
-
+// The shared lock on each session's database, and the locks of its transaction.
 std::string LockRows(Workspace& workspace) {
-  std::vector<std::vector<std::string>> rows;
-  for (const LockRow& row : LocksOf(workspace.instance().Sessions())) {
-    rows.push_back({Padded("", 32), "x''", "x''", Number(row.lock.dbid), "0",
-                    Number(row.lock.object_id), Number(LockTypeNumber(row.lock.type)), "0",
-                    Number(LockModeNumber(row.lock.mode)), row.lock.waiting ? "3" : "1", "1", "0",
-                    "0", Number(row.spid), "0", "1", "0", "null"});
+  constexpr int kDatabase = 2;
+  constexpr int kTable = 5;
+  constexpr int kShared = 3;
+  constexpr int kIntentExclusive = 8;
+  std::vector<std::string> rows;
+  const auto add = [&](int spid, const LockRecord& lock, int type, int mode) {
+    rows.push_back(List({Padded("", 32), "x'', x''", Number(lock.dbid), "0", Number(lock.object_id),
+                         Number(type), "0", Number(mode), lock.waiting ? "3" : "1", "1, 0, 0",
+                         Number(spid), "0, 1, 0, null"}));
+  };
+  for (const SessionRecord& session : workspace.instance().Sessions()) {
+    add(session.spid, {session.dbid}, kDatabase, kShared);
+    for (const LockRecord& lock : session.locks) {
+      add(session.spid, lock, kTable, kIntentExclusive);
+    }
   }
   return ValuesSource(
-      {"rsc_text", "rsc_bin", "rsc_valblk", "rsc_dbid", "rsc_indid", "rsc_objid", "rsc_type",
-       "rsc_flag", "req_mode", "req_status", "req_refcnt", "req_cryrefcnt", "req_lifetime",
-       "req_spid", "req_ecid", "req_ownertype", "req_transactionID", "req_transactionUOW"},
+      "rsc_text, rsc_bin, rsc_valblk, rsc_dbid, rsc_indid, rsc_objid, rsc_type, rsc_flag, "
+      "req_mode, req_status, req_refcnt, req_cryrefcnt, req_lifetime, req_spid, req_ecid, "
+      "req_ownertype, req_transactionID, req_transactionUOW",
       rows);
 }
 
 std::string FileRows(Workspace& workspace, const DatabaseInfo& database, const std::string& alias) {
   constexpr std::int64_t kServerPage = 8192;
   const ListedFiles files = FilesOf(workspace, database, alias);
-  const auto pages = [&](std::int64_t bytes) {
-    return Number((bytes + kServerPage - 1) / kServerPage);
+  const auto row = [&](const auto& file, const char* numbers, const char* status) {
+    return List({numbers, Number((file.bytes + kServerPage - 1) / kServerPage), "-1, 10", status,
+                 "0", Padded(file.logical_name, 128), Padded(file.physical_name, 260)});
   };
-  return ValuesSource(
-      {"fileid", "groupid", "size", "maxsize", "growth", "status", "perf", "name", "filename"},
-      {{"1", "1", pages(files.data.bytes), "-1", "10", "1048578", "0",
-        Padded(files.data.logical_name, 128), Padded(files.data.physical_name, 260)},
-       {"2", "0", pages(files.log.bytes), "-1", "10", "1048642", "0",
-        Padded(files.log.logical_name, 128), Padded(files.log.physical_name, 260)}});
+  return ValuesSource("fileid, groupid, size, maxsize, growth, status, perf, name, filename",
+                      {row(files.data, "1, 1", "1048578"), row(files.log, "2, 0", "1048642")});
 }
 
 std::string ReferenceRows(Workspace&, const DatabaseInfo& database, const std::string& alias) {
@@ -193,15 +186,6 @@ where o.xtype in ('U', 'V') and o.id > 100)"},
 };
 
 }  // namespace
-
-std::vector<LockRow> LocksOf(const std::vector<SessionRecord>& sessions) {
-  std::vector<LockRow> rows;
-  for (const SessionRecord& session : sessions) {
-    rows.push_back({session.spid, {.dbid = session.dbid}});
-    for (const LockRecord& lock : session.locks) rows.push_back({session.spid, lock});
-  }
-  return rows;
-}
 
 std::optional<std::string> LiveTableSource(Workspace& workspace, const DatabaseInfo& database,
                                            const std::string& alias, std::string_view name) {

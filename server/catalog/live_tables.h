@@ -21,11 +21,4 @@ std::string ExtendedPropertySource(const std::string& alias,
 // The text of "create view" of a view of INFORMATION_SCHEMA; none when there is none of that name.
 std::optional<std::string_view> InformationSchemaText(std::string_view name);
 
-// Locks of all sessions, the shared lock on each one's current database first.
-struct LockRow {
-  int spid;
-  LockRecord lock;
-};
-std::vector<LockRow> LocksOf(const std::vector<SessionRecord>& sessions);
-
 }  // namespace dbkeeper::server

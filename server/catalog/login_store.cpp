@@ -1,25 +1,18 @@
 #include "server/catalog/login_store.h"
 
 #include <crypt.h>
-#include <sys/random.h>
 
+#include <algorithm>
 #include <array>
 #include <memory>
 #include <stdexcept>
 
 #include "server/catalog/catalog.h"
+#include "server/engine/host_file.h"
 
 namespace dbkeeper::server {
 
 namespace {
-
-std::string RandomBytes(std::size_t count) {
-  std::string bytes(count, '\0');
-  if (getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(count)) {
-    throw std::runtime_error("no random numbers from the system");
-  }
-  return bytes;
-}
 
 // The hash of the password; `setting` is a salt, or a hash whose salt is taken.
 std::string Hash(const std::string& password, const std::string& setting) {
@@ -30,7 +23,7 @@ std::string Hash(const std::string& password, const std::string& setting) {
 }
 
 std::string NewSalt() {
-  const std::string random = RandomBytes(16);
+  const std::string random = RandomBytes();
   std::array<char, CRYPT_GENSALT_OUTPUT_SIZE> salt{};
   if (crypt_gensalt_rn("$6$", 0, random.data(), static_cast<int>(random.size()), salt.data(),
                        static_cast<int>(salt.size())) == nullptr) {
@@ -39,7 +32,9 @@ std::string NewSalt() {
   return salt.data();
 }
 
-bool Equal(const std::string& left, const std::string& right) {
+}  // namespace
+
+bool SecretEquals(const std::string& left, const std::string& right) {
   unsigned char difference = left.size() == right.size() ? 0 : 1;
   for (std::size_t i = 0; i < std::min(left.size(), right.size()); ++i) {
     difference |= static_cast<unsigned char>(left[i] ^ right[i]);
@@ -47,12 +42,10 @@ bool Equal(const std::string& left, const std::string& right) {
   return difference == 0;
 }
 
-}  // namespace
-
 void StoreLogin(SqliteConnection& connection, const NewLogin& login) {
   const std::int64_t now = CurrentTime();
   const bool is_sa = SameName(login.name, "sa");
-  const std::string sid = is_sa ? std::string("\x01") : RandomBytes(16);
+  const std::string sid = is_sa ? std::string("\x01") : RandomBytes();
   connection.Run(
       "insert into main.syslogins values (?1, 9, ?2, ?2, ?2, 0, 0, 0, 0, 0, ?3, ?4, null, ?5, 0, "
       "1, ?6, ?7, ?8, ?9, 0, 0, 0, 0, 0, 0, 0, ?3)",
@@ -80,7 +73,7 @@ bool PasswordFits(SqliteConnection& connection, const std::string& name,
                   const std::string& password) {
   const std::string hash =
       connection.TextOf("select hash from main.\"#passwords\" where name = ?1", name);
-  return !hash.empty() && Equal(Hash(password, hash), hash);
+  return !hash.empty() && SecretEquals(Hash(password, hash), hash);
 }
 
 }  // namespace dbkeeper::server

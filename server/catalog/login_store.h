@@ -33,6 +33,9 @@ void StoreLogin(SqliteConnection& connection, const NewLogin& login);
 void StorePassword(SqliteConnection& connection, const std::string& name,
                    const std::string& password);
 
+// Takes as long wherever two secrets of one length differ.
+bool SecretEquals(const std::string& left, const std::string& right);
+
 bool HasPassword(SqliteConnection& connection, const std::string& name);
 // False for a login without a password, whatever is given.
 bool PasswordFits(SqliteConnection& connection, const std::string& name,

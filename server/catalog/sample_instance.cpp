@@ -27,28 +27,16 @@ constexpr std::int64_t kModelStatus =
     DatabaseStatus::kCleanlyShut | DatabaseStatus::kTornPageDetection;
 
 // A failure of the set-up is a fault of the program or the disk, and told as such.
-class FailingSink : public ResultSink {
+class FailingSink : public QuietSink {
  public:
-  void OnColumns(const std::vector<ResultColumn>&) override {}
-  bool OnRow(const RowView&) override { return true; }
-  void OnStatementEnd(const StatementEnd&) override {}
   void OnMessage(const ServerMessage& message) override {
     if (message.IsError()) throw std::runtime_error("sample set-up: " + message.text);
   }
-  void OnDatabaseChanged(const std::string&, const std::string&) override {}
-  void OnReturnStatus(int) override {}
-};
-
-// Functions of the dialect are not called before master is there.
-class NoState : public ServerState {
- public:
-  Cell Evaluate(std::string_view, const std::vector<Cell>&) override { return {}; }
 };
 
 void MakeMaster(const InstanceState& state) {
-  NoState no_state;
   SqliteConnection connection(state.FileOf(kMasterId).string());
-  RegisterServerFunctions(connection.handle(), no_state);
+  RegisterServerFunctions(connection.handle());
   connection.Execute("pragma journal_mode = wal");
   connection.Execute("begin");
   FillNewDatabase(connection, "main", "\x01");
@@ -78,11 +66,10 @@ void MakeMaster(const InstanceState& state) {
 }  // namespace
 
 void RenewTemporaryDatabase(InstanceState& state) {
-  NoState no_state;
   const std::string file = state.FileOf(kTempId).string();
   for (const char* suffix : {"", "-wal", "-shm"}) std::filesystem::remove(file + suffix);
   SqliteConnection connection(file);
-  RegisterServerFunctions(connection.handle(), no_state);
+  RegisterServerFunctions(connection.handle());
   connection.Execute("pragma journal_mode = wal");
   connection.Execute("begin");
   FillNewDatabase(connection, "main", "\x01");

@@ -7,7 +7,6 @@
 #include <thread>
 
 #include "server/engine/database_files.h"
-#include "server/engine/engine_messages.h"
 #include "server/engine/error_chain.h"
 #include "server/engine/host_file.h"
 #include "server/types/messages.h"
@@ -50,17 +49,6 @@ BackupOptions OptionsOf(const BackupStatement& statement) {
   return options;
 }
 
-// Keeps nothing of what it is told.
-class SilentSink : public ResultSink {
- public:
-  void OnColumns(const std::vector<ResultColumn>&) override {}
-  bool OnRow(const RowView&) override { return true; }
-  void OnStatementEnd(const StatementEnd&) override {}
-  void OnMessage(const ServerMessage&) override {}
-  void OnDatabaseChanged(const std::string&, const std::string&) override {}
-  void OnReturnStatus(int) override {}
-};
-
 // Values for the parameters of a statement of the dialect.
 class Values {
  public:
@@ -78,7 +66,7 @@ class Values {
     Add(std::move(name), {.id = TypeId::kUniqueIdentifier}, Blob{bytes});
   }
   void Run(EngineSession& session, std::string_view text) const {
-    SilentSink sink;
+    QuietSink sink;
     session.RunInside(text, values_, sink);
   }
 
@@ -263,7 +251,7 @@ void BackUp(EngineSession& session, const BackupStatement& statement, ResultSink
 void RunBackup(EngineSession& session, const BackupStatement& statement,
                const Execution& execution) {
   if (statement.log) throw Unsupported("backup log");
-  RunChained({execution.sink, MessageOf(3013, {"BACKUP DATABASE"}), kWriteError},
+  RunChained({execution.sink, MakeMessage(3013, {"BACKUP DATABASE"}), kWriteError},
              [&] { BackUp(session, statement, execution.sink); });
 }
 
@@ -323,7 +311,7 @@ void TellProcessed(ResultSink& sink, const std::string& database, const BackupHe
                    std::int64_t position) {
   for (const BackedUpFile& file : header.files) {
     const std::int64_t pages = file.type == 'D' ? ServerPages(header.data_size) : 0;
-    sink.OnMessage(MessageOf(
+    sink.OnMessage(MakeMessage(
         4035, {std::to_string(pages), database, file.logical_name, std::to_string(position)}));
   }
 }
@@ -336,7 +324,7 @@ void TellFinished(ResultSink& sink, std::string_view verb, std::int64_t bytes, d
   std::snprintf(rate.data(), rate.size(), "%.3f",
                 seconds > 0 ? static_cast<double>(bytes) / kMegabyte / seconds : 0);
   sink.OnMessage(
-      MessageOf(3014, {verb, std::to_string(ServerPages(bytes)), time.data(), rate.data()}));
+      MakeMessage(3014, {verb, std::to_string(ServerPages(bytes)), time.data(), rate.data()}));
 }
 
 }  // namespace dbkeeper::server

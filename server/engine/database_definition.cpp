@@ -5,7 +5,6 @@
 
 #include "server/catalog/new_database.h"
 #include "server/engine/database_files.h"
-#include "server/engine/engine_messages.h"
 #include "server/engine/error_chain.h"
 #include "server/engine/host_file.h"
 #include "server/engine/instance_state.h"
@@ -133,7 +132,7 @@ void DatabaseDefinition::Create(const CreateDatabaseStatement& statement, Result
   const auto lock = workspace_.instance().LockDatabases();
   if (workspace_.LookUpDatabase(statement.name)) Fail(1801, {statement.name});
   DatabasePlaces& places = workspace_.instance().places();
-  RunChained({sink, MessageOf(1802), kFileError}, [&] {
+  RunChained({sink, MakeMessage(1802), kFileError}, [&] {
     const PlannedFiles plan = PlanFiles(workspace_, statement);
     const int dbid = FreeDatabaseId(workspace_);
     PendingFiles pending(places, {plan.place.data, plan.place.log}, PendingFiles::Purpose::kMake);
@@ -161,7 +160,7 @@ void DatabaseDefinition::Attach(const std::string& name, const std::string& data
   const auto lock = workspace_.instance().LockDatabases();
   if (workspace_.LookUpDatabase(name)) Fail(1801, {name});
   DatabasePlaces& places = workspace_.instance().places();
-  RunChained({sink, MessageOf(1813, {name}), kFileError}, [&] {
+  RunChained({sink, MakeMessage(1813, {name}), kFileError}, [&] {
     DatabasePlace place{.data = places.HostPath(data), .log = {}, .log_name = log};
     std::error_code ignored;
     if (data.empty() || !std::filesystem::is_regular_file(place.data, ignored)) {

@@ -8,7 +8,6 @@
 #include <system_error>
 #include <thread>
 
-#include "server/engine/engine_messages.h"
 #include "server/engine/host_file.h"
 #include "server/types/guid.h"
 #include "server/types/messages.h"

@@ -1,7 +1,7 @@
 #include "server/engine/host_file.h"
 
 #include <fcntl.h>
-#include <sqlite3.h>
+#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -108,7 +108,8 @@ void RemoveWithLogs(const std::filesystem::path& path) {
 
 std::string RandomBytes() {
   std::string bytes(kRandomBytes, '\0');
-  sqlite3_randomness(static_cast<int>(bytes.size()), bytes.data());
+  const ssize_t got = getrandom(bytes.data(), bytes.size(), 0);
+  if (got != static_cast<ssize_t>(bytes.size())) FailWith(errno, "random numbers");
   return bytes;
 }
 

@@ -19,26 +19,19 @@ namespace {
 
 constexpr int kMasterId = 1;
 
-// Functions of the dialect are not called on this connection; collations are needed.
-class NoState : public ServerState {
- public:
-  Cell Evaluate(std::string_view, const std::vector<Cell>&) override { return {}; }
-};
-
 // Master, for looking up and changing logins outside of a session.
 class MasterConnection {
  public:
   explicit MasterConnection(const InstanceState& state)
       : connection_(state.FileOf(kMasterId).string()) {
     constexpr int kWaitMilliseconds = 10'000;
-    RegisterServerFunctions(connection_.handle(), no_state_);
+    RegisterServerFunctions(connection_.handle());
     sqlite3_busy_timeout(connection_.handle(), kWaitMilliseconds);
   }
   SqliteConnection& operator*() { return connection_; }
   SqliteConnection* operator->() { return &connection_; }
 
  private:
-  NoState no_state_;
   SqliteConnection connection_;
 };
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "server/catalog/catalog.h"
+#include "server/catalog/login_store.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {
@@ -11,16 +12,6 @@ namespace {
 
 // The server keeps the first numbers for its own tasks; clients come from 51 on.
 constexpr int kFirstClient = 51;
-
-// Takes as long whatever the two have in common.
-bool SecretEquals(const std::string& left, const std::string& right) {
-  unsigned char difference = left.size() == right.size() ? 0 : 1;
-  for (std::size_t i = 0; i < left.size(); ++i) {
-    difference |=
-        static_cast<unsigned char>(left[i] ^ (right.empty() ? '\1' : right[i % right.size()]));
-  }
-  return difference == 0;
-}
 
 }  // namespace
 
@@ -123,7 +114,7 @@ int InstanceState::WriterOf(int dbid) const {
   const std::scoped_lock lock(mutex_);
   for (const auto& [spid, record] : sessions_) {
     for (const LockRecord& held : record.locks) {
-      if (held.dbid == dbid && held.mode != "S" && !held.waiting) return spid;
+      if (held.dbid == dbid && !held.waiting) return spid;
     }
   }
   return 0;

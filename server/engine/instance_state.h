@@ -16,12 +16,10 @@
 
 namespace dbkeeper::server {
 
-// A lock as sp_lock shows it.
+// A write lock as sp_lock shows it.
 struct LockRecord {
   int dbid = 0;
-  std::int64_t object_id = 0;  // 0: the database itself
-  std::string type = "DB";     // "DB", "TAB"
-  std::string mode = "S";      // "S", "IX", "X", "Sch-M"
+  std::int64_t object_id = 0;  // 0: no table of its own
   bool waiting = false;
 };
 

@@ -5,7 +5,6 @@
 #include "server/engine/backup_statements.h"
 #include "server/engine/database_definition.h"
 #include "server/engine/database_files.h"
-#include "server/engine/engine_messages.h"
 #include "server/engine/host_file.h"
 #include "server/types/messages.h"
 
@@ -176,7 +175,7 @@ class DatabaseRestore {
     }
     if (problem == 0) return file;
     const auto listed = std::ranges::find(set_.header.files, type, &BackedUpFile::type);
-    Fail(3156, {listed->logical_name, text, MessageOf(problem, {text}).text});
+    Fail(3156, {listed->logical_name, text, MakeMessage(problem, {text}).text});
   }
 
   // Writes the database's file from the backup and labels it, beside its final place.

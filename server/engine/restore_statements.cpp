@@ -3,7 +3,6 @@
 #include <cstdlib>
 
 #include "server/engine/backup_statements.h"
-#include "server/engine/engine_messages.h"
 #include "server/engine/error_chain.h"
 #include "server/types/messages.h"
 
@@ -155,7 +154,7 @@ void Verify(EngineSession& session, const BackupPlace& place, const BackupSet& s
   } catch (const MalformedBackup&) {
     Fail(3241, {place.physical_name});
   }
-  sink.OnMessage(MessageOf(3262));
+  sink.OnMessage(MakeMessage(3262));
 }
 
 }  // namespace
@@ -197,7 +196,7 @@ std::int64_t RunRestore(EngineSession& session, const RestoreStatement& statemen
   if (kind == std::end(kKinds)) throw Unsupported("restore of logs and labels");
   ResultSink& sink = execution.sink;
   std::int64_t rows = -1;
-  RunChained({sink, MessageOf(3013, {kind->words}), kReadError}, [&] {
+  RunChained({sink, MakeMessage(3013, {kind->words}), kReadError}, [&] {
     const BackupPlace place = PlaceOf(session, statement.devices);
     const BackupMedium medium = ReadMedium(place);
     if (statement.kind == RestoreKind::kHeaderOnly) {

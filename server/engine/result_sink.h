@@ -63,4 +63,15 @@ class ResultSink {
   virtual void OnReturnStatus(int status) = 0;
 };
 
+// Keeps nothing of what it is told.
+class QuietSink : public ResultSink {
+ public:
+  void OnColumns(const std::vector<ResultColumn>&) override {}
+  bool OnRow(const RowView&) override { return true; }
+  void OnStatementEnd(const StatementEnd&) override {}
+  void OnMessage(const ServerMessage&) override {}
+  void OnDatabaseChanged(const std::string&, const std::string&) override {}
+  void OnReturnStatus(int) override {}
+};
+
 }  // namespace dbkeeper::server

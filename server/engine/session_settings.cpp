@@ -10,67 +10,57 @@ namespace dbkeeper::server {
 
 namespace {
 
-void SetNoCount(const SetStatement& s, Workspace& w) { w.options().no_count = s.value == "ON"; }
-void SetFormatOnly(const SetStatement& s, Workspace& w) {
-  w.options().format_only = s.value == "ON";
-}
-void SetNoExecute(const SetStatement& s, Workspace& w) { w.options().no_execute = s.value == "ON"; }
-void SetQuoted(const SetStatement& s, Workspace& w) {
-  w.options().quoted_identifiers = s.value == "ON";
-}
-void SetRowCount(const SetStatement& s, Workspace& w) {
-  w.options().row_count = std::strtoll(s.value.c_str(), nullptr, 10);
-}
-void SetLockTimeout(const SetStatement& s, Workspace& w) {
-  w.options().lock_timeout = std::chrono::milliseconds(std::strtoll(s.value.c_str(), nullptr, 10));
-}
-// Taken as it is: a client's wish about plans, texts or checks that has no counterpart here.
-void Ignore(const SetStatement&, Workspace&) {}
+using Options = SessionOptions;
 
 struct SettingRow {
   std::string_view option;
-  void (*apply)(const SetStatement&, Workspace&);
+  void (*apply)(const std::string& value, Options&);
 };
 
 constexpr SettingRow kSettings[] = {
-    {"NOCOUNT", SetNoCount},
-    {"FMTONLY", SetFormatOnly},
-    {"NOEXEC", SetNoExecute},
-    {"QUOTED_IDENTIFIER", SetQuoted},
-    {"ROWCOUNT", SetRowCount},
-    {"LOCK_TIMEOUT", SetLockTimeout},
-    {"ANSI_DEFAULTS", Ignore},
-    {"ANSI_NULLS", Ignore},
-    {"ANSI_NULL_DFLT_ON", Ignore},
-    {"ANSI_NULL_DFLT_OFF", Ignore},
-    {"ANSI_PADDING", Ignore},
-    {"ANSI_WARNINGS", Ignore},
-    {"ARITHABORT", Ignore},
-    {"CONCAT_NULL_YIELDS_NULL", Ignore},
-    {"CURSOR_CLOSE_ON_COMMIT", Ignore},
-    {"NUMERIC_ROUNDABORT", Ignore},
-    {"TEXTSIZE", Ignore},
-    {"LANGUAGE", Ignore},
-    {"DATEFORMAT", Ignore},
-    {"DATEFIRST", Ignore},
-    {"DEADLOCK_PRIORITY", Ignore},
+    {"NOCOUNT", [](const std::string& v, Options& o) { o.no_count = v == "ON"; }},
+    {"FMTONLY", [](const std::string& v, Options& o) { o.format_only = v == "ON"; }},
+    {"NOEXEC", [](const std::string& v, Options& o) { o.no_execute = v == "ON"; }},
+    {"QUOTED_IDENTIFIER",
+     [](const std::string& v, Options& o) { o.quoted_identifiers = v == "ON"; }},
+    {"ROWCOUNT",
+     [](const std::string& v, Options& o) { o.row_count = std::strtoll(v.c_str(), nullptr, 10); }},
+    {"LOCK_TIMEOUT",
+     [](const std::string& v, Options& o) {
+       o.lock_timeout = std::chrono::milliseconds(std::strtoll(v.c_str(), nullptr, 10));
+     }},
     // A statement sees what was committed when it began, at either of the two lower levels. Nothing
     // here keeps others from changing what a transaction has read.
     {"TRANSACTION ISOLATION LEVEL",
-     [](const SetStatement& s, Workspace&) {
-       if (!s.value.starts_with("READ ")) {
-         throw Unsupported("the isolation level " + s.value);
-       }
+     [](const std::string& v, Options&) {
+       if (!v.starts_with("READ ")) throw Unsupported("the isolation level " + v);
      }},
     {"IMPLICIT_TRANSACTIONS",
-     [](const SetStatement& s, Workspace&) {
-       if (s.value == "ON") throw Unsupported("set implicit_transactions on");
+     [](const std::string& v, Options&) {
+       if (v == "ON") throw Unsupported("set implicit_transactions on");
      }},
     {"XACT_ABORT",
-     [](const SetStatement& s, Workspace&) {
-       if (s.value == "ON") throw Unsupported("set xact_abort on");
+     [](const std::string& v, Options&) {
+       if (v == "ON") throw Unsupported("set xact_abort on");
      }},
 };
+
+// A client's wishes about plans, texts or checks that have no counterpart here.
+constexpr std::string_view kIgnored[] = {"ANSI_DEFAULTS",
+                                         "ANSI_NULLS",
+                                         "ANSI_NULL_DFLT_ON",
+                                         "ANSI_NULL_DFLT_OFF",
+                                         "ANSI_PADDING",
+                                         "ANSI_WARNINGS",
+                                         "ARITHABORT",
+                                         "CONCAT_NULL_YIELDS_NULL",
+                                         "CURSOR_CLOSE_ON_COMMIT",
+                                         "NUMERIC_ROUNDABORT",
+                                         "TEXTSIZE",
+                                         "LANGUAGE",
+                                         "DATEFORMAT",
+                                         "DATEFIRST",
+                                         "DEADLOCK_PRIORITY"};
 
 void SetIdentityInsert(const SetStatement& statement, Workspace& workspace, Resolver& resolver) {
   const FoundObject found = resolver.Need(statement.table, "U", 1088);
@@ -96,9 +86,10 @@ void ApplySetting(const SetStatement& statement, Workspace& workspace, Resolver&
       SetIdentityInsert(statement, workspace, resolver);
       continue;
     }
+    if (std::ranges::find(kIgnored, option) != std::end(kIgnored)) continue;
     const auto* row = std::ranges::find(kSettings, option, &SettingRow::option);
     if (row == std::end(kSettings)) throw Unsupported("set " + option);
-    row->apply(statement, workspace);
+    row->apply(statement.value, workspace.options());
   }
 }
 

@@ -208,12 +208,8 @@ constexpr StateFunction kFunctions[] = {
                   const Arguments&) { return Cell(Blob{c.workspace.instance().NextTimestamp()}); }},
     {"@@error",
      [](const StateContext& c, const Arguments&) { return Number(c.workspace.last_error); }},
-    {"@@lock_timeout",
-     [](const StateContext& c, const Arguments&) {
-       const auto limit = c.workspace.options().lock_timeout.value_or(
-           c.workspace.instance().options().lock_timeout);
-       return Number(limit.count());
-     }},
+    {"@@lock_timeout", [](const StateContext& c,
+                          const Arguments&) { return Number(c.workspace.LockTimeout().count()); }},
     {"@@rowcount",
      [](const StateContext& c, const Arguments&) { return Number(c.workspace.last_row_count); }},
     {"@@servername",

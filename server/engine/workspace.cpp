@@ -36,7 +36,7 @@ Workspace::Workspace(InstanceState& instance, LoginInfo login, ServerState& stat
     : instance_(instance),
       login_(std::move(login)),
       connection_(instance.FileOf(kMasterId).string()) {
-  RegisterServerFunctions(connection_.handle(), state);
+  RegisterServerFunctions(connection_.handle(), &state);
   sqlite3_busy_handler(connection_.handle(), OnBusy, this);
   connection_.Execute("pragma foreign_keys = on");
 }
@@ -288,7 +288,7 @@ void WriteScope::Lock(const DatabaseInfo& database, const std::string& alias,
                       std::int64_t object_id) {
   if (alias == "temp" || workspace_.Holds(database.dbid, object_id)) return;
   InstanceState& instance = workspace_.instance();
-  const LockRecord wanted{database.dbid, object_id, "TAB", "IX", true};
+  const LockRecord wanted{database.dbid, object_id, true};
   workspace_.waiting_for_dbid_ = database.dbid;
   instance.Update(workspace_.spid(),
                   [&](SessionRecord& record) { record.locks.push_back(wanted); });

@@ -100,10 +100,10 @@ void HelpDatabase(ProcedureCall& call) {
          row.Value(5), row.Value(1), DateWords(row.Integer(4)),
          StatusText(database, row.Integer(3)), row.Value(6)});
   }
-  call.Rows({NameColumn("name"), TextColumn("db_size", 13), NameColumn("owner"),
-             NumberColumn("dbid", TypeId::kSmallInt), TextColumn("created", 11),
-             TextColumn("status", 600), NumberColumn("compatibility_level", TypeId::kTinyInt)},
-            rows);
+  call.Rows(
+      "name sysname, db_size nvarchar(13), owner sysname, dbid smallint, "
+      "created nvarchar(11), status nvarchar(600), compatibility_level tinyint",
+      rows);
   const auto database = call.workspace().LookUpDatabase(wanted);
   if (!database || database->Has(DatabaseStatus::kOffline)) return;
   const DatabaseInfo before = call.database();
@@ -153,14 +153,13 @@ void SpaceOfTable(ProcedureCall& call) {
   const PageUse use = UseOf(call, catalog, found.object.name);
   const std::int64_t rows =
       call.sqlite().IntegerOf(0, "select count(*) from " + catalog.Path(found.object.name));
-  ResultColumn rows_column = TextColumn("rows", 11);
-  rows_column.type.id = TypeId::kChar;
   std::string count = std::to_string(rows);
   count.resize(std::max<std::size_t>(count.size(), 11), ' ');
-  call.Rows({NameColumn("name"), rows_column, TextColumn("reserved", 18), TextColumn("data", 18),
-             TextColumn("index_size", 18), TextColumn("unused", 18)},
-            {{found.object.name, count, Kilobytes(use.reserved), Kilobytes(use.data),
-              Kilobytes(use.indexes), Kilobytes(use.unused)}});
+  call.Rows(
+      "name sysname, rows char(11), reserved nvarchar(18), data nvarchar(18), "
+      "index_size nvarchar(18), unused nvarchar(18)",
+      {{found.object.name, count, Kilobytes(use.reserved), Kilobytes(use.data),
+        Kilobytes(use.indexes), Kilobytes(use.unused)}});
 }
 
 void SpaceUsed(ProcedureCall& call) {
@@ -175,8 +174,7 @@ void SpaceUsed(ProcedureCall& call) {
   const std::int64_t pages = Pragma(call, alias, "page_count");
   const std::int64_t free = Pragma(call, alias, "freelist_count");
   const std::string file = call.workspace().instance().FileOf(database.dbid).string();
-  call.Rows({NameColumn("database_name"), TextColumn("database_size", 18),
-             TextColumn("unallocated space", 18)},
+  call.Rows("database_name sysname, database_size nvarchar(18), [unallocated space] nvarchar(18)",
             {{database.name, Megabytes(pages * page + FileBytes(file + "-wal")),
               Megabytes(free * page)}});
   PageUse use;
@@ -189,10 +187,10 @@ void SpaceUsed(ProcedureCall& call) {
   }
   use.reserved = (pages - free) * page;
   use.unused = std::max<std::int64_t>(use.reserved - use.data - use.indexes, 0);
-  call.Rows({TextColumn("reserved", 18), TextColumn("data", 18), TextColumn("index_size", 18),
-             TextColumn("unused", 18)},
-            {{Kilobytes(use.reserved), Kilobytes(use.data), Kilobytes(use.indexes),
-              Kilobytes(use.unused)}});
+  call.Rows(
+      "reserved nvarchar(18), data nvarchar(18), index_size nvarchar(18), unused nvarchar(18)",
+      {{Kilobytes(use.reserved), Kilobytes(use.data), Kilobytes(use.indexes),
+        Kilobytes(use.unused)}});
 }
 
 struct OldOption {

@@ -18,16 +18,10 @@ void AddDevice(ProcedureCall& call) {
   const std::string path = call.Text("@physicalname");
   if (!SameName(type, "disk") && !SameName(type, "tape")) Fail(15600, {"sp_addumpdevice"});
   if (name.empty()) Fail(15006, {name});
-  if (call.sqlite().IntegerOf(0, "select 1 from main.sysdevices where name = ?1", name) != 0) {
-    Fail(15026, {name});
-  }
-  if (call.sqlite().IntegerOf(0, "select 1 from main.sysdevices where phyname = ?1", path) != 0) {
-    Fail(15061, {path});
-  }
-  WriteScope scope(call.workspace(), call.workspace().FindDatabase("master"), "main");
-  call.sqlite().Run("insert into main.sysdevices values (?, 0, 0, 0, ?, ?, ?)", name, kBackupDevice,
+  if (call.Exists("select 1 from main.sysdevices where name = ?1", name)) Fail(15026, {name});
+  if (call.Exists("select 1 from main.sysdevices where phyname = ?1", path)) Fail(15061, {path});
+  call.ChangeMaster("insert into main.sysdevices values (?, 0, 0, 0, ?, ?, ?)", name, kBackupDevice,
                     SameName(type, "disk") ? kDisk : kTape, path);
-  scope.Commit();
   ServerMessage message;
   message.severity = 0;
   message.text = SameName(type, "disk") ? "'Disk' device added." : "'Tape' device added.";
@@ -37,20 +31,15 @@ void AddDevice(ProcedureCall& call) {
 void DropDevice(ProcedureCall& call) {
   call.NeedAdministrator();
   const std::string name = call.Text("@logicalname");
-  if (call.sqlite().IntegerOf(0, "select 1 from main.sysdevices where name = ?1", name) == 0) {
-    Fail(15012, {name});
-  }
+  if (!call.Exists("select 1 from main.sysdevices where name = ?1", name)) Fail(15012, {name});
   if (call.Has("@delfile")) Fail(50001, {"sp_dropdevice with @delfile"});
-  WriteScope scope(call.workspace(), call.workspace().FindDatabase("master"), "main");
-  call.sqlite().Run("delete from main.sysdevices where name = ?1", name);
-  scope.Commit();
+  call.ChangeMaster("delete from main.sysdevices where name = ?1", name);
   call.Inform(15463);
 }
 
 void HelpDevice(ProcedureCall& call) {
   const std::string name = call.Text("@devname");
-  if (!name.empty() &&
-      call.sqlite().IntegerOf(0, "select 1 from main.sysdevices where name = ?1", name) == 0) {
+  if (!name.empty() && !call.Exists("select 1 from main.sysdevices where name = ?1", name)) {
     Fail(15012, {name});
   }
   call.Run(R"(

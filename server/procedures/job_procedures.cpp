@@ -120,41 +120,16 @@ class Agent {
 };
 
 // The columns of sp_help_job; those from last_run_date on are worked out.
-std::vector<ResultColumn> JobColumns() {
-  const auto number = [](const char* name) { return NumberColumn(name); };
-  return {NumberColumn("job_id", TypeId::kUniqueIdentifier),
-          TextColumn("originating_server", 30),
-          NameColumn("name"),
-          NumberColumn("enabled", TypeId::kTinyInt),
-          TextColumn("description", 512),
-          number("start_step_id"),
-          NameColumn("category"),
-          NameColumn("owner"),
-          number("notify_level_eventlog"),
-          number("notify_level_email"),
-          number("notify_level_netsend"),
-          number("notify_level_page"),
-          NameColumn("notify_email_operator"),
-          NameColumn("notify_netsend_operator"),
-          NameColumn("notify_page_operator"),
-          number("delete_level"),
-          NumberColumn("date_created", TypeId::kDateTime),
-          NumberColumn("date_modified", TypeId::kDateTime),
-          number("version_number"),
-          number("last_run_date"),
-          number("last_run_time"),
-          number("last_run_outcome"),
-          number("next_run_date"),
-          number("next_run_time"),
-          number("next_run_schedule_id"),
-          number("current_execution_status"),
-          NameColumn("current_execution_step"),
-          number("current_retry_attempt"),
-          number("has_step"),
-          number("has_schedule"),
-          number("has_target"),
-          number("type")};
-}
+constexpr std::string_view kJobColumns =
+    "job_id uniqueidentifier, originating_server nvarchar(30), name sysname, enabled tinyint, "
+    "description nvarchar(512), start_step_id int, category sysname, owner sysname, "
+    "notify_level_eventlog int, notify_level_email int, notify_level_netsend int, "
+    "notify_level_page int, notify_email_operator sysname, notify_netsend_operator sysname, "
+    "notify_page_operator sysname, delete_level int, date_created datetime, "
+    "date_modified datetime, version_number int, last_run_date int, last_run_time int, "
+    "last_run_outcome int, next_run_date int, next_run_time int, next_run_schedule_id int, "
+    "current_execution_status int, current_execution_step sysname, current_retry_attempt int, "
+    "has_step int, has_schedule int, has_target int, type int";
 
 void HelpJob(ProcedureCall& call) {
   Agent agent(call);
@@ -190,15 +165,14 @@ void HelpJob(ProcedureCall& call) {
     }
     rows.push_back(std::move(cells));
   }
-  call.Rows(JobColumns(), rows);
+  call.Rows(kJobColumns, rows);
 }
 
 void AddJobServer(ProcedureCall& call) {
   Agent agent(call);
   const Cell job = agent.NeedJob();
   const std::string server = call.Text("@server_name", "(local)");
-  if (call.sqlite().IntegerOf(
-          0, "select 1 from " + agent.Path("sysjobservers") + " where job_id = ?1", job) != 0) {
+  if (call.Exists("select 1 from " + agent.Path("sysjobservers") + " where job_id = ?1", job)) {
     Fail(14269, {call.Text("@job_name"), server});
   }
   WriteScope scope(call.workspace(), call.workspace().FindDatabase("msdb"), agent.alias());
@@ -210,8 +184,7 @@ void AddJobServer(ProcedureCall& call) {
 void DeleteJobServer(ProcedureCall& call) {
   Agent agent(call);
   const Cell job = agent.NeedJob();
-  if (call.sqlite().IntegerOf(
-          0, "select 1 from " + agent.Path("sysjobservers") + " where job_id = ?1", job) == 0) {
+  if (!call.Exists("select 1 from " + agent.Path("sysjobservers") + " where job_id = ?1", job)) {
     Fail(14270, {call.Text("@job_name"), call.Text("@server_name")});
   }
   WriteScope scope(call.workspace(), call.workspace().FindDatabase("msdb"), agent.alias());

@@ -20,14 +20,7 @@ std::string NeedLogin(ProcedureCall& call, const std::string& name) {
 }
 
 bool LoginExists(ProcedureCall& call, const std::string& name) {
-  return call.sqlite().IntegerOf(0, "select 1 from main.syslogins where name = ?1", name) != 0;
-}
-
-template <typename... Values>
-void ChangeMaster(ProcedureCall& call, std::string_view sql, const Values&... values) {
-  WriteScope scope(call.workspace(), call.workspace().FindDatabase("master"), "main");
-  call.sqlite().Run(sql, values...);
-  scope.Commit();
+  return call.Exists("select 1 from main.syslogins where name = ?1", name);
 }
 
 void AddLogin(ProcedureCall& call) {
@@ -55,10 +48,9 @@ void RefuseMapped(ProcedureCall& call, const std::string& name) {
   for (const int dbid : ids) {
     const auto info = call.workspace().LookUpDatabase(dbid);
     const Catalog catalog = call.workspace().CatalogOf(info->name);
-    if (call.sqlite().IntegerOf(0,
-                                "select 1 from " + catalog.Path("sysusers") +
-                                    " where sid = (select sid from main.syslogins where name = ?1)",
-                                name) != 0) {
+    if (call.Exists("select 1 from " + catalog.Path("sysusers") +
+                        " where sid = (select sid from main.syslogins where name = ?1)",
+                    name)) {
       Fail(15175, {name});
     }
   }
@@ -122,20 +114,19 @@ void DefaultDatabase(ProcedureCall& call) {
   if (!SameName(name, call.workspace().login().name)) NeedSecurityAdministrator(call);
   const std::string database = call.Text("@defdb");
   if (!call.workspace().LookUpDatabase(database)) Fail(15010, {database});
-  ChangeMaster(call, "update main.syslogins set dbname = ?1, updatedate = ?2 where name = ?3",
-               database, CurrentTime(), name);
+  call.ChangeMaster("update main.syslogins set dbname = ?1, updatedate = ?2 where name = ?3",
+                    database, CurrentTime(), name);
   call.Inform(15461);
 }
 
 void DefaultLanguage(ProcedureCall& call) {
   const std::string name = NeedLogin(call, call.Text("@loginame"));
   const std::string language = call.Text("@language", kDefaultLanguage);
-  const bool known =
-      call.sqlite().IntegerOf(0, "select 1 from main.syslanguages where name = ?1 or alias = ?1",
-                              language) != 0;
-  if (!known) Fail(15033, {language});
-  ChangeMaster(call, "update main.syslogins set language = ?1, updatedate = ?2 where name = ?3",
-               language, CurrentTime(), name);
+  if (!call.Exists("select 1 from main.syslanguages where name = ?1 or alias = ?1", language)) {
+    Fail(15033, {language});
+  }
+  call.ChangeMaster("update main.syslogins set language = ?1, updatedate = ?2 where name = ?3",
+                    language, CurrentTime(), name);
   call.Inform(15462, {name, language});
 }
 
@@ -150,8 +141,7 @@ void SetServerRole(ProcedureCall& call, bool member) {
   if (column.empty()) Fail(15402, {role});
   if (SameName(name, "sa")) Fail(15405, {name});
   call.NeedAdministrator();
-  ChangeMaster(
-      call,
+  call.ChangeMaster(
       "update main.syslogins set " + std::string(column) + " = ?1, updatedate = ?2 where name = ?3",
       member ? 1 : 0, CurrentTime(), name);
   call.Inform(member ? 15488 : 15489, {name, role});
@@ -164,7 +154,7 @@ void HelpServerRoles(ProcedureCall& call) {
     rows.push_back({std::string(name), std::string(description)});
   }
   if (rows.empty()) Fail(15412, {call.Text("@srvrolename")});
-  call.Rows({NameColumn("ServerRole"), NameColumn("Description")}, rows);
+  call.Rows("ServerRole sysname, Description sysname", rows);
 }
 
 void HelpServerRoleMembers(ProcedureCall& call) {
@@ -178,9 +168,7 @@ void HelpServerRoleMembers(ProcedureCall& call) {
     while (row.Step()) rows.push_back({std::string(name), row.Value(0), row.Value(1)});
   }
   if (!known) Fail(15412, {call.Text("@srvrolename")});
-  ResultColumn sid = NumberColumn("MemberSID", TypeId::kVarBinary);
-  sid.type.length = 85;
-  call.Rows({NameColumn("ServerRole"), NameColumn("MemberName"), sid}, rows);
+  call.Rows("ServerRole sysname, MemberName sysname, MemberSID varbinary(85)", rows);
 }
 
 constexpr ProcedureRow kProcedures[] = {

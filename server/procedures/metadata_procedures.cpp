@@ -193,7 +193,6 @@ Cell Number(int value) { return static_cast<std::int64_t>(value); }
 void DataTypeInfo(ProcedureCall& call) {
   const bool odbc3 = call.Integer("@ODBCVer", 2) == 3;
   const std::int64_t wanted = call.Integer("@data_type", 0);
-  const auto small = [](const char* name) { return NumberColumn(name, TypeId::kSmallInt); };
   std::vector<std::vector<Cell>> rows;
   for (const TypeRow& type : kTypes) {
     const int number = odbc3 ? type.odbc3_type : type.data_type;
@@ -222,27 +221,15 @@ void DataTypeInfo(ProcedureCall& call) {
                     Cell(),
                     Number(0)});
   }
-  call.Rows({NameColumn("TYPE_NAME"),
-             small("DATA_TYPE"),
-             NumberColumn("PRECISION"),
-             TextColumn("LITERAL_PREFIX", 32),
-             TextColumn("LITERAL_SUFFIX", 32),
-             TextColumn("CREATE_PARAMS", 32),
-             small("NULLABLE"),
-             small("CASE_SENSITIVE"),
-             small("SEARCHABLE"),
-             small("UNSIGNED_ATTRIBUTE"),
-             small("MONEY"),
-             small("AUTO_INCREMENT"),
-             NameColumn("LOCAL_TYPE_NAME"),
-             small("MINIMUM_SCALE"),
-             small("MAXIMUM_SCALE"),
-             small("SQL_DATA_TYPE"),
-             small("SQL_DATETIME_SUB"),
-             NumberColumn("NUM_PREC_RADIX"),
-             small("INTERVAL_PRECISION"),
-             small("USERTYPE")},
-            rows);
+  call.Rows(
+      "TYPE_NAME sysname, DATA_TYPE smallint, [PRECISION] int, LITERAL_PREFIX nvarchar(32), "
+      "LITERAL_SUFFIX nvarchar(32), CREATE_PARAMS nvarchar(32), NULLABLE smallint, "
+      "CASE_SENSITIVE smallint, SEARCHABLE smallint, UNSIGNED_ATTRIBUTE smallint, "
+      "MONEY smallint, AUTO_INCREMENT smallint, LOCAL_TYPE_NAME sysname, "
+      "MINIMUM_SCALE smallint, MAXIMUM_SCALE smallint, SQL_DATA_TYPE smallint, "
+      "SQL_DATETIME_SUB smallint, NUM_PREC_RADIX int, INTERVAL_PRECISION smallint, "
+      "USERTYPE smallint",
+      rows);
 }
 
 constexpr ProcedureRow kProcedures[] = {

@@ -14,7 +14,6 @@ namespace dbkeeper::server {
 namespace {
 
 void HelpText(ProcedureCall& call) {
-  constexpr std::size_t kLineWidth = 255;
   const FoundObject found = call.Object("@objname", "V P TR FN C D");
   const std::string text = call.resolver().CatalogAt(found).ObjectText(found.object.id);
   if (text.empty()) Fail(15197, {call.Text("@objname")});
@@ -26,7 +25,7 @@ void HelpText(ProcedureCall& call) {
     rows.push_back({text.substr(begin, end - begin)});
     begin = end;
   }
-  call.Rows({TextColumn("Text", kLineWidth)}, rows);
+  call.Rows("Text nvarchar(255)", rows);
 }
 
 std::string DescriptionOf(const CatalogIndex& index) {
@@ -53,9 +52,7 @@ void HelpIndex(ProcedureCall& call) {
     return;
   }
   std::ranges::sort(rows, {}, [](const auto& row) { return std::get<std::string>(row[0]); });
-  call.Rows({NameColumn("index_name"), TextColumn("index_description", 210),
-             TextColumn("index_keys", 2078)},
-            rows);
+  call.Rows("index_name sysname, index_description nvarchar(210), index_keys nvarchar(2078)", rows);
 }
 
 // "table.column" or "table.index" taken apart at the last part.

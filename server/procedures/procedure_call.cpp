@@ -110,9 +110,14 @@ FoundObject ProcedureCall::Object(std::string_view parameter, std::string_view x
 
 void ProcedureCall::Run(std::string_view text) { session_.RunInside(text, arguments_, sink_); }
 
-void ProcedureCall::Rows(const std::vector<ResultColumn>& columns,
-                         const std::vector<std::vector<Cell>>& rows) {
-  sink_.OnColumns(columns);
+void ProcedureCall::Rows(std::string_view columns, const std::vector<std::vector<Cell>>& rows) {
+  const std::vector<Statement> table = ParseBatch("create table t (" + std::string(columns) + ")");
+  std::vector<ResultColumn> described;
+  for (const ColumnDefinition& column : std::get<CreateTableStatement>(table[0].node).columns) {
+    described.emplace_back().name = column.name;
+    described.back().type = column.type;
+  }
+  sink_.OnColumns(described);
   for (const std::vector<Cell>& cells : rows) {
     if (!sink_.OnRow(CellRow(cells))) break;
   }
@@ -129,22 +134,6 @@ void ProcedureCall::NeedAdministrator(bool or_has) {
 
 void ProcedureCall::NeedOwner() {
   if (!workspace().IsOwner(database())) Fail(15247);
-}
-
-ResultColumn NameColumn(std::string name) { return TextColumn(std::move(name), 128); }
-
-ResultColumn TextColumn(std::string name, int length) {
-  ResultColumn column;
-  column.name = std::move(name);
-  column.type = {.id = TypeId::kNVarChar, .length = length};
-  return column;
-}
-
-ResultColumn NumberColumn(std::string name, TypeId type) {
-  ResultColumn column;
-  column.name = std::move(name);
-  column.type = {.id = type};
-  return column;
 }
 
 }  // namespace dbkeeper::server

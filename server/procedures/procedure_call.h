@@ -54,9 +54,22 @@ class ProcedureCall {
 
   // Runs statements of the dialect with the arguments as variables.
   void Run(std::string_view text);
-  // Answers with rows made up by the procedure.
-  void Rows(const std::vector<ResultColumn>& columns, const std::vector<std::vector<Cell>>& rows);
+  // Answers with rows made up by the procedure; `columns` declares them as a table would: "name
+  // sysname, dbid smallint".
+  void Rows(std::string_view columns, const std::vector<std::vector<Cell>>& rows);
   void Inform(int number, std::initializer_list<std::string_view> parts = {});
+  // Whether the query gives a row whose first column is not 0.
+  template <typename... Values>
+  bool Exists(std::string_view sql, const Values&... values) {
+    return sqlite().IntegerOf(0, sql, values...) != 0;
+  }
+  // Runs one statement of SQLite as a change of master.
+  template <typename... Values>
+  void ChangeMaster(std::string_view sql, const Values&... values) {
+    WriteScope scope(workspace(), workspace().FindDatabase("master"), "main");
+    sqlite().Run(sql, values...);
+    scope.Commit();
+  }
   // Throws 15247 unless the login is a system administrator or has the flag.
   void NeedAdministrator(bool or_has = false);
   // Throws 15247 unless the login owns the database.
@@ -70,10 +83,5 @@ class ProcedureCall {
   Parameters arguments_;  // one for each parameter in order, then the further ones
   ResultSink& sink_;
 };
-
-// Columns of results: nvarchar(128), and others by type and measure.
-ResultColumn NameColumn(std::string name);
-ResultColumn TextColumn(std::string name, int length);
-ResultColumn NumberColumn(std::string name, TypeId type = TypeId::kInt);
 
 }  // namespace dbkeeper::server

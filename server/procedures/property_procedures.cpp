@@ -72,8 +72,8 @@ void ChangeProperty(ProcedureCall& call, Change change) {
   const std::string name = call.Text("@name");
   const std::string properties = catalog.Path("sysproperties");
   const std::string which = " where id = ?1 and smallid = ?2 and type = ?3 and name = ?4";
-  const bool exists = call.sqlite().IntegerOf(0, "select 1 from " + properties + which, place.id,
-                                              place.part, place.type, name) != 0;
+  const bool exists =
+      call.Exists("select 1 from " + properties + which, place.id, place.part, place.type, name);
   if (change == Change::kAdd && exists) Fail(15233, {name, place.name});
   if (change != Change::kAdd && !exists) Fail(15217, {name, place.name});
   WriteScope scope(call.workspace(), database, catalog.alias());

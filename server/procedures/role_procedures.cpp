@@ -57,9 +57,8 @@ void DropRole(ProcedureCall& call) {
   }
   const DatabaseInfo database = call.database();
   Catalog catalog = call.catalog();
-  if (call.sqlite().IntegerOf(
-          0, "select 1 from " + catalog.Path("sysmembers") + " where groupuid = ?1", role.uid) !=
-      0) {
+  if (call.Exists("select 1 from " + catalog.Path("sysmembers") + " where groupuid = ?1",
+                  role.uid)) {
     Fail(15144);
   }
   WriteScope scope(call.workspace(), database, catalog.alias());

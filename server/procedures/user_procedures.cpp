@@ -26,10 +26,9 @@ void GrantAccess(ProcedureCall& call) {
   }
   if (login.empty()) Fail(15007, {call.Text("@loginame")});
   if (UserOf(call, name)) Fail(15023, {name});
-  if (call.sqlite().IntegerOf(0,
-                              "select 1 from " + users +
-                                  " where sid = (select sid from main.syslogins where name = ?1)",
-                              login) != 0) {
+  if (call.Exists("select 1 from " + users +
+                      " where sid = (select sid from main.syslogins where name = ?1)",
+                  login)) {
     Fail(15063);
   }
   const std::int64_t uid = call.sqlite().IntegerOf(kFirstUser - 1, "select max(uid) from " + users +

@@ -13,6 +13,14 @@
 
 namespace dbkeeper::server {
 
+// A visitor made of one function for each alternative.
+template <typename... Functions>
+struct Overloaded : Functions... {
+  using Functions::operator()...;
+};
+template <typename... Functions>
+Overloaded(Functions...) -> Overloaded<Functions...>;
+
 struct Expression;
 struct Query;
 struct TableSource;

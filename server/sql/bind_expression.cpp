@@ -58,29 +58,21 @@ Bound Binder::Bind(const Expression& expression, const Scope& scope) {
 Bound Binder::BindNode(const Expression& expression, const Scope& scope) {
   const int line = expression.line;
   if (IsPredicate(expression)) throw MakeError(170, {"=", std::to_string(line)}, line);
-  if (const auto* node = std::get_if<Literal>(&expression.node)) return BindLiteral(*node, line);
-  if (const auto* node = std::get_if<ColumnReference>(&expression.node)) {
-    return BindColumn(*node, line, scope);
-  }
-  if (const auto* node = std::get_if<Variable>(&expression.node)) return BindVariable(*node, line);
-  if (const auto* node = std::get_if<Unary>(&expression.node)) {
-    return BindUnary(*node, line, scope);
-  }
-  if (const auto* node = std::get_if<Binary>(&expression.node)) {
-    return BindBinary(*node, line, scope);
-  }
-  if (const auto* node = std::get_if<FunctionCall>(&expression.node)) {
-    return BindCall(*node, line, scope);
-  }
-  if (const auto* node = std::get_if<Cast>(&expression.node)) return BindCast(*node, line, scope);
-  if (const auto* node = std::get_if<Case>(&expression.node)) return BindCase(*node, scope);
-  if (const auto* node = std::get_if<ScalarSubquery>(&expression.node)) {
-    return BindScalarSubquery(*node->query, scope, line);
-  }
-  if (std::holds_alternative<DefaultValue>(expression.node)) {
-    throw MakeError(156, {"default"}, line);
-  }
-  throw MakeError(170, {"*", std::to_string(line)}, line);
+  return std::visit(
+      Overloaded{[&](const Literal& node) { return BindLiteral(node, line); },
+                 [&](const ColumnReference& node) { return BindColumn(node, line, scope); },
+                 [&](const Variable& node) { return BindVariable(node, line); },
+                 [&](const Unary& node) { return BindUnary(node, line, scope); },
+                 [&](const Binary& node) { return BindBinary(node, line, scope); },
+                 [&](const FunctionCall& node) { return BindCall(node, line, scope); },
+                 [&](const Cast& node) { return BindCast(node, line, scope); },
+                 [&](const Case& node) { return BindCase(node, scope); },
+                 [&](const ScalarSubquery& node) { return BindScalarSubquery(node, scope, line); },
+                 [&](const DefaultValue&) -> Bound { throw MakeError(156, {"default"}, line); },
+                 [&](const auto&) -> Bound {
+                   throw MakeError(170, {"*", std::to_string(line)}, line);
+                 }},
+      expression.node);
 }
 
 Bound Binder::BindLiteral(const Literal& literal, int line) const {
@@ -238,8 +230,8 @@ BoundQuery Binder::BindSubqueryColumn(const Query& query, const Scope& scope, in
   return bound;
 }
 
-Bound Binder::BindScalarSubquery(const Query& query, const Scope& scope, int line) {
-  const BoundQuery bound = BindSubqueryColumn(query, scope, line);
+Bound Binder::BindScalarSubquery(const ScalarSubquery& node, const Scope& scope, int line) {
+  const BoundQuery bound = BindSubqueryColumn(*node.query, scope, line);
   Bound result = bound.items[0].value;
   result.column = nullptr;
   result.is_integer = false;
@@ -256,61 +248,62 @@ Bound Binder::BindScalarSubquery(const Query& query, const Scope& scope, int lin
 // ---- predicates --------------------------------------------------------------------------------
 
 std::string Binder::BindCondition(const Expression& expression, const Scope& scope) {
-  return BindPredicate(expression, scope);
+  const int line = expression.line;
+  return std::visit(
+      Overloaded{
+          [&](const Binary& node) { return BindBinaryCondition(node, line, scope); },
+          [&](const Unary& node) { return "(NOT " + BindCondition(*node.operand, scope) + ')'; },
+          [&](const IsNull& node) {
+            return '(' + Bind(*node.value, scope).sql +
+                   (node.negated ? " IS NOT NULL)" : " IS NULL)");
+          },
+          [&](const Between& node) { return BindBetween(node, line, scope); },
+          [&](const InList& node) { return BindInList(node, scope); },
+          [&](const InQuery& node) { return BindInQuery(node, line, scope); },
+          [&](const Exists& node) {
+            const BoundQuery query = BindQuery(*node.query, &scope, QueryPlace::kExists);
+            return "EXISTS (" + TextOf(query, ColumnNames::kNone) + ')';
+          },
+          [&](const Quantified& node) { return BindQuantified(node, line, scope); },
+          [&](const Like& node) { return BindLike(node, scope); },
+          [&](const auto&) -> std::string {
+            throw MakeError(170, {")", std::to_string(line)}, line);
+          }},
+      expression.node);
 }
 
-std::string Binder::BindPredicate(const Expression& expression, const Scope& scope) {
-  const int line = expression.line;
-  const auto negation = [](bool negated) { return negated ? " NOT" : ""; };
-  if (const auto* node = std::get_if<Binary>(&expression.node)) {
-    if (node->op == BinaryOperator::kAnd || node->op == BinaryOperator::kOr) {
-      const std::string_view word = node->op == BinaryOperator::kAnd ? " AND " : " OR ";
-      return '(' + BindPredicate(*node->left, scope) + std::string(word) +
-             BindPredicate(*node->right, scope) + ')';
-    }
-    return Compare(node->op, Bind(*node->left, scope), Bind(*node->right, scope), line);
+std::string Binder::BindBinaryCondition(const Binary& node, int line, const Scope& scope) {
+  if (node.op != BinaryOperator::kAnd && node.op != BinaryOperator::kOr) {
+    return Compare(node.op, Bind(*node.left, scope), Bind(*node.right, scope), line);
   }
-  if (const auto* node = std::get_if<Unary>(&expression.node)) {
-    return "(NOT " + BindPredicate(*node->operand, scope) + ')';
+  return '(' + BindCondition(*node.left, scope) +
+         (node.op == BinaryOperator::kAnd ? " AND " : " OR ") + BindCondition(*node.right, scope) +
+         ')';
+}
+
+std::string Binder::BindBetween(const Between& node, int line, const Scope& scope) {
+  const Bound value = Bind(*node.value, scope);
+  const std::string low =
+      Compare(BinaryOperator::kGreaterOrEqual, value, Bind(*node.low, scope), line);
+  const std::string high =
+      Compare(BinaryOperator::kLessOrEqual, value, Bind(*node.high, scope), line);
+  return (node.negated ? "(NOT (" : "((") + low + " AND " + high + "))";
+}
+
+std::string Binder::BindInList(const InList& node, const Scope& scope) {
+  const Bound value = Bind(*node.value, scope);
+  std::vector<Bound> list;
+  SqlType common = value.type;
+  for (const ExpressionPtr& item : node.list) {
+    list.push_back(Bind(*item, scope));
+    if (!list.back().is_null) common = CommonType(common, list.back().type);
   }
-  if (const auto* node = std::get_if<IsNull>(&expression.node)) {
-    return '(' + Bind(*node->value, scope).sql + " IS" + negation(node->negated) + " NULL)";
+  std::string text =
+      '(' + Collated(ConvertTo(value, common), common.id) + (node.negated ? " NOT IN (" : " IN (");
+  for (std::size_t i = 0; i < list.size(); ++i) {
+    text += (i == 0 ? "" : ", ") + ConvertTo(list[i], common);
   }
-  if (const auto* node = std::get_if<Between>(&expression.node)) {
-    const Bound value = Bind(*node->value, scope);
-    const std::string low =
-        Compare(BinaryOperator::kGreaterOrEqual, value, Bind(*node->low, scope), line);
-    const std::string high =
-        Compare(BinaryOperator::kLessOrEqual, value, Bind(*node->high, scope), line);
-    return (node->negated ? "(NOT (" : "((") + low + " AND " + high + "))";
-  }
-  if (const auto* node = std::get_if<InList>(&expression.node)) {
-    const Bound value = Bind(*node->value, scope);
-    std::vector<Bound> list;
-    SqlType common = value.type;
-    for (const ExpressionPtr& item : node->list) {
-      list.push_back(Bind(*item, scope));
-      if (!list.back().is_null) common = CommonType(common, list.back().type);
-    }
-    std::string text =
-        '(' + Collated(ConvertTo(value, common), common.id) + negation(node->negated) + " IN (";
-    for (std::size_t i = 0; i < list.size(); ++i) {
-      text += (i == 0 ? "" : ", ") + ConvertTo(list[i], common);
-    }
-    return text + "))";
-  }
-  if (const auto* node = std::get_if<InQuery>(&expression.node)) {
-    return BindInQuery(*node, line, scope);
-  }
-  if (const auto* node = std::get_if<Exists>(&expression.node)) {
-    const BoundQuery bound = BindQuery(*node->query, &scope, QueryPlace::kExists);
-    return "EXISTS (" + TextOf(bound, ColumnNames::kNone) + ')';
-  }
-  if (const auto* node = std::get_if<Quantified>(&expression.node)) {
-    return BindQuantified(*node, line, scope);
-  }
-  if (const auto* node = std::get_if<Like>(&expression.node)) return BindLike(*node, scope);
-  throw MakeError(170, {")", std::to_string(line)}, line);
+  return text + "))";
 }
 
 std::string Binder::BindLike(const Like& like, const Scope& scope) {

@@ -123,8 +123,10 @@ class Binder {
   Bound BindVariable(const Variable& variable, int line);
   Bound BindUnary(const Unary& unary, int line, const Scope& scope);
   Bound BindCase(const Case& node, const Scope& scope);
-  Bound BindScalarSubquery(const Query& query, const Scope& scope, int line);
-  std::string BindPredicate(const Expression& expression, const Scope& scope);
+  Bound BindScalarSubquery(const ScalarSubquery& node, const Scope& scope, int line);
+  std::string BindBinaryCondition(const Binary& node, int line, const Scope& scope);
+  std::string BindBetween(const Between& node, int line, const Scope& scope);
+  std::string BindInList(const InList& node, const Scope& scope);
   std::string BindLike(const Like& like, const Scope& scope);
   std::string BindInQuery(const InQuery& in, int line, const Scope& scope);
   std::string BindQuantified(const Quantified& node, int line, const Scope& scope);

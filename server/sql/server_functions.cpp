@@ -230,7 +230,7 @@ std::string_view TextAt(Cells arguments, std::size_t index) {
   return "";
 }
 
-void RegisterServerFunctions(sqlite3* connection, ServerState& state) {
+void RegisterServerFunctions(sqlite3* connection, ServerState* state) {
   // SQLite's Bloom filters hash texts by their length, so that a join would miss rows that are
   // equal only by the collation: 'a' and 'a '.
   constexpr int kBloomFilters = 0x00080000;
@@ -241,7 +241,7 @@ void RegisterServerFunctions(sqlite3* connection, ServerState& state) {
   RegisterEntries(connection, NumberFunctions());
   RegisterEntries(connection, TextFunctions());
   RegisterEntries(connection, DateFunctions());
-  sqlite3_create_function_v2(connection, "ms_state", -1, SQLITE_UTF8, &state, RunState, nullptr,
+  sqlite3_create_function_v2(connection, "ms_state", -1, SQLITE_UTF8, state, RunState, nullptr,
                              nullptr, nullptr);
   sqlite3_create_function_v2(connection, "ms_sum", 1, SQLITE_UTF8, nullptr, nullptr, StepSum,
                              FinishSum, nullptr);

@@ -24,8 +24,8 @@ class ServerState {
 };
 
 // Registers the collations MSTEXT and MSDECIMAL and every function that translated statements use.
-// `state` outlives the connection.
-void RegisterServerFunctions(sqlite3* connection, ServerState& state);
+// `state` outlives the connection; null where no statement asks for it.
+void RegisterServerFunctions(sqlite3* connection, ServerState* state = nullptr);
 
 // The server's message of a failed SQLite call: one that a function raised is given back as it was
 // raised (number, severity, state, text), anything else by its code (constraints: see

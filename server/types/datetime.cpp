@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 
 namespace dbkeeper::server {
 namespace {
@@ -42,17 +43,17 @@ constexpr StyleRow kStyles[] = {
     {114, "H:I:S:L"},      {120, "Y-M-D H:I:S"},  {121, "Y-M-D H:I:S.L"}, {126, "Y-M-DTH:I:S.L"},
 };
 
+using std::chrono::sys_days;
+using std::chrono::year_month_day;
+
+constexpr sys_days kFirstDay = std::chrono::year(1900) / 1 / 1;
+
 // Days since 1900-01-01 of the proleptic Gregorian calendar.
-std::int64_t DaysFromCivil(std::int64_t year, int month, int day) {
-  year -= month <= 2 ? 1 : 0;
-  const std::int64_t era = (year >= 0 ? year : year - 399) / 400;
-  const std::int64_t year_of_era = year - era * 400;
-  const int shifted_month = month + (month > 2 ? -3 : 9);
-  const std::int64_t day_of_year = (153 * shifted_month + 2) / 5 + day - 1;
-  const std::int64_t day_of_era =
-      year_of_era * 365 + year_of_era / 4 - year_of_era / 100 + day_of_year;
-  constexpr std::int64_t kDaysTo1900 = 693901;
-  return era * 146097 + day_of_era - kDaysTo1900;
+std::int64_t DaysFromCivil(int year, int month, int day) {
+  const year_month_day date(std::chrono::year(year),
+                            std::chrono::month(static_cast<unsigned>(month)),
+                            std::chrono::day(static_cast<unsigned>(day)));
+  return (sys_days(date) - kFirstDay).count();
 }
 
 std::int64_t FloorDivide(std::int64_t value, std::int64_t by) {
@@ -407,9 +408,8 @@ int DayOfYear(const CivilTime& civil) {
 }  // namespace
 
 int DaysInMonth(int year, int month) {
-  constexpr int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-  const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
-  return kDays[month - 1] + (month == 2 && leap ? 1 : 0);
+  return static_cast<int>(DaysFromCivil(month == 12 ? year + 1 : year, month % 12 + 1, 1) -
+                          DaysFromCivil(year, month, 1));
 }
 
 int Milliseconds(int ticks) { return (ticks * 10 + 1) / 3; }
@@ -419,19 +419,11 @@ int TicksOfMilliseconds(int milliseconds) { return (milliseconds * 3 + 5) / 10; 
 CivilTime ToCivil(std::int64_t time) {
   const std::int64_t day = DayOf(time);
   const std::int64_t ticks = time - day * kTicksPerDay;
-  // The inverse of DaysFromCivil.
-  const std::int64_t shifted = day + 693901;
-  const std::int64_t era = FloorDivide(shifted, 146097);
-  const std::int64_t day_of_era = shifted - era * 146097;
-  const std::int64_t year_of_era =
-      (day_of_era - day_of_era / 1460 + day_of_era / 36524 - day_of_era / 146096) / 365;
-  const std::int64_t day_of_year =
-      day_of_era - (365 * year_of_era + year_of_era / 4 - year_of_era / 100);
-  const std::int64_t month = (5 * day_of_year + 2) / 153;
+  const year_month_day date(kFirstDay + std::chrono::days(day));
   CivilTime civil;
-  civil.day = static_cast<int>(day_of_year - (153 * month + 2) / 5) + 1;
-  civil.month = static_cast<int>(month < 10 ? month + 3 : month - 9);
-  civil.year = static_cast<int>(year_of_era + era * 400) + (civil.month <= 2 ? 1 : 0);
+  civil.day = static_cast<int>(static_cast<unsigned>(date.day()));
+  civil.month = static_cast<int>(static_cast<unsigned>(date.month()));
+  civil.year = static_cast<int>(date.year());
   civil.hour = static_cast<int>(ticks / (60 * kTicksPerMinute));
   civil.minute = static_cast<int>(ticks / kTicksPerMinute % 60);
   civil.second = static_cast<int>(ticks / kTicksPerSecond % 60);

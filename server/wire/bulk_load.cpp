@@ -16,19 +16,15 @@ constexpr std::uint8_t kDone = 0xFD;
 constexpr std::size_t kMostColumns = 1024;
 
 // Passes on what goes wrong, and nothing else.
-class ErrorsOnly : public ResultSink {
+class ErrorsOnly : public QuietSink {
  public:
   explicit ErrorsOnly(WireSink& sink) : sink_(sink) {}
-  void OnColumns(const std::vector<ResultColumn>& /*columns*/) override {}
-  bool OnRow(const RowView& /*row*/) override { return true; }
   void OnStatementEnd(const StatementEnd& end) override { failed_ = failed_ || end.failed; }
   void OnMessage(const ServerMessage& message) override {
     if (!message.IsError()) return;
     failed_ = true;
     sink_.OnMessage(message);
   }
-  void OnDatabaseChanged(const std::string& /*from*/, const std::string& /*to*/) override {}
-  void OnReturnStatus(int /*status*/) override {}
   bool failed() const { return failed_; }
 
  private:

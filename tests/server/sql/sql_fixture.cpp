@@ -27,7 +27,7 @@ std::string CellText(sqlite3_stmt* statement, int column, const SqlType& type) {
 
 TestInstance::TestInstance() {
   sqlite3_open(":memory:", &connection_);
-  RegisterServerFunctions(connection_, *this);
+  RegisterServerFunctions(connection_, this);
   sqlite3_create_function(
       connection_, "next_identity", 1, SQLITE_UTF8, this,
       [](sqlite3_context* context, int, sqlite3_value** values) {
