@@ -81,11 +81,7 @@ class Server {
   const std::filesystem::path& Folder() const { return server_.DataFolder(); }
   int Port() { return server_.Port(); }
   // Where the server keeps the rows of "work".
-  std::filesystem::path File() {
-    const auto reader = connection.Query("select db_id('work')");
-    reader->Next();
-    return Folder() / "data" / ("db" + std::string(reader->Text(0)) + ".sqlite");
-  }
+  std::filesystem::path File() const { return Folder() / "data/data/work.mdf"; }
 
  private:
   std::string Process() { return std::to_string(server_.Endpoint().ProcessId()); }
