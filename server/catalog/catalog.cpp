@@ -261,7 +261,7 @@ std::int64_t Catalog::AddObject(std::string_view name, std::string_view xtype, s
   return id;
 }
 
-void Catalog::AddColumn(std::int64_t id, const CatalogColumn& column) {
+void Catalog::WriteColumn(std::int64_t id, const CatalogColumn& column) {
   const StoredType stored = StoredTypeOf(column.type, column.is_sysname);
   const int status = (column.type.nullable ? 8 : 0) + (column.identity ? 128 : 0);
   const int colstat = (column.identity ? 1 : 0) + (column.row_guid ? 2 : 0);
@@ -275,11 +275,21 @@ void Catalog::AddColumn(std::int64_t id, const CatalogColumn& column) {
       column.collation.empty() ? none : Cell(kJapaneseCollationId), status, stored.type,
       stored.usertype, stored.prec, stored.scale, column.type.nullable ? 1 : 0,
       column.collation.empty() ? none : Cell(column.collation));
+}
+
+void Catalog::AddColumn(std::int64_t id, const CatalogColumn& column) {
+  WriteColumn(id, column);
   if (column.identity) {
     connection_.Run("insert into " + quoted_ +
                         "\"#identity\"(id, colid, seed, increment, last) values (?, ?, ?, ?, null)",
                     id, column.colid, column.identity->seed, column.identity->increment);
   }
+}
+
+void Catalog::ChangeColumn(std::int64_t id, const CatalogColumn& column) {
+  connection_.Run("delete from " + quoted_ + "syscolumns where id = ? and colid = ?", id,
+                  column.colid);
+  WriteColumn(id, column);
 }
 
 void Catalog::AddText(std::int64_t id, std::string_view text) {

@@ -113,6 +113,7 @@ class Catalog {
   std::int64_t AddObject(std::string_view name, std::string_view xtype, std::int64_t parent = 0,
                          std::int64_t info = 0, std::int64_t fixed_id = 0);
   void AddColumn(std::int64_t id, const CatalogColumn& column);
+  void ChangeColumn(std::int64_t id, const CatalogColumn& column);
   void AddText(std::int64_t id, std::string_view text);
   void ReplaceText(std::int64_t id, std::string_view text);
   void AddIndex(std::int64_t id, const CatalogIndex& index, const CatalogTable& table);
@@ -137,6 +138,7 @@ class Catalog {
   std::string TableBody(const CatalogTable& table, NameResolver& resolver);
   std::vector<CatalogForeignKey> ForeignKeys(std::string_view side, std::int64_t id);
   std::vector<CatalogCheck> Checks(std::int64_t id);
+  void WriteColumn(std::int64_t id, const CatalogColumn& column);
   std::int64_t NewId();
 
   SqliteConnection& connection_;

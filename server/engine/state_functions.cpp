@@ -166,6 +166,19 @@ Cell TablePages(const StateContext& context, const Arguments& arguments) {
   return Number((bytes + kServerPage - 1) / kServerPage);
 }
 
+// A database's file and SQLite's log of it, whether it can be opened or not.
+Cell DatabaseBytes(const StateContext& context, const Arguments& arguments) {
+  const auto dbid = static_cast<int>(IntegerAt(arguments, 0));
+  const std::string file = context.workspace.instance().FileOf(dbid).string();
+  std::int64_t bytes = 0;
+  for (const char* suffix : {"", "-wal"}) {
+    std::error_code missing;
+    const auto size = std::filesystem::file_size(file + suffix, missing);
+    if (!missing) bytes += static_cast<std::int64_t>(size);
+  }
+  return Number(bytes);
+}
+
 struct StateFunction {
   std::string_view name;
   Function function;
@@ -186,6 +199,7 @@ constexpr StateFunction kFunctions[] = {
     {"object_id", ObjectId},
     {"local_object_id", LocalObjectId},
     {"db_name", DatabaseName},
+    {"database_bytes", DatabaseBytes},
     {"user", UserName},
     {"system_user",
      [](const StateContext& c, const Arguments&) { return Cell(c.workspace.login().name); }},

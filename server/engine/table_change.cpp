@@ -150,21 +150,8 @@ void TableDefinition::ChangeColumn(Work& work, const ColumnDefinition& definitio
                                                QuoteName(before.name) + " is null limit 1") != 0) {
     Fail(515, {before.name, work.found.database.name + ".dbo." + table_name, "UPDATE"});
   }
-  const StoredType stored = StoredTypeOf(after.type, after.is_sysname);
-  const bool nullable = after.type.nullable;
-  workspace_.connection().Run(
-      "update " + work.catalog.Path("syscolumns") +
-          " set xtype = ?, xusertype = ?, length = ?, xprec = ?, xscale = ?, type = ?, usertype = "
-          "?, prec = ?, scale = ?, isnullable = ?, typestat = ?, status = ?, collation = ? where "
-          "id "
-          "= ? and colid = ?",
-      stored.xtype, stored.xusertype, stored.length, stored.xprec, stored.xscale, stored.type,
-      stored.usertype, stored.prec, stored.scale, nullable ? 1 : 0, nullable ? 0 : 1,
-      (nullable ? 8 : 0) + (after.identity ? 128 : 0),
-      after.collation.empty() ? Cell() : Cell(after.collation), work.found.object.id, after.colid);
-  work.catalog.Touch(work.found.object.id);
-  Reload(work);
-  work.catalog.Redefine(work.table, resolver_);
+  work.catalog.ChangeColumn(work.found.object.id, after);
+  Follow(work);
   if (!OnlyWidens(before.type, after.type) || after.type.id == TypeId::kChar ||
       after.type.id == TypeId::kNChar || after.type.id == TypeId::kBinary) {
     ConvertRows(work, before, after);
@@ -209,9 +196,7 @@ void TableDefinition::DropConstraint(Work& work, const std::string& name) {
     RemoveIndex(work, index);
   }
   work.catalog.DropObject(object->id);
-  work.catalog.Touch(work.found.object.id);
-  Reload(work);
-  work.catalog.Redefine(work.table, resolver_);
+  Follow(work);
 }
 
 void TableDefinition::DropColumn(Work& work, const std::string& name, ResultSink& sink) {
@@ -255,8 +240,7 @@ void TableDefinition::Switch(Work& work, const SwitchParts& action) {
                                     " set status = (status & ~?1) | ?2 where id = ?3",
                                 kDisabled, action.enable ? 0 : kDisabled, id);
   }
-  Reload(work);
-  work.catalog.Redefine(work.table, resolver_);
+  Follow(work);
 }
 
 void TableDefinition::RenameTable(const FoundObject& found, const std::string& name) {

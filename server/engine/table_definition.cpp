@@ -41,6 +41,12 @@ TableDefinition::Work TableDefinition::Start(const FoundObject& found) {
 
 void TableDefinition::Reload(Work& work) { work.table = work.catalog.Table(work.found.object); }
 
+void TableDefinition::Follow(Work& work) {
+  work.catalog.Touch(work.found.object.id);
+  Reload(work);
+  work.catalog.Redefine(work.table, resolver_);
+}
+
 std::string TableDefinition::NameFor(Work& work, const Constraint& constraint,
                                      std::string_view prefix, std::string_view column) {
   if (!constraint.name.empty()) {
@@ -156,9 +162,7 @@ void TableDefinition::AddConstraints(Work& work, const std::vector<Constraint>& 
       AddForeignKey(work, constraint, check_existing);
     }
   }
-  work.catalog.Touch(work.found.object.id);
-  Reload(work);
-  work.catalog.Redefine(work.table, resolver_);
+  Follow(work);
 }
 
 void TableDefinition::AddKey(Work& work, const Constraint& constraint) {

@@ -46,6 +46,8 @@ class TableDefinition {
 
   Work Start(const FoundObject& found);
   void Reload(Work& work);
+  // Makes SQLite's definition follow the catalog, which has changed.
+  void Follow(Work& work);
   CatalogColumn MakeColumn(const Work& work, const ColumnDefinition& definition);
   void AddDefault(Work& work, CatalogColumn& column, const Constraint& constraint);
   void AddConstraints(Work& work, const std::vector<Constraint>& constraints, bool check_existing);

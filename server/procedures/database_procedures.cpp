@@ -2,7 +2,6 @@
 #include <array>
 #include <cstdio>
 
-#include "server/catalog/column_types.h"
 #include "server/engine/database_definition.h"
 #include "server/procedures/procedure_table.h"
 #include "server/types/messages.h"
@@ -25,97 +24,52 @@ std::string Megabytes(std::int64_t bytes) {
   return text.data();
 }
 
-// "Mar  8 2005"
-std::string DateWords(std::int64_t time) {
-  constexpr std::array<const char*, 12> kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                                                   "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-  const std::chrono::year_month_day date(std::chrono::sys_days(std::chrono::year(1900) / 1 / 1) +
-                                         std::chrono::days(time / kTicksPerDay));
-  std::array<char, 16> text{};
-  std::snprintf(text.data(), text.size(), "%s %2u %d",
-                kMonths.at(static_cast<unsigned>(date.month()) - 1),
-                static_cast<unsigned>(date.day()), static_cast<int>(date.year()));
-  return text.data();
-}
-
 std::int64_t FileBytes(const std::string& path) {
   std::error_code ignored;
   const auto size = std::filesystem::file_size(path, ignored);
   return ignored ? 0 : static_cast<std::int64_t>(size);
 }
 
-struct StatusWord {
-  const char* column;
-  std::int64_t bit;
-  std::string_view word;
-};
-constexpr StatusWord kStatusWords[] = {
-    {"status", DatabaseStatus::kTornPageDetection, "IsTornPageDetectionEnabled"},
-    {"status", DatabaseStatus::kAutoClose, "IsAutoClose"},
-    {"status", DatabaseStatus::kAutoShrink, "IsAutoShrink"},
-    {"status2", 0x1000000, "IsAutoCreateStatistics"},
-    {"status2", 0x40000000, "IsAutoUpdateStatistics"},
-};
+constexpr std::string_view kDatabases = R"(
+select d.name, convert(nvarchar(13), str(database_bytes(d.dbid) / 1048576.0, 10, 2) + N' MB')
+    as db_size, l.name as owner, d.dbid, convert(nvarchar(11), d.crdate) as created,
+  convert(nvarchar(600), N'Status=' + case when d.status & 512 = 512 then N'OFFLINE'
+      else N'ONLINE' end + N', Updateability=' + case when d.status & 1024 = 1024
+      then N'READ_ONLY' else N'READ_WRITE' end
+    + case when d.status & 512 = 512 then N'' else N', UserAccess='
+      + case when d.status & 4096 = 4096 then N'SINGLE_USER'
+        when d.status & 2048 = 2048 then N'RESTRICTED_USER' else N'MULTI_USER' end
+      + N', Recovery=' + case when d.status & 8 = 8 then N'SIMPLE'
+        when d.status & 4 = 4 then N'BULK_LOGGED' else N'FULL' end
+      + N', Version=539, Collation=Japanese_CI_AS, SQLSortOrder=0'
+      + case when d.status & 16 = 16 then N', IsTornPageDetectionEnabled' else N'' end
+      + case when d.status & 1 = 1 then N', IsAutoClose' else N'' end
+      + case when d.status & 4194304 = 4194304 then N', IsAutoShrink' else N'' end
+      + case when d.status2 & 16777216 = 16777216 then N', IsAutoCreateStatistics' else N'' end
+      + case when d.status2 & 1073741824 = 1073741824 then N', IsAutoUpdateStatistics'
+        else N'' end end) as status, d.cmptlevel as compatibility_level
+from master.dbo.sysdatabases d left join master.dbo.syslogins l on l.sid = d.sid
+where @dbname is null or d.name = @dbname
+order by d.name)";
 
-std::string StatusText(const DatabaseInfo& database, std::int64_t status2) {
-  if (database.Has(DatabaseStatus::kOffline)) {
-    return std::string("Status=OFFLINE, Updateability=") +
-           (database.Has(DatabaseStatus::kReadOnly) ? "READ_ONLY" : "READ_WRITE");
-  }
-  std::string text = "Status=ONLINE, Updateability=";
-  text += database.Has(DatabaseStatus::kReadOnly) ? "READ_ONLY" : "READ_WRITE";
-  text += ", UserAccess=";
-  text += database.Has(DatabaseStatus::kSingleUser) ? "SINGLE_USER"
-          : database.Has(DatabaseStatus::kDboOnly)  ? "RESTRICTED_USER"
-                                                    : "MULTI_USER";
-  text += ", Recovery=";
-  text += database.Has(DatabaseStatus::kTruncateLog) ? "SIMPLE"
-          : database.Has(4)                          ? "BULK_LOGGED"
-                                                     : "FULL";
-  text += ", Version=539, Collation=" + std::string(kDefaultCollation) + ", SQLSortOrder=0";
-  for (const StatusWord& word : kStatusWords) {
-    const std::int64_t bits = std::string_view(word.column) == "status" ? database.status : status2;
-    if ((bits & word.bit) != 0) text += ", " + std::string(word.word);
-  }
-  return text;
-}
-
-void HelpDatabase(ProcedureCall& call) {
-  const std::string wanted = call.Text("@dbname");
-  if (call.Has("@dbname") && !call.workspace().LookUpDatabase(wanted)) Fail(15010, {wanted});
-  std::vector<std::vector<Cell>> rows;
-  SqliteStatement row = call.sqlite().Prepare(
-      "select d.name, d.dbid, d.status, d.status2, d.crdate, l.name, d.cmptlevel from "
-      "main.sysdatabases d left join main.syslogins l on l.sid = d.sid where ?1 = '' or d.name = "
-      "?1 order by d.name",
-      wanted);
-  while (row.Step()) {
-    const DatabaseInfo database{static_cast<int>(row.Integer(1)), row.Text(0), row.Integer(2)};
-    const std::string file = call.workspace().instance().FileOf(database.dbid).string();
-    const std::string size = Megabytes(FileBytes(file) + FileBytes(file + "-wal"));
-    constexpr std::size_t kSizeWidth = 13;
-    rows.push_back(
-        {database.name,
-         std::string(size.size() < kSizeWidth ? kSizeWidth - size.size() : 0, ' ') + size,
-         row.Value(5), row.Value(1), DateWords(row.Integer(4)),
-         StatusText(database, row.Integer(3)), row.Value(6)});
-  }
-  call.Rows(
-      "name sysname, db_size nvarchar(13), owner sysname, dbid smallint, "
-      "created nvarchar(11), status nvarchar(600), compatibility_level tinyint",
-      rows);
-  const auto database = call.workspace().LookUpDatabase(wanted);
-  if (!database || database->Has(DatabaseStatus::kOffline)) return;
-  const DatabaseInfo before = call.database();
-  call.workspace().Open(*database);
-  call.workspace().SetCurrent(*database);
-  call.Run(R"(
+constexpr std::string_view kFiles = R"(
 select convert(sysname, rtrim(name)) as name, fileid, filename,
   case groupid when 1 then 'PRIMARY' else null end as filegroup,
   convert(nvarchar(15), size * 8) + N' KB' as size, N'Unlimited' as maxsize,
   convert(nvarchar(15), growth) + N'%' as growth,
   case groupid when 0 then 'log only' else 'data only' end as usage
-from sysfiles order by fileid)");
+from sysfiles order by fileid)";
+
+void HelpDatabase(ProcedureCall& call) {
+  const std::string wanted = call.Text("@dbname");
+  if (call.Has("@dbname") && !call.workspace().LookUpDatabase(wanted)) Fail(15010, {wanted});
+  call.Run(kDatabases);
+  const auto database = call.workspace().LookUpDatabase(wanted);
+  if (!database || database->Has(DatabaseStatus::kOffline)) return;
+  const DatabaseInfo before = call.database();
+  call.workspace().Open(*database);
+  call.workspace().SetCurrent(*database);
+  call.Run(kFiles);
   call.workspace().SetCurrent(before);
 }
 

@@ -20,12 +20,7 @@ order by 4, 1, 2, 3)";
 constexpr std::string_view kColumns = R"(
 select db_name() as TABLE_QUALIFIER, user_name(o.uid) as TABLE_OWNER, o.name as TABLE_NAME,
   c.name as COLUMN_NAME,
-  convert(smallint, case c.xtype when 104 then -7 when 48 then -6 when 52 then 5 when 56 then 4
-    when 127 then -5 when 59 then 7 when 62 then 6 when 106 then 3 when 108 then 2 when 60 then 3
-    when 122 then 3 when 61 then case @ODBCVer when 3 then 93 else 11 end
-    when 58 then case @ODBCVer when 3 then 93 else 11 end when 175 then 1 when 167 then 12
-    when 35 then -1 when 239 then -8 when 231 then -9 when 99 then -10 when 173 then -2
-    when 165 then -3 when 34 then -4 when 189 then -2 when 36 then -11 else -150 end) as DATA_TYPE,
+  convert(smallint, odbc_type(c.xtype, @ODBCVer)) as DATA_TYPE,
   case when c.colstat & 1 = 1 then t.name + N' identity' else t.name end as TYPE_NAME,
   convert(int, case when c.xtype in (34, 35) then 2147483647 when c.xtype = 99 then 1073741823
     when c.xtype = 36 then 36 when c.xtype in (173, 165, 189) then c.length else c.prec end)
@@ -39,11 +34,7 @@ select db_name() as TABLE_QUALIFIER, user_name(o.uid) as TABLE_OWNER, o.name as 
     when c.xtype in (48, 52, 56, 127, 106, 108, 60, 122) then 10 else null end) as RADIX,
   convert(smallint, c.isnullable) as NULLABLE, convert(varchar(254), null) as REMARKS,
   d.text as COLUMN_DEF,
-  convert(smallint, case c.xtype when 104 then -7 when 48 then -6 when 52 then 5 when 56 then 4
-    when 127 then -5 when 59 then 7 when 62 then 6 when 106 then 3 when 108 then 2 when 60 then 3
-    when 122 then 3 when 61 then 9 when 58 then 9 when 175 then 1 when 167 then 12
-    when 35 then -1 when 239 then -8 when 231 then -9 when 99 then -10 when 173 then -2
-    when 165 then -3 when 34 then -4 when 189 then -2 when 36 then -11 else -150 end)
+  convert(smallint, case when c.xtype in (58, 61) then 9 else odbc_type(c.xtype, 2) end)
     as SQL_DATA_TYPE,
   convert(smallint, case when c.xtype in (58, 61) then 3 else null end) as SQL_DATETIME_SUB,
   convert(int, case when c.xtype in (35, 34) then 2147483647 when c.xtype = 99 then 2147483646
@@ -107,9 +98,7 @@ order by 4, 7, 6, 8)";
 
 constexpr std::string_view kSpecialColumns = R"(
 select convert(smallint, 1) as SCOPE, c.name as COLUMN_NAME,
-  convert(smallint, case c.xtype when 56 then 4 when 52 then 5 when 48 then -6 when 127 then -5
-    when 175 then 1 when 167 then 12 when 239 then -8 when 231 then -9 when 36 then -11
-    when 61 then 11 when 108 then 2 else 3 end) as DATA_TYPE,
+  convert(smallint, odbc_type(c.xtype, 2)) as DATA_TYPE,
   t.name as TYPE_NAME, convert(int, c.prec) as [PRECISION], convert(int, c.length) as LENGTH,
   convert(smallint, c.scale) as SCALE, convert(smallint, 1) as PSEUDO_COLUMN
 from sysobjects o join sysindexes i on i.id = o.id
@@ -144,93 +133,41 @@ union all select 500, 'SYS_SPROC_VERSION', '8.00.2039') info
 where @attribute_id is null or attribute_id = @attribute_id
 order by attribute_id)";
 
-// A type as sp_datatype_info tells it.
-struct TypeRow {
-  std::string_view name;
-  int data_type;
-  int odbc3_type;
-  int precision;
-  std::string_view prefix;
-  std::string_view suffix;
-  std::string_view parameters;
-  int searchable;
-  int radix;  // 0: none
-};
-
-constexpr TypeRow kTypes[] = {
-    {"sql_variant", -150, -150, 8000, "", "", "", 2, 10},
-    {"uniqueidentifier", -11, -11, 36, "'", "'", "", 2, 0},
-    {"ntext", -10, -10, 1073741823, "N'", "'", "", 1, 0},
-    {"nvarchar", -9, -9, 4000, "N'", "'", "max length", 3, 0},
-    {"sysname", -9, -9, 128, "N'", "'", "", 3, 0},
-    {"nchar", -8, -8, 4000, "N'", "'", "length", 3, 0},
-    {"bit", -7, -7, 1, "", "", "", 2, 0},
-    {"tinyint", -6, -6, 3, "", "", "", 2, 10},
-    {"bigint", -5, -5, 19, "", "", "", 2, 10},
-    {"image", -4, -4, 2147483647, "0x", "", "", 0, 0},
-    {"varbinary", -3, -3, 8000, "0x", "", "max length", 2, 0},
-    {"binary", -2, -2, 8000, "0x", "", "length", 2, 0},
-    {"timestamp", -2, -2, 8, "0x", "", "", 2, 0},
-    {"text", -1, -1, 2147483647, "'", "'", "", 1, 0},
-    {"char", 1, 1, 8000, "'", "'", "length", 3, 0},
-    {"numeric", 2, 2, 38, "", "", "precision,scale", 2, 10},
-    {"decimal", 3, 3, 38, "", "", "precision,scale", 2, 10},
-    {"money", 3, 3, 19, "$", "", "", 2, 10},
-    {"smallmoney", 3, 3, 10, "$", "", "", 2, 10},
-    {"int", 4, 4, 10, "", "", "", 2, 10},
-    {"smallint", 5, 5, 5, "", "", "", 2, 10},
-    {"float", 6, 6, 53, "", "", "", 2, 2},
-    {"real", 7, 7, 24, "", "", "", 2, 2},
-    {"datetime", 11, 93, 23, "'", "'", "", 3, 0},
-    {"smalldatetime", 11, 93, 16, "'", "'", "", 3, 0},
-    {"varchar", 12, 12, 8000, "'", "'", "max length", 3, 0},
-};
-
-Cell TextOrNull(std::string_view text) { return text.empty() ? Cell() : Cell(std::string(text)); }
-
-Cell Number(int value) { return static_cast<std::int64_t>(value); }
-
-void DataTypeInfo(ProcedureCall& call) {
-  const bool odbc3 = call.Integer("@ODBCVer", 2) == 3;
-  const std::int64_t wanted = call.Integer("@data_type", 0);
-  std::vector<std::vector<Cell>> rows;
-  for (const TypeRow& type : kTypes) {
-    const int number = odbc3 ? type.odbc3_type : type.data_type;
-    if (wanted != 0 && wanted != number) continue;
-    const bool is_date = type.odbc3_type == 93;
-    const bool is_number = type.radix != 0 && type.name != "sql_variant";
-    const bool scaled = type.name == "numeric" || type.name == "decimal";
-    rows.push_back({std::string(type.name),
-                    Number(number),
-                    Number(type.precision),
-                    TextOrNull(type.prefix),
-                    TextOrNull(type.suffix),
-                    TextOrNull(type.parameters),
-                    Number(1),
-                    Number(0),
-                    Number(type.searchable),
-                    is_number ? Number(type.name == "tinyint" ? 1 : 0) : Cell(),
-                    Number(type.name.find("money") != std::string_view::npos ? 1 : 0),
-                    is_number ? Number(0) : Cell(),
-                    std::string(type.name),
-                    is_number ? Number(0) : Cell(),
-                    is_number ? Number(scaled ? 38 : 0) : Cell(),
-                    Number(is_date ? 9 : type.data_type),
-                    is_date ? Number(3) : Cell(),
-                    type.radix != 0 ? Number(type.radix) : Cell(),
-                    Cell(),
-                    Number(0)});
-  }
-  call.Rows(
-      "TYPE_NAME sysname, DATA_TYPE smallint, [PRECISION] int, LITERAL_PREFIX nvarchar(32), "
-      "LITERAL_SUFFIX nvarchar(32), CREATE_PARAMS nvarchar(32), NULLABLE smallint, "
-      "CASE_SENSITIVE smallint, SEARCHABLE smallint, UNSIGNED_ATTRIBUTE smallint, "
-      "MONEY smallint, AUTO_INCREMENT smallint, LOCAL_TYPE_NAME sysname, "
-      "MINIMUM_SCALE smallint, MAXIMUM_SCALE smallint, SQL_DATA_TYPE smallint, "
-      "SQL_DATETIME_SUB smallint, NUM_PREC_RADIX int, INTERVAL_PRECISION smallint, "
-      "USERTYPE smallint",
-      rows);
-}
+constexpr std::string_view kTypes = R"(
+select name as TYPE_NAME, convert(smallint, odbc_type(xtype, @ODBCVer)) as DATA_TYPE,
+  convert(int, case xtype when 34 then 2147483647 when 35 then 2147483647 when 99 then 1073741823
+    when 36 then 36 when 98 then 8000 else case prec when 0 then length else prec end end)
+    as [PRECISION],
+  convert(nvarchar(32), case when xtype in (99, 231, 239) then 'N'''
+    when xtype in (35, 36, 58, 61, 167, 175) then '''' when xtype in (34, 165, 173, 189) then '0x'
+    when xtype in (60, 122) then '$' end) as LITERAL_PREFIX,
+  convert(nvarchar(32), case when xtype in (35, 36, 58, 61, 99, 167, 175, 231, 239) then ''''
+    end) as LITERAL_SUFFIX,
+  convert(nvarchar(32), case when xusertype in (165, 167, 231) then 'max length'
+    when xtype in (173, 175, 239) then 'length' when xtype in (106, 108) then 'precision,scale'
+    end) as CREATE_PARAMS,
+  convert(smallint, 1) as NULLABLE, convert(smallint, 0) as CASE_SENSITIVE,
+  convert(smallint, case when xtype = 34 then 0 when xtype in (35, 99) then 1
+    when xtype in (58, 61, 167, 175, 231, 239) then 3 else 2 end) as SEARCHABLE,
+  convert(smallint, case when xtype = 48 then 1
+    when xtype in (52, 56, 59, 60, 62, 106, 108, 122, 127) then 0 end) as UNSIGNED_ATTRIBUTE,
+  convert(smallint, case when xtype in (60, 122) then 1 else 0 end) as MONEY,
+  convert(smallint, case when xtype in (48, 52, 56, 59, 60, 62, 106, 108, 122, 127) then 0 end)
+    as AUTO_INCREMENT,
+  name as LOCAL_TYPE_NAME,
+  convert(smallint, case when xtype in (48, 52, 56, 59, 60, 62, 106, 108, 122, 127) then 0 end)
+    as MINIMUM_SCALE,
+  convert(smallint, case when xtype in (106, 108) then 38
+    when xtype in (48, 52, 56, 59, 60, 62, 122, 127) then 0 end) as MAXIMUM_SCALE,
+  convert(smallint, case when xtype in (58, 61) then 9 else odbc_type(xtype, 2) end)
+    as SQL_DATA_TYPE,
+  convert(smallint, case when xtype in (58, 61) then 3 end) as SQL_DATETIME_SUB,
+  case when xtype in (59, 62) then 2 when xtype in (48, 52, 56, 60, 98, 106, 108, 122, 127) then 10
+    end as NUM_PREC_RADIX,
+  convert(smallint, null) as INTERVAL_PRECISION, convert(smallint, 0) as USERTYPE
+from systypes
+where @data_type is null or @data_type = 0 or odbc_type(xtype, @ODBCVer) = @data_type
+order by 2, 1)";
 
 constexpr ProcedureRow kProcedures[] = {
     {"sp_tables", "@table_name=, @table_owner=, @table_qualifier=, @table_type=", nullptr, kTables},
@@ -248,7 +185,7 @@ constexpr ProcedureRow kProcedures[] = {
      "@table_name, @table_owner=, @table_qualifier=, @col_type=, @scope=, @nullable=, @ODBCVer=",
      nullptr, kSpecialColumns},
     {"sp_stored_procedures", "@sp_name=, @sp_owner=, @sp_qualifier=", nullptr, kStoredProcedures},
-    {"sp_datatype_info", "@data_type=, @ODBCVer=", DataTypeInfo},
+    {"sp_datatype_info", "@data_type=, @ODBCVer=", nullptr, kTypes},
     {"sp_server_info", "@attribute_id=", nullptr, kServerInfo},
 };
 

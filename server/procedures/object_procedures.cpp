@@ -56,55 +56,52 @@ void HelpIndex(ProcedureCall& call) {
 }
 
 // "table.column" or "table.index" taken apart at the last part.
-struct PartName {
-  ObjectName owner;
+struct TablePart {
+  FoundObject table;
   std::string part;
 };
 
-PartName SplitPart(ProcedureCall& call) {
-  const std::string text = call.Text("@objname");
+TablePart SplitPart(ProcedureCall& call, std::string_view kind) {
+  std::optional<FoundObject> table;
   ObjectName name;
   try {
-    name = ParseObjectName(text);
+    name = ParseObjectName(call.Text("@objname"));
+    table = call.resolver().Find({"", "", name.database, name.owner});
   } catch (const SqlError&) {
-    Fail(15248, {call.Text("@objtype")});
+    Fail(15248, {kind});
   }
-  PartName result{{}, name.name};
-  result.owner.name = name.owner;
-  result.owner.owner = name.database;
-  return result;
+  if (!table || table->object.xtype != "U") Fail(15248, {kind});
+  return {*table, name.name};
 }
 
 void RenameColumn(ProcedureCall& call, const std::string& new_name) {
-  const PartName name = SplitPart(call);
-  const std::optional<FoundObject> table = call.resolver().Find(name.owner);
-  if (!table || table->object.xtype != "U") Fail(15248, {"COLUMN"});
-  const CatalogTable definition = call.resolver().CatalogAt(*table).Table(table->object);
+  const TablePart name = SplitPart(call, "COLUMN");
+  const CatalogTable definition = call.resolver().CatalogAt(name.table).Table(name.table.object);
   const CatalogColumn* column = definition.FindColumn(name.part);
   if (column == nullptr) Fail(15248, {"COLUMN"});
   const CatalogColumn* other = definition.FindColumn(new_name);
   if (other != nullptr && other != column) Fail(15335, {new_name, "column"});
   if (!definition.checks.empty()) Fail(15336, {call.Text("@objname")});
-  TableDefinition(call.workspace(), call.resolver()).RenameColumn(*table, column->name, new_name);
+  TableDefinition(call.workspace(), call.resolver())
+      .RenameColumn(name.table, column->name, new_name);
 }
 
 void RenameIndex(ProcedureCall& call, const std::string& new_name) {
-  const PartName name = SplitPart(call);
-  const std::optional<FoundObject> table = call.resolver().Find(name.owner);
-  if (!table || table->object.xtype != "U") Fail(15248, {"INDEX"});
-  Catalog catalog = call.resolver().CatalogAt(*table);
-  const CatalogTable definition = catalog.Table(table->object);
+  const TablePart name = SplitPart(call, "INDEX");
+  const FoundObject& table = name.table;
+  Catalog catalog = call.resolver().CatalogAt(table);
+  const CatalogTable definition = catalog.Table(table.object);
   const CatalogIndex* index = definition.FindIndex(name.part);
   if (index == nullptr) Fail(15248, {"INDEX"});
   if (definition.FindIndex(new_name) != nullptr) Fail(15335, {new_name, "index"});
-  WriteScope scope(call.workspace(), table->database, table->alias, table->object.id);
+  WriteScope scope(call.workspace(), table.database, table.alias, table.object.id);
   call.sqlite().Run(
       "update " + catalog.Path("sysindexes") + " set name = ? where id = ? and indid = ?", new_name,
-      table->object.id, index->indid);
+      table.object.id, index->indid);
   call.sqlite().Run(
       "update " + catalog.Path("sysobjects") +
           " set name = ?1 where parent_obj = ?2 and name = ?3 and xtype in ('PK', 'UQ')",
-      new_name, table->object.id, index->name);
+      new_name, table.object.id, index->name);
   scope.Commit();
 }
 

@@ -73,6 +73,14 @@ constexpr std::string_view kIdentitySeed =
 constexpr std::string_view kIdentityIncrement =
     "(select increment from $d.\"#identity\" where id = ms_state('local_object_id', $1))";
 
+// The number that ODBC has for a type of systypes; dates have others since version 3.
+constexpr std::string_view kOdbcType = R"((case $1 when 104 then -7 when 48 then -6 when 52 then 5
+  when 56 then 4 when 127 then -5 when 59 then 7 when 62 then 6 when 106 then 3 when 108 then 2
+  when 60 then 3 when 122 then 3 when 61 then iif($2 = 3, 93, 11) when 58 then iif($2 = 3, 93, 11)
+  when 175 then 1 when 167 then 12 when 35 then -1 when 239 then -8 when 231 then -9
+  when 99 then -10 when 173 then -2 when 165 then -3 when 34 then -4 when 189 then -2
+  when 36 then -11 else -150 end))";
+
 constexpr FunctionRow kFunctions[] = {
     // dates
     {"getdate", 0, 0, "", kDateTime, 0, "$t"},
@@ -140,6 +148,7 @@ constexpr FunctionRow kFunctions[] = {
     {"db_id", 0, 1, "t", kInt, 0,
      "(select dbid from main.sysdatabases where name = coalesce($1, ms_state('db_name')))"},
     {"db_name", 0, 1, "i", kName, 0, "state"},
+    {"database_bytes", 1, 1, "i", kBigInt, 0, "state"},
     {"user", 0, 0, "", kName, 0, "state"},
     {"user_id", 0, 1, "t", kInt, 0,
      "(select uid from $d.sysusers where name = coalesce($1, ms_state('user')))"},
@@ -159,6 +168,7 @@ constexpr FunctionRow kFunctions[] = {
     {"host_name", 0, 0, "", kName, 0, "state"},
     {"host_id", 0, 0, "", kVarChar, 10, "state"},
     {"app_name", 0, 0, "", kName, 0, "state"},
+    {"odbc_type", 2, 2, "ii", kInt, 0, kOdbcType},
     {"type_id", 1, 1, "t", kInt, 0, "(select xusertype from $d.systypes where name = $1)"},
     {"type_name", 1, 1, "i", kName, 0, "(select name from $d.systypes where xusertype = $1)"},
     {"col_name", 2, 2, "ii", kName, 0,

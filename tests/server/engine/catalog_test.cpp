@@ -114,6 +114,11 @@ TEST_F(CatalogTest, DefinitionsAreFoundInTheSystemTables) {
        "(1)\n(1)\n1"},
       {"sp_pkeys p", "目録|dbo|p|k|1|PK_p"},
       {"sp_tables p", "目録|dbo|p|TABLE|NULL"},
+      {"sp_datatype_info 12",
+       "varchar|12|8000|'|'|max length|1|0|3|NULL|0|NULL|varchar|NULL|NULL|12|NULL|NULL|NULL|0"},
+      {"sp_datatype_info 93, 3",
+       "datetime|93|23|'|'|NULL|1|0|3|NULL|0|NULL|datetime|NULL|NULL|9|3|NULL|NULL|0\n"
+       "smalldatetime|93|16|'|'|NULL|1|0|3|NULL|0|NULL|smalldatetime|NULL|NULL|9|3|NULL|NULL|0"},
       {"drop table t drop table p select count(*) from sysobjects where id > 1000 select count(*) "
        "from syscolumns where id > 1000 select count(*) from sysindexes where id > 1000",
        "0\n0\n0"},
