@@ -1,6 +1,7 @@
 #include "server/engine/backup_file.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstring>
 
@@ -18,16 +19,30 @@ constexpr std::size_t kNumberSize = 8;
 constexpr std::size_t kBlockSize = 1 << 20;
 constexpr std::uint64_t kLongestDescription = 1 << 20;
 
-// Any change within one word changes the sum, and so does any order of the words.
-std::uint64_t Checksum(std::uint64_t seed, std::string_view bytes) {
+// Gives every number another one.
+std::uint64_t Mix(std::uint64_t number) {
   constexpr std::uint64_t kFactor = 0x9E3779B97F4A7C15;
+  number *= kFactor;
+  return number ^ (number >> 32);
+}
+
+// Any change within one word changes the sum, and so does any order of the words. Four sums run
+// side by side because each has to wait for its last word.
+std::uint64_t Checksum(std::uint64_t seed, std::string_view bytes) {
+  using Words = std::array<std::uint64_t, 4>;
   std::uint64_t sum = seed ^ bytes.size();
+  Words sums = {sum + 1, sum + 2, sum + 3, sum + 4};
+  for (; bytes.size() >= sizeof(Words); bytes.remove_prefix(sizeof(Words))) {
+    Words words;
+    std::memcpy(words.data(), bytes.data(), sizeof(Words));
+    for (std::size_t i = 0; i < words.size(); ++i) sums[i] = Mix(sums[i] ^ words[i]);
+  }
+  for (const std::uint64_t part : sums) sum = Mix(sum ^ part);
   while (!bytes.empty()) {
     std::uint64_t word = 0;
     const std::size_t count = std::min(bytes.size(), sizeof(word));
     std::memcpy(&word, bytes.data(), count);
-    sum = (sum ^ word) * kFactor;
-    sum ^= sum >> 32;
+    sum = Mix(sum ^ word);
     bytes.remove_prefix(count);
   }
   return sum;
@@ -223,10 +238,8 @@ bool ReadBackupData(const std::filesystem::path& path, const BackupSet& set,
 }
 
 bool WriteBackup(const std::filesystem::path& path, const std::string& medium_id,
-                 const std::filesystem::path& earlier, BackupHeader header,
-                 const std::filesystem::path& data, const KeepGoing& keep_going) {
-  HostFile source = HostFile::Open(data);
-  header.data_size = source.Size();
+                 const std::filesystem::path& earlier, const BackupHeader& header,
+                 const ReadAt& read, const KeepGoing& keep_going) {
   HostFile file = HostFile::Make(path);
   if (earlier.empty()) {
     const std::string head = std::string(kMediumMark) + medium_id;
@@ -240,16 +253,17 @@ bool WriteBackup(const std::filesystem::path& path, const std::string& medium_id
   std::uint64_t sum = Checksum(Checksum(0, front), description);
   file.Write(front + description + NumberBytes(sum));
   std::string block(kBlockSize, '\0');
-  std::int64_t left = header.data_size;
-  while (left > 0) {
+  std::int64_t offset = 0;
+  while (offset < header.data_size) {
     if (!keep_going()) return false;
-    const std::size_t count = source.Read(block.data(), block.size());
-    if (count == 0) throw std::runtime_error("the copy became shorter");
+    const auto left = static_cast<std::uint64_t>(header.data_size - offset);
+    const std::size_t count = std::min<std::uint64_t>(left, kBlockSize);
+    read(offset, block.data(), count);
     const std::string_view part = std::string_view(block).substr(0, count);
     sum = Checksum(sum, part);
     file.Write(part);
     file.Write(NumberBytes(sum));
-    left -= static_cast<std::int64_t>(count);
+    offset += static_cast<std::int64_t>(count);
   }
   file.Write(kEndMark);
   file.Sync();

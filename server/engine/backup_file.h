@@ -66,10 +66,14 @@ BackupMedium ReadBackupMedium(const std::filesystem::path& path);
 bool ReadBackupData(const std::filesystem::path& path, const BackupSet& set,
                     const std::function<void(std::string_view)>& take, const KeepGoing& keep_going);
 
+// Fills `bytes` from the offset of the file that is backed up.
+using ReadAt = std::function<void(std::int64_t offset, char* bytes, std::size_t count)>;
+
 // Writes the new file `path`: a medium with the id, the sets of the medium `earlier` unless that is
-// empty, and the set of `header` with the file `data`. False when it was asked to stop.
+// empty, and the set of `header` with the bytes that it tells the number of. False when it was
+// asked to stop.
 bool WriteBackup(const std::filesystem::path& path, const std::string& medium_id,
-                 const std::filesystem::path& earlier, BackupHeader header,
-                 const std::filesystem::path& data, const KeepGoing& keep_going);
+                 const std::filesystem::path& earlier, const BackupHeader& header,
+                 const ReadAt& read, const KeepGoing& keep_going);
 
 }  // namespace dbkeeper::server

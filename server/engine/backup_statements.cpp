@@ -201,6 +201,34 @@ std::string PathOfDevice(EngineSession& session, const std::string& name) {
       "select phyname from main.sysdevices where name = ?1 and status & 16", name);
 }
 
+// Completes the header. The medium gets its name when it is whole; a crash before leaves the
+// earlier one.
+void WriteMedium(Workspace& workspace, const DatabaseInfo& database, const BackupPlace& place,
+                 const std::string& medium_id, bool adds, BackupHeader& header) {
+  const std::string unfinished = place.file.string() + "." + RandomName();
+  const std::filesystem::path copy = unfinished + ".copy";
+  const std::filesystem::path medium = unfinished + ".medium";
+  const PendingFiles pending(workspace.instance().places(), {copy, medium},
+                             PendingFiles::Purpose::kMake);
+  const KeepGoing keep_going = [&] { return !workspace.interrupted(); };
+  std::optional<DatabaseBytes> source = HoldFile(workspace, database);
+  if (!source) {
+    if (!CopyDatabase(workspace.instance().FileOf(database.dbid), copy, keep_going)) Fail(3617);
+    source.emplace(SqliteConnection(copy.string()));
+  }
+  header.finished = CurrentTime();
+  header.data_size = source->Size();
+  const auto read = [&](std::int64_t offset, char* bytes, std::size_t count) {
+    source->Read(offset, bytes, count);
+  };
+  if (!WriteBackup(medium, medium_id, adds ? place.file : std::filesystem::path(), header, read,
+                   keep_going)) {
+    Fail(3617);
+  }
+  std::filesystem::rename(medium, place.file);
+  SyncFolder(place.file.parent_path());
+}
+
 void BackUp(EngineSession& session, const BackupStatement& statement, ResultSink& sink) {
   Workspace& workspace = session.workspace();
   const DatabasePlaces& places = workspace.instance().places();
@@ -224,22 +252,8 @@ void BackUp(EngineSession& session, const BackupStatement& statement, ResultSink
   const bool adds = !earlier.sets.empty() && !options.init;
   const std::int64_t position = adds ? static_cast<std::int64_t>(earlier.sets.size()) + 1 : 1;
 
-  // The medium gets its name when it is whole; a crash before leaves the earlier one.
-  const std::string unfinished = place.file.string() + "." + RandomName();
-  const std::filesystem::path copy = unfinished + ".copy";
-  const std::filesystem::path medium = unfinished + ".medium";
-  const PendingFiles pending(places, {copy, medium}, PendingFiles::Purpose::kMake);
-  const KeepGoing keep_going = [&] { return !workspace.interrupted(); };
   BackupHeader header = HeaderFor(session, database, options);
-  if (!CopyDatabase(workspace.instance().FileOf(database.dbid), copy, keep_going)) Fail(3617);
-  header.finished = CurrentTime();
-  header.data_size = static_cast<std::int64_t>(std::filesystem::file_size(copy));
-  if (!WriteBackup(medium, medium_id, adds ? place.file : std::filesystem::path(), header, copy,
-                   keep_going)) {
-    Fail(3617);
-  }
-  std::filesystem::rename(medium, place.file);
-  SyncFolder(place.file.parent_path());
+  WriteMedium(workspace, database, place, medium_id, adds, header);
   Record(session, place, medium_id, position, header);
   TellProcessed(sink, database.name, header, position);
   const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;

@@ -1,6 +1,7 @@
 #include "server/engine/database_files.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <fstream>
 #include <iterator>
@@ -242,6 +243,52 @@ void QuietFile::Check(int code) const {
   if (workspace_.interrupted()) Fail(3617);
   if ((code & 0xFF) == SQLITE_BUSY) Fail(3101);
   throw SqliteError(connection_.handle());
+}
+
+sqlite3_file* DatabaseBytes::File() const {
+  sqlite3_file* file = nullptr;
+  sqlite3_file_control(connection_.handle(), "main", SQLITE_FCNTL_FILE_POINTER, &file);
+  return file;
+}
+
+std::int64_t DatabaseBytes::Size() const {
+  sqlite3_file* const file = File();
+  sqlite3_int64 size = 0;
+  if (file->pMethods->xFileSize(file, &size) != SQLITE_OK) {
+    throw std::system_error(EIO, std::generic_category(), "size");
+  }
+  return size;
+}
+
+void DatabaseBytes::Read(std::int64_t offset, char* bytes, std::size_t count) const {
+  sqlite3_file* const file = File();
+  if (file->pMethods->xRead(file, bytes, static_cast<int>(count), offset) != SQLITE_OK) {
+    throw std::system_error(EIO, std::generic_category(), "read");
+  }
+}
+
+std::optional<DatabaseBytes> HoldFile(Workspace& workspace, const DatabaseInfo& database) {
+  constexpr int kPatience = 200;  // milliseconds
+  const std::string file = workspace.instance().FileOf(database.dbid).string();
+  SqliteConnection writer(file);
+  sqlite3_busy_timeout(writer.handle(), kPatience);
+  if (sqlite3_exec(writer.handle(), "begin immediate", nullptr, nullptr, nullptr) != SQLITE_OK) {
+    return std::nullopt;
+  }
+  // Nobody writes now.
+  SqliteConnection reader(file);
+  const auto look = [&reader] { reader.IntegerOf(0, "select count(*) from sqlite_schema"); };
+  look();  // SQLite does not know of the log before
+  int frames = 0;
+  int folded = 0;
+  const int code = sqlite3_wal_checkpoint_v2(reader.handle(), nullptr, SQLITE_CHECKPOINT_PASSIVE,
+                                             &frames, &folded);
+  if (code != SQLITE_OK || frames != folded) return std::nullopt;
+  // A reader that finds nothing in the log but what is folded in reads the file alone, and keeps
+  // everybody from folding in more.
+  reader.Execute("begin");
+  look();
+  return DatabaseBytes(std::move(reader));
 }
 
 bool IsTaken(Workspace& workspace, const std::filesystem::path& file) {

@@ -4,7 +4,9 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "server/engine/database_places.h"
@@ -81,6 +83,27 @@ class QuietFile {
   const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
   SqliteConnection connection_;
 };
+
+// Reads the bytes of a database file through the connection that has it open: a descriptor of our
+// own would take SQLite's locks with it when it is closed.
+class DatabaseBytes {
+ public:
+  explicit DatabaseBytes(SqliteConnection connection) : connection_(std::move(connection)) {}
+
+  // Both throw std::system_error.
+  std::int64_t Size() const;
+  void Read(std::int64_t offset, char* bytes, std::size_t count) const;
+
+ private:
+  sqlite3_file* File() const;
+
+  SqliteConnection connection_;
+};
+
+// The file of a database as it is at this moment, its log folded in, and as it stays while this
+// lives: what others write stays in the log. None when somebody reads an earlier state or writes
+// for long, for then the log cannot be folded in.
+std::optional<DatabaseBytes> HoldFile(Workspace& workspace, const DatabaseInfo& database);
 
 // True when the file is one of a database's or of the instance itself.
 bool IsTaken(Workspace& workspace, const std::filesystem::path& file);

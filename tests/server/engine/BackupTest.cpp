@@ -1,10 +1,13 @@
 // Databases backed up, restored, attached, let go.
+#include <atomic>
+#include <chrono>
 #include <fstream>
 #include <iterator>
 #include <set>
 #include <thread>
 #include <utility>
 
+#include "server/engine/sqlite.h"
 #include "tests/server/engine/engine_fixture.h"
 
 namespace dbkeeper::server {
@@ -179,6 +182,48 @@ TEST_F(BackupTest, WhatDoesNotFitIsRefusedAndTheDatabaseStaysAsItIs) {
   EXPECT_EQ(Count("乙"), "100|値");
   EXPECT_EQ(client_.Run("restore database 乙 from disk = " + k + " with replace"), kTwoFiles);
   client_.Run("drop database 甲 drop database 乙");
+}
+
+TEST_F(BackupTest, ABackupIsOfOneMomentWhileOthersReadAndWrite) {
+  constexpr int kRows = 10'000;
+  Make("瞬間");
+  client_.Run("create table 瞬間.dbo.a (id int not null primary key, n int, pad char(300))");
+  client_.Run(
+      "insert 瞬間.dbo.a select (x.id - 1) * 100 + y.id, 0, '' from 瞬間.dbo.t x, 瞬間.dbo.t y");
+  std::atomic<bool> stop = false;
+  // Moves something from one end of the file to the other, so that the sum stays, and has the log
+  // folded in.
+  std::thread writer([&] {
+    Client other = Operator();
+    other.Run("use 瞬間");
+    for (int i = 0; !stop; i = (i + 1) % 100) {
+      other.Run("begin tran update a set n = n - 1 where id = " + std::to_string(1 + i) +
+                " update a set n = n + 1 where id = " + std::to_string(kRows - i) +
+                " commit checkpoint");
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+  });
+  int pad = 0;
+  for (const bool earlier_state_is_read : {false, true}) {
+    SCOPED_TRACE(earlier_state_is_read);
+    SqliteConnection reader(File("瞬間_dat.mdf").string());
+    if (earlier_state_is_read) reader.Execute("begin");
+    reader.IntegerOf(0, "select count(*) from sqlite_schema");
+    for (int round = 0; round < 5; ++round) {
+      const std::string number = std::to_string(++pad);
+      ASSERT_EQ(client_.Run("update 瞬間.dbo.a set pad = " + number + " where id = 5000"), "(1)");
+      ASSERT_EQ(BackUp("瞬間", "c.bak"), kTwoFiles);
+      ASSERT_EQ(client_.Run("restore database 写 from disk = '" + Path("c.bak") +
+                            "' with replace, move '瞬間_dat' to '" + Path("写.mdf") +
+                            "', move '瞬間_log' to '" + Path("写.ldf") + "'"),
+                kTwoFiles);
+      EXPECT_EQ(client_.Run("select count(*), sum(n) from 写.dbo.a"), std::to_string(kRows) + "|0");
+      EXPECT_EQ(client_.Run("select rtrim(pad) from 写.dbo.a where id = 5000"), number);
+    }
+  }
+  stop = true;
+  writer.join();
+  client_.Run("drop database 写 drop database 瞬間");
 }
 
 TEST_F(BackupTest, NobodyGetsIntoADatabaseThatIsBeingRestored) {
