@@ -17,6 +17,8 @@ if(TARGET dbkeeper_test_server)
   dbkeeper_bench(odbc_bench SOURCES bench/odbc_bench.cpp LIBS dbkeeper_odbc dbkeeper_test_server odbc)
   dbkeeper_bench(rows_bench SOURCES bench/rows_bench.cpp
     LIBS dbkeeper_odbc dbkeeper_test_server dbkeeper_test_support)
+  dbkeeper_bench(backup_bench SOURCES bench/backup_bench.cpp
+    LIBS dbkeeper_odbc dbkeeper_test_server)
   dbkeeper_bench(server_bench SOURCES bench/server_bench.cpp
     LIBS dbkeeper_odbc dbkeeper_test_server SQLite::SQLite3)
 endif()
