@@ -96,6 +96,7 @@ std::vector<std::string> SettingsFile::Keys(std::string_view section) const {
   bool inside = false;
   for (const std::string& line : Lines()) {
     if (const auto name = SectionOf(line)) {
+      if (inside) break;
       inside = EqualsIgnoringCase(*name, section);
     } else if (const auto entry = EntryOf(line); entry && inside) {
       keys.push_back(entry->key);

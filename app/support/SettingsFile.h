@@ -19,8 +19,9 @@ class SettingsFile {
  public:
   SettingsFile(std::filesystem::path file, CodePage& code_page);
 
-  // Section and key names compare without case. The default stands for an absent key, section or
-  // file. Throws FileError when the file is there and cannot be understood.
+  // Section and key names compare without case; of several sections of a name the first counts. The
+  // default stands for an absent key, section or file. Throws FileError when the file is there and
+  // cannot be understood.
   std::string Read(std::string_view section, std::string_view key,
                    const std::string& default_value) const;
   // The key names of a section in file order. Throws like Read.

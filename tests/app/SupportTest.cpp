@@ -143,6 +143,13 @@ TEST_F(SettingsFileTest, ReadsWithDefaultsAndKeepsEveryOtherLineWhenWriting) {
   EXPECT_EQ(settings.Keys("SQLServer"), (std::vector<std::string>{"host\\inst", "host2"}));
 }
 
+TEST_F(SettingsFileTest, OfSectionsOfOneNameTheFirstCounts) {
+  PutFile(path, "[SQLServer]\r\na=1\r\n[SYSTEM]\r\n[sqlserver]\r\na=2\r\nb=2\r\n");
+  EXPECT_EQ(settings.Read("SQLServer", "a", ""), "1");
+  EXPECT_EQ(settings.Read("SQLServer", "b", ""), "");
+  EXPECT_EQ(settings.Keys("SQLServer"), (std::vector<std::string>{"a"}));
+}
+
 TEST_F(SettingsFileTest, FileThatCannotBeUnderstoodIsReportedAndNeverOverwritten) {
   const std::string bad[] = {
       std::string("[SYSTEM]\r\n\xff\xfe\x80", 13),
