@@ -1,5 +1,6 @@
-// The program's own messages for failures of the machine it runs on and for rows that it does not
-// write, all in one place. "%1" is the file, column or number concerned.
+// The program's own messages for failures of the machine it runs on, for servers that it cannot
+// reach and for rows that it does not write, all in one place. "%1" is the file, server, column or
+// number concerned.
 #pragma once
 
 #include <string>
@@ -13,6 +14,25 @@ inline constexpr std::string_view kTooLong = "ファイルが大きすぎます:
 inline constexpr std::string_view kNoSettingsText =
     "設定ファイルの内容を読み取れません。ファイルは変更されません: %1";
 inline constexpr std::string_view kNotInCodePage = "シフトJISで表せない文字があります: %1";
+
+inline constexpr std::string_view kNotConnected = "サーバーに接続していません。";
+inline constexpr std::string_view kConnectionClosed = "この結果を読み込んだ接続は閉じられました。";
+inline constexpr std::string_view kNoDriverManager = "ODBCを利用できません。";
+inline constexpr std::string_view kNoDriver =
+    "ODBCドライバーのFreeTDSが見つかりません。パッケージtdsodbcを導入するか、"
+    "設定ファイルの[ODBC]のDriverで指定してください。";
+inline constexpr std::string_view kNotForDriver = "%1に「};」を使用することはできません。";
+inline constexpr std::string_view kNotForConnection = "接続文字列に使用できません: %1";
+inline constexpr std::string_view kNoServerName = "サーバー名として使用できません: %1";
+inline constexpr std::string_view kNoPort =
+    "「,」の後にはポート番号 (1～65535) を指定してください: %1";
+inline constexpr std::string_view kOnlyTcp = "TCP以外では接続できません: %1";
+inline constexpr std::string_view kBadTdsVersion =
+    "設定ファイルのTDSVersionには7.1、7.2、7.3、7.4のいずれかを指定してください: %1";
+inline constexpr std::string_view kNoLocalServer = "付属のサーバーを起動できません: %1";
+inline constexpr std::string_view kNoPortInTime = "時間内に応答がありませんでした。";
+inline constexpr std::string_view kEndedAtOnce =
+    "すぐに終了しました。その原因は標準エラー出力に出ています。";
 
 inline constexpr std::string_view kCannotWriteRows =
     "検索結果の一時ファイルに書き込めません。ディスクの空き容量を確認してください。";

@@ -19,6 +19,7 @@
 #include <utility>
 
 #include "app/support/Errors.h"
+#include "app/support/Messages.h"
 
 namespace dbkeeper {
 
@@ -27,8 +28,8 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-[[noreturn]] void FailToStart(const std::string& why) {
-  throw SessionError("The local server could not be started: " + why);
+[[noreturn]] void FailToStart(std::string_view why) {
+  throw SessionError(messages::Fill(messages::kNoLocalServer, why));
 }
 
 std::string SystemMessage() { return std::strerror(errno); }
@@ -169,15 +170,15 @@ int LocalServerProcess::ReadPort(int output) {
         std::chrono::duration_cast<milliseconds>(deadline - steady_clock::now()).count();
     pollfd wait{output, POLLIN, 0};
     if (left <= 0 || poll(&wait, 1, static_cast<int>(left)) == 0) {
-      FailToStart("it did not open its port in time.");
+      FailToStart(messages::kNoPortInTime);
     }
     std::array<char, 256> bytes{};
     const ssize_t count = read(output, bytes.data(), bytes.size());
-    if (count == 0) FailToStart("it ended at once. Its own words went to the standard error.");
+    if (count == 0) FailToStart(messages::kEndedAtOnce);
     if (count > 0) line.append(bytes.data(), static_cast<std::size_t>(count));
   }
   const int port = PortOf(line);
-  if (port == 0) FailToStart("it said '" + line.substr(0, line.find('\n')) + "'.");
+  if (port == 0) FailToStart(line.substr(0, line.find('\n')));
   return port;
 }
 

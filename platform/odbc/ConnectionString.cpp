@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "app/support/Errors.h"
+#include "app/support/Messages.h"
 #include "app/support/TextHelpers.h"
 
 namespace dbkeeper {
@@ -16,16 +17,20 @@ namespace {
 constexpr std::string_view kPasswordMark = ";Password=";
 constexpr std::string_view kDataSourceMark = ";Data Source=";
 
+[[noreturn]] void Refuse(std::string_view message, std::string_view what) {
+  throw SessionError(messages::Fill(message, what));
+}
+
 void TakeProvider(ConnectionRequest& /*request*/, const std::string& value) {
   // "SQLOLEDB.1" names a version of the same provider.
   if (!EqualsIgnoringCase(value.substr(0, value.find('.')), "SQLOLEDB")) {
-    throw SessionError("The provider '" + value + "' is not supported.");
+    Refuse(messages::kNotForConnection, value);
   }
 }
 
 void TakeSecurity(ConnectionRequest& request, const std::string& value) {
   if (!EqualsIgnoringCase(value, "SSPI")) {
-    throw SessionError("Integrated Security can only be SSPI, not '" + value + "'.");
+    Refuse(messages::kNotForConnection, value);
   }
   request.windows_authentication = true;
 }
@@ -47,16 +52,12 @@ constexpr std::array kKeys = {
 
 void TakePart(ConnectionRequest& request, const std::string& part) {
   const std::size_t equals = part.find('=');
-  if (equals == std::string::npos) {
-    throw SessionError("'" + part + "' is no part of a connection string.");
-  }
+  if (equals == std::string::npos) Refuse(messages::kNotForConnection, part);
   const std::string name = Trim(part.substr(0, equals));
   const auto key = std::find_if(kKeys.begin(), kKeys.end(), [&name](const Key& candidate) {
     return EqualsIgnoringCase(candidate.name, name);
   });
-  if (key == kKeys.end()) {
-    throw SessionError("The connection string has an unknown part '" + name + "'.");
-  }
+  if (key == kKeys.end()) Refuse(messages::kNotForConnection, part);
   key->take(request, Trim(part.substr(equals + 1)));
 }
 
@@ -65,16 +66,14 @@ int ParsePort(std::string_view text, std::string_view data_source) {
   const char* end = text.data() + text.size();
   const auto [stop, problem] = std::from_chars(text.data(), end, port);
   if (problem != std::errc() || stop != end || port < 1 || port > 65535) {
-    throw SessionError("'" + std::string(data_source) + "' has no port number behind the comma.");
+    Refuse(messages::kNoPort, data_source);
   }
   return port;
 }
 
 // The value in braces. The driver looks for "};" as its end and knows no other way to write it.
 std::string Braced(const std::string& value, const char* what) {
-  if (value.find("};") != std::string::npos) {
-    throw SessionError(std::string("The driver cannot be given a ") + what + " with \"};\" in it.");
-  }
+  if (value.find("};") != std::string::npos) Refuse(messages::kNotForDriver, what);
   return "{" + value + "}";
 }
 
@@ -110,7 +109,7 @@ ServerAddress ParseDataSource(std::string_view text) {
     if (EqualsIgnoringCase(protocol, "tcp")) {
       rest.erase(0, colon + 1);
     } else if (EqualsIgnoringCase(protocol, "np") || EqualsIgnoringCase(protocol, "lpc")) {
-      throw SessionError("The server can only be reached over TCP, not by '" + rest + "'.");
+      Refuse(messages::kOnlyTcp, text);
     }
   }
   if (const std::size_t comma = rest.find(','); comma != std::string::npos) {
@@ -124,23 +123,21 @@ ServerAddress ParseDataSource(std::string_view text) {
   const bool odd = rest.empty() || (backslash != std::string::npos && address.instance.empty()) ||
                    rest.front() == '\\' ||
                    rest.find_first_of(";{}=\"'\r\n\t ") != std::string::npos;
-  if (odd) throw SessionError("'" + std::string(text) + "' is no name of a server.");
+  if (odd) Refuse(messages::kNoServerName, text);
   return address;
 }
 
 void RequireUsableTdsVersion(std::string_view version) {
   constexpr std::array<std::string_view, 4> kUsable = {"7.1", "7.2", "7.3", "7.4"};
   if (std::find(kUsable.begin(), kUsable.end(), version) != kUsable.end()) return;
-  std::string text = "The setting TDSVersion is '" + std::string(version) +
-                     "', but it can only be 7.1, 7.2, 7.3 or 7.4.";
-  if (version == "7.0") text += " With 7.0 Japanese columns would come garbled.";
-  throw SessionError(text);
+  Refuse(messages::kBadTdsVersion, version);
 }
 
 std::string OdbcConnectionString(const ConnectionRequest& request, const ServerAddress& address,
                                  const DriverSettings& settings) {
   RequireUsableTdsVersion(settings.tds_version);
-  std::string text = "DRIVER=" + Braced(settings.driver, "driver name") + ";SERVER=" + address.host;
+  std::string text =
+      "DRIVER=" + Braced(settings.driver, "ドライバー名") + ";SERVER=" + address.host;
   // With a port the driver ignores the instance, and as part of the name it would look it up.
   if (address.port) {
     text += ";PORT=" + std::to_string(*address.port);
@@ -152,10 +149,10 @@ std::string OdbcConnectionString(const ConnectionRequest& request, const ServerA
   if (request.windows_authentication) {
     text += ";Trusted_Connection=Yes";
   } else {
-    text += ";UID=" + Braced(request.user, "login name");
-    text += ";PWD=" + Braced(request.password, "password");
+    text += ";UID=" + Braced(request.user, "ログイン名");
+    text += ";PWD=" + Braced(request.password, "パスワード");
   }
-  if (!request.database.empty()) text += ";DATABASE=" + Braced(request.database, "database name");
+  if (!request.database.empty()) text += ";DATABASE=" + Braced(request.database, "データベース名");
   return text + ";APP=DB Keeper;TDS_Version=" + settings.tds_version + ";ClientCharset=UTF-8";
 }
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "app/support/Messages.h"
 #include "platform/odbc/Diagnostics.h"
 #include "platform/odbc/Utf16.h"
 
@@ -13,6 +14,8 @@ namespace dbkeeper::odbc {
 namespace {
 
 SQLPOINTER AsPointer(SQLULEN value) { return reinterpret_cast<SQLPOINTER>(value); }
+
+[[noreturn]] void ThrowNotConnected() { throw SessionError(std::string(messages::kNotConnected)); }
 
 SQLWCHAR* WideData(std::u16string& text) {
   static_assert(sizeof(SQLWCHAR) == sizeof(char16_t));
@@ -23,7 +26,7 @@ SQLWCHAR* WideData(std::u16string& text) {
 
 Link::Link(CallLog log) : log_(std::move(log)) {
   if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &environment_))) {
-    throw SessionError("The ODBC driver manager could not be started.");
+    throw SessionError(std::string(messages::kNoDriverManager));
   }
   Check("SQLSetEnvAttr", SQL_HANDLE_ENV, environment_,
         SQLSetEnvAttr(environment_, SQL_ATTR_ODBC_VERSION, AsPointer(SQL_OV_ODBC3), 0));
@@ -106,7 +109,7 @@ SQLRETURN Link::Check(std::string_view call, SQLSMALLINT type, SQLHANDLE handle,
 }
 
 void Link::ClearWire() {
-  if (!connected_) throw SessionError("The connection is not open.");
+  if (!connected_) ThrowNotConnected();
   if (WireUser* user = std::exchange(wire_user_, nullptr)) user->LeaveWire();
 }
 
@@ -119,7 +122,7 @@ void Link::Keep(std::vector<ServerMessage> messages) {
 }
 
 Statement::Statement(std::shared_ptr<Link> link) : link_(std::move(link)) {
-  if (!link_->connected_) throw SessionError("The connection is not open.");
+  if (!link_->connected_) ThrowNotConnected();
   link_->Check("SQLAllocHandle", SQL_HANDLE_DBC, link_->connection_,
                SQLAllocHandle(SQL_HANDLE_STMT, link_->connection_, &handle_));
   link_->statements_.push_back(this);
@@ -137,9 +140,7 @@ void Statement::Drop() {
   handle_ = nullptr;
 }
 
-void Statement::ThrowClosed() {
-  throw SessionError("The connection of this query has been closed.");
-}
+void Statement::ThrowClosed() { throw SessionError(std::string(messages::kConnectionClosed)); }
 
 SQLRETURN Statement::Check(std::string_view call, SQLRETURN code) const {
   return link_->Check(call, SQL_HANDLE_STMT, handle_, code);

@@ -6,6 +6,7 @@
 #include <optional>
 #include <utility>
 
+#include "app/support/Messages.h"
 #include "platform/odbc/ConnectionString.h"
 #include "platform/odbc/Driver.h"
 #include "platform/odbc/Pages.h"
@@ -61,9 +62,7 @@ std::string OdbcConnection::DriverName() const {
     std::error_code ignored;
     if (std::filesystem::exists(library, ignored)) return library;
   }
-  throw SessionError(
-      "The ODBC driver FreeTDS was not found. Install it (package tdsodbc), or name it in the "
-      "settings file, section ODBC, key Driver.");
+  throw SessionError(std::string(messages::kNoDriver));
 }
 
 std::string OdbcConnection::Translate(const std::string& connection_string) const {
