@@ -70,6 +70,7 @@ dbkeeper_test(core_tests
   SOURCES
     tests/app/ConnectTest.cpp
     tests/app/DatabaseCommandsTest.cpp
+    tests/app/MainMenusTest.cpp
     tests/app/NodeDispatchTest.cpp
     tests/app/RowCommandTest.cpp
     tests/app/StartUpTest.cpp

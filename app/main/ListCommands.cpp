@@ -54,8 +54,10 @@ void TFormMain::ListViewMainColumnClick(std::size_t column) {
 }
 
 void TFormMain::PopupMenu_Table_CapacityClick() {
+  const TreeNode* const node = TreeView.Selected();
+  if (node == nullptr || node->Parent() == nullptr) return;
   RunningStatus status(workbench_);
-  ListCapacity(TreeView.Selected()->Parent()->Text(), ListViewMain, session_.ADOQuerySystem);
+  ListCapacity(node->Parent()->Text(), ListViewMain, session_.ADOQuerySystem);
   status.Done("EXEC sp_spaceused Tablexxx");
 }
 

@@ -75,7 +75,9 @@ TEST_F(ConnectTest, ConnectGrowsTheTreeAndNamesTheServer) {
                                       ".Lock", "Security", ".Login", ".Server role"}));
   EXPECT_EQ(main.Caption(), "DBKEEPER.exe  (local)  へ接続中");
   EXPECT_EQ(fake.windows.titles.back(), "(local)  へ接続中");
-  EXPECT_TRUE(Status().starts_with(" >基本操作は、"));
+  EXPECT_EQ(Status(),
+            " >基本操作は、左側のTreeで操作ｶﾃｺﾞﾘｰを選択、対象の列挙を行い。　"
+            "右のListから操作対象を選んで、右ｸﾘｯｸで操作ﾒﾆｭｰを表示させます");
   EXPECT_EQ(app.Session.LoginName, "tanaka");
   EXPECT_EQ(login.Edit_loginame.Text(), "");
   EXPECT_FALSE(std::filesystem::exists(folder / "DBKEEPER.ini"));

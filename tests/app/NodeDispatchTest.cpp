@@ -20,6 +20,15 @@ class NodeDispatchTest : public AppFixture {
     ClickPath({"Database"});
     connection.statements.clear();
   }
+  std::string Columns() const {
+    std::string text;
+    for (const ListColumn& column : main.ListViewMain.Columns()) {
+      text += (text.empty() ? "" : ", ") + column.Caption + " " + std::to_string(column.Width) +
+              (column.Align == Alignment::kRight ? "R" : "");
+    }
+    return text;
+  }
+
   TFormMain& main = app.FormMain;
 };
 
@@ -29,6 +38,7 @@ TEST_F(NodeDispatchTest, EveryNodeRunsItsStatementsAndGetsItsMenuAndStatus) {
     std::vector<std::string> statements;
     const char* popup;  // null: none
     const char* status;
+    const char* columns;  // caption and width, "R" behind those on the right
   };
   const std::vector<std::string> database = {"Database", "sales"};
   const auto below = [&](const char* text) {
@@ -40,62 +50,81 @@ TEST_F(NodeDispatchTest, EveryNodeRunsItsStatementsAndGetsItsMenuAndStatus) {
       {{"Database"},
        {"select * from master.dbo.sysdatabases"},
        "PopupMenu_Databases",
-       " >select * from master.dbo.sysdatabases"},
+       " >select * from master.dbo.sysdatabases",
+       "dbid 48R, Name 96, 状態 118, status 82R, status2 82R, 作成日 118, ファイル名 340"},
       {database,
        {"select * from master.dbo.sysdatabases where name = 'sales'", "use [sales]",
         "EXEC sp_spaceused", "sp_helpdb [sales]"},
        "PopupMenu_Minimum",
-       " >select * from master.dbo.sysdatabases / exec sp_spaceused"},
+       " >select * from master.dbo.sysdatabases / exec sp_spaceused",
+       "No. 32, 項目 192, 内容 240"},
       {below("User"),
        {"use [sales]\r\nselect * from sysusers where(issqlrole <> 1)and(hasdbaccess = 1)"},
        "PopupMenu_Users",
-       " >select * from sysusers where(issqlrole <> 1)and(hasdbaccess = 1)"},
-      {below("Role"), {"exec sp_helprole"}, "PopupMenu_Roles", " >exec sp_helprole"},
+       " >select * from sysusers where(issqlrole <> 1)and(hasdbaccess = 1)",
+       "uid 48, name 148, createdate 118, updatedate 118, ｱｸｾｽ可 64"},
+      {below("Role"),
+       {"exec sp_helprole"},
+       "PopupMenu_Roles",
+       " >exec sp_helprole",
+       "RoleId 48, RoleName 240"},
       {{"Management", "Job"},
        {"use msdb", "exec sp_help_job"},
        "PopupMenu_Job",
-       " >EXEC sp_help_job            (USE msdb)"},
+       " >EXEC sp_help_job            (USE msdb)",
+       "job_id 16, name 120, 有効 36, 稼動 52, 前回 36, 説明 220, 次回実行日時 104, "
+       "最終実行日時 104, 作成日 118, 更新日 118"},
       {{"Management", "BackUpDevice"},
        {"select * from master.dbo.sysdevices where status=16"},
        "PopupMenu_BackUp",
-       " >select * from master.dbo.sysdevices where status=16"},
+       " >select * from master.dbo.sysdevices where status=16",
+       "No. 32, Name 128, Path 360"},
       {{"Management", "Process"},
        {"use msdb", "exec sp_who"},
        "PopupMenu_Process_Lock",
-       " >EXEC exec sp_who      (USE master)"},
+       " >EXEC exec sp_who      (USE master)",
+       "spid 36, ecid 36, status 96, loginame 64, hostname 96, blk 36, dbname 64, cmd 132"},
       {{"Management", "Lock"},
        {"use msdb", "exec sp_lock"},
        "PopupMenu_Process_Lock",
-       " >EXEC sp_lock          (USE master)"},
+       " >EXEC sp_lock          (USE master)",
+       "spid 48, dbid 48, ObjId 64, IndId 48, Type 48, Resource 96, Mode 32, Status 96"},
       {below("Table"),
        {"select * from [sales].dbo.sysobjects where (xtype='S')or       (xtype='U') order by name"},
        "PopupMenu_Table",
-       " >select * from sysobjects  where(xtype='S')or(xtype='U')"},
+       " >select * from sysobjects  where(xtype='S')or(xtype='U')",
+       "No. 32R, Name 100, xtype 48, 作成日 118"},
       {below("View"),
        {"select * from [sales].dbo.sysobjects where xtype='V' order by name"},
        "PopupMenu_View",
-       " >select * from sysobjects  where xtype='V'"},
+       " >select * from sysobjects  where xtype='V'",
+       "No. 32R, Name 100, xtype 48, 作成日 118"},
       {below("Procedure"),
        {"select * from [sales].dbo.sysobjects where (xtype='P')or       (xtype='X') order by name"},
        "PopupMenu_Procedure",
-       " >select * from sysobjects  where(xtype='X')or(xtype='P')"},
+       " >select * from sysobjects  where(xtype='X')or(xtype='P')",
+       "No. 32R, Name 100, xtype 48, 作成日 118"},
       {below("Backup"),
        {"use msdb",
         "select backup_set_id,media_set_id,name,description,backup_start_date,       "
         "backup_finish_date,type,backup_size,database_name  from backupset where database_name = "
         "'sales' order by media_set_id,backup_set_id desc"},
        "PopupMenu_DB_BackUp",
-       " >select * from backupset   (msdb)"},
+       " >select * from backupset   (msdb)",
+       "id 32R, Media 42R, Name 118, 説明 220, 作成日 118, Size 84R"},
       {{"Security", "Login"},
        {"select * from master.dbo.syslogins"},
        "PopupMenu_Login",
-       " >select * from master.dbo.syslogins"},
+       " >select * from master.dbo.syslogins",
+       "No. 32, Name 180, 作成日 118, 更新日 118, 言語 64, dbname 64, ｱｸｾｽ許可 72, NTﾕｰｻﾞ 64, "
+       "sysadmin 64, serveradmin 84"},
       {{"Security", "Server role"},
        {"exec sp_helpsrvrole"},
        "PopupMenu_SvRole",
-       " >exec sp_helpsrvrolemember"},
-      {{"Management"}, {}, nullptr, " >"},
-      {{"Security"}, {}, nullptr, " >"},
+       " >exec sp_helpsrvrolemember",
+       "No. 32, ServerRole 96, Description 240"},
+      {{"Management"}, {}, nullptr, " >", ""},
+      {{"Security"}, {}, nullptr, " >", ""},
   };
   for (const auto& field_set : std::vector<std::pair<std::string, std::vector<std::string>>>{
            {"sp_spaceused", {"database_size", "unallocated space"}},
@@ -127,7 +156,7 @@ TEST_F(NodeDispatchTest, EveryNodeRunsItsStatementsAndGetsItsMenuAndStatus) {
     const PopupMenu* const popup = main.ListViewMain.Popup();
     EXPECT_EQ(popup == nullptr ? std::string() : popup->Name, c.popup == nullptr ? "" : c.popup);
     EXPECT_EQ(Status(), c.status);
-    EXPECT_EQ(main.ListViewMain.Columns().empty(), c.popup == nullptr);
+    EXPECT_EQ(Columns(), c.columns);
   }
   EXPECT_TRUE(fake.dialogs.errors.empty());
 }
@@ -173,7 +202,7 @@ TEST_F(NodeDispatchTest, TablesGetDescriptionColumnsOnlyInAdvancedMode) {
   connection.Answer("sysobjects", {TextFields({"name", "xtype", "crdate"}), {}});
   connection.Answer("fn_listextendedproperty", {TextFields({"objname", "name", "value"}), {}});
   ClickPath({"Database", "sales", "Table"});
-  EXPECT_EQ(main.ListViewMain.Columns().size(), 6U);
+  EXPECT_EQ(Columns(), "No. 32R, Name 100, Description 120, Note 180, xtype 48, 作成日 118");
   ClickPath({"Database", "sales", "View"});
   EXPECT_EQ(main.ListViewMain.Columns().size(), 4U);
 }
@@ -214,17 +243,18 @@ TEST_F(NodeDispatchTest, ErrorInTheMiddleKeepsTheRowsAndShowsTheServersWords) {
   EXPECT_EQ(told, 1U);
 }
 
-TEST_F(NodeDispatchTest, MenuRulesFollowTheSelection) {
-  ClickPath({"Database"});
-  PopupMenu& menu = *main.PopupMenu_Databases;
-  const auto enabled = [&](const char* name) {
-    menu.UserPopup();
-    return menu.Find(name)->Enabled();
-  };
-  EXPECT_FALSE(enabled("PopupMenu_Databases_OnLine"));
-  EXPECT_TRUE(enabled("PM_Refresh"));
-  main.ListViewMain.UserSelect({0});
-  EXPECT_TRUE(enabled("PopupMenu_Databases_OnLine"));
+TEST_F(NodeDispatchTest, CapacityTakesThePlaceOfTheTables) {
+  connection.Answer("sysobjects", {TextFields({"name", "xtype", "crdate"}), {}});
+  ClickPath({"Database", "sales", "Table"});
+  connection.statements.clear();
+  Choose(*main.PopupMenu_Table, "PopupMenu_Table_Capacity");
+  EXPECT_EQ(connection.statements,
+            (std::vector<std::string>{
+                "select * from [sales].dbo.sysobjects where (xtype='S')or       (xtype='U')"}));
+  EXPECT_EQ(Columns(),
+            "No. 32R, Name 128, xtype 48, 作成日 118, rows 64R, reserved 82R, data 82R, "
+            "index_size 82R, unused 82R");
+  EXPECT_EQ(Status(), " >EXEC sp_spaceused Tablexxx");
 }
 
 TEST_F(NodeDispatchTest, SystemTablesSwitchIsRememberedAndWaitsForTheNextClick) {
