@@ -20,7 +20,9 @@ std::string Padded(const std::string& text, std::size_t width) {
 // The rows, each a list of values, as a table with these columns.
 std::string ValuesSource(std::string_view columns, const std::vector<std::string>& rows) {
   std::string source = "(with live(" + std::string(columns) + ") as (values ";
-  for (std::size_t i = 0; i < rows.size(); ++i) source += (i == 0 ? "(" : ", (") + rows[i] + ")";
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    source.append(i == 0 ? "(" : ", (").append(rows[i]).append(")");
+  }
   return source + ") select * from live)";
 }
 
@@ -113,8 +115,8 @@ std::string ReferenceRows(Workspace&, const DatabaseInfo& database, const std::s
   for (const char* side : {"fkey", "rkey"}) {
     for (int key = 1; key <= 16; ++key) {
       const std::string number = Number(key);
-      source +=
-          ", max(case keyno when " + number + " then " + side + " else 0 end) as " + side + number;
+      source += ", max(case keyno when " + number + " then " + side + " else 0 end) as ";
+      source += side + number;
     }
   }
   return source + " from " + schema + "sysforeignkeys group by constid, fkeyid, rkeyid)";

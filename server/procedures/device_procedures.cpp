@@ -37,24 +37,23 @@ void DropDevice(ProcedureCall& call) {
   call.Inform(15463);
 }
 
-void HelpDevice(ProcedureCall& call) {
+void CheckDevice(ProcedureCall& call) {
   const std::string name = call.Text("@devname");
   if (!name.empty() && !call.Exists("select 1 from main.sysdevices where name = ?1", name)) {
     Fail(15012, {name});
   }
-  call.Run(R"(
-select name as device_name, phyname as physical_name,
-  convert(nvarchar(255), case cntrltype when 2 then 'disk, backup device'
-    else 'tape, backup device' end) as description,
-  convert(int, status) as status, cntrltype, size
-from master.dbo.sysdevices where @devname is null or name = @devname order by name)");
 }
 
 constexpr ProcedureRow kProcedures[] = {
     {"sp_addumpdevice",
      "@devtype, @logicalname, @physicalname, @cntrltype=, @devstatus=", AddDevice},
     {"sp_dropdevice", "@logicalname, @delfile=", DropDevice},
-    {"sp_helpdevice", "@devname=", HelpDevice},
+    {"sp_helpdevice", "@devname=", CheckDevice, R"(
+select name as device_name, phyname as physical_name,
+  convert(nvarchar(255), case cntrltype when 2 then 'disk, backup device'
+    else 'tape, backup device' end) as description,
+  convert(int, status) as status, cntrltype, size
+from master.dbo.sysdevices where @devname is null or name = @devname order by name)"},
 };
 
 }  // namespace

@@ -19,9 +19,9 @@ struct ProcedureRow {
   // "@loginame, @passwd=, @defdb=": in order, "=" behind those that may be left out; a last "..."
   // takes further arguments under any name.
   std::string_view parameters;
-  // Null: the procedure is only its text.
+  // What is done first; null: nothing.
   void (*run)(ProcedureCall& call);
-  // Statements of the dialect; the procedure's parameters are there as variables.
+  // Statements of the dialect, run then; the procedure's parameters are there as variables.
   std::string_view text = {};
 };
 

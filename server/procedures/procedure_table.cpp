@@ -19,11 +19,8 @@ const ProcedureRow* FindProcedure(std::string_view name) {
 void RunSystemProcedure(const ProcedureRow& row, EngineSession& session,
                         const Parameters& arguments, ResultSink& sink) {
   ProcedureCall call(row, session, arguments, sink);
-  if (row.run != nullptr) {
-    row.run(call);
-  } else {
-    call.Run(row.text);
-  }
+  if (row.run != nullptr) row.run(call);
+  if (!row.text.empty()) call.Run(row.text);
 }
 
 }  // namespace dbkeeper::server

@@ -88,21 +88,8 @@ void ChangeMember(ProcedureCall& call, bool member) {
   call.Inform(member ? 15488 : 15489, {user->name, role.name});
 }
 
-void HelpRoleMembers(ProcedureCall& call) {
+void CheckRole(ProcedureCall& call) {
   if (call.Has("@rolename")) NeedRole(call, call.Text("@rolename"));
-  call.Run(R"(
-select r.name as DbRole, u.name as MemberName, u.sid as MemberSID
-from sysmembers m join sysusers r on r.uid = m.groupuid join sysusers u on u.uid = m.memberuid
-where @rolename is null or r.name = @rolename
-order by r.name, u.name)");
-}
-
-void HelpRoles(ProcedureCall& call) {
-  if (call.Has("@rolename")) NeedRole(call, call.Text("@rolename"));
-  call.Run(R"(
-select name as RoleName, uid as RoleId, isapprole as IsAppRole
-from sysusers where (issqlrole = 1 or isapprole = 1) and (@rolename is null or name = @rolename)
-order by uid)");
 }
 
 constexpr ProcedureRow kProcedures[] = {
@@ -112,8 +99,15 @@ constexpr ProcedureRow kProcedures[] = {
      [](ProcedureCall& call) { ChangeMember(call, true); }},
     {"sp_droprolemember", "@rolename, @membername",
      [](ProcedureCall& call) { ChangeMember(call, false); }},
-    {"sp_helprole", "@rolename=", HelpRoles},
-    {"sp_helprolemember", "@rolename=", HelpRoleMembers},
+    {"sp_helprole", "@rolename=", CheckRole, R"(
+select name as RoleName, uid as RoleId, isapprole as IsAppRole
+from sysusers where (issqlrole = 1 or isapprole = 1) and (@rolename is null or name = @rolename)
+order by uid)"},
+    {"sp_helprolemember", "@rolename=", CheckRole, R"(
+select r.name as DbRole, u.name as MemberName, u.sid as MemberSID
+from sysmembers m join sysusers r on r.uid = m.groupuid join sysusers u on u.uid = m.memberuid
+where @rolename is null or r.name = @rolename
+order by r.name, u.name)"},
 };
 
 }  // namespace

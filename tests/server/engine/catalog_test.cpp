@@ -114,6 +114,8 @@ TEST_F(CatalogTest, DefinitionsAreFoundInTheSystemTables) {
        "(1)\n(1)\n1"},
       {"sp_pkeys p", "目録|dbo|p|k|1|PK_p"},
       {"sp_tables p", "目録|dbo|p|TABLE|NULL"},
+      {"select TABLE_NAME, DATA_TYPE from INFORMATION_SCHEMA.COLUMNS where TABLE_NAME = 'p'",
+       "p|int"},
       {"sp_datatype_info 12",
        "varchar|12|8000|'|'|max length|1|0|3|NULL|0|NULL|varchar|NULL|NULL|12|NULL|NULL|NULL|0"},
       {"sp_datatype_info 93, 3",
