@@ -1,8 +1,6 @@
 #include "server/catalog/catalog.h"
 
 #include <algorithm>
-#include <chrono>
-#include <ctime>
 
 #include "server/catalog/column_types.h"
 #include "server/types/type_rules.h"
@@ -45,25 +43,6 @@ std::string QuotedList(const std::vector<std::string>& names) {
 }
 
 }  // namespace
-
-std::int64_t CurrentTime() {
-  constexpr std::int64_t kTicksPerDay = 25'920'000;
-  const auto now = std::chrono::system_clock::now();
-  const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
-  std::tm local{};
-  localtime_r(&seconds, &local);
-  const auto date =
-      std::chrono::year_month_day(std::chrono::year(local.tm_year + 1900),
-                                  std::chrono::month(static_cast<unsigned>(local.tm_mon + 1)),
-                                  std::chrono::day(static_cast<unsigned>(local.tm_mday)));
-  const auto epoch = std::chrono::sys_days(std::chrono::year(1900) / 1 / 1);
-  const std::int64_t days = (std::chrono::sys_days(date) - epoch).count();
-  const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(
-                                now - std::chrono::system_clock::from_time_t(seconds))
-                                .count();
-  const std::int64_t second_of_day = (local.tm_hour * 60 + local.tm_min) * 60 + local.tm_sec;
-  return days * kTicksPerDay + second_of_day * 300 + milliseconds * 3 / 10;
-}
 
 const CatalogColumn* CatalogTable::FindColumn(std::string_view name) const {
   const auto found =

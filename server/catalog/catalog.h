@@ -11,6 +11,7 @@
 #include "server/engine/sqlite.h"
 #include "server/sql/ast.h"
 #include "server/sql/translator.h"
+#include "server/types/datetime.h"
 #include "server/types/text.h"
 
 namespace dbkeeper::server {
@@ -145,9 +146,6 @@ class Catalog {
   std::string alias_;
   std::string quoted_;  // "\"d7\"."
 };
-
-// Now, in the storage form of datetime, local time.
-std::int64_t CurrentTime();
 
 // What the translator needs of a column.
 ColumnInfo ColumnInfoOf(const CatalogColumn& column);

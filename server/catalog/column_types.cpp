@@ -9,12 +9,6 @@ namespace dbkeeper::server {
 
 namespace {
 
-int BytesOfDecimal(int precision) {
-  if (precision <= 9) return 5;
-  if (precision <= 19) return 9;
-  return precision <= 28 ? 13 : 17;
-}
-
 bool HasDeclaredLength(TypeId id) {
   const TypeFamily family = FamilyOf(id);
   return (family == TypeFamily::kText || family == TypeFamily::kBinary) && !IsLargeObject(id) &&
@@ -38,7 +32,7 @@ StoredType StoredTypeOf(const SqlType& type, bool is_sysname) {
       .scale = {}};
   if (row.scale >= 0) stored.scale = static_cast<std::int64_t>(row.scale);
   if (FamilyOf(type.id) == TypeFamily::kDecimal) {
-    stored.length = BytesOfDecimal(type.precision);
+    stored.length = DecimalBytes(type.precision);
     stored.xprec = type.precision;
     stored.xscale = type.scale;
     stored.prec = static_cast<std::int64_t>(type.precision);

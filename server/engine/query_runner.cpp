@@ -108,8 +108,9 @@ std::int64_t QueryRunner::Insert(const InsertStatement& statement, const Executi
   const FoundObject target = NeedTarget(resolver_, *translation.target);
   NeedReading(&target);
   SqliteStatement prepared = workspace_.connection().Prepare(translation.sqlite_sql);
-  insert_.emplace(&statement, workspace_.DefinitionVersion(target.alias), identity_insert, target,
-                  std::move(translation), std::move(prepared));
+  insert_.emplace(PreparedInsert{&statement, workspace_.DefinitionVersion(target.alias),
+                                 identity_insert, target, std::move(translation),
+                                 std::move(prepared)});
   return Execute(insert_->translation, insert_->statement, insert_->target, execution.parameters,
                  "INSERT");
 }

@@ -1,7 +1,6 @@
 // Jobs of the agent: kept, shown and assigned in msdb; nothing runs them here.
 #include <algorithm>
 #include <chrono>
-#include <ctime>
 
 #include "server/procedures/procedure_table.h"
 #include "server/types/messages.h"
@@ -59,11 +58,9 @@ bool RunsOn(const Schedule& schedule, std::chrono::sys_days day) {
 
 // The next day and time from now on; 0 when there is none within two years.
 std::pair<int, int> NextRun(const Schedule& schedule) {
-  const std::time_t now = std::time(nullptr);
-  std::tm local{};
-  localtime_r(&now, &local);
-  const int today = (local.tm_year + 1900) * 10000 + (local.tm_mon + 1) * 100 + local.tm_mday;
-  const int time = local.tm_hour * 10000 + local.tm_min * 100 + local.tm_sec;
+  const CivilTime now = ToCivil(CurrentTime());
+  const int today = now.year * 10000 + now.month * 100 + now.day;
+  const int time = now.hour * 10000 + now.minute * 100 + now.second;
   constexpr int kDaysAhead = 731;
   std::chrono::sys_days day(DateOf(std::max(today, schedule.start_date)));
   for (int i = 0; i < kDaysAhead; ++i, day += std::chrono::days(1)) {

@@ -42,12 +42,8 @@ Cell DataLength(Cells arguments) {
     case TypeFamily::kVariant:
       return Integer{IsBlob(arguments[0]) ? static_cast<int>(bytes.size())
                                           : 2 * Utf16Length(bytes)};
-    case TypeFamily::kDecimal: {
-      constexpr std::array<int, 4> kDigits = {9, 19, 28, 38};
-      Integer length = 5;
-      for (const int digits : kDigits) length += type.precision > digits ? 4 : 0;
-      return length;
-    }
+    case TypeFamily::kDecimal:
+      return Integer{DecimalBytes(type.precision)};
     default:
       return Integer{type.length};
   }

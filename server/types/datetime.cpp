@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <ctime>
 
 namespace dbkeeper::server {
 namespace {
@@ -435,6 +436,17 @@ std::int64_t FromCivil(const CivilTime& civil) {
   return DaysFromCivil(civil.year, civil.month, civil.day) * kTicksPerDay +
          (civil.hour * 60 + civil.minute) * kTicksPerMinute + civil.second * kTicksPerSecond +
          civil.ticks;
+}
+
+std::int64_t CurrentTime() {
+  const auto now = std::chrono::system_clock::now();
+  const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
+  std::tm local{};
+  localtime_r(&seconds, &local);
+  const auto rest = std::chrono::duration_cast<std::chrono::milliseconds>(
+      now - std::chrono::system_clock::from_time_t(seconds));
+  return FromCivil({local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour,
+                    local.tm_min, local.tm_sec, static_cast<int>(rest.count() * 3 / 10)});
 }
 
 bool InDateTimeRange(std::int64_t time) {

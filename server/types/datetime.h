@@ -27,6 +27,7 @@ struct CivilTime {
 
 CivilTime ToCivil(std::int64_t time);
 std::int64_t FromCivil(const CivilTime& civil);
+std::int64_t CurrentTime();  // local
 int DaysInMonth(int year, int month);
 int Milliseconds(int ticks);
 // Rounds to the 1/300 s that the server keeps.

@@ -257,6 +257,10 @@ SqlType DecodeType(std::int64_t code) {
   return type;
 }
 
+int DecimalBytes(int precision) {
+  return precision <= 9 ? 5 : precision <= 19 ? 9 : precision <= 28 ? 13 : 17;
+}
+
 int DisplayLength(const SqlType& type) {
   const TypeRow& row = RowOf(type.id);
   if (row.display > 0) return row.display;

@@ -53,6 +53,10 @@ SqlType CommonType(const SqlType& left, const SqlType& right);
 std::int64_t EncodeType(const SqlType& type);
 SqlType DecodeType(std::int64_t code);
 
+// Bytes that a decimal of the precision takes on the server's disk and on the wire: sign and
+// number.
+int DecimalBytes(int precision);
+
 // The display length in characters of the type's values, for conversions to text.
 int DisplayLength(const SqlType& type);
 

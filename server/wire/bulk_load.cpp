@@ -5,6 +5,7 @@
 
 #include "server/sql/parser.h"
 #include "server/types/text.h"
+#include "server/types/type_rules.h"
 #include "server/wire/value_reader.h"
 
 namespace dbkeeper::server {
@@ -40,8 +41,9 @@ std::vector<WireType> ReadColumns(ByteReader& in) {
   for (std::size_t i = 0; i < count; ++i) {
     in.Skip(4);  // user type and flags
     columns.push_back(ReadTypeInfo(in));
-    if (IsLarge(columns.back().type.id)) in.Skip(std::size_t{in.U16()} * 2);  // name of the table
-    in.Skip(std::size_t{in.U8()} * 2);  // name, known from the statement
+    if (IsLargeObject(columns.back().type.id))
+      in.Skip(std::size_t{in.U16()} * 2);  // name of the table
+    in.Skip(std::size_t{in.U8()} * 2);     // name, known from the statement
   }
   return columns;
 }

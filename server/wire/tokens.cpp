@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 
+#include "server/types/type_rules.h"
 #include "server/wire/value_writer.h"
 #include "server/wire/wire_types.h"
 
@@ -114,7 +115,7 @@ void AppendColumns(const std::vector<ResultColumn>& columns, ByteWriter& out) {
     out.U16(column.type.id == TypeId::kTimestamp ? kTimestampUserType : 0);
     out.U16(static_cast<std::uint16_t>(flags));
     AppendTypeInfo(column.type, out);
-    if (IsLarge(column.type.id)) AppendLongText(column.base_table, out);
+    if (IsLargeObject(column.type.id)) AppendLongText(column.base_table, out);
     AppendShortText(column.name, out);
   }
 }

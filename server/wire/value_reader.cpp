@@ -8,6 +8,7 @@
 
 #include "server/types/datetime.h"
 #include "server/types/decimal.h"
+#include "server/types/type_rules.h"
 
 namespace dbkeeper::server {
 namespace {
@@ -31,7 +32,7 @@ WireType TypeOf(const Announcement& row, std::uint32_t length) {
   type.type.id = row.id;
   type.form = row.form;
   type.length = length;
-  const std::uint32_t unit = IsUnicode(row.id) ? 2 : 1;
+  const std::uint32_t unit = IsNationalText(row.id) ? 2 : 1;
   const bool has_length =
       row.form == LengthForm::kTwoBytes || (row.form == LengthForm::kOneByte && row.length == 0);
   if (has_length) type.type.length = static_cast<int>(length / unit);

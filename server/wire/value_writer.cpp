@@ -8,6 +8,7 @@
 
 #include "server/types/datetime.h"
 #include "server/types/decimal.h"
+#include "server/types/type_rules.h"
 #include "server/wire/wire_types.h"
 
 namespace dbkeeper::server {
@@ -22,14 +23,9 @@ int AnnouncedPrecision(const SqlType& type) {
   return type.precision <= 0 ? kDefaultPrecision : std::min(type.precision, kMostPrecision);
 }
 
-// Sign and number, as long as the precision needs.
-int DecimalBytes(int precision) {
-  return precision <= 9 ? 5 : precision <= 19 ? 9 : precision <= 28 ? 13 : 17;
-}
-
 // The longest value in bytes. An expression may know no length; it gets the longest there is.
 std::uint32_t MostBytes(const SqlType& type) {
-  const std::uint32_t unit = IsUnicode(type.id) ? 2 : 1;
+  const std::uint32_t unit = IsNationalText(type.id) ? 2 : 1;
   if (type.id == TypeId::kTimestamp) return 8;
   if (type.length <= 0) return kMostBytes;
   return std::min(static_cast<std::uint32_t>(type.length) * unit, kMostBytes);
@@ -87,15 +83,11 @@ void AppendSmallDateTime(std::int64_t ticks, ByteWriter& out) {
 }
 
 void AppendText(TypeId id, std::string_view text, const CodePage932& code_page, std::string& out) {
-  if (IsUnicode(id)) {
+  if (IsNationalText(id)) {
     AppendUtf16(text, out);
   } else {
     code_page.Append(text, out);
   }
-}
-
-bool IsText(TypeId id) {
-  return id == TypeId::kChar || id == TypeId::kVarChar || id == TypeId::kText || IsUnicode(id);
 }
 
 // A value behind its length in two bytes. The client has room for the announced length only; the
@@ -104,7 +96,7 @@ void AppendSized(const SqlType& type, std::string_view bytes, const CodePage932&
                  ByteWriter& out) {
   const std::size_t start = out.size();
   out.U16(0);
-  if (IsText(type.id)) {
+  if (FamilyOf(type.id) == TypeFamily::kText) {
     AppendText(type.id, bytes, code_page, out.buffer());
   } else {
     out.Raw(bytes);
@@ -122,7 +114,7 @@ void AppendLarge(const SqlType& type, std::string_view bytes, const CodePage932&
   std::string& buffer = out.buffer();
   const std::size_t start = buffer.size();
   out.U32(0);
-  if (IsText(type.id)) {
+  if (FamilyOf(type.id) == TypeFamily::kText) {
     AppendText(type.id, bytes, code_page, buffer);
   } else {
     out.Raw(bytes);

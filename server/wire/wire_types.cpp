@@ -60,12 +60,4 @@ const Announcement& AnnouncementOf(TypeId id) {
                        [id](const Announcement& row) { return row.id == id; });
 }
 
-bool IsLarge(TypeId id) {
-  return id == TypeId::kText || id == TypeId::kNText || id == TypeId::kImage;
-}
-
-bool IsUnicode(TypeId id) {
-  return id == TypeId::kNChar || id == TypeId::kNVarChar || id == TypeId::kNText;
-}
-
 }  // namespace dbkeeper::server

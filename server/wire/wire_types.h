@@ -46,9 +46,4 @@ std::span<const Announcement> Announcements();
 // How the server announces the type.
 const Announcement& AnnouncementOf(TypeId id);
 
-// Whether the type's values are text, ntext or image: they stand in a row behind a text pointer.
-bool IsLarge(TypeId id);
-// Whether the type's values are UTF-16 on the wire.
-bool IsUnicode(TypeId id);
-
 }  // namespace dbkeeper::server
