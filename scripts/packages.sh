@@ -3,8 +3,8 @@
 # To build.
 BUILD_PACKAGES=(g++ cmake ninja-build ccache pkg-config qt6-base-dev libgl1-mesa-dev unixodbc-dev
   libsqlite3-dev libgtest-dev)
-# To run: the driver to the servers, Japanese letters.
-PROGRAM_PACKAGES=(tdsodbc unixodbc fonts-vlgothic)
+# To run: the driver to the servers, Japanese letters, the toolkit's words in Japanese.
+PROGRAM_PACKAGES=(tdsodbc unixodbc fonts-vlgothic qt6-translations-l10n)
 # To test: other clients of the local server, a virtual display, the checkers.
 TEST_PACKAGES=(freetds-bin xvfb xauth clang-format-14 clang-tidy-14 libbenchmark-dev)
 

@@ -3,8 +3,10 @@
 #include <QApplication>
 #include <QFont>
 #include <QFontMetrics>
+#include <QLibraryInfo>
 #include <QPalette>
 #include <QProxyStyle>
+#include <QTranslator>
 #include <QWidget>
 
 namespace dbkeeper::qt {
@@ -59,6 +61,10 @@ void ApplyLook(QApplication& application) {
   font.setFamilies(kFontFamilies);
   font.setPointSizeF(kFontPoints);
   application.setFont(font);
+  auto* const words = new QTranslator(&application);
+  if (words->load("qtbase_ja", QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
+    QApplication::installTranslator(words);
+  }
 }
 
 int Scaled(const QWidget& widget, int pixels) {

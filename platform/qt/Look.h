@@ -1,4 +1,4 @@
-// Fonts, colours and measures of every window.
+// Fonts, colours, words and measures of every window.
 #pragma once
 
 class QApplication;
@@ -6,8 +6,8 @@ class QWidget;
 
 namespace dbkeeper::qt {
 
-// The style, a font with Japanese letters and half-width kana, and a selection that keeps its
-// colour in a window or list without the focus.
+// The style, a font with Japanese letters and half-width kana, a selection that keeps its colour in
+// a window or list without the focus, and the toolkit's own words in Japanese where it has them.
 void ApplyLook(QApplication& application);
 
 // Pixels at 96 dpi as pixels of the widget's screen.

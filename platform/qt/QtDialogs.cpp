@@ -1,12 +1,19 @@
 #include "platform/qt/QtDialogs.h"
 
 #include <QApplication>
+#include <QDialogButtonBox>
 #include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QRegularExpression>
+#include <QSplitter>
+#include <algorithm>
 #include <array>
 #include <span>
 
+#include "platform/qt/Look.h"
 #include "platform/qt/QtText.h"
 
 namespace dbkeeper::qt {
@@ -40,6 +47,15 @@ std::span<const BoxButton> ButtonsOf(Buttons buttons) {
   return kOkOnly;
 }
 
+// A box breaks a line only where it would become too wide.
+void KeepLines(QMessageBox& box) {
+  constexpr int kWidest = 700;
+  auto* const label = box.findChild<QLabel*>("qt_msgbox_label");
+  if (label == nullptr) return;
+  const int text = label->fontMetrics().size(0, box.text()).width();
+  label->setMinimumWidth(std::min(text, Scaled(box, kWidest)));
+}
+
 Answer RunBox(const Question& question, QMessageBox::Icon icon) {
   QMessageBox box(icon, ToQt(question.caption), ToQtLines(question.text), QMessageBox::NoButton,
                   QApplication::activeWindow());
@@ -53,6 +69,7 @@ Answer RunBox(const Question& question, QMessageBox::Icon icon) {
     if (button.answer == question.default_answer) box.setDefaultButton(made);
   }
   box.setEscapeButton(buttons.back().button);
+  KeepLines(box);
   const int pressed = box.exec();
   for (const BoxButton& button : buttons) {
     if (button.button == pressed) return button.answer;
@@ -65,26 +82,65 @@ void RunMessage(const std::string& text, QMessageBox::Icon icon) {
   RunBox({text, title, Buttons::kOk, Icon::kNone, Answer::kOk}, icon);
 }
 
+constexpr int kChooserWidth = 800;
+constexpr int kChooserHeight = 460;
+constexpr int kPlacesWidth = 140;
+
+// True for a path that this machine cannot have: with a drive, or on another machine.
+bool IsServerPath(const QString& path) {
+  static const QRegularExpression pattern(R"(^([A-Za-z]:[\\/]|\\\\))");
+  return pattern.match(path).hasMatch();
+}
+
+// Names files and folders of this machine. The path of a file on the server's machine is taken as
+// it was typed.
+class Chooser : public QFileDialog {
+ public:
+  Chooser() : QFileDialog(QApplication::activeWindow()) {
+    setObjectName("FileChooser");
+    setOption(QFileDialog::DontUseNativeDialog);
+    resize(Scaled(*this, kChooserWidth), Scaled(*this, kChooserHeight));
+    findChild<QSplitter*>("splitter")
+        ->setSizes({Scaled(*this, kPlacesWidth), Scaled(*this, kChooserWidth - kPlacesWidth)});
+    name_ = findChild<QLineEdit*>("fileNameEdit");
+    connect(name_, &QLineEdit::textChanged, this, [this](const QString& text) {
+      if (!IsServerPath(text)) return;
+      for (QAbstractButton* button : findChild<QDialogButtonBox*>()->buttons()) {
+        button->setEnabled(true);
+      }
+    });
+  }
+  // Empty when the operator cancels.
+  QString Run() {
+    if (exec() != QDialog::Accepted) return {};
+    return server_path_.isEmpty() ? selectedFiles().value(0) : server_path_;
+  }
+
+  void accept() override {
+    if (!IsServerPath(name_->text())) return QFileDialog::accept();
+    server_path_ = name_->text();
+    QDialog::accept();
+  }
+
+ private:
+  QLineEdit* name_ = nullptr;
+  QString server_path_;
+};
+
 std::optional<std::string> Chosen(const QString& path) {
   if (path.isEmpty()) return std::nullopt;
   return FromQt(path);
 }
 
-enum class ChooserKind { kOpen, kSave };
-
-std::optional<std::string> RunChooser(const FileChoice& choice, ChooserKind kind) {
-  QFileDialog chooser(QApplication::activeWindow());
-  const bool save = kind == ChooserKind::kSave;
-  chooser.setObjectName("FileChooser");
-  chooser.setAcceptMode(save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
-  // An extension to add means that a file may be named that is not there yet.
-  const bool may_be_new = save || !choice.default_extension.empty();
-  chooser.setFileMode(may_be_new ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+// Also for opening a file may be named that is not there: whoever opens it tells that.
+std::optional<std::string> RunChooser(const FileChoice& choice, QFileDialog::AcceptMode mode) {
+  Chooser chooser;
+  chooser.setAcceptMode(mode);
+  chooser.setFileMode(QFileDialog::AnyFile);
   chooser.setNameFilter(ToQtFilter(choice.filter));
   chooser.setDefaultSuffix(ToQt(choice.default_extension));
   if (!choice.initial_name.empty()) chooser.selectFile(ToQt(choice.initial_name));
-  if (chooser.exec() != QDialog::Accepted) return std::nullopt;
-  return Chosen(chooser.selectedFiles().value(0));
+  return Chosen(chooser.Run());
 }
 
 }  // namespace
@@ -116,15 +172,18 @@ Answer QtDialogs::Ask(const Question& question) {
 }
 
 std::optional<std::string> QtDialogs::OpenFile(const FileChoice& choice) {
-  return RunChooser(choice, ChooserKind::kOpen);
+  return RunChooser(choice, QFileDialog::AcceptOpen);
 }
 
 std::optional<std::string> QtDialogs::SaveFile(const FileChoice& choice) {
-  return RunChooser(choice, ChooserKind::kSave);
+  return RunChooser(choice, QFileDialog::AcceptSave);
 }
 
 std::optional<std::string> QtDialogs::ChooseFolder() {
-  return Chosen(QFileDialog::getExistingDirectory(QApplication::activeWindow()));
+  Chooser chooser;
+  chooser.setFileMode(QFileDialog::Directory);
+  chooser.setOption(QFileDialog::ShowDirsOnly);
+  return Chosen(chooser.Run());
 }
 
 }  // namespace dbkeeper::qt

@@ -89,6 +89,43 @@ class PaintCounter : public QObject {
   int paints = 0;
 };
 
+TEST_F(RealWindows, ChoosersTakePathsOnTheServersMachineAsTheyAreTyped) {
+  std::optional<std::string> chosen;
+  using Open = std::function<std::optional<std::string>()>;
+  const FileChoice choice = {"*.bak|*.bak", "", ".bak"};
+  const Open open = [&] { return dialogs.OpenFile(choice); };
+  const Open save = [&] { return dialogs.SaveFile(choice); };
+  const Open folder_of = [&] { return dialogs.ChooseFolder(); };
+  const std::string here = folder.Path().string();
+  const struct {
+    Open open;
+    std::string typed, chosen;
+  } cases[] = {
+      {open, "D:\\data\\a", "D:\\data\\a"},
+      {save, "\\\\SV02\\backup\\a.bak", "\\\\SV02\\backup\\a.bak"},
+      {folder_of, "C:\\MSSQL\\Data", "C:\\MSSQL\\Data"},
+      {open, here + "/new", here + "/new.bak"},
+      {folder_of, here, here},
+  };
+  Steps steps;
+  for (const auto& c : cases) {
+    steps.push_back({"chooser",
+                     [&chosen, open_it = c.open] {
+                       chosen.reset();
+                       chosen = open_it();
+                     },
+                     [] { Find("FileChooser"); }});
+    steps.push_back(
+        {"typed",
+         [typed = c.typed] {
+           TypeInto("fileNameEdit", QString::fromStdString(typed));
+           PressKey(Qt::Key_Return);
+         },
+         [&chosen, wanted = c.chosen] { Require(chosen == wanted, chosen.value_or("nothing")); }});
+  }
+  Run(std::move(steps));
+}
+
 TEST_F(RealWindows, TheStatusBarIsPaintedBeforeAStatementGoesOut) {
   app.Start();
   windows.Show(app.FormMain);
