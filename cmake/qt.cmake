@@ -58,6 +58,7 @@ add_library(dbkeeper_tour_kit STATIC
   platform/qt/tour/Picture.cpp
   platform/qt/tour/QuerySteps.cpp
   platform/qt/tour/Tour.cpp
+  platform/qt/tour/UpkeepSteps.cpp
 )
 target_link_libraries(dbkeeper_tour_kit PUBLIC dbkeeper_qt Qt6::Test)
 target_precompile_headers(dbkeeper_tour_kit REUSE_FROM dbkeeper_qt)

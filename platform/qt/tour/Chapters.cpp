@@ -8,7 +8,7 @@ namespace dbkeeper::qt::tour {
 namespace {
 
 constexpr std::array kChapters = {
-    &ConnectSteps, &DatabaseSteps, &NodeSteps, &QuerySteps, &DisconnectSteps,
+    &ConnectSteps, &DatabaseSteps, &NodeSteps, &QuerySteps, &UpkeepSteps, &DisconnectSteps,
 };
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QStatusBar>
 #include <QStyle>
 #include <QStyleOptionButton>
@@ -119,6 +120,13 @@ void Click(const QString& name) {
     at = box->style()->subElementRect(QStyle::SE_CheckBoxIndicator, &option, box).center();
   }
   PressAt(widget, at, Press::kLeft);
+}
+
+void ClickButton(const QString& caption) {
+  for (QPushButton* button : Find("MessageBox").findChildren<QPushButton*>()) {
+    if (button->text() == caption) return PressAt(*button, button->rect().center(), Press::kLeft);
+  }
+  Missing("The button " + caption);
 }
 
 void ClickNode(const QString& tree, const std::vector<QString>& path, Press press) {

@@ -28,6 +28,8 @@ bool IsShown(const QString& name);
 
 // A press in the middle of a widget; a check box is pressed on its box.
 void Click(const QString& name);
+// A button of the box that is open, by its caption.
+void ClickButton(const QString& caption);
 // A node by the texts on its way from the root; the nodes above it are opened first.
 void ClickNode(const QString& tree, const std::vector<QString>& path, Press press = Press::kLeft);
 // The first row whose cell of that column has the text.

@@ -25,7 +25,8 @@ QRect Place(const QWidget& window) {
 
 // The main window lies at the bottom unless it is the one that a person works in.
 int Height(const QWidget* window) {
-  if (window->windowType() == Qt::Popup) return 4;
+  if (window->windowType() == Qt::Popup) return 5;
+  if (window == QApplication::activeModalWidget()) return 4;
   if (window->isModal()) return 3;
   if (window->isActiveWindow()) return 2;
   return dynamic_cast<const QMainWindow*>(window) == nullptr ? 1 : 0;
