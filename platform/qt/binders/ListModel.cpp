@@ -8,9 +8,11 @@ namespace {
 
 constexpr int kShownCharacters = 1000;
 
-// One line of a cell: a row of the list is one text line high.
+// One line of a cell: a row of the list is one text line high. Blanks at its end, which the server
+// adds to columns of fixed length, would only make it look cut off.
 QString CellText(std::string_view text) {
-  QString shown = ToQtLines(text).left(kShownCharacters);
+  const std::size_t end = text.find_last_not_of(' ');
+  QString shown = ToQtLines(text.substr(0, end + 1)).left(kShownCharacters);
   return shown.replace('\n', ' ');
 }
 

@@ -67,6 +67,15 @@ TEST_F(ListTest, AHundredThousandRowsAreReadFromTheControlItself) {
   EXPECT_EQ(list.SelCount(), 100'000U);
 }
 
+TEST_F(ListTest, ACellIsOneLineWithoutTheBlanksOfAFixedLength) {
+  list.AddItem({"51", "sleeping" + std::string(120, ' ')});
+  list.AddItem({"52", " two\r\nlines "});
+  list.AddItem({"53", "   "});
+  EXPECT_EQ(Cell(0, 1), "sleeping");
+  EXPECT_EQ(Cell(1, 1), " two lines");
+  EXPECT_EQ(Cell(2, 1), "");
+}
+
 TEST_F(ListTest, AListThatIsRebuiltMayBePaintedHalfway) {
   AddRows(100);
   const ListUpdate update(list);
