@@ -3,8 +3,6 @@
 #include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QScopedValueRollback>
-#include <utility>
-
 #include "platform/qt/Keep.h"
 #include "platform/qt/binders/Binder.h"
 #include "platform/qt/binders/MenuBinder.h"
@@ -19,15 +17,25 @@ TreeWidget::TreeWidget(TreeView& tree, const ActionGuard& guard, QWidget* parent
   setEditTriggers(NoEditTriggers);
   Keep(*this, tree_.Changed.Connect(
                   [this](TreeView::Change change, const TreeNode* node) { Mirror(change, node); }));
-  QObject::connect(this, &QTreeView::clicked, this, [this](const QModelIndex& index) {
-    guard_.Run([&] { tree_.UserClick(model_.NodeAt(index)); });
-  });
+  QObject::connect(this, &QTreeView::clicked, this,
+                   [this](const QModelIndex& index) { TellClick(index); });
   ShowSelection();
   mirroring_ = false;
 }
 
 void TreeWidget::mousePressEvent(QMouseEvent* event) {
   if (event->button() == Qt::LeftButton) QTreeView::mousePressEvent(event);
+}
+
+void TreeWidget::mouseReleaseEvent(QMouseEvent* event) {
+  QTreeView::mouseReleaseEvent(event);
+  // A press that slid to another node before the release selected it without a click.
+  if (moved_) TellClick(currentIndex());
+}
+
+void TreeWidget::TellClick(const QModelIndex& index) {
+  moved_ = false;
+  guard_.Run([&] { tree_.UserClick(model_.NodeAt(index)); });
 }
 
 void TreeWidget::keyPressEvent(QKeyEvent* event) {
@@ -37,10 +45,14 @@ void TreeWidget::keyPressEvent(QKeyEvent* event) {
 
 void TreeWidget::keyReleaseEvent(QKeyEvent* event) {
   QTreeView::keyReleaseEvent(event);
-  // A key that is held down releases only once, and one that brought the focus here not at all.
-  if (event->isAutoRepeat() || std::exchange(pressed_key_, 0) != event->key()) return;
+  // A key that is held down releases only once, and one that brought the focus here not at all;
+  // of two keys at a time the first to go tells where both have moved to.
+  if (event->isAutoRepeat()) return;
+  const bool pressed_here = event->key() == pressed_key_;
+  if (pressed_here) pressed_key_ = 0;
   TreeNode* node = model_.NodeAt(currentIndex());
-  if (node == nullptr) return;
+  if (node == nullptr || !(pressed_here || moved_)) return;
+  moved_ = false;
   guard_.Run([&] { tree_.UserKeyUp(node); });
 }
 
@@ -58,6 +70,7 @@ void TreeWidget::contextMenuEvent(QContextMenuEvent* event) {
 void TreeWidget::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
   QTreeView::currentChanged(current, previous);
   if (mirroring_) return;
+  moved_ = true;
   guard_.Run([&] { tree_.Select(model_.NodeAt(current)); });
 }
 

@@ -18,6 +18,7 @@ class TreeWidget : public QTreeView {
 
  protected:
   void mousePressEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   void keyReleaseEvent(QKeyEvent* event) override;
   void contextMenuEvent(QContextMenuEvent* event) override;
@@ -26,6 +27,7 @@ class TreeWidget : public QTreeView {
  private:
   void Mirror(TreeView::Change change, const TreeNode* node);
   void ShowSelection();
+  void TellClick(const QModelIndex& index);
 
   TreeView& tree_;
   const ActionGuard& guard_;
@@ -33,6 +35,7 @@ class TreeWidget : public QTreeView {
   // Set while the program changes the selection, and while the view gets its model.
   bool mirroring_ = true;
   int pressed_key_ = 0;  // the key whose press came here, and whose release therefore counts
+  bool moved_ = false;   // a person has selected another node, which is not told yet
 };
 
 }  // namespace dbkeeper::qt

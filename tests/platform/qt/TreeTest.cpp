@@ -139,8 +139,24 @@ TEST_F(TreeTest, ALeftClickTellsTheNode) {
   EXPECT_EQ(events, "click Config;");
 }
 
+TEST_F(TreeTest, APressThatSlidesToAnotherNodeTellsTheOneThatItSelected) {
+  QWidget* const area = widget->viewport();
+  QTest::mousePress(area, Qt::LeftButton, {}, PlaceOf(*server));
+  QTest::mouseMove(area, PlaceOf(*tree.Roots()[1]));
+  QTest::mouseRelease(area, Qt::LeftButton, {}, PlaceOf(*tree.Roots()[1]));
+  EXPECT_EQ(widget->currentIndex().data().toString(), "Config");
+  EXPECT_EQ(events, "click Config;");
+}
+
 TEST_F(TreeTest, AKeyReleaseTellsTheNodeThatTheKeyWentTo) {
   QTest::keyClick(widget, Qt::Key_Down);
+  EXPECT_EQ(events, "key Config;");
+}
+
+TEST_F(TreeTest, OfTwoKeysAtATimeTheFirstReleaseTellsTheNode) {
+  QTest::keyPress(widget, Qt::Key_Down);
+  QTest::keyPress(widget, Qt::Key_Right);
+  QTest::keyRelease(widget, Qt::Key_Down);
   EXPECT_EQ(events, "key Config;");
 }
 
