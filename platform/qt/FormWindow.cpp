@@ -1,7 +1,7 @@
 #include "platform/qt/FormWindow.h"
 
+#include <QApplication>
 #include <QCloseEvent>
-#include <QCoreApplication>
 #include <QLayout>
 #include <QPushButton>
 #include <QScreen>
@@ -64,6 +64,18 @@ void FormDialog::CloseForm() {
 
 FormMainWindow::FormMainWindow(Form& form, const ActionGuard& guard) : form_(form), guard_(guard) {
   Follow(form, *this);
+}
+
+void FormMainWindow::changeEvent(QEvent* event) {
+  QMainWindow::changeEvent(event);
+  if (event->type() != QEvent::WindowStateChange) return;
+  const bool before =
+      static_cast<QWindowStateChangeEvent*>(event)->oldState() & Qt::WindowMinimized;
+  if (before == isMinimized()) return;
+  for (QWidget* window : QApplication::topLevelWidgets()) {
+    if (dynamic_cast<FormSecondWindow*>(window) == nullptr || !window->isVisible()) continue;
+    window->setWindowState(window->windowState().setFlag(Qt::WindowMinimized, isMinimized()));
+  }
 }
 
 void FormMainWindow::closeEvent(QCloseEvent* event) {

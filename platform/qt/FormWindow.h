@@ -39,13 +39,15 @@ class FormDialog : public QDialog {
   QPushButton* cancel_ = nullptr;
 };
 
-// The program's main window; the program ends when it has been closed.
+// The program's main window; the program ends when it has been closed. Minimised, it takes the
+// second windows along, and brings them back.
 class FormMainWindow : public QMainWindow {
  public:
   // Form and guard must outlive the window.
   FormMainWindow(Form& form, const ActionGuard& guard);
 
  protected:
+  void changeEvent(QEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
 
  private:

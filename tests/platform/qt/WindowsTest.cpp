@@ -142,5 +142,20 @@ TEST_F(RealWindows, TheStatusBarIsPaintedBeforeAStatementGoesOut) {
   EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
 }
 
+TEST_F(RealWindows, TheProgramIsMinimisedAsAWhole) {
+  app.Start();
+  windows.Show(app.FormMain);
+  QWidget& main = windows.WindowOf(app.FormMain);
+  QWidget& query = windows.WindowOf(app.FormExecSQL);
+  main.showMinimized();
+  EXPECT_FALSE(query.isVisible());
+  main.showNormal();
+  windows.Show(app.FormExecSQL);
+  main.showMinimized();
+  EXPECT_TRUE(query.isMinimized());
+  main.showMaximized();
+  EXPECT_FALSE(query.isMinimized());
+}
+
 }  // namespace
 }  // namespace dbkeeper::testing
