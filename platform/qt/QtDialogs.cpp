@@ -119,7 +119,7 @@ class Chooser : public QFileDialog {
   void accept() override {
     if (!IsServerPath(name_->text())) return QFileDialog::accept();
     server_path_ = name_->text();
-    QDialog::accept();
+    done(QDialog::Accepted);
   }
 
  private:

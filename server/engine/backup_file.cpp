@@ -84,7 +84,7 @@ class DescriptionReader {
     const std::uint64_t size = NumberOf(text_);
     text_.remove_prefix(kNumberSize);
     if (size > text_.size()) throw MalformedBackup();
-    const std::string field(text_.substr(0, size));
+    std::string field(text_.substr(0, size));
     text_.remove_prefix(size);
     return field;
   }

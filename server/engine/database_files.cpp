@@ -75,7 +75,7 @@ std::int64_t CheckMeasures(const DatabaseFile& file) {
 // A new file: in a folder that is there, under a name that is free.
 std::filesystem::path PlaceNewFile(Workspace& workspace, const std::string& text) {
   const DatabasePlaces& places = workspace.instance().places();
-  const std::filesystem::path file = places.HostPath(text);
+  std::filesystem::path file = places.HostPath(text);
   places.MakeFolderOf(file);
   std::error_code ignored;
   if (!file.has_filename() || !std::filesystem::is_directory(file.parent_path(), ignored)) {

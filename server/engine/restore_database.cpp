@@ -160,7 +160,7 @@ class DatabaseRestore {
   }
 
   std::filesystem::path NewPlace(char type, const std::string& text) {
-    const std::filesystem::path file = places_.HostPath(text);
+    std::filesystem::path file = places_.HostPath(text);
     places_.MakeFolderOf(file);
     std::error_code ignored;
     const bool own = existing_ && file == (type == 'D' ? OldPlace().data : OldPlace().log);

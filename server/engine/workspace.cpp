@@ -90,7 +90,7 @@ std::string Workspace::Open(const DatabaseInfo& database) {
       instance_.InUse(database.dbid, spid_)) {
     Fail(924, {database.name});
   }
-  const std::string alias = AliasOf(database.dbid);
+  std::string alias = AliasOf(database.dbid);
   if (database.dbid == kMasterId) return alias;
   const auto found = std::ranges::find(attached_, database.dbid, &Attached::dbid);
   if (found != attached_.end() && found->generation == file.generation) {

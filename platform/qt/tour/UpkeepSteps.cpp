@@ -70,14 +70,13 @@ void ExpectListed(const std::vector<QString>& names) {
 
 // A picture of the row's menu, and one of what its item opens.
 void AddChoice(Steps& steps, const std::string& picture, const QString& row,
-               const std::vector<QString>& items, std::function<void()> expect) {
+               const std::vector<QString>& items, const std::function<void()>& expect) {
   steps.push_back({picture + "-menu", [row] { ClickRow(kList, kName, row, Press::kRight); },
                    [] { OpenMenu(); }});
   for (std::size_t i = 0; i < items.size(); ++i) {
     const bool last = i + 1 == items.size();
     steps.push_back({picture + (last ? "" : "-menu-" + std::to_string(i + 2)),
-                     [item = items[i]] { ChooseItem(item); },
-                     last ? std::move(expect) : [] { OpenMenu(); }});
+                     [item = items[i]] { ChooseItem(item); }, last ? expect : [] { OpenMenu(); }});
   }
 }
 
