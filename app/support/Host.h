@@ -20,8 +20,9 @@ enum class WindowState { kNormal, kHidden };
 class Shell {
  public:
   virtual ~Shell() = default;
-  // Opens a file or an address with the desktop's program for it.
-  virtual void Open(const std::string& file_or_address) = 0;
+  // Opens a file by its whole path, or an address, with the desktop's program for it; a bare name
+  // is that of a program to start.
+  virtual void Open(const std::string& target) = 0;
   // Runs a command of the operating system.
   virtual void Run(const std::string& command, const std::string& arguments,
                    WindowState window) = 0;

@@ -18,8 +18,15 @@ constexpr std::size_t kHostNameSize = 256;
 
 }  // namespace
 
-void DesktopShell::Open(const std::string& file_or_address) {
-  QDesktopServices::openUrl(QUrl::fromUserInput(QString::fromStdString(file_or_address)));
+void DesktopShell::Open(const std::string& target) {
+  const QString text = QString::fromStdString(target);
+  if (std::filesystem::path(target).is_absolute()) {
+    QDesktopServices::openUrl(QUrl::fromLocalFile(text));
+  } else if (text.contains("://")) {
+    QDesktopServices::openUrl(QUrl(text));
+  } else {
+    QProcess::startDetached(text, {});
+  }
 }
 
 void DesktopShell::Run(const std::string& command, const std::string& arguments,

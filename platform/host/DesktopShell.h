@@ -11,7 +11,7 @@ class DesktopShell : public Shell {
   DesktopShell(std::filesystem::path executable, std::string version)
       : executable_(std::move(executable)), version_(std::move(version)) {}
 
-  void Open(const std::string& file_or_address) override;
+  void Open(const std::string& target) override;
   void Run(const std::string& command, const std::string& arguments, WindowState window) override;
   std::string ComputerName() override;
   std::string UserName() override;

@@ -169,6 +169,22 @@ TEST_F(ConnectTest, StopAndPauseAskFirstAndThenDisconnect) {
   EXPECT_EQ(fake.shell.commands, (std::vector<std::string>{"net pause mssqlserver"}));
 }
 
+TEST_F(ConnectTest, ServerToolsAreOpenedAndNamedInTheStatusBar) {
+  const struct {
+    const char *item, *program, *status;
+  } cases[] = {
+      {"PopupMenuServerCfg_SvrNetCn", "SVRNETCN.exe",
+       " >SVRNETCN.exe  (MSDEの規定値はﾈｯﾄﾜｰｸ接続が無効です, "
+       "ﾈｯﾄﾜｰｸ経由で使用する場合はTCP/IP or 名前つきパイプを有効にして下さい)"},
+      {"PopupMenuServerCfg_OdbcAd", "odbcad32.exe", " >odbcad32.exe"},
+  };
+  for (const auto& c : cases) {
+    Choose(*main.PopupMenuServerCfg, c.item);
+    EXPECT_EQ(fake.shell.opened.back(), c.program);
+    EXPECT_EQ(Status(), c.status);
+  }
+}
+
 TEST_F(ConnectTest, FailedShutdownKeepsTheConnection) {
   Connect();
   connection.Fail("shutdown", "denied");

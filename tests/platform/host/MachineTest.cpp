@@ -1,5 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <thread>
+
 #include "platform/host/DesktopLocale.h"
 #include "platform/host/DesktopShell.h"
 #include "platform/host/SessionSettings.h"
@@ -26,6 +32,20 @@ TEST(DesktopShell, OnlyTheProgramsOwnFileHasAVersion) {
 TEST(DesktopShell, WhatCannotBeStartedReportsNothing) {
   DesktopShell shell("/opt/dbkeeper/DBKEEPER.exe", "1.2.3");
   EXPECT_NO_THROW(shell.Run("no-such-program", "pause mssqlserver", WindowState::kHidden));
+  EXPECT_NO_THROW(shell.Open("no-such-program.exe"));
+}
+
+TEST(DesktopShell, ABareNameIsAProgramAndNoAddress) {
+  const testing::TemporaryFolder folder;
+  const std::string sign = (folder / "started").string();
+  testing::PutFile(folder / "dbkeeper-tool.exe", "#!/bin/sh\ntouch '" + sign + "'\n");
+  std::filesystem::permissions(folder / "dbkeeper-tool.exe", std::filesystem::perms::owner_all);
+  setenv("PATH", (folder.Path().string() + ":" + std::getenv("PATH")).c_str(), 1);
+  DesktopShell("/opt/dbkeeper/DBKEEPER.exe", "1.2.3").Open("dbkeeper-tool.exe");
+  for (int i = 0; i < 500 && !std::filesystem::exists(sign); ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  EXPECT_TRUE(std::filesystem::exists(sign));
 }
 
 TEST(DesktopLocale, DatesHaveFourDigitsOfYear) {
