@@ -91,6 +91,11 @@ std::int64_t BytesOf(const std::filesystem::path& file) {
   return ignored ? 0 : static_cast<std::int64_t>(bytes);
 }
 
+// Reads something, for before that SQLite does not look for a log.
+void OpenLog(SqliteConnection& connection) {
+  connection.IntegerOf(0, "select count(*) from sqlite_schema");
+}
+
 // The file's path within the instance's data folder for a database without one of its own.
 std::string DefaultFile(const DatabasePlaces& places, const std::string& database,
                         std::string_view ending) {
@@ -218,6 +223,7 @@ QuietFile::QuietFile(Workspace& workspace, const DatabaseInfo& database)
   const std::string wal = workspace.instance().FileOf(database.dbid).string() + "-wal";
   sqlite3* const handle = connection_.handle();
   sqlite3_busy_handler(handle, OnBusy, this);
+  OpenLog(connection_);
   for (;;) {
     Check(sqlite3_wal_checkpoint_v2(handle, nullptr, SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr));
     Check(sqlite3_exec(handle, "begin immediate", nullptr, nullptr, nullptr));
@@ -277,8 +283,7 @@ std::optional<DatabaseBytes> HoldFile(Workspace& workspace, const DatabaseInfo& 
   }
   // Nobody writes now.
   SqliteConnection reader(file);
-  const auto look = [&reader] { reader.IntegerOf(0, "select count(*) from sqlite_schema"); };
-  look();  // SQLite does not know of the log before
+  OpenLog(reader);
   int frames = 0;
   int folded = 0;
   const int code = sqlite3_wal_checkpoint_v2(reader.handle(), nullptr, SQLITE_CHECKPOINT_PASSIVE,
@@ -287,7 +292,7 @@ std::optional<DatabaseBytes> HoldFile(Workspace& workspace, const DatabaseInfo& 
   // A reader that finds nothing in the log but what is folded in reads the file alone, and keeps
   // everybody from folding in more.
   reader.Execute("begin");
-  look();
+  OpenLog(reader);
   return DatabaseBytes(std::move(reader));
 }
 
