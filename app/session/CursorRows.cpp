@@ -31,7 +31,8 @@ CursorRows::CursorRows(std::unique_ptr<PageCursor> cursor, std::size_t budget)
 CursorRows::~CursorRows() = default;
 
 void CursorRows::NoteCount(std::int64_t first, std::size_t count) {
-  if (exact_) return;
+  const bool beyond_end = count == 0 && first > known_;
+  if (exact_ || beyond_end) return;
   known_ = std::max(known_, first + static_cast<std::int64_t>(count));
   exact_ = count < page_rows_;
 }
@@ -73,9 +74,10 @@ void CursorRows::DropOldPages() {
   }
 }
 
-void CursorRows::FetchMore() {
-  if (exact_ || cursor_ == nullptr) return;
-  Fetch(known_ / PageSize());
+void CursorRows::FetchTo(std::int64_t row) {
+  if (exact_ || cursor_ == nullptr || row < known_) return;
+  Fetch(row / PageSize());
+  if (row >= known_) FetchLast();
 }
 
 void CursorRows::FetchLast() {

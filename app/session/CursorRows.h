@@ -26,7 +26,7 @@ class CursorRows : public RowSource {
   const std::vector<Field>& Fields() const override { return fields_; }
   std::int64_t KnownRows() const override { return known_; }
   bool CountIsExact() const override { return exact_; }
-  void FetchMore() override;
+  void FetchTo(std::int64_t row) override;
   void FetchLast() override;
   std::optional<std::string_view> Value(std::int64_t row, std::size_t field) override;
   void Detach() override;

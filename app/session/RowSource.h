@@ -26,8 +26,8 @@ class RowSource {
   // The rows known so far, and whether there are no others.
   virtual std::int64_t KnownRows() const = 0;
   virtual bool CountIsExact() const = 0;
-  // Makes more rows known. Throws ServerError.
-  virtual void FetchMore() = 0;
+  // Makes a row known; where there is no such row, all rows. Throws ServerError.
+  virtual void FetchTo(std::int64_t row) = 0;
   // Makes the last row known, and with it the exact count. Throws ServerError.
   virtual void FetchLast() = 0;
   // A value of a known row in the form of the port, alive until another row is asked for; absence

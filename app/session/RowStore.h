@@ -37,7 +37,7 @@ class RowStore : public RowSource {
   const std::vector<Field>& Fields() const override { return fields_; }
   std::int64_t KnownRows() const override { return rows_; }
   bool CountIsExact() const override { return true; }
-  void FetchMore() override {}
+  void FetchTo(std::int64_t) override {}
   void FetchLast() override {}
   std::optional<std::string_view> Value(std::int64_t row, std::size_t field) override;
   void Detach() override {}

@@ -97,9 +97,14 @@ GridRowCount RowView::RowCount() const {
 }
 
 void RowView::FetchMore() {
-  if (rows_ == nullptr || rows_->CountIsExact()) return;
-  rows_->FetchMore();
-  Changed.Emit(Change::kRows, 0);
+  if (rows_ != nullptr) FetchTo(RowCount().Rows);
+}
+
+void RowView::FetchTo(std::int64_t row) {
+  const GridRowCount before = RowCount();
+  if (row < before.Rows || before.Exact) return;
+  rows_->FetchTo(row - overlay_.Extra());
+  if (!(RowCount() == before)) Changed.Emit(Change::kRows, 0);
 }
 
 bool RowView::IsBeingChanged(std::int64_t row) const {
@@ -169,6 +174,7 @@ void RowView::SetCurrent(std::int64_t row) {
 void RowView::MoveTo(std::int64_t row) {
   if (rows_ == nullptr) return;
   Post();
+  FetchTo(row);
   SetCurrent(std::clamp<std::int64_t>(row, RowCount().Rows > 0 ? 0 : -1, RowCount().Rows - 1));
 }
 
@@ -176,10 +182,7 @@ void RowView::First() { MoveTo(0); }
 
 void RowView::Prior() { MoveTo(current_ - 1); }
 
-void RowView::Next() {
-  if (current_ + 1 >= RowCount().Rows) FetchMore();
-  MoveTo(current_ + 1);
-}
+void RowView::Next() { MoveTo(current_ + 1); }
 
 void RowView::Last() {
   if (rows_ == nullptr) return;

@@ -76,6 +76,7 @@ class RowView : public GridSource {
 
  private:
   void DescribeColumns();
+  void FetchTo(std::int64_t row);
   void SetState(GridState state);
   void SetCurrent(std::int64_t row);
   // Throws RowError where rows cannot be written.

@@ -121,9 +121,31 @@ TEST(CursorRows, KnowsTheEndOnceAShortPageCame) {
     bool is_open = true;
     FakeCursors cursors{.tell_count = false};
     CursorRows rows(std::make_unique<FakeCursor>(ManyRows(count), cursors, is_open));
-    for (int i = 0; i < 4; ++i) rows.FetchMore();
+    for (int i = 0; i < 4; ++i) rows.FetchTo(rows.KnownRows());
     EXPECT_EQ(rows.KnownRows(), static_cast<std::int64_t>(count));
     EXPECT_TRUE(rows.CountIsExact());
+  }
+}
+
+TEST(CursorRows, GoToARowWithoutThePagesBeforeIt) {
+  const struct {
+    std::int64_t row;
+    std::int64_t known;
+    bool exact;
+  } cases[] = {{50, 100, false},
+               {700, 800, false},
+               {1049, 1050, true},
+               {1050, 1050, true},
+               {5000, 1050, true}};
+  for (const auto& c : cases) {
+    bool is_open = true;
+    FakeCursors cursors{.tell_count = false};
+    CursorRows rows(std::make_unique<FakeCursor>(ManyRows(1050), cursors, is_open));
+    rows.FetchTo(c.row);
+    EXPECT_EQ(rows.KnownRows(), c.known) << c.row;
+    EXPECT_EQ(rows.CountIsExact(), c.exact) << c.row;
+    EXPECT_LE(cursors.fetches.size(), 3U);
+    EXPECT_EQ(rows.Value(c.known - 1, 0), std::to_string(c.known - 1));
   }
 }
 

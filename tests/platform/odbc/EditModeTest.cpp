@@ -419,7 +419,9 @@ TEST_P(EditModeTest, ShowsEveryRowOnceWhileRowsAreDeletedAndInserted) {
   }
   remove(0);
   expect_all();
+  Go(800);
   Press(NavigatorButton::kRefresh);
+  EXPECT_EQ(Shown().CurrentRow(), 800);
   for (const int id : {99, 100, 700, 1400}) theirs.insert(std::to_string(id));
   expect_all();
   EXPECT_EQ(Told(), "");
