@@ -111,14 +111,16 @@ class CheckListBox : public Control {
   void UserCheck(std::size_t index, bool checked);
 };
 
+enum class TextEnd { kStart, kEnd };
+
 // A text of several lines, joined by CR LF.
 class Memo : public Control {
  public:
   Property<std::string> Text;
   Property<bool> ReadOnly{false};
   Event OnChange;
-  // The program puts the caret at the start of the first line and scrolls there.
-  Signal<> CaretToStartRequested;
+  // The program puts the caret at the text's start or end and scrolls there.
+  Signal<TextEnd> CaretRequested;
 
   std::vector<std::string> Lines() const;
   void SetLines(const std::vector<std::string>& lines);

@@ -41,7 +41,7 @@ void TFormExecSQL::FilesDropped(const std::vector<std::string>& files) {
 
 void TFormExecSQL::SetToEditor(const std::vector<std::string>& lines) {
   MemoSQL.SetLines(lines);
-  MemoSQL.CaretToStartRequested.Emit();
+  MemoSQL.CaretRequested.Emit(TextEnd::kStart);
   MemoSQL.SetFocus();
 }
 

@@ -287,7 +287,9 @@ void TFormExecSQL::Logged(const std::string& sql, const std::function<void()>& r
 void TFormExecSQL::NoteMessages() { messages_.Add(session_.TheConnection().TakeMessages()); }
 
 void TFormExecSQL::ShowMessages() {
-  if (MemoServerMessage.Visible) MemoServerMessage.Text = messages_.Text();
+  if (!MemoServerMessage.Visible) return;
+  MemoServerMessage.Text = messages_.Text();
+  MemoServerMessage.CaretRequested.Emit(TextEnd::kEnd);
 }
 
 void TFormExecSQL::Sbtn_ServerMessageClick() {

@@ -122,8 +122,8 @@ void Binder::Bind(Memo& memo, QPlainTextEdit& editor, const QString& name) const
     Show(editor, text);
     *mirroring = false;
   }));
-  Keep(editor, memo.CaretToStartRequested.Connect([&editor] {
-    editor.moveCursor(QTextCursor::Start);
+  Keep(editor, memo.CaretRequested.Connect([&editor](TextEnd end) {
+    editor.moveCursor(end == TextEnd::kStart ? QTextCursor::Start : QTextCursor::End);
     editor.ensureCursorVisible();
   }));
   QObject::connect(&editor, &QPlainTextEdit::textChanged, &editor,

@@ -7,6 +7,7 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPlainTextEdit>
+#include <QScrollBar>
 #include <QTest>
 #include <QUrl>
 #include <memory>
@@ -138,6 +139,14 @@ TEST_F(ExecSqlWindowTest, PanesFollowTheirButtons) {
     QTest::mouseClick(&Get<QPushButton>(c.button), Qt::LeftButton);
     EXPECT_TRUE(Get<QWidget>(c.pane).isVisible()) << c.pane;
   }
+}
+
+TEST_F(ExecSqlWindowTest, TheNewestMessageIsInSight) {
+  QTest::mouseClick(&Get<QPushButton>("Sbtn_ServerMessage"), Qt::LeftButton);
+  auto& said = Get<QPlainTextEdit>("MemoServerMessage");
+  for (int run = 0; run < 10; ++run) QTest::keyClick(shown.get(), Qt::Key_E, Qt::ControlModifier);
+  EXPECT_GT(said.verticalScrollBar()->maximum(), 0);
+  EXPECT_EQ(said.verticalScrollBar()->value(), said.verticalScrollBar()->maximum());
 }
 
 TEST_F(ExecSqlWindowTest, ClosingTheWindowClosesTheForm) {
