@@ -74,7 +74,12 @@ void TFormMain::PopupMenu_SQLServer_StopClick() {
   if (!workbench_.ConfirmCaution("サーバーを停止しますが、よろしいですか?")) return;
   {
     RunningStatus status(workbench_);
-    session_.ADOQuerySystem.Command("shutdown");
+    try {
+      session_.ADOQuerySystem.Command("shutdown");
+    } catch (const ServerError&) {
+      // A server that was gone before it could answer has done what it was told.
+      if (session_.Connected()) throw;
+    }
     status.Done("shutdown");
   }
   PopupMenu_SQLServer_DisConnectClick();

@@ -195,5 +195,16 @@ TEST_F(ConnectTest, FailedShutdownKeepsTheConnection) {
   EXPECT_EQ(fake.windows.busy, 0);
 }
 
+TEST_F(ConnectTest, AServerThatIsGoneBeforeItAnswersItsShutdownIsStopped) {
+  Connect();
+  connection.Answer("shutdown", {.error = ServerMessage{.number = 20017, .text = "Unexpected EOF"},
+                                 .breaks = true});
+  fake.dialogs.answers.push_back(Answer::kOk);
+  Choose(*main.PopupMenu_SQLServer, "PopupMenu_SQLServer_Stop");
+  EXPECT_TRUE(fake.dialogs.errors.empty());
+  EXPECT_EQ(Status(), " >shutdown");
+  ExpectState(false);
+}
+
 }  // namespace
 }  // namespace dbkeeper

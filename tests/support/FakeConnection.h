@@ -27,6 +27,7 @@ struct FakeResult {
   std::int64_t affected = -1;
   int further_results = 0;                   // behind the rows
   std::vector<ServerMessage> messages = {};  // said while the statement runs
+  bool breaks = false;                       // the connection is gone with the error
 };
 
 // Text fields of the given names.
@@ -156,6 +157,7 @@ class FakeConnection : public Connection {
     for (const auto& [part, result] : answers_) {
       if (sql.find(part) == std::string::npos) continue;
       messages.insert(messages.end(), result.messages.begin(), result.messages.end());
+      if (result.breaks) is_open_ = false;
       if (result.error && result.fields.empty()) throw ServerError({*result.error});
       return result;
     }

@@ -75,6 +75,19 @@ TEST_F(OnLocalServer, AServerThatDiesIsNoticedAndCanBeReachedAgain) {
   EXPECT_NE(connection_.Query("select 1"), nullptr);
 }
 
+TEST_F(OnLocalServer, AShutdownIsAnsweredOrTheServerIsKnownToBeGone) {
+  connection_.Open(kWindowsLogin);
+  try {
+    connection_.Execute("shutdown");
+  } catch (const ServerError& error) {
+    EXPECT_FALSE(connection_.IsOpen()) << error.what();
+  }
+  connection_.Close();
+  server_.Kill();
+  connection_.Open(kWindowsLogin);
+  EXPECT_NE(connection_.Query("select 1"), nullptr);
+}
+
 TEST_F(OnLocalServer, ReadersOfAClosedConnectionAreHarmless) {
   connection_.Open(kWindowsLogin);
   const auto cursor = connection_.OpenCursor("select name from master.dbo.sysobjects");
