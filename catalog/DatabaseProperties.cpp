@@ -53,7 +53,8 @@ constexpr std::array<MarkerRow, 8> kMarkers = {{
     {"IsAutoShrink", "定期的な自動圧縮", "True"},
 }};
 
-void AddRow(ListView& list, std::string number, std::string item, std::string value) {
+void AddRow(ListView& list, std::string_view number, std::string_view item,
+            std::string_view value) {
   list.AddItem({number, item, value});
 }
 
