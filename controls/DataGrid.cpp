@@ -14,6 +14,10 @@ void DataGrid::UserMoveTo(std::int64_t row, int column) {
   if (row != Source()->CurrentRow()) Source()->MoveTo(row);
 }
 
+void DataGrid::UserBeginEdit(std::size_t column) {
+  if (Editable(column) && Source()->State() == GridState::kBrowse) Source()->Edit();
+}
+
 void DataGrid::UserSetCell(std::size_t column, const std::optional<std::string>& typed) {
   if (Editable(column)) Source()->SetCell(column, typed);
 }

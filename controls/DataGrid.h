@@ -110,6 +110,8 @@ class DataGrid : public Control {
 
   // A person moved to a cell; leaving a row being changed writes it.
   void UserMoveTo(std::int64_t row, int column);
+  // Began to type into a cell of the current row: from then on the row is being changed.
+  void UserBeginEdit(std::size_t column);
   // Typed into the cell of the current row, or made it null. Ignored where it is not editable.
   void UserSetCell(std::size_t column, const std::optional<std::string>& typed);
   // Esc and Tab: the changes of the row are dropped.

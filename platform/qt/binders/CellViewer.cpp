@@ -43,11 +43,10 @@ CellViewer::CellViewer(const GridColumn& column, const std::string& text, CellUs
   setWindowTitle(ToQt(column.Caption + "  " + column.TypeHint));
   text_->setObjectName("CellText");
   const bool change = use == CellUse::kChange;
-  const bool as_table = column.Kind == GridCellKind::kBinary && !change;
-  if (as_table) {
-    text_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-    text_->setLineWrapMode(QPlainTextEdit::NoWrap);
-  }
+  const bool binary = column.Kind == GridCellKind::kBinary;
+  const bool as_table = binary && !change;
+  if (binary) text_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+  if (as_table) text_->setLineWrapMode(QPlainTextEdit::NoWrap);
   text_->setPlainText(as_table ? HexTable(text) : ToQtLines(text));
   text_->document()->setModified(false);
   text_->setReadOnly(!change);

@@ -25,7 +25,9 @@ namespace {
 constexpr int kNarrowest = 40;
 constexpr int kWidest = 320;
 constexpr int kCellAir = 16;
+constexpr int kEditorWidth = 120;
 constexpr int kMarkWidth = 18;
+constexpr int kNoteMargin = 3;
 // Columns are sized to what these rows hold.
 constexpr int kSizedRows = 50;
 constexpr qsizetype kSizedCharacters = 100;
@@ -43,11 +45,23 @@ class CellDelegate : public QStyledItemDelegate {
       : QStyledItemDelegate(&widget), grid_(grid), guard_(guard), widget_(widget) {}
 
   QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem&,
-                        const QModelIndex&) const override {
+                        const QModelIndex& index) const override {
     auto* editor = new QLineEdit(parent);
     editor->setObjectName("CellEdit");
-    editor->setFrame(false);
+    editor->setStyleSheet("QLineEdit { border: 1px solid palette(highlight); }");
+    editor->setAlignment(index.data(Qt::TextAlignmentRole).value<Qt::Alignment>());
+    const auto column = static_cast<std::size_t>(index.column());
+    connect(editor, &QLineEdit::textEdited, this,
+            [this, column] { guard_.Run([&] { grid_.UserBeginEdit(column); }); });
     return editor;
+  }
+
+  // A narrow column's editor goes beyond it, as far as the grid does.
+  void updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
+                            const QModelIndex&) const override {
+    QRect place = option.rect;
+    place.setWidth(std::max(place.width(), Scaled(*editor, kEditorWidth)));
+    editor->setGeometry(place & editor->parentWidget()->rect());
   }
 
   void setEditorData(QWidget* editor, const QModelIndex& index) const override {
@@ -118,7 +132,11 @@ GridWidget::GridWidget(DataGrid& grid, const ActionGuard& guard, QWidget* parent
   note_->setObjectName("GridNote");
   note_->setTextFormat(Qt::PlainText);
   note_->setWordWrap(true);
+  note_->setMargin(Scaled(*this, kNoteMargin));
 
+  connect(horizontalHeader(), &QHeaderView::sectionResized, this, [this](int column) {
+    if (!sizing_) hand_sized_.insert(column);
+  });
   Keep(*this, grid_.Source.Observe([this](GridSource* source) { Follow(source); }));
   Keep(*this, grid_.ReadOnly.Observe([this](bool) { ShowNote(); }));
 }
@@ -136,6 +154,7 @@ void GridWidget::Mirror(GridSource::Change change, std::int64_t row) {
   switch (change) {
     case GridSource::Change::kAll: {
       const QScopedValueRollback quiet(mirroring_, true);
+      const QScopedValueRollback programs(sizing_, true);
       KeepColumnWidths();
       model_.Reload();
       ShowColumnWidths();
@@ -151,6 +170,7 @@ void GridWidget::Mirror(GridSource::Change change, std::int64_t row) {
     }
     case GridSource::Change::kRow:
       model_.RowChanged(row);
+      WidenToSight();
       break;
     case GridSource::Change::kCurrent:
       ShowCurrent();
@@ -193,26 +213,46 @@ void GridWidget::ShowColumnWidths() {
       std::equal(columns.begin(), columns.end(), sized_columns_.begin(), sized_columns_.end(),
                  [](const GridColumn& a, const GridColumn& b) { return a.Caption == b.Caption; });
   if (columns.empty()) return;
-  if (same) {
+  if (!same) hand_sized_.clear();
+  for (int column = 0; column < model_.columnCount(); ++column) {
     // As at a refresh: the widths that a person has chosen stay.
-    for (int column = 0; column < model_.columnCount(); ++column) {
-      setColumnWidth(column, widths_[static_cast<std::size_t>(column)]);
-    }
-    return;
+    const int width = same ? widths_[static_cast<std::size_t>(column)] : Scaled(*this, kNarrowest);
+    setColumnWidth(column, width);
   }
   sized_columns_ = columns;
-  const int rows = std::min(model_.rowCount(), kSizedRows);
+  WidenColumns(0, std::min(model_.rowCount(), kSizedRows) - 1, 0, model_.columnCount() - 1);
+}
+
+void GridWidget::WidenColumns(int first_row, int last_row, int first_column, int last_column) {
+  const QScopedValueRollback quiet(sizing_, true);
   const QFontMetrics metrics = fontMetrics();
-  for (int column = 0; column < model_.columnCount(); ++column) {
+  for (int column = first_column; column <= last_column; ++column) {
+    if (hand_sized_.count(column) > 0) continue;
     int width = metrics.horizontalAdvance(
         model_.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString());
-    for (int row = 0; row < rows; ++row) {
+    for (int row = first_row; row <= last_row; ++row) {
       const QString text = model_.ShownText(model_.index(row, column)).left(kSizedCharacters);
       width = std::max(width, metrics.horizontalAdvance(text));
     }
-    setColumnWidth(column, std::clamp(width + Scaled(*this, kCellAir), Scaled(*this, kNarrowest),
-                                      Scaled(*this, kWidest)));
+    width = std::min(width + Scaled(*this, kCellAir), Scaled(*this, kWidest));
+    if (width > columnWidth(column)) setColumnWidth(column, width);
   }
+}
+
+// So that no number is cut because the first rows had shorter ones.
+void GridWidget::WidenToSight() {
+  const int first_row = rowAt(0);
+  const int first_column = columnAt(0);
+  if (first_row < 0 || first_column < 0) return;
+  const int rows = viewport()->height() / verticalHeader()->defaultSectionSize() + 1;
+  const int last_column = columnAt(viewport()->width() - 1);
+  WidenColumns(first_row, std::min(first_row + rows, model_.rowCount()) - 1, first_column,
+               last_column < 0 ? model_.columnCount() - 1 : last_column);
+}
+
+void GridWidget::scrollContentsBy(int dx, int dy) {
+  QTableView::scrollContentsBy(dx, dy);
+  WidenToSight();
 }
 
 void GridWidget::ShowNote() {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QTableView>
+#include <set>
 #include <vector>
 
 #include "controls/ActionGuard.h"
@@ -38,6 +39,7 @@ class GridWidget : public QTableView {
   void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
   bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
+  void scrollContentsBy(int dx, int dy) override;
 
  private:
   void Follow(GridSource* source);
@@ -45,6 +47,9 @@ class GridWidget : public QTableView {
   void ShowCurrent();
   void KeepColumnWidths();
   void ShowColumnWidths();
+  // Widens columns to what these cells show, but none that a person has sized.
+  void WidenColumns(int first_row, int last_row, int first_column, int last_column);
+  void WidenToSight();
   void ShowNote();
   // Whether a cell is edited in a dialog of its own.
   bool NeedsViewer(const QModelIndex& index) const;
@@ -56,6 +61,8 @@ class GridWidget : public QTableView {
   Subscription source_changes_;
   std::vector<GridColumn> sized_columns_;
   std::vector<int> widths_;  // of these columns, while the grid shows none
+  std::set<int> hand_sized_;
+  bool sizing_ = false;  // set while the program sizes columns
   // Set while the program moves the focus, so that it does not come back as a person's.
   bool mirroring_ = false;
   bool checking_ = false;
