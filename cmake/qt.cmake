@@ -49,10 +49,12 @@ target_precompile_headers(dbkeeper_qt PRIVATE <QtWidgets>)
 
 # The hands that drive the windows, for the tour and the tests.
 add_library(dbkeeper_tour_kit STATIC
+  platform/qt/tour/BrowserSteps.cpp
   platform/qt/tour/Chapters.cpp
   platform/qt/tour/ConnectSteps.cpp
   platform/qt/tour/DatabaseSteps.cpp
   platform/qt/tour/DisconnectSteps.cpp
+  platform/qt/tour/EditSteps.cpp
   platform/qt/tour/Hands.cpp
   platform/qt/tour/NodeSteps.cpp
   platform/qt/tour/Picture.cpp

@@ -8,7 +8,8 @@ namespace dbkeeper::qt::tour {
 namespace {
 
 constexpr std::array kChapters = {
-    &ConnectSteps, &DatabaseSteps, &NodeSteps, &QuerySteps, &UpkeepSteps, &DisconnectSteps,
+    &ConnectSteps, &DatabaseSteps, &NodeSteps,   &QuerySteps,
+    &EditSteps,    &BrowserSteps,  &UpkeepSteps, &DisconnectSteps,
 };
 
 }  // namespace

@@ -14,6 +14,8 @@ Steps ConnectSteps();     // from the start to the connected tree
 Steps DatabaseSteps();    // the list of databases, its menu, its sort, its keys
 Steps NodeSteps();        // every other node of the tree
 Steps QuerySteps();       // the query window, and back
+Steps EditSteps();        // rows written in the query window
+Steps BrowserSteps();     // the table browser
 Steps UpkeepSteps();      // a database made, backed up, restored under another name
 Steps DisconnectSteps();  // back to the roots, and the end
 

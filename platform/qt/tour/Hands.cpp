@@ -11,10 +11,13 @@
 #include <QStatusBar>
 #include <QStyle>
 #include <QStyleOptionButton>
+#include <QTableView>
 #include <QTest>
 #include <QTreeView>
 #include <QWindow>
 #include <algorithm>
+
+#include "platform/qt/tour/Tour.h"
 
 namespace dbkeeper::qt::tour {
 
@@ -62,7 +65,7 @@ void PressAt(QWidget& widget, const QPoint& at, Press press) {
   }
 }
 
-void PressIndex(QTreeView& view, const QModelIndex& index, Press press) {
+void PressIndex(QAbstractItemView& view, const QModelIndex& index, Press press) {
   view.scrollTo(index);
   const QRect cell = view.visualRect(index) & view.viewport()->rect();
   PressAt(*view.viewport(), cell.center(), press);
@@ -149,6 +152,11 @@ void ClickColumn(const QString& list, int column) {
   PressAt(*header.viewport(), {middle, header.height() / 2}, Press::kLeft);
 }
 
+void ClickCell(const QString& grid, int row, int column, Press press) {
+  auto& view = FindA<QTableView>(grid);
+  PressIndex(view, view.model()->index(row, column), press);
+}
+
 void OpenSystemMenu() {
   auto* bar = Find("FormMain").findChild<QMenuBar*>();
   PressAt(*bar, bar->actionGeometry(bar->actions().first()).center(), Press::kLeft);
@@ -168,9 +176,7 @@ void PressKey(Qt::Key key, Qt::KeyboardModifiers modifiers) {
   QTest::keyClick(&FocusWindow(), key, modifiers);
 }
 
-void TypeInto(const QString& name, const QString& text) {
-  Click(name);
-  PressKey(Qt::Key_A, Qt::ControlModifier);
+void TypeText(const QString& text) {
   for (const QChar character : text) {
     if (character.unicode() < 128) {
       QTest::keyClick(&FocusWindow(), character.toLatin1());
@@ -181,6 +187,19 @@ void TypeInto(const QString& name, const QString& text) {
       QApplication::sendEvent(QApplication::focusWidget(), &composed);
     }
   }
+}
+
+void TypeInto(const QString& name, const QString& text) {
+  Click(name);
+  PressKey(Qt::Key_A, Qt::ControlModifier);
+  TypeText(text);
+}
+
+void TypeIntoCell(const QString& grid, int row, int column, const QString& text) {
+  ClickCell(grid, row, column);
+  PressKey(Qt::Key_F2);
+  PressKey(Qt::Key_A, Qt::ControlModifier);
+  TypeText(text);
 }
 
 void CloseWindow(const QString& name) { Find(name).window()->close(); }
@@ -213,6 +232,13 @@ std::vector<QString> ChildrenOf(const QString& tree, const std::vector<QString>&
     texts.push_back(view.model()->index(row, 0, node).data().toString());
   }
   return texts;
+}
+
+void RequireCell(const QString& grid, int row, int column, const QString& text,
+                 const QString& mark) {
+  const QAbstractItemModel& model = *FindA<QTableView>(grid).model();
+  RequireEqual(model.index(row, column).data().toString(), text);
+  RequireEqual(model.headerData(row, Qt::Vertical).toString(), mark);
 }
 
 QString StatusText() { return FindA<QStatusBar>("StatusBar1").findChild<QLabel*>()->text(); }

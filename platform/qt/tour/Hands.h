@@ -35,12 +35,18 @@ void ClickNode(const QString& tree, const std::vector<QString>& path, Press pres
 // The first row whose cell of that column has the text.
 void ClickRow(const QString& list, int column, const QString& text, Press press = Press::kLeft);
 void ClickColumn(const QString& list, int column);
+// A cell of a grid.
+void ClickCell(const QString& grid, int row, int column, Press press = Press::kLeft);
 // The main window's own menu.
 void OpenSystemMenu();
 // An item of the popup menu that is open; its sub-menu opens when it has one.
 void ChooseItem(const QString& item);
 // A key for the widget that has the focus.
 void PressKey(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+// Types into the widget that has the focus; Japanese as an input method hands it over.
+void TypeText(const QString& text);
+// Gives a cell the focus by a press, opens its editor, and types another text; the editor stays.
+void TypeIntoCell(const QString& grid, int row, int column, const QString& text);
 // Gives a widget the focus by a press, marks its text, and types another one.
 void TypeInto(const QString& name, const QString& text);
 // The window's own close button.
@@ -50,6 +56,9 @@ void CloseWindow(const QString& name);
 std::vector<QString> Column(const QString& list, int column);
 std::vector<QString> Headers(const QString& list);
 std::vector<QString> ChildrenOf(const QString& tree, const std::vector<QString>& path);
+// Throws unless a cell of a grid shows the text and its row the mark before it.
+void RequireCell(const QString& grid, int row, int column, const QString& text,
+                 const QString& mark);
 QString StatusText();
 // The text of the message box that is open.
 QString BoxText();
