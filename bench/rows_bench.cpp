@@ -1,6 +1,8 @@
-// The table browser and the row store: time to the first page and to the last row, and memory.
+// Rows by the million from a local server: reading and exporting beside a bare loop, the table
+// browser's first and last page, and the memory that all this takes.
 #include <benchmark/benchmark.h>
 
+#include <chrono>
 #include <cstdint>
 #include <fstream>
 #include <memory>
@@ -9,22 +11,36 @@
 
 #include "app/session/BrowseQuery.h"
 #include "app/session/RowStore.h"
+#include "app/session/RowView.h"
+#include "bench/bare_loop.h"
+#include "platform/host/IconvCodePage.h"
 #include "platform/odbc/OdbcConnection.h"
+#include "query/ResultExport.h"
 #include "tests/support/FakeHost.h"
 #include "tests/support/LocalServer.h"
 
 namespace dbkeeper {
 namespace {
 
+constexpr std::int64_t kFew = 1'000;
 constexpr std::int64_t kMany = 1'000'000;
+constexpr const char* kReadAll =
+    "select id, name, amount, changed, note from tempdb.dbo.rows1000000";
 
-// The resident memory of this program in bytes.
+// The resident memory of this program in MiB.
 double Memory() {
   std::ifstream status("/proc/self/statm");
   double total = 0;
   double resident = 0;
   status >> total >> resident;
-  return resident * 4096;
+  return resident * 4096 / (1 << 20);
+}
+
+template <class Work>
+double Seconds(Work work) {
+  const auto start = std::chrono::steady_clock::now();
+  work();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
 // A local server with tables rows1000 and rows1000000 of five short columns.
@@ -42,6 +58,18 @@ class Tables {
          "digits a, digits b, digits c, digits d, digits e, digits f");
   }
 
+  std::unique_ptr<RowReader> Read() {
+    auto reader = connection.Query(kReadAll);
+    if (reader == nullptr) throw std::runtime_error("no rows");
+    return reader;
+  }
+  double BareSeconds() {
+    if (bare_ == nullptr) bare_ = std::make_unique<BareLoop>(server_.Port());
+    return Seconds([this] {
+      if (bare_->Run(kReadAll) != kMany) throw std::runtime_error("rows are missing");
+    });
+  }
+
  private:
   void Make(const std::string& name, const std::string& number, const std::string& from) {
     connection.Execute("create table " + name +
@@ -52,6 +80,7 @@ class Tables {
   }
 
   LocalServer server_;
+  std::unique_ptr<BareLoop> bare_;
 
  public:
   OdbcConnection connection{OdbcOptions{}, server_.Endpoint()};
@@ -61,6 +90,65 @@ Tables& TheTables() {
   static Tables tables;
   return tables;
 }
+
+// Measures work on the million rows, each time beside a bare loop over them, and tells the share of
+// the loop's rate that it reaches.
+template <class Work>
+void MeasureBesideBareLoop(benchmark::State& state, Work work) {
+  double bare = 0;
+  double own = 0;
+  for ([[maybe_unused]] auto step : state) {
+    bare += TheTables().BareSeconds();
+    const double seconds = Seconds(work);
+    own += seconds;
+    state.SetIterationTime(seconds);
+  }
+  state.counters["of_bare_loop"] = bare / own;
+  state.SetItemsProcessed(state.iterations() * kMany);
+}
+
+void ReadThroughSession(benchmark::State& state) {
+  MeasureBesideBareLoop(state, [] {
+    const auto reader = TheTables().Read();
+    const std::size_t fields = reader->Fields().size();
+    while (reader->Next()) {
+      for (std::size_t field = 0; field < fields; ++field) {
+        benchmark::DoNotOptimize(reader->Text(field));
+      }
+    }
+  });
+}
+BENCHMARK(ReadThroughSession)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(5);
+
+// As the query window does it before its grid shows anything.
+void ReadIntoStore(benchmark::State& state) {
+  std::unique_ptr<RowStore> store;
+  const double before = Memory();
+  MeasureBesideBareLoop(state, [&store] {
+    const auto reader = TheTables().Read();
+    store = std::make_unique<RowStore>(reader->Fields());
+    store->ReadAll(*reader);
+  });
+  state.counters["memory_MiB"] = Memory() - before;
+  state.counters["file_MiB"] = static_cast<double>(store->FileUsed()) / (1 << 20);
+}
+BENCHMARK(ReadIntoStore)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(3);
+
+void Export(benchmark::State& state) {
+  const testing::TemporaryFolder folder;
+  testing::FakeLocale locale;
+  host::IconvCodePage code_page;
+  const auto reader = TheTables().Read();
+  auto store = std::make_unique<RowStore>(reader->Fields());
+  store->ReadAll(*reader);
+  RowView rows(locale);
+  rows.Open(std::move(store));
+  const double before = Memory();
+  MeasureBesideBareLoop(
+      state, [&] { benchmark::DoNotOptimize(ExportResult(rows, folder / "out.csv", code_page)); });
+  state.counters["memory_MiB"] = Memory() - before;
+}
+BENCHMARK(Export)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(5);
 
 // As the grid does it: the rows that stand in the window, all their cells.
 void ReadWindow(RowView& rows, std::int64_t first) {
@@ -78,37 +166,42 @@ void OpenTable(BrowseQuery& query, std::int64_t count) {
   query.Open();
 }
 
+// The long table, each time beside the short one.
 void OpenToFirstPage(benchmark::State& state) {
-  TheTables();
   testing::FakeLocale locale;
   BrowseQuery query(TheTables().connection, locale, nullptr);
+  const auto open = [&query](std::int64_t count) {
+    return Seconds([&] {
+      OpenTable(query, count);
+      ReadWindow(query.Rows, 0);
+    });
+  };
   const double before = Memory();
+  double few = 0;
+  double many = 0;
   for ([[maybe_unused]] auto step : state) {
-    OpenTable(query, state.range(0));
-    ReadWindow(query.Rows, 0);
+    few += open(kFew);
+    const double seconds = open(kMany);
+    many += seconds;
+    state.SetIterationTime(seconds);
   }
-  state.counters["memory_MiB"] = (Memory() - before) / (1 << 20);
+  state.counters["times_of_1000_rows"] = many / few;
+  state.counters["memory_MiB"] = Memory() - before;
 }
-BENCHMARK(OpenToFirstPage)
-    ->Arg(1000)
-    ->Arg(kMany)
-    ->Unit(benchmark::kMillisecond)
-    ->UseRealTime()
-    ->Iterations(200);
+BENCHMARK(OpenToFirstPage)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(200);
 
 void LastRow(benchmark::State& state) {
   testing::FakeLocale locale;
   BrowseQuery query(TheTables().connection, locale, nullptr);
-  OpenTable(query, kMany);
   for ([[maybe_unused]] auto step : state) {
-    query.Rows.Last();
-    ReadWindow(query.Rows, kMany - 30);
-    state.PauseTiming();
     OpenTable(query, kMany);
-    state.ResumeTiming();
+    state.SetIterationTime(Seconds([&query] {
+      query.Rows.Last();
+      ReadWindow(query.Rows, kMany - 30);
+    }));
   }
 }
-BENCHMARK(LastRow)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
+BENCHMARK(LastRow)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(5);
 
 // Every page of the table once: what the browser keeps is bounded.
 void ScrollThrough(benchmark::State& state) {
@@ -122,24 +215,9 @@ void ScrollThrough(benchmark::State& state) {
       ReadWindow(query.Rows, row);
     }
   }
-  state.counters["memory_MiB"] = (Memory() - before) / (1 << 20);
+  state.counters["memory_MiB"] = Memory() - before;
 }
 BENCHMARK(ScrollThrough)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1);
-
-void ReadIntoStore(benchmark::State& state) {
-  std::unique_ptr<RowStore> store;
-  const double before = Memory();
-  for ([[maybe_unused]] auto step : state) {
-    const auto reader = TheTables().connection.Query("select * from tempdb.dbo.rows1000000");
-    if (reader == nullptr) throw std::runtime_error("no rows");
-    store = std::make_unique<RowStore>(reader->Fields());
-    store->ReadAll(*reader);
-  }
-  state.counters["memory_MiB"] = (Memory() - before) / (1 << 20);
-  state.counters["file_MiB"] = static_cast<double>(store->FileUsed()) / (1 << 20);
-  state.SetItemsProcessed(kMany);
-}
-BENCHMARK(ReadIntoStore)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1);
 
 }  // namespace
 }  // namespace dbkeeper

@@ -14,9 +14,6 @@ endfunction()
 dbkeeper_bench(core_bench SOURCES bench/core_bench.cpp LIBS dbkeeper_test_support)
 
 if(TARGET dbkeeper_test_server)
-  dbkeeper_bench(odbc_bench SOURCES bench/odbc_bench.cpp LIBS dbkeeper_odbc dbkeeper_test_server odbc)
-  dbkeeper_bench(rows_bench SOURCES bench/rows_bench.cpp
-    LIBS dbkeeper_odbc dbkeeper_test_server dbkeeper_test_support)
   dbkeeper_bench(backup_bench SOURCES bench/backup_bench.cpp
     LIBS dbkeeper_odbc dbkeeper_test_server)
   dbkeeper_bench(server_bench SOURCES bench/server_bench.cpp
@@ -28,9 +25,9 @@ if(TARGET dbkeeper_test_server)
     LIBS dbkeeper_odbc dbkeeper_test_server dbkeeper_test_support)
 endif()
 
-if(TARGET dbkeeper_host)
-  dbkeeper_bench(export_bench SOURCES bench/export_bench.cpp
-    LIBS dbkeeper_host dbkeeper_test_support)
+if(TARGET dbkeeper_host AND TARGET dbkeeper_test_server)
+  dbkeeper_bench(rows_bench SOURCES bench/rows_bench.cpp bench/bare_loop.cpp
+    LIBS dbkeeper_host dbkeeper_test_server dbkeeper_test_support odbc)
 endif()
 
 # The program's start. The measured program is the real one with another event loop.
