@@ -251,11 +251,13 @@ RowValues RowEditor::ReadBack(const RowChange& change) {
   for (std::size_t i = 0; i < columns_.size(); ++i) {
     const Column& column = columns_[i];
     if (column.name.empty()) continue;
-    if (!rows.empty()) row[i] = rows.front()[i];
+    // Of several rows alike it is not known which one was written.
+    if (rows.size() == 1) row[i] = rows.front()[i];
     const auto& given = change.after[i];
     if (!change.assigned[i] || !given || IsAscii(*given) || !KeepsCodePage(column.field)) continue;
-    const bool kept =
-        !rows.empty() && row[i] && WithoutTrailingBlanks(*row[i]) == WithoutTrailingBlanks(*given);
+    const bool kept = std::any_of(rows.begin(), rows.end(), [&](const RowValues& now) {
+      return now[i] && WithoutTrailingBlanks(*now[i]) == WithoutTrailingBlanks(*given);
+    });
     if (!kept) throw RowError(messages::Fill(messages::kTextLost, column.field.name));
   }
   return row;
@@ -265,7 +267,7 @@ RowValues RowEditor::ReadBack(const RowChange& change) {
 // tells.
 std::string RowEditor::RequireOneRow(const std::string& statement) {
   const auto reader = connection_.Query(statement + "\r\nselect @@rowcount as " + kCountName +
-                                        ", @@identity as dbkeeper_identity");
+                                        ", scope_identity() as dbkeeper_identity");
   bool counted = false;
   for (bool more = reader != nullptr; more && !counted; more = !counted && reader->NextResult()) {
     counted = !reader->Fields().empty() && reader->Fields()[0].name == kCountName;

@@ -90,7 +90,7 @@ class RowViewTest : public ::testing::Test {
 };
 
 const std::string kCount =
-    "\r\nselect @@rowcount as dbkeeper_rows, @@identity as dbkeeper_identity";
+    "\r\nselect @@rowcount as dbkeeper_rows, scope_identity() as dbkeeper_identity";
 const std::string kList =
     "select top 2 [id], [name], [price], [note], [twice] from [sales]..[items]";
 const std::string kFirstRow =

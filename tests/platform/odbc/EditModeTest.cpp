@@ -311,6 +311,23 @@ TEST_P(EditModeTest, LeavesToTheServerWhatTheServerFillsIn) {
   EXPECT_EQ(Told(), "");
 }
 
+TEST_P(EditModeTest, DoesNotShowAnotherRowInThePlaceOfANewOne) {
+  Create("logged", "name varchar(10) not null, n int null default 5");
+  connection.Execute("insert logged values ('a', 1)");
+  Open("logged");
+  Press(NavigatorButton::kInsert);
+  Type(0, "b");
+  Press(NavigatorButton::kPost);
+  EXPECT_EQ(Cell(0, 0) + Cell(0, 1), "b5");
+  Press(NavigatorButton::kInsert);
+  Type(0, "a");
+  Press(NavigatorButton::kPost);
+  EXPECT_EQ(Cell(0, 0) + Cell(0, 1), "a-") << "its default is not known before a refresh";
+  Press(NavigatorButton::kRefresh);
+  EXPECT_EQ(Shown().RowCount().Rows, 3);
+  EXPECT_EQ(Told(), "");
+}
+
 TEST_P(EditModeTest, MovesAndDropsChangesAsTheNavigatorIsPressed) {
   Create("items", "id int primary key, name varchar(5) not null");
   connection.Execute("insert items values (1, 'a') insert items values (2, 'b')");
