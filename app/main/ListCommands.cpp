@@ -18,9 +18,11 @@ namespace dbkeeper {
 namespace {
 
 // Left-padded with zeros to ten characters, of which the last ten count: numbers of up to ten
-// digits sort as numbers, everything longer, negative or with decimals as text.
+// digits sort as numbers, everything longer, negative or with decimals as text. Blanks that fill a
+// column of fixed length, such as the rows of a table, are no part of the number.
 std::string PaddedKey(std::string_view text) {
-  const std::string padded = "0000000000" + std::string(text);
+  const std::string_view number = text.substr(0, text.find_last_not_of(' ') + 1);
+  const std::string padded = "0000000000" + std::string(number);
   return FoldCase(Utf8Right(padded, 10));
 }
 

@@ -280,8 +280,8 @@ class SortTest : public NodeDispatchTest {
     list.AddColumn("text", 10);
     list.AddColumn("number", 10, Alignment::kRight);
     const std::vector<std::vector<std::string>> rows = {{"10", "100", "100"},
-                                                        {"9", "9", "9"},
-                                                        {"2", "10", "10"},
+                                                        {"9", "9", "9          "},
+                                                        {"2", "10", "10         "},
                                                         {"30", "B", "-1"},
                                                         {"31", "a", ""}};
     for (const auto& row : rows) list.AddItem({row[0], row[1], row[2]});

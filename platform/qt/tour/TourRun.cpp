@@ -1,8 +1,9 @@
-// The guided tour's program: files in a folder of its own, fresh at each start, and a pair of hands
-// in the event loop.
+// The guided tour's program: files in a folder of its own, fresh at each start, with everything
+// that the settings can show, and a pair of hands in the event loop.
 #include <QApplication>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 
 #include "platform/qt/ProgramRun.h"
 #include "platform/qt/tour/Chapters.h"
@@ -27,6 +28,7 @@ std::filesystem::path ProgramFile(int argc, char** argv) {
   const std::filesystem::path folder = PictureFolder(argc, argv) / "dbkeeper-tour-files";
   std::filesystem::remove_all(folder);
   std::filesystem::create_directories(folder);
+  std::ofstream(folder / "DBKEEPER.ini") << "[SYSTEM]\r\nAdvanced=True\r\n";
   return folder / "DBKEEPER.exe";
 }
 
