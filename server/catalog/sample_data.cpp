@@ -271,6 +271,24 @@ constexpr Backup kBackups[] = {
     {2, "手動", "20050305", "1574912"},
 };
 
+std::string HistoryOf(const Backup& backup, const std::string& id) {
+  const std::string date = "'" + std::string(backup.date);
+  return "insert backupset (backup_set_uuid, media_set_id, position, name, description, user_name, "
+         "database_creation_date, backup_start_date, backup_finish_date, type, backup_size, "
+         "database_name, server_name, machine_name, collation_name) values (newid(), " +
+         Number(backup.media) + ", 1, N'" + backup.name +
+         "', N'販売管理 デイリー・バックアップ', N'sa', " + date + "', " + date + " 01:00:00', " +
+         date + " 01:00:12', 'D', " + backup.bytes +
+         ", N'販売管理', @@servername, @@servername, N'Japanese_CI_AS')\n"
+         "insert backupfile values (" +
+         id + ", 1, 1, N'PRIMARY', 8192, 1, 0, 'D', 512, " + backup.bytes +
+         ", N'販売管理_Data', 'C:', 'C:\\DATA\\販売管理.mdf')\n"
+         "insert backupfile values (" +
+         id +
+         ", 1, 1, null, 8192, 2, 0, 'L', 512, 524288, N'販売管理_Log', 'C:', "
+         "'C:\\DATA\\販売管理_log.ldf')\n";
+}
+
 std::string HistoryBatch() {
   std::string batch = "use msdb\nset nocount on\n";
   for (const char* device : {"BK_販売管理", "手動"}) {
@@ -279,24 +297,7 @@ std::string HistoryBatch() {
              std::string(device) + "', N'C:\\BACKUP\\" + device + ".bak', 2, 512)\n";
   }
   int id = 0;
-  for (const Backup& backup : kBackups) {
-    const std::string date(backup.date);
-    ++id;
-    batch +=
-        "insert backupset (backup_set_uuid, media_set_id, position, name, description, user_name, "
-        "database_creation_date, backup_start_date, backup_finish_date, type, backup_size, "
-        "database_name, server_name, machine_name, collation_name) values (newid(), " +
-        Number(backup.media) + ", 1, N'" + backup.name +
-        "', N'販売管理 デイリー・バックアップ', N'sa', '" + date + "', '" + date + " 01:00:00', '" +
-        date + " 01:00:12', 'D', " + backup.bytes +
-        ", N'販売管理', @@servername, @@servername, N'Japanese_CI_AS')\n";
-    batch += "insert backupfile values (" + Number(id) +
-             ", 1, 1, N'PRIMARY', 8192, 1, 0, 'D', 512, " + backup.bytes +
-             ", N'販売管理_Data', 'C:', 'C:\\DATA\\販売管理.mdf')\n";
-    batch += "insert backupfile values (" + Number(id) +
-             ", 1, 1, null, 8192, 2, 0, 'L', 512, 524288, N'販売管理_Log', 'C:', "
-             "'C:\\DATA\\販売管理_log.ldf')\n";
-  }
+  for (const Backup& backup : kBackups) batch += HistoryOf(backup, Number(++id));
   return batch;
 }
 

@@ -1,4 +1,5 @@
 // The query window: a result, the server's messages, the history, the builder of statements.
+#include <QComboBox>
 #include <QListWidget>
 #include <QPlainTextEdit>
 #include <QPushButton>
