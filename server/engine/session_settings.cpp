@@ -136,9 +136,13 @@ std::chrono::milliseconds DelayOf(const std::string& text) {
   int hours = 0;
   int minutes = 0;
   double seconds = 0;
-  if (std::sscanf(text.c_str(), "%d:%d:%lf", &hours, &minutes, &seconds) < 2) Fail(148, {text});
-  return std::chrono::milliseconds((hours * 60 + minutes) * 60'000 +
-                                   static_cast<std::int64_t>(seconds * 1000));
+  const bool read = std::sscanf(text.c_str(), "%d:%d:%lf", &hours, &minutes, &seconds) >= 2;
+  const auto within = [](double value, double limit) { return value >= 0 && value < limit; };
+  if (!read || !within(hours, 24) || !within(minutes, 60) || !within(seconds, 60)) {
+    Fail(148, {text});
+  }
+  return std::chrono::hours(hours) + std::chrono::minutes(minutes) +
+         std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));
 }
 
 }  // namespace dbkeeper::server

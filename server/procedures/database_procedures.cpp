@@ -11,7 +11,6 @@ namespace dbkeeper::server {
 namespace {
 
 constexpr std::int64_t kKilobyte = 1024;
-constexpr std::int64_t kTicksPerDay = 25'920'000;
 
 std::string Kilobytes(std::int64_t bytes) {
   return std::to_string((bytes + kKilobyte - 1) / kKilobyte) + " KB";

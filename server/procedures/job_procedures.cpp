@@ -153,6 +153,7 @@ void HelpJob(ProcedureCall& call) {
   std::vector<std::vector<Cell>> rows;
   while (job.Step()) {
     std::vector<Cell> cells;
+    cells.reserve(static_cast<std::size_t>(job.ColumnCount()));
     for (int i = 0; i < job.ColumnCount(); ++i) cells.push_back(job.Value(i));
     if (cells[kHasTarget] == Cell(std::int64_t{1})) {
       const auto [schedule, next] = agent.NextOf(cells[0]);

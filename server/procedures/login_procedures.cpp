@@ -13,8 +13,7 @@ void NeedSecurityAdministrator(ProcedureCall& call) {
 
 // The login's own spelling of its name; throws 15007.
 std::string NeedLogin(ProcedureCall& call, const std::string& name) {
-  const std::string found =
-      call.sqlite().TextOf("select name from main.syslogins where name = ?1", name);
+  std::string found = call.sqlite().TextOf("select name from main.syslogins where name = ?1", name);
   if (found.empty()) Fail(15007, {name});
   return found;
 }

@@ -233,7 +233,7 @@ Cell BytesToText(const std::string& bytes, const Job& job) {
     for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
       const char32_t low = static_cast<unsigned char>(bytes[i]);
       const char32_t high = static_cast<unsigned char>(bytes[i + 1]);
-      characters += low | high << 8;
+      characters.push_back(low | high << 8);
     }
   } else {
     for (const char c : bytes) {

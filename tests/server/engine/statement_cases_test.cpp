@@ -241,6 +241,8 @@ TEST_F(StatementTest, TextsAreKeptAndWhatIsNotSupportedIsRefusedByName) {
       {"create table dbo.q (a int) drop table dbo.q", ""},
       {"create table other.q (a int)", "error 50001"},
       {"waitfor delay '0:00:00.01'", ""},
+      {"waitfor delay '999999999:00'", "error 148"},
+      {"waitfor delay '0:00:1e300'", "error 148"},
   };
   Converse(Operator(), kCases);
 }
