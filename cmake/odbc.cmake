@@ -40,7 +40,7 @@ if(TARGET dbkeeper-server)
       tests/platform/odbc/LocalServerTest.cpp
     LIBS dbkeeper_odbc dbkeeper_test_server)
 
-  dbkeeper_test(rows_server_test
+  dbkeeper_test(rows_server_test TOGETHER
     SOURCES tests/platform/odbc/EditModeTest.cpp
     LIBS dbkeeper_odbc dbkeeper_test_server dbkeeper_test_support)
 

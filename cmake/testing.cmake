@@ -1,9 +1,10 @@
 find_package(GTest REQUIRED)
 include(GoogleTest)
 
-# dbkeeper_test(name SOURCES ... LIBS ...): a test program whose cases CTest knows one by one.
+# dbkeeper_test(name [TOGETHER] SOURCES ... LIBS ...): a test program whose cases CTest knows one by
+# one, or runs together where they share what takes long to set up.
 function(dbkeeper_test name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+  cmake_parse_arguments(ARG "TOGETHER" "" "SOURCES;LIBS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE ${ARG_LIBS} GTest::gtest_main)
@@ -11,7 +12,11 @@ function(dbkeeper_test name)
     # The cases themselves take no time worth optimising for, but minutes to be optimised.
     target_compile_options(${name} PRIVATE -O0)
   endif()
-  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60)
+  if(ARG_TOGETHER)
+    add_test(NAME ${name} COMMAND ${name})
+  else()
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60)
+  endif()
 endfunction()
 
 add_test(NAME core_keeps_to_its_floors

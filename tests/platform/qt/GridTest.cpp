@@ -43,7 +43,7 @@ class GridTest : public ::testing::Test {
  protected:
   GridTest() {
     widget.resize(720, 240);
-    widget.show();
+    window.show();
     grid.Source = &view;
     connection.Answer("db_name()", {TextFields({"name"}), {{"sales"}}, {}});
     testing::FakeResult columns{TextFields({"id", "xtype", "name", "type", "c", "s"}), {}, {}};
@@ -103,7 +103,8 @@ class GridTest : public ::testing::Test {
   DataGrid grid;
   std::vector<std::string> errors;
   ActionGuard guard{[this](const std::exception& error) { errors.emplace_back(error.what()); }};
-  GridWidget widget{grid, guard, nullptr};
+  QWidget window;  // also of the line below the grid
+  GridWidget widget{grid, guard, &window};
 };
 
 TEST_F(GridTest, ShowsNullsNumbersAndControlCharactersApart) {
