@@ -10,6 +10,7 @@
 #include "app/main/CsvExport.h"
 #include "app/main/UnitMain.h"
 #include "app/support/Files.h"
+#include "app/support/TextHelpers.h"
 #include "app/support/Utf8.h"
 #include "catalog/ObjectLists.h"
 
@@ -21,8 +22,7 @@ namespace {
 // digits sort as numbers, everything longer, negative or with decimals as text. Blanks that fill a
 // column of fixed length, such as the rows of a table, are no part of the number.
 std::string PaddedKey(std::string_view text) {
-  const std::string_view number = text.substr(0, text.find_last_not_of(' ') + 1);
-  const std::string padded = "0000000000" + std::string(number);
+  const std::string padded = "0000000000" + std::string(WithoutTrailingBlanks(text));
   return FoldCase(Utf8Right(padded, 10));
 }
 

@@ -26,11 +26,6 @@ bool KeepsCodePage(const Field& field) {
   return field.kind == FieldKind::kText && !field.type_name.starts_with("n");
 }
 
-std::string_view WithoutTrailingBlanks(std::string_view text) {
-  while (text.ends_with(' ')) text.remove_suffix(1);
-  return text;
-}
-
 // The rows of a result as texts, nulls being empty.
 std::vector<std::vector<std::string>> RowsOf(Connection& connection, const std::string& sql) {
   std::vector<std::vector<std::string>> rows;

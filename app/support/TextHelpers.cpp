@@ -65,6 +65,10 @@ std::string Trim(std::string_view text) {
   return std::string(text);
 }
 
+std::string_view WithoutTrailingBlanks(std::string_view text) {
+  return text.substr(0, text.find_last_not_of(' ') + 1);
+}
+
 std::optional<std::string> LeadingUseStatement(std::string_view sql) {
   while (!sql.empty() && IsBlank(sql.front())) sql.remove_prefix(1);
   if (sql.size() < 4 || !EqualsIgnoringCase(sql.substr(0, 3), "use")) return std::nullopt;

@@ -29,6 +29,9 @@ std::string LowerCase(std::string_view text);
 // The text without blanks and control characters at both ends.
 std::string Trim(std::string_view text);
 
+// The text without the blanks that fill a column of fixed length.
+std::string_view WithoutTrailingBlanks(std::string_view text);
+
 // The database that a text beginning with a "use" statement switches to.
 std::optional<std::string> LeadingUseStatement(std::string_view sql);
 

@@ -93,21 +93,22 @@ bool IsServerPath(const QString& path) {
 }
 
 // Names files and folders of this machine. The path of a file on the server's machine is taken as
-// it was typed.
+// it was typed, wherever the toolkit's own field for it is found.
 class Chooser : public QFileDialog {
  public:
   Chooser() : QFileDialog(QApplication::activeWindow()) {
     setObjectName("FileChooser");
     setOption(QFileDialog::DontUseNativeDialog);
     resize(Scaled(*this, kChooserWidth), Scaled(*this, kChooserHeight));
-    findChild<QSplitter*>("splitter")
-        ->setSizes({Scaled(*this, kPlacesWidth), Scaled(*this, kChooserWidth - kPlacesWidth)});
+    if (auto* const panes = findChild<QSplitter*>("splitter")) {
+      panes->setSizes({Scaled(*this, kPlacesWidth), Scaled(*this, kChooserWidth - kPlacesWidth)});
+    }
     name_ = findChild<QLineEdit*>("fileNameEdit");
-    connect(name_, &QLineEdit::textChanged, this, [this](const QString& text) {
+    auto* const buttons = findChild<QDialogButtonBox*>();
+    if (name_ == nullptr || buttons == nullptr) return;
+    connect(name_, &QLineEdit::textChanged, this, [buttons](const QString& text) {
       if (!IsServerPath(text)) return;
-      for (QAbstractButton* button : findChild<QDialogButtonBox*>()->buttons()) {
-        button->setEnabled(true);
-      }
+      for (QAbstractButton* button : buttons->buttons()) button->setEnabled(true);
     });
   }
   // Empty when the operator cancels.
@@ -117,8 +118,9 @@ class Chooser : public QFileDialog {
   }
 
   void accept() override {
-    if (!IsServerPath(name_->text())) return QFileDialog::accept();
-    server_path_ = name_->text();
+    const QString typed = name_ != nullptr ? name_->text() : QString();
+    if (!IsServerPath(typed)) return QFileDialog::accept();
+    server_path_ = typed;
     done(QDialog::Accepted);
   }
 

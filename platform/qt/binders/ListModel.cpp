@@ -1,5 +1,6 @@
 #include "platform/qt/binders/ListModel.h"
 
+#include "app/support/TextHelpers.h"
 #include "platform/qt/QtText.h"
 
 namespace dbkeeper::qt {
@@ -11,8 +12,7 @@ constexpr int kShownCharacters = 1000;
 // One line of a cell: a row of the list is one text line high. Blanks at its end, which the server
 // adds to columns of fixed length, would only make it look cut off.
 QString CellText(std::string_view text) {
-  const std::size_t end = text.find_last_not_of(' ');
-  QString shown = ToQtLines(text.substr(0, end + 1)).left(kShownCharacters);
+  QString shown = ToQtLines(WithoutTrailingBlanks(text)).left(kShownCharacters);
   return shown.replace('\n', ' ');
 }
 

@@ -3,6 +3,7 @@
 #include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QScopedValueRollback>
+
 #include "platform/qt/Keep.h"
 #include "platform/qt/binders/Binder.h"
 #include "platform/qt/binders/MenuBinder.h"

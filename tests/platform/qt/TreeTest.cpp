@@ -32,6 +32,15 @@ class TreeTest : public ::testing::Test {
   QPoint PlaceOf(const TreeNode& node) {
     return widget->visualRect(widget->Model().IndexOf(&node)).center();
   }
+  // A node that the view sees first when its children are promised already.
+  TreeNode& AddFoldedDatabase() {
+    static constexpr std::array<std::string_view, 2> kKinds = {"Table", "View"};
+    tree.BeginUpdate();
+    TreeNode& sales = server->AddChild("sales");
+    sales.PromiseChildren(kKinds);
+    tree.EndUpdate();
+    return sales;
+  }
   // The tree as the view sees it when all is opened.
   QString Shape(const QModelIndex& parent = {}) const {
     QString shape;
@@ -107,11 +116,7 @@ TEST_F(TreeTest, OpenNodesStayOpenWhileOthersChange) {
 }
 
 TEST_F(TreeTest, PromisedChildrenAppearWhenTheirNodeIsOpened) {
-  constexpr std::array<std::string_view, 2> kKinds = {"Table", "View"};
-  tree.BeginUpdate();
-  TreeNode& sales = server->AddChild("sales");
-  sales.PromiseChildren(kKinds);
-  tree.EndUpdate();
+  TreeNode& sales = AddFoldedDatabase();
   tree.Expand(*server);
   const QModelIndex node = widget->Model().IndexOf(&sales);
   EXPECT_TRUE(widget->model()->hasChildren(node));
@@ -123,11 +128,7 @@ TEST_F(TreeTest, PromisedChildrenAppearWhenTheirNodeIsOpened) {
 }
 
 TEST_F(TreeTest, AFoldedNodeIsOpenedForASelectionBelowIt) {
-  constexpr std::array<std::string_view, 2> kKinds = {"Table", "View"};
-  tree.BeginUpdate();
-  TreeNode& sales = server->AddChild("sales");
-  sales.PromiseChildren(kKinds);
-  tree.EndUpdate();
+  TreeNode& sales = AddFoldedDatabase();
   tree.Select(sales.Children()[1].get());
   EXPECT_EQ(widget->currentIndex().data().toString(), "View");
   server->DeleteChildren();
