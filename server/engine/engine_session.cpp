@@ -49,8 +49,15 @@ constexpr std::array<const char*, std::variant_size_v<decltype(Statement::node)>
     "GRANT",
     "BULK INSERT"};
 
-// Errors of a change of rows, after which the server says that the statement was terminated.
-constexpr int kTerminating[] = {220, 232, 512, 515, 547, 2601, 2627, 8115, 8152, 1505};
+// Errors after which the server says that the statement was terminated.
+constexpr int kTerminating[] = {220, 232, 512, 515, 547, 1505, 2601, 2627, 8115, 8134, 8152};
+
+// It says so of statements that change something.
+bool TellsTermination(const Statement& statement, int error) {
+  const auto* select = std::get_if<SelectStatement>(&statement.node);
+  return (select == nullptr || MakesTable(*select)) &&
+         std::ranges::find(kTerminating, error) != std::end(kTerminating);
+}
 
 }  // namespace
 
@@ -175,8 +182,8 @@ bool EngineSession::RunReported(const Statement& statement, const Execution& exe
     error = failure.message().number;
   }
   workspace_.last_row_count = 0;
-  if (std::ranges::find(kTerminating, error) != std::end(kTerminating)) {
-    execution.sink.OnMessage(MakeMessage(3621));
+  if (TellsTermination(statement, error)) {
+    execution.sink.OnMessage(MakeMessage(3621, {}, statement.line));
   }
   if (workspace_.LostTransaction()) execution.sink.OnMessage(MakeMessage(3998));
   execution.sink.OnStatementEnd({.failed = true});

@@ -236,6 +236,8 @@ TEST_F(StatementTest, TextsAreKeptAndWhatIsNotSupportedIsRefusedByName) {
       {"backup log x to disk = 'y'", "error 50001"},
       {"select 1 select syntax error here from", "error 170"},
       {"select 1/0 select 2", "error 8134\n2"},
+      {"insert t select a/0 from t select 2", "error 8134\nmessage 3621\n2"},
+      {"select 2147483647 + a from t", "error 8115"},
       {"select convert(int, 'x') select 2", "error 245"},
       {"use nothing", "error 911"},
       {"create table dbo.q (a int) drop table dbo.q", ""},
