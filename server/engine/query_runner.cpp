@@ -21,6 +21,50 @@ FoundObject NeedTarget(Resolver& resolver, const ObjectInfo& info) {
   return found;
 }
 
+// Checks and foreign keys hold again at the end, not in between.
+class PutOffChecks {
+ public:
+  explicit PutOffChecks(SqliteConnection& connection) : connection_(connection) {
+    Set("ignore_check_constraints = on");
+    Set("defer_foreign_keys = on");
+  }
+  ~PutOffChecks() {
+    Set("ignore_check_constraints = off");
+    Set("defer_foreign_keys = off");
+  }
+  PutOffChecks(const PutOffChecks&) = delete;
+  PutOffChecks& operator=(const PutOffChecks&) = delete;
+
+  void CheckAgain() const { Set("ignore_check_constraints = off"); }
+  bool HasOrphans() const {
+    int orphans = 0;
+    int most = 0;
+    sqlite3_db_status(connection_.handle(), SQLITE_DBSTATUS_DEFERRED_FKS, &orphans, &most, 0);
+    return orphans != 0;
+  }
+
+ private:
+  void Set(const std::string& pragma) const {
+    sqlite3_exec(connection_.handle(), ("pragma " + pragma).c_str(), nullptr, nullptr, nullptr);
+  }
+
+  SqliteConnection& connection_;
+};
+
+// "k = <bytes>, ..." for the assigned columns of unique indexes.
+std::string KeysGivenUp(const Translation& update, const CatalogTable& table) {
+  std::string set;
+  for (const std::string& column : update.assigned) {
+    const auto has = [&](const CatalogIndex& index) {
+      return index.Has(IndexStatus::kUnique) &&
+             std::ranges::find(index.keys, column, &KeyColumn::name) != index.keys.end();
+    };
+    if (std::ranges::none_of(table.indexes, has)) continue;
+    set += (set.empty() ? "" : ", ") + QuoteName(column) + " = cast('key ' || _rowid_ as blob)";
+  }
+  return set;
+}
+
 // How a constraint on one column says so.
 std::string InColumn(const std::string& column) {
   return column.empty() ? "" : ", column '" + column + "'";
@@ -141,24 +185,71 @@ std::int64_t QueryRunner::Execute(const Translation& translation, SqliteStatemen
   NeedPermission(workspace_, target, verb);
   WriteScope scope(workspace_, target.database, target.alias, target.object.id,
                    WriteScope::Undo::kNothing);
+  std::int64_t count = 0;
   try {
-    BindAll(statement, values);
-    while (statement.Step()) {
-      if (workspace_.interrupted()) Fail(3617);
-    }
-    statement.Reset();
+    count = RunToEnd(statement, values);
   } catch (const SqliteError& failure) {
-    statement.Reset();
-    throw SqlError(failure.constraint().kind == ConstraintFailureKind::kForeignKey
-                       ? ForeignKeyFailure(target, translation.sqlite_sql, values, verb)
-                       : MessageOfFailed(failure, target, verb));
+    switch (failure.constraint().kind) {
+      case ConstraintFailureKind::kForeignKey:
+        throw SqlError(ForeignKeyFailure(target, translation.sqlite_sql, values, verb));
+      case ConstraintFailureKind::kUnique:
+        count = UpdateInSteps(translation, target, values, failure);
+        break;
+      default:
+        throw SqlError(MessageOfFailed(failure, target, verb));
+    }
   }
-  const std::int64_t count = sqlite3_changes64(workspace_.connection().handle());
   if (verb == "INSERT" && translation.target->identity_insert) {
     TableDefinition(workspace_, resolver_).AdoptIdentity(target);
   }
   scope.Commit();
   return count;
+}
+
+std::int64_t QueryRunner::RunToEnd(SqliteStatement& statement, const Parameters& values) {
+  BindAll(statement, values);
+  try {
+    while (statement.Step()) {
+      if (workspace_.interrupted()) Fail(3617);
+    }
+  } catch (const SqlError&) {
+    statement.Reset();
+    throw;
+  }
+  statement.Reset();
+  return sqlite3_changes64(workspace_.connection().handle());
+}
+
+// SQLite compares a changed row with those that are yet to change; the server compares what the
+// statement leaves behind. So the rows are first given keys that nothing else has: bytes, which no
+// other value of a column equals.
+std::int64_t QueryRunner::UpdateInSteps(const Translation& translation, const FoundObject& target,
+                                        const Parameters& values, const SqliteError& failure) {
+  const std::string keys =
+      KeysGivenUp(translation, resolver_.CatalogAt(target).Table(target.object));
+  if (keys.empty()) throw SqlError(MessageOfFailed(failure, target, "UPDATE"));
+  SqliteConnection& connection = workspace_.connection();
+  const std::string& table = translation.target->sqlite_from;
+  SqliteSavepoint steps(connection);
+  const PutOffChecks checks(connection);
+  const auto run = [&](const std::string& sql) {
+    SqliteStatement statement = connection.Prepare(sql);
+    return RunToEnd(statement, values);
+  };
+  try {
+    run("create table temp.\"##changes\" as " + translation.rows_sql);
+    run("update " + table + " set " + keys +
+        " where _rowid_ in (select r from temp.\"##changes\")");
+    checks.CheckAgain();
+    const std::int64_t count = run("update " + table + " as u set " + translation.set_sql +
+                                   " from temp.\"##changes\" as s where u._rowid_ = s.r");
+    if (checks.HasOrphans()) throw SqlError(OrphanMessage(target, "UPDATE"));
+    run("drop table temp.\"##changes\"");
+    steps.Keep();
+    return count;
+  } catch (const SqliteError& second) {
+    throw SqlError(MessageOfFailed(second, target, "UPDATE"));
+  }
 }
 
 Cell QueryRunner::Scalar(const Expression& expression, const Execution& execution, SqlType& type) {
@@ -208,17 +299,17 @@ ServerMessage QueryRunner::MessageOfFailed(const SqliteError& failure, const Fou
 // each key is asked for a row without its other side; then all of it is undone.
 ServerMessage QueryRunner::ForeignKeyFailure(const FoundObject& target, const std::string& sql,
                                              const Parameters& values, const std::string& verb) {
+  const SqliteSavepoint undone(workspace_.connection());
+  const PutOffChecks checks(workspace_.connection());
+  workspace_.ForgetIdentities();
+  SqliteStatement again = workspace_.connection().Prepare(sql);
+  RunToEnd(again, values);
+  return OrphanMessage(target, verb);
+}
+
+ServerMessage QueryRunner::OrphanMessage(const FoundObject& target, const std::string& verb) {
   Catalog catalog = resolver_.CatalogAt(target);
   SqliteConnection& connection = workspace_.connection();
-  const SqliteSavepoint undone(connection);
-  connection.Execute("pragma defer_foreign_keys = on");
-  workspace_.ForgetIdentities();
-  {
-    SqliteStatement again = connection.Prepare(sql);
-    BindAll(again, values);
-    while (again.Step()) {
-    }
-  }
   ServerMessage message = MakeMessage(547);
   const auto failed = [&](const CatalogForeignKey& key) {
     std::string orphan = "select 1 from " + catalog.Path(key.child_table) + " c where ";
@@ -242,7 +333,6 @@ ServerMessage QueryRunner::ForeignKeyFailure(const FoundObject& target, const st
   std::vector<CatalogForeignKey> keys = catalog.Table(target.object).foreign_keys;
   std::ranges::copy(catalog.ReferencesTo(target.object.id), std::back_inserter(keys));
   static_cast<void>(std::ranges::any_of(keys, failed));
-  connection.Execute("pragma defer_foreign_keys = off");
   return message;
 }
 

@@ -62,12 +62,20 @@ class QueryRunner {
   std::int64_t Execute(const Translation& translation, SqliteStatement& statement,
                        const FoundObject& target, const Parameters& values,
                        const std::string& verb);
+  // Gives the number of rows changed.
+  std::int64_t RunToEnd(SqliteStatement& statement, const Parameters& values);
+  // Runs an update again whose rows may only have met each other's earlier keys; `failure` is what
+  // it failed with.
+  std::int64_t UpdateInSteps(const Translation& translation, const FoundObject& target,
+                             const Parameters& values, const SqliteError& failure);
   // The server's message for a failed change of `target`.
   ServerMessage MessageOfFailed(const SqliteError& failure, const FoundObject& target,
                                 const std::string& verb);
   std::int64_t SelectInto(const Translation& translation, const Execution& execution);
   ServerMessage ForeignKeyFailure(const FoundObject& target, const std::string& sql,
                                   const Parameters& values, const std::string& verb);
+  // The message for a key without its other side, when the statement has run with checks put off.
+  ServerMessage OrphanMessage(const FoundObject& target, const std::string& verb);
 
   Workspace& workspace_;
   Resolver& resolver_;

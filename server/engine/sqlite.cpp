@@ -122,7 +122,13 @@ SqliteSavepoint::SqliteSavepoint(SqliteConnection& connection) : connection_(con
   connection_.Execute("savepoint part");
 }
 
+void SqliteSavepoint::Keep() {
+  connection_.Execute("release part");
+  kept_ = true;
+}
+
 SqliteSavepoint::~SqliteSavepoint() {
+  if (kept_) return;
   // A failure may have rolled back the whole transaction and the savepoint with it.
   sqlite3_exec(connection_.handle(), "rollback to part; release part", nullptr, nullptr, nullptr);
 }

@@ -113,16 +113,18 @@ class SqliteConnection {
   std::unique_ptr<sqlite3, Closer> connection_;
 };
 
-// What is done while this lives is undone at its end.
+// What is done while this lives is undone at its end, unless it is kept.
 class SqliteSavepoint {
  public:
   explicit SqliteSavepoint(SqliteConnection& connection);
   ~SqliteSavepoint();
   SqliteSavepoint(const SqliteSavepoint&) = delete;
   SqliteSavepoint& operator=(const SqliteSavepoint&) = delete;
+  void Keep();
 
  private:
   SqliteConnection& connection_;
+  bool kept_ = false;
 };
 
 // The present row of a statement as the sink sees it.

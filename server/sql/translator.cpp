@@ -127,29 +127,36 @@ class ChangeBuilder {
     ObjectInfo table = *target.object;
     std::string condition =
         update.where == nullptr ? "" : " WHERE " + binder_.BindCondition(*update.where, scope);
-    std::string set;
+    Translation translation;
+    std::string set;  // from the row itself
     std::string values;
     std::vector<const ColumnInfo*> seen;
     for (const Assignment& assignment : update.assignments) {
       const ColumnInfo& column = AssignedColumn(table, assignment, seen);
       const std::string value = AssignedValue(column, assignment, scope);
-      values += ", " + value + " AS c" + std::to_string(seen.size());
-      set += (set.empty() ? "" : ", ") + ColumnSql(column) + " = " +
-             (from.empty() ? value : "s.c" + std::to_string(seen.size()));
+      const std::string name = "c" + std::to_string(seen.size());
+      const std::string separator = set.empty() ? "" : ", ";
+      values += ", " + value + " AS " + name;
+      set += separator + ColumnSql(column) + " = " + value;
+      translation.set_sql += separator + ColumnSql(column) + " = s." + name;
+      translation.assigned.push_back(column.name);
     }
     for (const ColumnInfo& column : table.columns) {
       if (column.type.id != TypeId::kTimestamp) continue;
-      set += ", " + ColumnSql(column) + " = ms_state('next_timestamp')";
+      const std::string next = ", " + ColumnSql(column) + " = ms_state('next_timestamp')";
+      set += next;
+      translation.set_sql += next;
     }
-    Translation translation;
+    translation.rows_sql = "SELECT " + target.sqlite_alias + "._rowid_ AS r" + values + " FROM " +
+                           (from.empty() ? table.sqlite_from + " AS " + target.sqlite_alias : from) +
+                           condition;
     translation.sqlite_sql = "UPDATE " + table.sqlite_from;
     if (from.empty()) {
       translation.sqlite_sql += " AS " + target.sqlite_alias + " SET " + set + condition;
     } else {
       // A row that several rows of the join meet is changed once.
-      translation.sqlite_sql += " AS u SET " + set + " FROM (SELECT " + target.sqlite_alias +
-                                "._rowid_ AS r" + values + " FROM " + from + condition +
-                                ") AS s WHERE u._rowid_ = s.r";
+      translation.sqlite_sql += " AS u SET " + translation.set_sql + " FROM (" +
+                                translation.rows_sql + ") AS s WHERE u._rowid_ = s.r";
     }
     translation.target = std::move(table);
     return translation;
@@ -315,7 +322,10 @@ Translation Translator::Scalar(const Expression& expression) {
   Binder binder(resolver_, parameters_);
   BoundQuery query;
   query.items.push_back({"", binder.Bind(expression, Scope{})});
-  return Translation{"SELECT " + query.items[0].value.sql, ColumnsOf(query), false, {}, {}, false};
+  Translation translation;
+  translation.sqlite_sql = "SELECT " + query.items[0].value.sql;
+  translation.columns = ColumnsOf(query);
+  return translation;
 }
 
 Translation Translator::InsertBound(const ObjectInfo& table, const Parameters& columns) {

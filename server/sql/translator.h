@@ -92,6 +92,11 @@ struct Translation {
   std::optional<ObjectInfo> target;
   // Of an insert: it gives the identity column a value of its own or takes the next.
   bool takes_identity = false;
+  // Of an update: the same in two steps. A select of the rows to change, "r" the row's id and c1,
+  // c2 ... the values of the columns `assigned`; and what sets them from such a row "s".
+  std::string rows_sql;
+  std::string set_sql;
+  std::vector<std::string> assigned;
 };
 
 class Translator {

@@ -108,6 +108,57 @@ TEST_F(StatementTest, ConstraintsAreCheckedAndNamed) {
   Converse(Operator(), kCases);
 }
 
+// Only what a statement leaves behind must be unique and refer to rows that are there.
+TEST_F(StatementTest, KeysMayPassThroughEachOther) {
+  constexpr Case kCases[] = {
+      {"create table p (a int not null, b varchar(4) not null, n int constraint UQ_n unique "
+       "constraint CK_n check (n < 100), constraint PK_p primary key (a, b))",
+       ""},
+      {"create table c (a int, b varchar(4), constraint FK_c foreign key (a, b) references p(a, b) "
+       "on update cascade)",
+       ""},
+      {"insert p select 1, 'x', 10 union all select 2, 'x', 20 union all select 3, 'x', null",
+       "(3)"},
+      {"insert c select a, b from p", "(3)"},
+      {"update p set a = a + 1", "(3)"},
+      {"select a, n from p order by a", "2|10\n3|20\n4|NULL"},
+      {"select a from c order by a", "2\n3\n4"},
+      {"update p set n = 30 - n where n is not null", "(2)"},
+      {"select a, n from p order by a", "2|20\n3|10\n4|NULL"},
+      {"update q set n = o.n from p q, p o where q.a = 5 - o.a", "(2)"},
+      {"select a, n from p order by a", "2|10\n3|20\n4|NULL"},
+      {"update p set a = 2", "error 2627\nmessage 3621"},
+      {"update p set n = n * 2 + 60, a = a + 1", "error 547\nmessage 3621"},
+      {"select a, n from p order by a", "2|10\n3|20\n4|NULL"},
+      {"alter table c drop constraint FK_c", ""},
+      {"alter table c add constraint FK_c foreign key (a, b) references p(a, b)", ""},
+      {"update p set a = a + 1", "error 547\nmessage 3621"},
+      {"delete c where a = 2", "(1)"},
+      {"update p set a = 7 - a where a > 2", "(2)"},
+      {"select a, n from p order by a", "2|10\n3|NULL\n4|20"},
+      {"begin tran update p set a = 7 - a where a > 2 rollback", "(2)"},
+      {"select a, n from p order by a", "2|10\n3|NULL\n4|20"},
+  };
+  Converse(Operator(), kCases);
+}
+
+TEST_F(StatementTest, NullsAreEqualInUniqueKeys) {
+  constexpr Case kCases[] = {
+      {"create table t (a int, b varchar(4), c binary(2), constraint UQ_t unique (a, b))", ""},
+      {"insert t values (null, 'x', 0x01) insert t values (null, 'y', null)", "(1)\n(1)"},
+      {"insert t values (null, 'X ', 0x02)", "error 2627\nmessage 3621"},
+      {"insert t values (1, null, 0x03) insert t values (null, null, 0x04)", "(1)\n(1)"},
+      {"insert t values (null, null, null)", "error 2627\nmessage 3621"},
+      {"update t set a = 1, b = null where b = 'y'", "error 2627\nmessage 3621"},
+      {"create unique index ic on t (c)", ""},
+      {"insert t values (2, 'z', null)", "error 2601\nmessage 3621"},
+      {"drop index t.ic insert t values (2, 'z', null)", "(1)"},
+      {"create unique index ic on t (c)", "error 1505\nmessage 3621"},
+      {"alter table t drop constraint UQ_t insert t values (null, null, null)", "(1)"},
+  };
+  Converse(Operator(), kCases);
+}
+
 TEST_F(StatementTest, ColumnsAreAddedChangedAndDropped) {
   constexpr Case kCases[] = {
       {"create table t (a int not null, b int) insert t values (1, 10) insert t values (2, 20)",
