@@ -400,17 +400,37 @@ std::string Catalog::IndexSqliteName(std::int64_t id, std::int64_t indid) {
   return "#ix" + std::to_string(id) + "_" + std::to_string(indid);
 }
 
+std::string Catalog::NullIndexSqliteName(std::int64_t id, std::int64_t indid) {
+  return IndexSqliteName(id, indid) + "n";
+}
+
 std::string Catalog::IndexSql(const CatalogTable& table, const CatalogIndex& index) const {
   const bool unique = index.Has(IndexStatus::kUnique);
-  std::string sql = std::string(unique ? "CREATE UNIQUE INDEX " : "CREATE INDEX ") +
-                    Path(IndexSqliteName(table.object.id, index.indid)) + " ON " +
-                    QuoteName(table.object.name) + "(";
-  std::string separator;
+  const std::string create = unique ? "CREATE UNIQUE INDEX " : "CREATE INDEX ";
+  const std::string on = " ON " + QuoteName(table.object.name) + "(";
+  std::string keys;
+  std::string keys_with_null;
+  std::string any_null;
   for (const KeyColumn& key : index.keys) {
-    sql += separator + QuoteName(key.name) + (key.descending ? " DESC" : "");
-    separator = ", ";
+    const std::string name = QuoteName(key.name);
+    keys += (keys.empty() ? "" : ", ") + name + (key.descending ? " DESC" : "");
+    const TypeId type = table.FindColumn(key.name)->type.id;
+    const TypeFamily family = FamilyOf(type);
+    const bool bytes = family == TypeFamily::kBinary || family == TypeFamily::kGuid;
+    const std::string_view collation = CollationOf(type);
+    keys_with_null += keys_with_null.empty() ? "" : ", ";
+    keys_with_null += "ifnull(" + name + (bytes ? ", 0)" : ", x'')");
+    if (!collation.empty()) keys_with_null.append(" COLLATE ").append(collation);
+    any_null += (any_null.empty() ? "" : " OR ") + name + " IS NULL";
   }
-  return sql + ")";
+  std::string sql = create + Path(IndexSqliteName(table.object.id, index.indid)) + on + keys + ")";
+  // The server takes two nulls for equal, SQLite does not. A null's stand-in is of another storage
+  // class than the column's values.
+  if (unique && !index.Has(IndexStatus::kPrimaryKey)) {
+    sql += "; " + create + Path(NullIndexSqliteName(table.object.id, index.indid)) + on +
+           keys_with_null + ") WHERE " + any_null;
+  }
+  return sql;
 }
 
 }  // namespace dbkeeper::server

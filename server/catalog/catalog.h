@@ -132,6 +132,9 @@ class Catalog {
   // Makes SQLite's definition of an existing table follow the catalog without touching its rows.
   void Redefine(const CatalogTable& table, NameResolver& resolver);
   static std::string IndexSqliteName(std::int64_t id, std::int64_t indid);
+  // Of the index beside a unique one that holds the rows with nulls in their keys.
+  static std::string NullIndexSqliteName(std::int64_t id, std::int64_t indid);
+  // The statements that make an index.
   std::string IndexSql(const CatalogTable& table, const CatalogIndex& index) const;
 
  private:

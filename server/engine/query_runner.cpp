@@ -283,10 +283,10 @@ ServerMessage QueryRunner::MessageOfFailed(const SqliteError& failure, const Fou
                              target.database.name, name, InColumn(column)});
   }
   for (const CatalogIndex& index : table.indexes) {
-    if (!index.Has(IndexStatus::kUnique) ||
-        !std::ranges::equal(index.keys, constraint.columns, {}, &KeyColumn::name)) {
-      continue;
-    }
+    const bool same_keys = std::ranges::equal(index.keys, constraint.columns, {}, &KeyColumn::name);
+    const bool same_name =
+        constraint.name == Catalog::NullIndexSqliteName(table.object.id, index.indid);
+    if (!index.Has(IndexStatus::kUnique) || (!same_keys && !same_name)) continue;
     const bool primary = index.Has(IndexStatus::kPrimaryKey);
     if (!primary && !index.Has(IndexStatus::kUniqueKey))
       return MakeMessage(2601, {name, index.name});

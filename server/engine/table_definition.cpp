@@ -366,8 +366,9 @@ void TableDefinition::DropIndex(const DropIndexStatement::Item& item) {
 
 void TableDefinition::RemoveIndex(Work& work, const CatalogIndex& index) {
   const std::int64_t id = work.found.object.id;
-  workspace_.connection().Execute("drop index " +
-                                  work.catalog.Path(Catalog::IndexSqliteName(id, index.indid)));
+  workspace_.connection().Execute(
+      "drop index " + work.catalog.Path(Catalog::IndexSqliteName(id, index.indid)) +
+      "; drop index if exists " + work.catalog.Path(Catalog::NullIndexSqliteName(id, index.indid)));
   work.catalog.DropIndex(id, index.indid);
   if (index.Has(IndexStatus::kClustered)) {
     work.catalog.AddIndex(id, {0, work.found.object.name, 0, {}}, work.table);

@@ -14,6 +14,14 @@ std::string_view Details(std::string_view message) {
   return colon == std::string_view::npos ? "" : message.substr(colon + 2);
 }
 
+// "index 'name'" gives the name; SQLite says so of an index of expressions.
+std::string IndexOf(std::string_view details) {
+  constexpr std::string_view kIndex = "index '";
+  if (!details.starts_with(kIndex)) return "";
+  details.remove_prefix(kIndex.size());
+  return std::string(details.substr(0, details.rfind('\'')));
+}
+
 // Splits "t.a, t.b".
 std::vector<std::string> ColumnsOf(std::string_view details) {
   std::vector<std::string> columns;
@@ -34,7 +42,7 @@ ConstraintFailure FailedConstraint(sqlite3* connection) {
     case SQLITE_CONSTRAINT_UNIQUE:
     case SQLITE_CONSTRAINT_PRIMARYKEY:
     case SQLITE_CONSTRAINT_ROWID:
-      return {ConstraintFailureKind::kUnique, ColumnsOf(details), ""};
+      return {ConstraintFailureKind::kUnique, ColumnsOf(details), IndexOf(details)};
     case SQLITE_CONSTRAINT_NOTNULL:
       return {ConstraintFailureKind::kNotNull, ColumnsOf(details), ""};
     case SQLITE_CONSTRAINT_CHECK:

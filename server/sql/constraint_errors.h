@@ -14,7 +14,8 @@ enum class ConstraintFailureKind { kNone, kUnique, kNotNull, kCheck, kForeignKey
 struct ConstraintFailure {
   ConstraintFailureKind kind = ConstraintFailureKind::kNone;
   std::vector<std::string> columns;  // of unique and not null
-  std::string name;                  // of a check: the constraint's name or its text
+  // Of a check: the constraint's name or its text; of unique: an index of expressions.
+  std::string name;
 };
 
 // The failure of the last call on `connection`; kNone when it was no constraint.
