@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "server/engine/permissions.h"
+#include "server/engine/state_functions.h"
 #include "server/engine/table_definition.h"
 #include "server/sql/constraint_errors.h"
 #include "server/types/messages.h"
@@ -256,6 +257,15 @@ Cell QueryRunner::Scalar(const Expression& expression, const Execution& executio
   Translator translator(resolver_, execution.parameters);
   const Translation translation = translator.Scalar(expression);
   type = translation.columns.front().type;
+  return FirstCell(translation, execution);
+}
+
+std::string QueryRunner::Text(const Expression& expression, const Execution& execution) {
+  Translator translator(resolver_, execution.parameters);
+  return TextOfCell(FirstCell(translator.ScalarText(expression), execution));
+}
+
+Cell QueryRunner::FirstCell(const Translation& translation, const Execution& execution) {
   SqliteStatement row = workspace_.connection().Prepare(translation.sqlite_sql);
   BindAll(row, execution.parameters);
   return row.Step() ? row.Value(0) : Cell();

@@ -37,6 +37,7 @@ class QueryRunner {
 
   Cell Scalar(const Expression& expression, const Execution& execution);
   Cell Scalar(const Expression& expression, const Execution& execution, SqlType& type);
+  std::string Text(const Expression& expression, const Execution& execution);
 
   // Lets go of what is remembered of an insert; to be called before its tree goes.
   void ForgetInsert() { insert_.reset(); }
@@ -58,6 +59,7 @@ class QueryRunner {
     SqliteStatement statement;
   };
 
+  Cell FirstCell(const Translation& translation, const Execution& execution);
   void NeedReading(const FoundObject* target);
   std::int64_t Execute(const Translation& translation, SqliteStatement& statement,
                        const FoundObject& target, const Parameters& values,

@@ -30,6 +30,7 @@ FoundObject Resolver::Place(const ObjectName& name) {
     Fail(7202, {name.server});
   }
   FoundObject place;
+  if (name.name.starts_with("##")) throw Unsupported("global temporary tables");
   if (name.name.starts_with('#')) {
     place.database = workspace_.FindDatabase("tempdb");
     place.alias = workspace_.CatalogOf("#").alias();

@@ -35,32 +35,34 @@ constexpr SettingRow kSettings[] = {
      [](const std::string& v, Options&) {
        if (!v.starts_with("READ ")) throw Unsupported("the isolation level " + v);
      }},
-    {"IMPLICIT_TRANSACTIONS",
-     [](const std::string& v, Options&) {
-       if (v == "ON") throw Unsupported("set implicit_transactions on");
-     }},
-    {"XACT_ABORT",
-     [](const std::string& v, Options&) {
-       if (v == "ON") throw Unsupported("set xact_abort on");
-     }},
 };
 
-// A client's wishes about plans, texts or checks that have no counterpart here.
-constexpr std::string_view kIgnored[] = {"ANSI_DEFAULTS",
-                                         "ANSI_NULLS",
-                                         "ANSI_NULL_DFLT_ON",
-                                         "ANSI_NULL_DFLT_OFF",
-                                         "ANSI_PADDING",
-                                         "ANSI_WARNINGS",
-                                         "ARITHABORT",
-                                         "CONCAT_NULL_YIELDS_NULL",
-                                         "CURSOR_CLOSE_ON_COMMIT",
-                                         "NUMERIC_ROUNDABORT",
-                                         "TEXTSIZE",
-                                         "LANGUAGE",
-                                         "DATEFORMAT",
-                                         "DATEFIRST",
-                                         "DEADLOCK_PRIORITY"};
+// Options of which one value is in force for good; an empty one is any, for it concerns plans or
+// what clients see.
+struct FixedRow {
+  std::string_view option;
+  std::string_view value;
+};
+
+constexpr FixedRow kFixed[] = {
+    {"ANSI_DEFAULTS", "ON"},
+    {"ANSI_NULLS", "ON"},
+    {"ANSI_NULL_DFLT_ON", "ON"},
+    {"ANSI_NULL_DFLT_OFF", "OFF"},
+    {"ANSI_PADDING", "ON"},
+    {"ANSI_WARNINGS", "ON"},
+    {"ARITHABORT", ""},
+    {"CONCAT_NULL_YIELDS_NULL", "ON"},
+    {"CURSOR_CLOSE_ON_COMMIT", "OFF"},
+    {"DATEFIRST", "7"},
+    {"DATEFORMAT", "mdy"},
+    {"DEADLOCK_PRIORITY", ""},
+    {"IMPLICIT_TRANSACTIONS", "OFF"},
+    {"LANGUAGE", "us_english"},
+    {"NUMERIC_ROUNDABORT", "OFF"},
+    {"TEXTSIZE", ""},
+    {"XACT_ABORT", "OFF"},
+};
 
 void SetIdentityInsert(const SetStatement& statement, Workspace& workspace, Resolver& resolver) {
   const FoundObject found = resolver.Need(statement.table, "U", 1088);
@@ -86,7 +88,11 @@ void ApplySetting(const SetStatement& statement, Workspace& workspace, Resolver&
       SetIdentityInsert(statement, workspace, resolver);
       continue;
     }
-    if (std::ranges::find(kIgnored, option) != std::end(kIgnored)) continue;
+    const auto* fixed = std::ranges::find(kFixed, option, &FixedRow::option);
+    if (fixed != std::end(kFixed)) {
+      if (fixed->value.empty() || SameName(fixed->value, statement.value)) continue;
+      throw Unsupported("set " + ToLowerAscii(option + " " + statement.value));
+    }
     const auto* row = std::ranges::find(kSettings, option, &SettingRow::option);
     if (row == std::end(kSettings)) throw Unsupported("set " + option);
     row->apply(statement.value, workspace.options());
@@ -105,8 +111,10 @@ ServerMessage RaisedMessage(const RaiseErrorStatement& statement, QueryRunner& q
     const auto* value = std::get_if<std::int64_t>(&cell);
     return value == nullptr ? otherwise : *value;
   };
-  message.severity =
-      static_cast<int>(std::clamp<std::int64_t>(integer(statement.severity, 16), 0, 18));
+  constexpr std::int64_t kHighestSeverity = 18;
+  const std::int64_t severity = integer(statement.severity, 16);
+  if (severity > kHighestSeverity) throw Unsupported("severities above 18 of raiserror");
+  message.severity = static_cast<int>(std::max<std::int64_t>(severity, 0));
   message.state = static_cast<int>(std::clamp<std::int64_t>(integer(statement.state, 1), 1, 127));
   message.number = kUserMessage;
   if (const auto* number = std::get_if<std::int64_t>(&text)) {
@@ -123,8 +131,13 @@ ServerMessage RaisedMessage(const RaiseErrorStatement& statement, QueryRunner& q
     if (kind == '%') {
       message.text += '%';
     } else if (std::string_view("sdiux").find(kind) != std::string_view::npos) {
-      if (next >= statement.arguments.size()) Fail(2786, {std::to_string(next + 1)});
-      message.text += TextOfCell(queries.Scalar(*statement.arguments[next++], execution));
+      const std::string number = std::to_string(next + 1);
+      if (next >= statement.arguments.size()) Fail(2786, {number});
+      const Cell value = queries.Scalar(*statement.arguments[next++], execution);
+      const bool fits = kind == 's' ? std::holds_alternative<std::string>(value)
+                                    : std::holds_alternative<std::int64_t>(value);
+      if (!fits && !IsNullCell(value)) Fail(2786, {number});
+      message.text += IsNullCell(value) ? "(null)" : TextOfCell(value);
     } else {
       throw Unsupported("this format of raiserror");
     }

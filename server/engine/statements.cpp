@@ -133,7 +133,7 @@ void RunOne(const Context& c, const PrintStatement& statement) {
   ServerMessage message;
   message.severity = 0;
   message.line = c.execution.line;
-  message.text = TextOfCell(c.session.queries().Scalar(*statement.message, c.execution));
+  message.text = c.session.queries().Text(*statement.message, c.execution);
   c.sink().OnMessage(message);
 }
 
@@ -159,7 +159,7 @@ void RunOne(const Context& c, const ExecuteStatement& statement) {
 }
 
 void RunOne(const Context& c, const ExecuteTextStatement& statement) {
-  const std::string text = TextOfCell(c.session.queries().Scalar(*statement.text, c.execution));
+  const std::string text = c.session.queries().Text(*statement.text, c.execution);
   c.session.RunInside(text, {}, c.sink());
 }
 

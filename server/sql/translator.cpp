@@ -147,9 +147,9 @@ class ChangeBuilder {
       set += next;
       translation.set_sql += next;
     }
-    translation.rows_sql = "SELECT " + target.sqlite_alias + "._rowid_ AS r" + values + " FROM " +
-                           (from.empty() ? table.sqlite_from + " AS " + target.sqlite_alias : from) +
-                           condition;
+    translation.rows_sql =
+        "SELECT " + target.sqlite_alias + "._rowid_ AS r" + values + " FROM " +
+        (from.empty() ? table.sqlite_from + " AS " + target.sqlite_alias : from) + condition;
     translation.sqlite_sql = "UPDATE " + table.sqlite_from;
     if (from.empty()) {
       translation.sqlite_sql += " AS " + target.sqlite_alias + " SET " + set + condition;
@@ -316,6 +316,14 @@ Translation Translator::Update(const UpdateStatement& statement) {
 Translation Translator::Delete(const DeleteStatement& statement) {
   Binder binder(resolver_, parameters_);
   return ChangeBuilder(binder).Delete(statement);
+}
+
+Translation Translator::ScalarText(const Expression& expression) {
+  constexpr SqlType kText = {.id = TypeId::kNVarChar, .length = 4000};
+  Binder binder(resolver_, parameters_);
+  Translation translation;
+  translation.sqlite_sql = "SELECT " + binder.ConvertTo(binder.Bind(expression, Scope{}), kText);
+  return translation;
 }
 
 Translation Translator::Scalar(const Expression& expression) {

@@ -112,9 +112,11 @@ class Translator {
   Translation Update(const UpdateStatement& statement);
   Translation Delete(const DeleteStatement& statement);
 
-  // "select <expression>" for print, raiserror, execute (text) and procedure arguments: one row of
-  // one column, told as `columns`.
+  // "select <expression>" for raiserror and procedure arguments: one row of one column, told as
+  // `columns`.
   Translation Scalar(const Expression& expression);
+  // The same as a text, for print and execute (text).
+  Translation ScalarText(const Expression& expression);
 
   // An insert of `columns.size()` values bound as ?1.. with the given types, for bulk load and
   // cursors; columns left out get their defaults. Conversion and errors are those of a statement.
