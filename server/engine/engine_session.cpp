@@ -185,6 +185,9 @@ bool EngineSession::RunReported(const Statement& statement, const Execution& exe
   if (TellsTermination(statement, error)) {
     execution.sink.OnMessage(MakeMessage(3621, {}, statement.line));
   }
+  if (EndsTransaction(error) && workspace_.transaction_count() > 0) {
+    workspace_.RollbackTransaction();
+  }
   if (workspace_.LostTransaction()) execution.sink.OnMessage(MakeMessage(3998));
   execution.sink.OnStatementEnd({.failed = true});
   return !EndsBatch(error);

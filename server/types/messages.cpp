@@ -472,6 +472,9 @@ constexpr MessageRow kMessages[] = {
 constexpr int kBatchEnding[] = {102, 105, 156, 170, 207,  208,  241,  242,  245,
                                 911, 916, 924, 942, 1205, 2714, 3617, 4902, 8114};
 
+// Conversions and deadlocks.
+constexpr int kTransactionEnding[] = {241, 242, 245, 1205, 8114};
+
 std::string Fill(std::string_view text, std::initializer_list<std::string_view> parts) {
   std::string filled;
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -514,6 +517,10 @@ SqlError Unsupported(std::string_view construct, int line) {
 
 bool EndsBatch(int number) {
   return std::ranges::find(kBatchEnding, number) != std::end(kBatchEnding);
+}
+
+bool EndsTransaction(int number) {
+  return std::ranges::find(kTransactionEnding, number) != std::end(kTransactionEnding);
 }
 
 }  // namespace dbkeeper::server

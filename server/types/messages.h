@@ -35,5 +35,7 @@ SqlError Unsupported(std::string_view construct, int line = 1);
 
 // True for the errors after which the server runs nothing more of the batch.
 bool EndsBatch(int number);
+// True for those after which it rolls the client's transaction back, too.
+bool EndsTransaction(int number);
 
 }  // namespace dbkeeper::server
