@@ -114,7 +114,8 @@ std::int64_t QueryRunner::SelectInto(const Translation& translation, const Execu
   place.object = definition.MakeFromColumns(place, name.name, translation.columns);
   try {
     SqliteStatement insert = workspace_.connection().Prepare(
-        "insert into " + resolver_.CatalogAt(place).Path(name.name) + " " + translation.sqlite_sql);
+        "insert into " + resolver_.CatalogAt(place).Path(name.name) + " select * from (" +
+        translation.sqlite_sql + ")" + RowLimit());
     BindAll(insert, execution.parameters);
     insert.Step();
   } catch (const SqliteError& failure) {
@@ -147,6 +148,7 @@ std::int64_t QueryRunner::Insert(const InsertStatement& statement, const Executi
   resolver_.BeginStatement();
   Translator translator(resolver_, execution.parameters);
   Translation translation = translator.Insert(statement);
+  if (statement.query != nullptr) translation.sqlite_sql += RowLimit();
   if (execution.tree == TreeLife::kOneRun || resolver_.asked_time() || statement.query != nullptr) {
     return Change(translation, execution.parameters, "INSERT");
   }
@@ -163,13 +165,23 @@ std::int64_t QueryRunner::Insert(const InsertStatement& statement, const Executi
 std::int64_t QueryRunner::Update(const UpdateStatement& statement, const Execution& execution) {
   resolver_.BeginStatement();
   Translator translator(resolver_, execution.parameters);
-  return Change(translator.Update(statement), execution.parameters, "UPDATE");
+  Translation translation = translator.Update(statement);
+  translation.sqlite_sql += RowLimit();
+  translation.rows_sql += RowLimit();
+  return Change(translation, execution.parameters, "UPDATE");
 }
 
 std::int64_t QueryRunner::Delete(const DeleteStatement& statement, const Execution& execution) {
   resolver_.BeginStatement();
   Translator translator(resolver_, execution.parameters);
-  return Change(translator.Delete(statement), execution.parameters, "DELETE");
+  Translation translation = translator.Delete(statement);
+  translation.sqlite_sql += RowLimit();
+  return Change(translation, execution.parameters, "DELETE");
+}
+
+std::string QueryRunner::RowLimit() const {
+  const std::int64_t rows = workspace_.options().row_count;
+  return rows > 0 ? " limit " + std::to_string(rows) : "";
 }
 
 std::int64_t QueryRunner::Change(const Translation& translation, const Parameters& values,

@@ -61,6 +61,8 @@ class QueryRunner {
 
   Cell FirstCell(const Translation& translation, const Execution& execution);
   void NeedReading(const FoundObject* target);
+  // What "set rowcount" adds to a statement that changes rows.
+  std::string RowLimit() const;
   std::int64_t Execute(const Translation& translation, SqliteStatement& statement,
                        const FoundObject& target, const Parameters& values,
                        const std::string& verb);
