@@ -1,4 +1,5 @@
 # The local server's language, storage and catalog, with their tests.
+find_package(Boost REQUIRED)
 find_package(SQLite3 REQUIRED)
 find_package(Threads REQUIRED)
 
@@ -33,7 +34,7 @@ add_library(dbkeeper_server_sql STATIC
   server/types/type_rules.cpp
 )
 target_include_directories(dbkeeper_server_sql PUBLIC ${CMAKE_SOURCE_DIR})
-target_link_libraries(dbkeeper_server_sql PUBLIC SQLite::SQLite3)
+target_link_libraries(dbkeeper_server_sql PUBLIC SQLite::SQLite3 PRIVATE Boost::headers)
 
 add_library(dbkeeper_server_engine STATIC
   server/catalog/catalog.cpp

@@ -497,13 +497,8 @@ Cell StoreDecimal(const Decimal& number, const SqlType& type, std::string_view f
   }
   const std::optional<Decimal> scaled = Rescale(number, type.scale);
   bool fits = scaled && FitsPrecision(*scaled, type.precision);
-  if (fits && type.id == TypeId::kMoney) {
-    fits = scaled->value >= std::numeric_limits<Integer>::min() &&
-           scaled->value <= std::numeric_limits<Integer>::max();
-  }
-  if (fits && type.id == TypeId::kSmallMoney) {
-    fits = scaled->value >= std::numeric_limits<std::int32_t>::min() &&
-           scaled->value <= std::numeric_limits<std::int32_t>::max();
+  if (FamilyOf(type.id) == TypeFamily::kMoney) {
+    fits = fits && FitsBits(scaled->value, type.id == TypeId::kMoney ? 64 : 32);
   }
   if (!fits) {
     throw MakeError(8115, {from_name == "decimal" ? "numeric" : from_name,
