@@ -6,7 +6,7 @@
 #include "server/sql/parser.h"
 #include "server/types/text.h"
 #include "server/types/type_rules.h"
-#include "server/wire/value_reader.h"
+#include "server/wire/value_codec.h"
 
 namespace dbkeeper::server {
 namespace {

@@ -8,7 +8,7 @@
 #include "server/sql/parser.h"
 #include "server/types/messages.h"
 #include "server/types/text.h"
-#include "server/wire/value_reader.h"
+#include "server/wire/value_codec.h"
 
 namespace dbkeeper::server {
 namespace {

@@ -4,8 +4,7 @@
 #include <string>
 
 #include "server/types/type_rules.h"
-#include "server/wire/value_writer.h"
-#include "server/wire/wire_types.h"
+#include "server/wire/value_codec.h"
 
 namespace dbkeeper::server {
 namespace {
@@ -42,47 +41,47 @@ void AppendSizedToken(std::uint8_t token, ByteWriter& out, Body body) {
   const std::size_t start = out.size();
   out.U16(0);
   body();
-  out.PatchU16(start, static_cast<std::uint16_t>(out.size() - start - 2));
+  out.Patch(start, out.size() - start - 2, 2);
 }
 
 }  // namespace
 
 void AppendShortText(std::string_view text, ByteWriter& out) {
   const std::string units = Utf16(text, 255);
-  out.U8(static_cast<std::uint8_t>(units.size() / 2));
+  out.U8(units.size() / 2);
   out.Raw(units);
 }
 
 void AppendLongText(std::string_view text, ByteWriter& out) {
   const std::string units = Utf16(text, kLongestMessage);
-  out.U16(static_cast<std::uint16_t>(units.size() / 2));
+  out.U16(units.size() / 2);
   out.Raw(units);
 }
 
 void AppendDone(DoneToken token, std::uint16_t status, std::uint16_t command, std::int64_t rows,
                 ByteWriter& out) {
-  out.U8(static_cast<std::uint8_t>(token));
+  out.U8(token);
   out.U16(status);
   out.U16(command);
-  out.U32(static_cast<std::uint32_t>(rows));
+  out.U32(rows);
 }
 
 void AppendMessage(const ServerMessage& message, std::string_view server_name, ByteWriter& out) {
   AppendSizedToken(message.IsError() ? kError : kInfo, out, [&] {
-    out.U32(static_cast<std::uint32_t>(message.number));
-    out.U8(static_cast<std::uint8_t>(message.state));
-    out.U8(static_cast<std::uint8_t>(message.severity));
+    out.U32(message.number);
+    out.U8(message.state);
+    out.U8(message.severity);
     AppendLongText(message.text, out);
     AppendShortText(server_name, out);
     AppendShortText(message.procedure, out);
-    out.U16(static_cast<std::uint16_t>(message.line));
+    out.U16(message.line);
   });
 }
 
 void AppendEnvironment(Environment what, std::string_view now, std::string_view before,
                        ByteWriter& out) {
   AppendSizedToken(kEnvironmentChange, out, [&] {
-    out.U8(static_cast<std::uint8_t>(what));
+    out.U8(what);
     AppendShortText(now, out);
     AppendShortText(before, out);
   });
@@ -91,7 +90,7 @@ void AppendEnvironment(Environment what, std::string_view now, std::string_view 
 void AppendCollationChange(ByteWriter& out) {
   AppendSizedToken(kEnvironmentChange, out, [&] {
     out.U8(kCollationKind);
-    out.U8(static_cast<std::uint8_t>(kCollation.size()));
+    out.U8(kCollation.size());
     out.Raw(kCollation);
     out.U8(0);
   });
@@ -108,12 +107,12 @@ void AppendLoginAcknowledge(ByteWriter& out) {
 
 void AppendColumns(const std::vector<ResultColumn>& columns, ByteWriter& out) {
   out.U8(kColumnMetadata);
-  out.U16(static_cast<std::uint16_t>(columns.size()));
+  out.U16(columns.size());
   for (const ResultColumn& column : columns) {
     const int flags = (column.type.nullable ? kNullable : 0) | (column.updatable ? kUpdatable : 0) |
                       (column.identity ? kIdentity : 0);
     out.U16(column.type.id == TypeId::kTimestamp ? kTimestampUserType : 0);
-    out.U16(static_cast<std::uint16_t>(flags));
+    out.U16(flags);
     AppendTypeInfo(column.type, out);
     if (IsLargeObject(column.type.id)) AppendLongText(column.base_table, out);
     AppendShortText(column.name, out);
@@ -130,12 +129,12 @@ void AppendRow(const std::vector<ResultColumn>& columns, const RowView& row,
 
 void AppendRowStatus(RowStatus status, ByteWriter& out) {
   out.U8(4);
-  out.U32(static_cast<std::uint32_t>(status));
+  out.U32(status);
 }
 
 void AppendReturnStatus(int status, ByteWriter& out) {
   out.U8(kReturnStatus);
-  out.U32(static_cast<std::uint32_t>(status));
+  out.U32(status);
 }
 
 void AppendReturnedInteger(std::string_view name, std::int32_t value, ByteWriter& out) {
@@ -146,7 +145,7 @@ void AppendReturnedInteger(std::string_view name, std::int32_t value, ByteWriter
     out.U16(0);  // flags
     AppendTypeInfo(SqlType{TypeId::kInt}, out);
     out.U8(4);
-    out.U32(static_cast<std::uint32_t>(value));
+    out.U32(value);
   });
 }
 
