@@ -28,7 +28,6 @@ add_library(dbkeeper_server_sql STATIC
   server/types/conversion.cpp
   server/types/datetime.cpp
   server/types/decimal.cpp
-  server/types/guid.cpp
   server/types/messages.cpp
   server/types/text.cpp
   server/types/type_rules.cpp

@@ -8,7 +8,6 @@
 #include <limits>
 
 #include "server/types/datetime.h"
-#include "server/types/guid.h"
 #include "server/types/messages.h"
 #include "server/types/text.h"
 #include "server/types/type_rules.h"
@@ -212,16 +211,11 @@ Cell TextToBytes(std::string_view text, const Job& job) {
   std::string bytes;
   for (const char32_t c : DecodeUtf8(text)) {
     if (IsNationalText(job.from.id)) {
-      const char32_t pair = c - 0x10000;
-      const char32_t first = c < 0x10000 ? c : 0xD800 + (pair >> 10);
-      bytes += static_cast<char>(first);
-      bytes += static_cast<char>(first >> 8);
-      if (c < 0x10000) continue;
-      bytes += static_cast<char>(0xDC00 + (pair & 0x3FF));
-      bytes += static_cast<char>((0xDC00 + (pair & 0x3FF)) >> 8);
-    } else {
-      if (c >= 0x80) throw Unsupported("converting Japanese varchar to binary");
+      AppendUtf16(c, bytes);
+    } else if (c < 0x80) {
       bytes += static_cast<char>(c);
+    } else {
+      throw Unsupported("converting Japanese varchar to binary");
     }
   }
   return BytesResult(std::move(bytes), job);

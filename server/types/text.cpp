@@ -1,29 +1,9 @@
 #include "server/types/text.h"
 
-#include <cstddef>
+#include <bit>
 
 namespace dbkeeper::server {
 namespace {
-
-// Takes the next character; a byte that begins none is taken as it is, beyond Unicode's range, so
-// that broken texts still compare.
-char32_t Next(std::string_view text, std::size_t& position) {
-  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-  const unsigned char first = byte(position++);
-  if (first < 0x80) return first;
-  const int extra = first >= 0xF0 && first < 0xF8 ? 3 : first >= 0xE0 ? 2 : first >= 0xC0 ? 1 : 0;
-  if (extra == 0 || first >= 0xF8 || position + static_cast<std::size_t>(extra) > text.size()) {
-    return 0x110000U + first;
-  }
-  char32_t character = first & (0x3FU >> extra);
-  for (int i = 0; i < extra; ++i) {
-    const unsigned char next = byte(position + static_cast<std::size_t>(i));
-    if ((next & 0xC0U) != 0x80) return 0x110000U + first;
-    character = character << 6 | (next & 0x3FU);
-  }
-  position += static_cast<std::size_t>(extra);
-  return character;
-}
 
 std::string Quoted(std::string_view text, char mark) {
   std::string quoted(1, mark);
@@ -57,7 +37,7 @@ int UnitsOf(char32_t c, TextUnit unit) {
 int Measure(std::string_view text, TextUnit unit) {
   int length = 0;
   for (std::size_t position = 0; position < text.size();) {
-    length += UnitsOf(Next(text, position), unit);
+    length += UnitsOf(NextCharacter(text, position), unit);
   }
   return length;
 }
@@ -122,6 +102,13 @@ bool Matches(const std::u32string& text, const std::u32string& pattern, char32_t
   }
 }
 
+// The byte of each pair of a guid's digits: the first three groups stand with their lowest byte
+// first.
+constexpr std::size_t kGuidOrder[] = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
+constexpr std::size_t kGuidText = 36;
+
+bool IsDashPlace(std::size_t i) { return i == 8 || i == 13 || i == 18 || i == 23; }
+
 }  // namespace
 
 int CompareText(std::string_view left, std::string_view right) {
@@ -136,8 +123,8 @@ int CompareText(std::string_view left, std::string_view right) {
       ++r;
       continue;
     }
-    const char32_t left_character = Fold(Next(left, l));
-    const char32_t right_character = Fold(Next(right, r));
+    const char32_t left_character = Fold(NextCharacter(left, l));
+    const char32_t right_character = Fold(NextCharacter(right, r));
     if (left_character != right_character) return left_character < right_character ? -1 : 1;
   }
   return static_cast<int>(l < left.size()) - static_cast<int>(r < right.size());
@@ -204,18 +191,35 @@ int CodePageLength(std::string_view text) { return Measure(text, TextUnit::kCode
 
 int Utf16Length(std::string_view text) { return Measure(text, TextUnit::kUtf16Unit); }
 
+char32_t NextCharacter(std::string_view text, std::size_t& position) {
+  constexpr char32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
+  const auto lead = static_cast<unsigned char>(text[position++]);
+  if (lead < 0x80) return lead;
+  const auto length = static_cast<std::size_t>(std::countl_one(lead));
+  const std::string_view tail = text.substr(position, length - 1);
+  if (length < 2 || length > 4 || tail.size() < length - 1) return kBroken + lead;
+  char32_t character = lead & (0x7FU >> length);
+  for (const char c : tail) {
+    if ((c & 0xC0) != 0x80) return kBroken + lead;
+    character = character << 6 | (c & 0x3FU);
+  }
+  if (character < kLeast[length] || character >= kBroken) return kBroken + lead;
+  position += tail.size();
+  return character;
+}
+
 std::u32string DecodeUtf8(std::string_view text) {
   std::u32string characters;
   characters.reserve(text.size());
   for (std::size_t position = 0; position < text.size();) {
-    characters += Next(text, position);
+    characters += NextCharacter(text, position);
   }
   return characters;
 }
 
 void AppendUtf8(char32_t character, std::string& out) {
-  if (character < 0x80) {
-    out.push_back(static_cast<char>(character));
+  if (character < 0x80 || character >= kBroken) {
+    out.push_back(static_cast<char>(character - (character < 0x80 ? 0 : kBroken)));
     return;
   }
   const int tail = character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
@@ -228,13 +232,7 @@ void AppendUtf8(char32_t character, std::string& out) {
 
 std::string EncodeUtf8(std::u32string_view characters) {
   std::string text;
-  for (const char32_t c : characters) {
-    if (c < 0x110000) {
-      AppendUtf8(c, text);
-    } else {
-      text += static_cast<char>(c - 0x110000);  // a broken byte goes back as it came
-    }
-  }
+  for (const char32_t c : characters) AppendUtf8(c, text);
   return text;
 }
 
@@ -245,7 +243,7 @@ std::string_view CutText(std::string_view text, int length, TextUnit unit) {
   std::size_t position = 0;
   while (position < text.size()) {
     std::size_t next = position;
-    used += UnitsOf(Next(text, next), unit);
+    used += UnitsOf(NextCharacter(text, next), unit);
     if (used > length) break;
     position = next;
   }
@@ -260,6 +258,35 @@ std::string_view TrimRight(std::string_view text) {
 std::string_view Trim(std::string_view text) {
   text = TrimRight(text);
   while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+  return text;
+}
+
+std::optional<std::string> ParseGuid(std::string_view text) {
+  if (text.size() == kGuidText + 2 && text.front() == '{' && text.back() == '}') {
+    text = text.substr(1, kGuidText);
+  }
+  if (text.size() < kGuidText) return std::nullopt;
+  std::string bytes(16, '\0');
+  std::size_t pair = 0;
+  for (std::size_t i = 0; i < kGuidText; ++i) {
+    if (IsDashPlace(i)) {
+      if (text[i] != '-') return std::nullopt;
+      continue;
+    }
+    const int high = HexValue(text[i]);
+    const int low = HexValue(text[++i]);
+    if (high < 0 || low < 0) return std::nullopt;
+    bytes[kGuidOrder[pair++]] = static_cast<char>(high * 16 + low);
+  }
+  return bytes;
+}
+
+std::string FormatGuid(std::string_view bytes) {
+  std::string text;
+  for (const std::size_t place : kGuidOrder) {
+    if (IsDashPlace(text.size())) text += '-';
+    text += place < bytes.size() ? HexDigits(bytes.substr(place, 1)) : "00";
+  }
   return text;
 }
 
