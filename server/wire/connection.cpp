@@ -53,8 +53,7 @@ void Connection::Serve() {
 bool Connection::LogIn() {
   auto kind = reader_.Next();
   while (kind == PacketKind::kPreLogin) {
-    writer_.Write(AnswerPreLogin(reader_.ReadAll(kLongestLogin)));
-    writer_.Finish();
+    Send(AnswerPreLogin(reader_.ReadAll(kLongestLogin)));
     kind = reader_.Next();
   }
   if (kind != PacketKind::kLogin7) return false;
@@ -81,21 +80,24 @@ void Connection::AcceptLogin(const LoginPacket& login) {
   AppendMessage(MakeMessage(5703, {language}), server_name_, out);
   AppendLoginAcknowledge(out);
   AppendEnvironment(Environment::kPacketSize, size, "4096", out);
-  AppendDone(DoneToken::kBatch, 0, 0, 0, out);
+  AppendDone(DoneToken::kBatch, {}, out);
   rpc_.emplace(*session_);
   on_login_(session_->spid());
   writer_.SetProcess(session_->spid());
-  writer_.Write(out.bytes());
-  writer_.Finish();
+  Send(out.bytes());
   writer_.SetPacketSize(login.packet_size);
+}
+
+void Connection::Send(std::string_view answer) {
+  writer_.Write(answer);
+  writer_.Finish();
 }
 
 void Connection::Refuse(const ServerMessage& message) {
   ByteWriter out;
   AppendMessage(message, server_name_, out);
-  AppendDone(DoneToken::kBatch, DoneStatus::kError, 0, 0, out);
-  writer_.Write(out.bytes());
-  writer_.Finish();
+  AppendDone(DoneToken::kBatch, {.status = kDoneError}, out);
+  Send(out.bytes());
 }
 
 void Connection::ServeRequest(PacketKind kind) {
@@ -120,9 +122,8 @@ void Connection::ServeRequest(PacketKind kind) {
 
 void Connection::AcknowledgeAttention() {
   ByteWriter out;
-  AppendDone(DoneToken::kBatch, DoneStatus::kAttention, 0, 0, out);
-  writer_.Write(out.bytes());
-  writer_.Finish();
+  AppendDone(DoneToken::kBatch, {.status = kDoneAttention}, out);
+  Send(out.bytes());
 }
 
 void Connection::ServeBatch() {

@@ -45,6 +45,7 @@ class Connection {
   void ServeRpc();
   void ServeBulkLoad();
   void AcknowledgeAttention();
+  void Send(std::string_view answer);
   void Refuse(const ServerMessage& message);
   AnswerContext Context();
 

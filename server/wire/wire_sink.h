@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,7 +30,7 @@ class WireSink : public ResultSink {
  public:
   enum class Kind { kBatch, kProcedure };
 
-  WireSink(const AnswerContext& context, Kind kind);
+  WireSink(const AnswerContext& context, Kind kind) : context_(context), kind_(kind) {}
 
   void OnColumns(const std::vector<ResultColumn>& columns) override;
   bool OnRow(const RowView& row) override;
@@ -56,8 +57,7 @@ class WireSink : public ResultSink {
   void Finish(Position position = Position::kLast);
 
  private:
-  void HoldDone(std::uint16_t status, std::uint16_t command, std::int64_t rows);
-  void ReleaseDone(std::uint16_t more);
+  void ReleaseDone();
   void AppendRowOf(const RowView& row, RowStatus status);
   void Flush();
 
@@ -72,10 +72,7 @@ class WireSink : public ResultSink {
   bool row_status_ = false;
 
   // The end of a statement is held back until it is known whether something follows.
-  bool done_held_ = false;
-  std::uint16_t done_status_ = 0;
-  std::uint16_t done_command_ = 0;
-  std::int64_t done_rows_ = 0;
+  std::optional<Done> held_;
 };
 
 }  // namespace dbkeeper::server
