@@ -14,13 +14,20 @@ std::string Quoted(std::string_view text, char mark) {
   return quoted += mark;
 }
 
+// With the 26 letters from `first` on moved to those from `to` on.
+std::string Moved(std::string_view text, char first, char to) {
+  std::string moved(text);
+  for (char& c : moved) {
+    if (c >= first && c < first + 26) c = static_cast<char>(c - first + to);
+  }
+  return moved;
+}
+
 // Small letters of ASCII, Latin-1 and the full-width Latin letters.
 char32_t Fold(char32_t c) {
-  if (c >= 'A' && c <= 'Z') return c + 32;
-  if (c < 0xC0) return c;
-  if (c <= 0xDE && c != 0xD7) return c + 32;
-  if (c >= 0xFF21 && c <= 0xFF3A) return c + 32;
-  return c;
+  const bool capital = (c >= 'A' && c <= 'Z') || (c >= 0xC0 && c <= 0xDE && c != 0xD7) ||
+                       (c >= 0xFF21 && c <= 0xFF3A);
+  return capital ? c + 32 : c;
 }
 
 std::u32string Folded(std::string_view text) {
@@ -45,14 +52,11 @@ int Measure(std::string_view text, TextUnit unit) {
 // The class that begins behind "[" at `position`; moves behind its "]". A class that is not closed
 // matches nothing.
 bool MatchesClass(char32_t c, const std::u32string& pattern, std::size_t& position) {
-  bool negated = false;
-  if (position < pattern.size() && pattern[position] == '^') {
-    negated = true;
-    ++position;
-  }
+  const bool negated = position < pattern.size() && pattern[position] == '^';
+  if (negated) ++position;
   bool found = false;
-  bool first = true;
-  for (; position < pattern.size() && (first || pattern[position] != ']'); first = false) {
+  const std::size_t first = position;
+  while (position < pattern.size() && (position == first || pattern[position] != ']')) {
     const char32_t low = pattern[position++];
     char32_t high = low;
     if (position + 1 < pattern.size() && pattern[position] == '-' && pattern[position + 1] != ']') {
@@ -61,9 +65,7 @@ bool MatchesClass(char32_t c, const std::u32string& pattern, std::size_t& positi
     }
     found = found || (c >= low && c <= high);
   }
-  if (position >= pattern.size()) return false;
-  ++position;
-  return found != negated;
+  return position++ < pattern.size() && found != negated;
 }
 
 // One step of the pattern at `p` against `c`; moves `p` behind it.
@@ -134,21 +136,9 @@ bool SameName(std::string_view left, std::string_view right) {
   return CompareText(left, right) == 0;
 }
 
-std::string ToUpperAscii(std::string_view text) {
-  std::string upper(text);
-  for (char& c : upper) {
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-  }
-  return upper;
-}
+std::string ToUpperAscii(std::string_view text) { return Moved(text, 'a', 'A'); }
 
-std::string ToLowerAscii(std::string_view text) {
-  std::string lower(text);
-  for (char& c : lower) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return lower;
-}
+std::string ToLowerAscii(std::string_view text) { return Moved(text, 'A', 'a'); }
 
 std::string QuoteName(std::string_view name) { return Quoted(name, '"'); }
 
@@ -182,8 +172,8 @@ bool MatchesPattern(std::string_view text, std::string_view pattern, char32_t es
   const std::u32string steps = Folded(pattern);
   if (Matches(characters, steps, Fold(escape))) return true;
   // Blanks at the end of the text need not be in the pattern.
-  if (characters.empty() || characters.back() != ' ') return false;
-  while (!characters.empty() && characters.back() == ' ') characters.pop_back();
+  if (!characters.ends_with(U' ')) return false;
+  characters.erase(characters.find_last_not_of(U' ') + 1);
   return Matches(characters, steps, Fold(escape));
 }
 

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -29,7 +28,7 @@ RpcRequest ReadRpcRequest(ByteReader& in, const CodePage932& code_page);
 // A client's prepared statements and open cursors. Refers to its session.
 class RpcCalls {
  public:
-  explicit RpcCalls(Session& session);
+  explicit RpcCalls(Session& session) : session_(session) {}
 
   // Runs the call; everything it gives, but the end of the answer, is told to `sink`.
   void Run(const RpcRequest& request, WireSink& sink);
