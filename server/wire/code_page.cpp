@@ -110,6 +110,11 @@ CodePage932::CodePage932() : to_bytes_(kUnits), to_characters_(kUnits) {
   }
 }
 
+const CodePage932& CodePage932::Shared() {
+  static const CodePage932 code_page;
+  return code_page;
+}
+
 void CodePage932::Append(std::string_view utf8, std::string& out) const {
   for (std::size_t i = 0; i < utf8.size();) {
     const char32_t character = NextWhole(utf8, i);

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "server/types/messages.h"
+#include "server/wire/code_page.h"
 #include "server/wire/login.h"
 
 namespace dbkeeper::server {
@@ -27,9 +28,7 @@ Connection::Connection(Channel& channel, const ConnectionServices& services,
 
 Connection::~Connection() = default;
 
-AnswerContext Connection::Context() {
-  return {writer_, services_.code_page, server_name_, cancelled_};
-}
+AnswerContext Connection::Context() { return {writer_, server_name_, cancelled_}; }
 
 void Connection::Serve() {
   try {
@@ -144,7 +143,7 @@ void Connection::ServeRpc() {
   ByteReader in(message);
   const AttentionWatcher::Watch watch(services_.watcher, channel_, *session_, cancelled_);
   for (bool more = true; more;) {
-    const RpcRequest request = ReadRpcRequest(in, services_.code_page);
+    const RpcRequest request = ReadRpcRequest(in);
     more = request.more_follow && !cancelled_;
     WireSink sink(Context(), WireSink::Kind::kProcedure);
     rpc_->Run(request, sink);
@@ -156,7 +155,7 @@ void Connection::ServeBulkLoad() {
   if (!bulk_target_) throw WireError("rows came without INSERT BULK");
   const BulkTarget target = *std::exchange(bulk_target_, std::nullopt);
   WireSink sink(Context(), WireSink::Kind::kBatch);
-  RunBulkLoad(target, reader_, services_.code_page, *session_, sink);
+  RunBulkLoad(target, reader_, *session_, sink);
   if (reader_.cancelled()) return AcknowledgeAttention();
   sink.Finish();
 }

@@ -7,6 +7,7 @@
 #include "server/sql/parser.h"
 #include "server/types/messages.h"
 #include "server/types/text.h"
+#include "server/wire/code_page.h"
 #include "server/wire/value_codec.h"
 
 namespace dbkeeper::server {
@@ -99,7 +100,7 @@ const std::vector<RpcCalls::Procedure>& RpcCalls::Procedures() {
   return procedures;
 }
 
-RpcRequest ReadRpcRequest(ByteReader& in, const CodePage932& code_page) {
+RpcRequest ReadRpcRequest(ByteReader& in) {
   RpcRequest request;
   const std::uint16_t length = in.U16();
   if (length == kByNumber) {
@@ -123,7 +124,7 @@ RpcRequest ReadRpcRequest(ByteReader& in, const CodePage932& code_page) {
     parameter.name = Utf16ToUtf8(in.Raw(std::size_t{name_length} * 2));
     const std::uint8_t status = in.U8();
     const WireType type = ReadTypeInfo(in);
-    ReadValue(in, type, ValuePlace::kParameter, code_page, parameter);
+    ReadValue(in, type, ValuePlace::kParameter, parameter);
     if ((status & kDefault) != 0) parameter.value = {};
     parameter.is_output = (status & kOutput) != 0;
     request.parameters.push_back(std::move(parameter));

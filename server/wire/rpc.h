@@ -11,7 +11,6 @@
 
 #include "server/engine/session.h"
 #include "server/wire/bytes.h"
-#include "server/wire/code_page.h"
 #include "server/wire/wire_sink.h"
 
 namespace dbkeeper::server {
@@ -23,7 +22,7 @@ struct RpcRequest {
 };
 
 // Reads the next call of a message. Throws WireError.
-RpcRequest ReadRpcRequest(ByteReader& in, const CodePage932& code_page);
+RpcRequest ReadRpcRequest(ByteReader& in);
 
 // A client's prepared statements and open cursors. Refers to its session.
 class RpcCalls {
@@ -47,7 +46,7 @@ class RpcCalls {
   };
 
   static const std::vector<Procedure>& Procedures();
-  friend RpcRequest ReadRpcRequest(ByteReader& in, const CodePage932& code_page);
+  friend RpcRequest ReadRpcRequest(ByteReader& in);
 
   void ExecuteSql(const Parameters& arguments, WireSink& sink);
   void Prepare(const Parameters& arguments, WireSink& sink);

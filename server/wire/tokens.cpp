@@ -4,6 +4,7 @@
 #include <string>
 
 #include "server/types/type_rules.h"
+#include "server/wire/code_page.h"
 #include "server/wire/value_codec.h"
 
 namespace dbkeeper::server {
@@ -104,11 +105,10 @@ void AppendColumns(const std::vector<ResultColumn>& columns, ByteWriter& out) {
   }
 }
 
-void AppendRow(const std::vector<ResultColumn>& columns, const RowView& row,
-               const CodePage932& code_page, ByteWriter& out) {
+void AppendRow(const std::vector<ResultColumn>& columns, const RowView& row, ByteWriter& out) {
   out.U8(kRow);
   for (std::size_t i = 0; i < columns.size(); ++i) {
-    AppendValue(columns[i].type, row, i, code_page, out);
+    AppendValue(columns[i].type, row, i, out);
   }
 }
 

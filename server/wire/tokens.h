@@ -7,7 +7,6 @@
 
 #include "server/engine/result_sink.h"
 #include "server/wire/bytes.h"
-#include "server/wire/code_page.h"
 
 namespace dbkeeper::server {
 
@@ -40,8 +39,7 @@ void AppendEnvironment(Environment what, std::string_view now, std::string_view 
 void AppendCollationChange(ByteWriter& out);
 void AppendLoginAcknowledge(ByteWriter& out);
 void AppendColumns(const std::vector<ResultColumn>& columns, ByteWriter& out);
-void AppendRow(const std::vector<ResultColumn>& columns, const RowView& row,
-               const CodePage932& code_page, ByteWriter& out);
+void AppendRow(const std::vector<ResultColumn>& columns, const RowView& row, ByteWriter& out);
 // The value of a cursor's status column.
 enum class RowStatus : std::uint32_t { kFetched = 1, kMissing = 2 };
 void AppendRowStatus(RowStatus status, ByteWriter& out);

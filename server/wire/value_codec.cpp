@@ -11,6 +11,7 @@
 #include "server/types/datetime.h"
 #include "server/types/decimal.h"
 #include "server/types/type_rules.h"
+#include "server/wire/code_page.h"
 
 namespace dbkeeper::server {
 namespace {
@@ -122,27 +123,25 @@ std::uint64_t DateTimeBits(std::int64_t ticks, bool small) {
   return static_cast<std::uint32_t>(days) | time << 32;
 }
 
-void AppendBytes(const SqlType& type, std::string_view bytes, const CodePage932& code_page,
-                 std::string& out) {
+void AppendBytes(const SqlType& type, std::string_view bytes, std::string& out) {
   if (FamilyOf(type.id) != TypeFamily::kText) {
     out.append(bytes);
   } else if (IsNationalText(type.id)) {
     AppendUtf16(bytes, out);
   } else {
-    code_page.Append(bytes, out);
+    CodePage932::Shared().Append(bytes, out);
   }
 }
 
 // A value behind its length. The client has room for the announced length only; the engine keeps to
 // it, and what does not is cut rather than sent.
-void AppendSized(const SqlType& type, std::string_view bytes, const CodePage932& code_page,
-                 ByteWriter& out) {
+void AppendSized(const SqlType& type, std::string_view bytes, ByteWriter& out) {
   const bool large = IsLargeObject(type.id);
   if (large) out.U8(kTextPointer.size()).Raw(kTextPointer).Raw(kTextTimestamp);
   const std::size_t length_bytes = large ? 4 : 2;
   const std::size_t start = out.size() + length_bytes;
   out.Little(0, length_bytes);
-  AppendBytes(type, bytes, code_page, out.buffer());
+  AppendBytes(type, bytes, out.buffer());
   if (!large) out.buffer().resize(std::min<std::size_t>(out.size(), start + MostBytes(type)));
   out.Patch(start - length_bytes, out.size() - start, length_bytes);
 }
@@ -188,7 +187,7 @@ void ExpectLength(std::string_view bytes, std::size_t least, std::size_t most) {
 }
 
 // A value of the type that is not null, from its bytes.
-Cell DecodeValue(std::string bytes, const SqlType& type, const CodePage932& code_page) {
+Cell DecodeValue(std::string bytes, const SqlType& type) {
   const TypeFacts& facts = FactsOf(type.id);
   const auto length = static_cast<std::size_t>(facts.length);
   switch (facts.family) {
@@ -221,7 +220,7 @@ Cell DecodeValue(std::string bytes, const SqlType& type, const CodePage932& code
       return static_cast<std::int64_t>(LittleOf(day)) * kTicksPerDay + time * kTicksPerMinute;
     }
     case TypeFamily::kText:
-      return IsNationalText(type.id) ? Utf16ToUtf8(bytes) : code_page.ToUtf8(bytes);
+      return IsNationalText(type.id) ? Utf16ToUtf8(bytes) : CodePage932::Shared().ToUtf8(bytes);
     case TypeFamily::kGuid:
       ExpectLength(bytes, length, length);
       return Blob{std::move(bytes)};
@@ -234,7 +233,7 @@ Cell DecodeValue(std::string bytes, const SqlType& type, const CodePage932& code
 }
 
 // The base type of a sql_variant stands before its value.
-void DecodeVariant(const std::string& bytes, const CodePage932& code_page, Parameter& value) {
+void DecodeVariant(const std::string& bytes, Parameter& value) {
   ByteReader in(bytes);
   const std::uint8_t token = in.U8();
   const std::size_t head = std::size_t{2} + in.U8();
@@ -246,7 +245,7 @@ void DecodeVariant(const std::string& bytes, const CodePage932& code_page, Param
   }
   value.type = TypeOf(*row, rest).type;
   if (row->type->TakesPrecision()) ReadPrecision(in, value.type);
-  value.value = DecodeValue(bytes.substr(head), value.type, code_page);
+  value.value = DecodeValue(bytes.substr(head), value.type);
 }
 
 // The length of the value that comes; none for a null.
@@ -292,8 +291,7 @@ void AppendTypeInfo(const SqlType& type, ByteWriter& out) {
   if (facts.family == TypeFamily::kText) out.Raw(kCollation);
 }
 
-void AppendValue(const SqlType& type, const RowView& row, std::size_t column,
-                 const CodePage932& code_page, ByteWriter& out) {
+void AppendValue(const SqlType& type, const RowView& row, std::size_t column, ByteWriter& out) {
   const TypeFacts& facts = FactsOf(type.id);
   if (row.IsNull(column)) {
     const LengthForm form = FormOf(facts);
@@ -329,7 +327,7 @@ void AppendValue(const SqlType& type, const RowView& row, std::size_t column,
     }
     case TypeFamily::kText:
     case TypeFamily::kBinary:
-      return AppendSized(type, row.Bytes(column), code_page, out);
+      return AppendSized(type, row.Bytes(column), out);
     case TypeFamily::kVariant:
       return AppendVariant(row.Bytes(column), out);
   }
@@ -353,16 +351,15 @@ WireType ReadTypeInfo(ByteReader& in) {
   return type;
 }
 
-void ReadValue(ByteReader& in, const WireType& type, ValuePlace place, const CodePage932& code_page,
-               Parameter& value) {
+void ReadValue(ByteReader& in, const WireType& type, ValuePlace place, Parameter& value) {
   value.type = type.type;
   const std::optional<std::size_t> length = ReadLength(in, type, place);
   if (!length) {
     value.value = {};
   } else if (type.type.id == TypeId::kSqlVariant) {
-    DecodeVariant(in.Raw(*length), code_page, value);
+    DecodeVariant(in.Raw(*length), value);
   } else {
-    value.value = DecodeValue(in.Raw(*length), value.type, code_page);
+    value.value = DecodeValue(in.Raw(*length), value.type);
   }
 }
 

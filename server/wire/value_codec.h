@@ -8,7 +8,6 @@
 #include "server/engine/result_sink.h"
 #include "server/types/parameter.h"
 #include "server/wire/bytes.h"
-#include "server/wire/code_page.h"
 
 namespace dbkeeper::server {
 
@@ -19,8 +18,7 @@ constexpr std::string_view kCollation("\x11\x04\xD0\x00\x00", 5);
 void AppendTypeInfo(const SqlType& type, ByteWriter& out);
 
 // Appends cell `column` of `row` as a value of `type` as it stands in a row of a result.
-void AppendValue(const SqlType& type, const RowView& row, std::size_t column,
-                 const CodePage932& code_page, ByteWriter& out);
+void AppendValue(const SqlType& type, const RowView& row, std::size_t column, ByteWriter& out);
 
 // How a value says its length.
 enum class LengthForm : std::uint8_t { kFixed, kOneByte, kTwoBytes, kFourBytes };
@@ -38,7 +36,6 @@ WireType ReadTypeInfo(ByteReader& in);
 enum class ValuePlace { kParameter, kRow };
 
 // Reads a value, or null, and its type into `value`; throws WireError.
-void ReadValue(ByteReader& in, const WireType& type, ValuePlace place, const CodePage932& code_page,
-               Parameter& value);
+void ReadValue(ByteReader& in, const WireType& type, ValuePlace place, Parameter& value);
 
 }  // namespace dbkeeper::server

@@ -42,7 +42,7 @@ bool WireSink::OnRow(const RowView& row) {
 void WireSink::OnMissingRow() { AppendRowOf(NoRow(), RowStatus::kMissing); }
 
 void WireSink::AppendRowOf(const RowView& row, RowStatus status) {
-  AppendRow(columns_, row, context_.code_page, tokens_);
+  AppendRow(columns_, row, tokens_);
   if (row_status_) AppendRowStatus(status, tokens_);
   if (tokens_.size() >= kFlushAt) Flush();
 }

@@ -9,7 +9,6 @@
 
 #include "server/engine/result_sink.h"
 #include "server/wire/bytes.h"
-#include "server/wire/code_page.h"
 #include "server/wire/packet.h"
 #include "server/wire/tokens.h"
 
@@ -18,7 +17,6 @@ namespace dbkeeper::server {
 // What an answer is written with; all outlive the sink.
 struct AnswerContext {
   MessageWriter& writer;
-  const CodePage932& code_page;
   const std::string& server_name;
   // Set from another thread when the client does not want the rest.
   const std::atomic<bool>& cancelled;
