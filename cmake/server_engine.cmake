@@ -1,4 +1,5 @@
 # The local server's language, storage and catalog, with their tests.
+find_package(Boost REQUIRED)
 find_package(SQLite3 REQUIRED)
 find_package(Threads REQUIRED)
 
@@ -27,13 +28,12 @@ add_library(dbkeeper_server_sql STATIC
   server/types/conversion.cpp
   server/types/datetime.cpp
   server/types/decimal.cpp
-  server/types/guid.cpp
   server/types/messages.cpp
   server/types/text.cpp
   server/types/type_rules.cpp
 )
 target_include_directories(dbkeeper_server_sql PUBLIC ${CMAKE_SOURCE_DIR})
-target_link_libraries(dbkeeper_server_sql PUBLIC SQLite::SQLite3)
+target_link_libraries(dbkeeper_server_sql PUBLIC SQLite::SQLite3 PRIVATE Boost::headers)
 
 add_library(dbkeeper_server_engine STATIC
   server/catalog/catalog.cpp

@@ -11,10 +11,8 @@ add_library(dbkeeper_server_wire STATIC
   server/wire/server.cpp
   server/wire/socket.cpp
   server/wire/tokens.cpp
-  server/wire/value_reader.cpp
-  server/wire/value_writer.cpp
+  server/wire/value_codec.cpp
   server/wire/wire_sink.cpp
-  server/wire/wire_types.cpp
 )
 target_include_directories(dbkeeper_server_wire PUBLIC ${CMAKE_SOURCE_DIR})
 target_link_libraries(dbkeeper_server_wire PUBLIC dbkeeper_server_sql Threads::Threads)

@@ -2,62 +2,55 @@
 
 #include <algorithm>
 
-#include "server/catalog/system_tables.h"
 #include "server/types/type_rules.h"
 
 namespace dbkeeper::server {
-
 namespace {
 
-bool HasDeclaredLength(TypeId id) {
-  const TypeFamily family = FamilyOf(id);
-  return (family == TypeFamily::kText || family == TypeFamily::kBinary) && !IsLargeObject(id) &&
-         id != TypeId::kTimestamp;
+constexpr int kSysnameUserType = 18;
+constexpr int kTextPointer = 16;  // of a large object's bytes only this stands in the row
+
+int StoredLength(const SqlType& type) {
+  const TypeFacts& facts = FactsOf(type.id);
+  if (facts.TakesPrecision()) return DecimalBytes(type.precision);
+  if (facts.TakesLength()) return type.length * UnitOf(type.id);
+  return IsLargeObject(type.id) ? kTextPointer : facts.length;
+}
+
+bool HasScale(const TypeFacts& facts) {
+  return facts.family <= TypeFamily::kDateTime && facts.family != TypeFamily::kReal &&
+         facts.id != TypeId::kBit;
 }
 
 }  // namespace
 
 StoredType StoredTypeOf(const SqlType& type, bool is_sysname) {
-  const std::string_view name = is_sysname ? "sysname" : NameOf(type.id);
-  const auto& row = *std::ranges::find(SystemTypes(), name, &SystemType::name);
-  StoredType stored{
-      .xtype = row.xtype,
-      .xusertype = row.xusertype,
-      .length = row.length,
-      .xprec = row.scale < 0 && FamilyOf(type.id) != TypeFamily::kReal ? 0 : row.precision,
-      .xscale = std::max(row.scale, 0),
-      .type = row.type,
-      .usertype = row.usertype,
-      .prec = static_cast<std::int64_t>(row.precision),
-      .scale = {}};
-  if (row.scale >= 0) stored.scale = static_cast<std::int64_t>(row.scale);
-  if (FamilyOf(type.id) == TypeFamily::kDecimal) {
-    stored.length = DecimalBytes(type.precision);
-    stored.xprec = type.precision;
-    stored.xscale = type.scale;
-    stored.prec = static_cast<std::int64_t>(type.precision);
-    stored.scale = static_cast<std::int64_t>(type.scale);
-  } else if (HasDeclaredLength(type.id)) {
-    stored.length = type.length * (IsNationalText(type.id) ? 2 : 1);
-    stored.prec = static_cast<std::int64_t>(type.length);
-  } else if (IsLargeObject(type.id)) {
-    stored.prec = static_cast<std::int64_t>(IsNationalText(type.id) ? 1073741823 : 2147483647);
-  }
+  const TypeFacts& facts = FactsOf(type.id);
+  const bool precise = facts.TakesPrecision();
+  StoredType stored{.xtype = facts.xtype,
+                    .xusertype = is_sysname ? kSysnameType : facts.xtype,
+                    .length = StoredLength(type),
+                    .xprec = precise                    ? type.precision
+                             : facts.id == TypeId::kBit ? 0
+                                                        : facts.precision,
+                    .xscale = precise ? type.scale : facts.scale,
+                    .type = facts.type,
+                    .usertype = is_sysname ? kSysnameUserType : facts.usertype,
+                    .prec = {},
+                    .scale = {}};
+  stored.prec = std::int64_t{facts.TakesLength()      ? type.length
+                             : IsLargeObject(type.id) ? facts.length
+                             : precise                ? type.precision
+                                                      : facts.precision};
+  if (HasScale(facts)) stored.scale = std::int64_t{stored.xscale};
   return stored;
 }
 
 SqlType TypeOfStored(int xtype, int length, int xprec, int xscale) {
-  const auto& row = *std::ranges::find_if(SystemTypes(), [&](const SystemType& candidate) {
-    return candidate.xtype == xtype && candidate.xusertype != kSysnameType;
-  });
-  SqlType type = TypeByName(row.name, {}).value_or(SqlType{});
-  if (FamilyOf(type.id) == TypeFamily::kDecimal) {
-    type.precision = xprec;
-    type.scale = xscale;
-  } else if (HasDeclaredLength(type.id)) {
-    type.length = IsNationalText(type.id) ? length / 2 : length;
-  }
-  return type;
+  const TypeFacts& facts = *std::ranges::find(kTypes, xtype, &TypeFacts::xtype);
+  const bool precise = facts.TakesPrecision();
+  return {facts.id, facts.TakesLength() ? length / UnitOf(facts.id) : facts.length,
+          precise ? xprec : facts.precision, precise ? xscale : facts.scale, true};
 }
 
 }  // namespace dbkeeper::server

@@ -1,5 +1,7 @@
 #include "server/catalog/new_database.h"
 
+#include <map>
+#include <string_view>
 #include <vector>
 
 #include "server/catalog/column_types.h"
@@ -49,17 +51,32 @@ constexpr FixedUser kFixedUsers[] = {
     {16393, "db_denydatawriter", true},
 };
 
+void FillType(SqliteConnection& connection, const std::string& table, std::string_view name,
+              const SqlType& type) {
+  const bool is_sysname = name == "sysname";
+  const StoredType stored = StoredTypeOf(type, is_sysname);
+  const bool is_text = FamilyOf(type.id) == TypeFamily::kText;
+  const bool variable = name.starts_with("var") || name.starts_with("nvar");
+  const int precision = IsNationalText(type.id) ? type.length : type.precision;
+  connection.Run("insert into " + table +
+                     " values (?, ?, 0, ?, ?, ?, ?, 0, 0, ?, 0, ?, ?, ?, 1, ?, null, ?, ?, ?)",
+                 name, stored.xtype, stored.xusertype, stored.length, precision, stored.xscale,
+                 is_sysname ? 1 : 4, is_text ? Cell(kJapaneseCollationId) : Cell(), stored.usertype,
+                 variable ? 1 : 0, stored.type, precision, stored.scale,
+                 is_text ? Cell(std::string(kDefaultCollation)) : Cell());
+}
+
+// By number, each with the largest measures that it can have.
 void FillTypes(SqliteConnection& connection, const std::string& table) {
-  for (const SystemType& type : SystemTypes()) {
-    const bool variable = type.name.starts_with("var") || type.name.starts_with("nvar");
-    connection.Run("insert into " + table +
-                       " values (?, ?, 0, ?, ?, ?, ?, 0, 0, ?, 0, ?, ?, ?, 1, ?, null, ?, ?, ?)",
-                   type.name, type.xtype, type.xusertype, type.length, type.precision,
-                   type.scale < 0 ? 0 : type.scale, type.name == "sysname" ? 1 : 4,
-                   type.collated ? Cell(kJapaneseCollationId) : Cell(), type.usertype,
-                   variable ? 1 : 0, type.type, type.precision,
-                   type.scale < 0 ? Cell() : Cell(static_cast<std::int64_t>(type.scale)),
-                   type.collated ? Cell(std::string(kDefaultCollation)) : Cell());
+  std::map<int, const TypeFacts*> types;
+  for (const TypeFacts& facts : kTypes) types[facts.xtype] = &facts;
+  for (const auto& [number, facts] : types) {
+    if (facts->id == TypeId::kNVarChar) {
+      FillType(connection, table, "sysname", {facts->id, 128, 0, 0, true});
+    }
+    FillType(connection, table, facts->name,
+             {facts->id, facts->maximum,
+              facts->TakesPrecision() ? facts->maximum : facts->precision, facts->maximum, true});
   }
 }
 

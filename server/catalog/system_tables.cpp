@@ -2,38 +2,6 @@
 
 namespace dbkeeper::server {
 
-const std::vector<SystemType>& SystemTypes() {
-  static const std::vector<SystemType> kTypes = {
-      {"image", 34, 34, 16, 0, -1, 20, 34, false},
-      {"text", 35, 35, 16, 0, -1, 19, 35, true},
-      {"uniqueidentifier", 36, 36, 16, 0, -1, 0, 37, false},
-      {"tinyint", 48, 48, 1, 3, 0, 5, 38, false},
-      {"smallint", 52, 52, 2, 5, 0, 6, 38, false},
-      {"int", 56, 56, 4, 10, 0, 7, 38, false},
-      {"smalldatetime", 58, 58, 4, 16, 0, 22, 111, false},
-      {"real", 59, 59, 4, 24, -1, 23, 109, false},
-      {"money", 60, 60, 8, 19, 4, 11, 110, false},
-      {"datetime", 61, 61, 8, 23, 3, 12, 111, false},
-      {"float", 62, 62, 8, 53, -1, 8, 109, false},
-      {"sql_variant", 98, 98, 8016, 0, -1, 0, 39, false},
-      {"ntext", 99, 99, 16, 0, -1, 0, 35, true},
-      {"bit", 104, 104, 1, 1, -1, 16, 50, false},
-      {"decimal", 106, 106, 17, 38, 38, 24, 106, false},
-      {"numeric", 108, 108, 17, 38, 38, 10, 108, false},
-      {"smallmoney", 122, 122, 4, 10, 4, 21, 110, false},
-      {"bigint", 127, 127, 8, 19, 0, 0, 63, false},
-      {"varbinary", 165, 165, 8000, 0, -1, 4, 37, false},
-      {"varchar", 167, 167, 8000, 0, -1, 2, 39, true},
-      {"binary", 173, 173, 8000, 0, -1, 3, 37, false},
-      {"char", 175, 175, 8000, 0, -1, 1, 39, true},
-      {"timestamp", 189, 189, 8, 0, -1, 80, 37, false},
-      {"sysname", 231, 256, 256, 128, -1, 18, 39, true},
-      {"nvarchar", 231, 231, 8000, 4000, -1, 0, 39, true},
-      {"nchar", 239, 239, 8000, 4000, -1, 0, 39, true},
-  };
-  return kTypes;
-}
-
 std::string_view DatabaseSystemTables() {
   return R"(
 create table sysobjects (name sysname not null, id int not null, xtype char(2) not null,

@@ -10,8 +10,8 @@
 #include <thread>
 
 #include "server/engine/host_file.h"
-#include "server/types/guid.h"
 #include "server/types/messages.h"
+#include "server/types/text.h"
 
 namespace dbkeeper::server {
 

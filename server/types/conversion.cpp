@@ -8,7 +8,6 @@
 #include <limits>
 
 #include "server/types/datetime.h"
-#include "server/types/guid.h"
 #include "server/types/messages.h"
 #include "server/types/text.h"
 #include "server/types/type_rules.h"
@@ -29,20 +28,67 @@ struct Job {
   std::string_view to_name() const { return NameOf(to.id); }
 };
 
-[[noreturn]] void Overflow(const Job& job, std::string_view from) {
-  throw MakeError(8115, {from, job.to_name()});
+[[noreturn]] void Overflow(const Job& job, std::string_view from = "expression") {
+  Fail(8115, {from, job.to_name()});
 }
 
 [[noreturn]] void NotAllowed(const Job& job) {
-  const int number = job.kind == ConversionKind::kAssignment ? 257 : 529;
-  throw MakeError(number, {job.from_name(), job.to_name()});
+  Fail(job.kind == ConversionKind::kAssignment ? 257 : 529, {job.from_name(), job.to_name()});
+}
+
+// Which conversions there are, a row for each family that they come from and a letter for each that
+// they go to, both in order of TypeFamily: y for one that is always done, c for one that cast and
+// convert do, u for one that this server does not know, - for none.
+constexpr std::string_view kConversions[] = {
+    "yyyyyyy-y",  // integer
+    "yyyyyy--y",  // real
+    "yyyyyy--u",  // decimal
+    "yyyyyy--u",  // money
+    "ccccyy--u",  // datetime
+    "yyyyyycyy",  // text
+    "y----cyyy",  // binary
+    "-----yyyu",  // guid
+};
+
+void CheckAllowed(const Job& job) {
+  const TypeFamily from = FamilyOf(job.from.id);
+  const char how =
+      kConversions[static_cast<int>(from)][static_cast<std::size_t>(FamilyOf(job.to.id))];
+  if (how == 'u') {
+    const std::string what = from == TypeFamily::kDateTime ? "datetime"
+                             : from == TypeFamily::kGuid   ? "uniqueidentifier"
+                                                           : "decimal and money";
+    throw Unsupported(what + " values in sql_variant");
+  }
+  if (how == '-' || (how == 'c' && job.kind == ConversionKind::kAssignment)) NotAllowed(job);
+}
+
+// ---- what cells hold ---------------------------------------------------------------------------
+
+Integer IntegerOf(const Cell& cell) {
+  if (const auto* value = std::get_if<Integer>(&cell)) return *value;
+  return static_cast<Integer>(Truncate(DecimalOfCell(cell)));
+}
+
+const std::string& BytesOf(const Cell& cell) {
+  if (const auto* blob = std::get_if<Blob>(&cell)) return blob->bytes;
+  if (const auto* text = std::get_if<std::string>(&cell)) return *text;
+  Fail(8114, {"numeric", "varbinary"});
+}
+
+// What a variant holds shows in its cell.
+SqlType BaseTypeOf(const Cell& cell) {
+  if (std::holds_alternative<Integer>(cell)) return {TypeId::kInt, 4, 10, 0, true};
+  if (std::holds_alternative<double>(cell)) return {TypeId::kFloat, 8, 53, 0, true};
+  if (std::holds_alternative<Blob>(cell)) return {TypeId::kVarBinary, 8000, 0, 0, true};
+  return {TypeId::kNVarChar, 4000, 0, 0, true};
 }
 
 // ---- to numbers --------------------------------------------------------------------------------
 
-Cell IntegerResult(Integer value, const Job& job, std::string_view from) {
+Cell IntegerResult(Integer value, const Job& job) {
   if (job.to.id == TypeId::kBit) return Integer{value != 0 ? 1 : 0};
-  if (!FitsInteger(Decimal{value, 0}, job.to.id)) Overflow(job, from);
+  if (!FitsInteger(Decimal{value, 0}, job.to.id)) Overflow(job);
   return value;
 }
 
@@ -56,15 +102,15 @@ Cell TextToInteger(std::string_view text, const Job& job) {
   if (digits_only && trimmed.find_first_of("0123456789") != std::string_view::npos &&
       (!number || !FitsInteger(*number, job.to.id))) {
     if (job.to.id == TypeId::kBit) return Integer{1};
-    if (big) Overflow(job, "expression");
-    if (job.to.id == TypeId::kInt) throw MakeError(248, {job.from_name(), text});
-    throw MakeError(244, {job.from_name(), text, job.to.id == TypeId::kTinyInt ? "INT1" : "INT2"});
+    if (big) Overflow(job);
+    if (job.to.id == TypeId::kInt) Fail(248, {job.from_name(), text});
+    Fail(244, {job.from_name(), text, job.to.id == TypeId::kTinyInt ? "INT1" : "INT2"});
   }
   if (!number || !digits_only) {
-    if (big) throw MakeError(8114, {job.from_name(), "bigint"});
-    throw MakeError(245, {job.from_name(), text, job.to_name()});
+    if (big) Fail(8114, {job.from_name(), "bigint"});
+    Fail(245, {job.from_name(), text, job.to_name()});
   }
-  return IntegerResult(static_cast<Integer>(number->value), job, "expression");
+  return IntegerResult(static_cast<Integer>(number->value), job);
 }
 
 double TextToDouble(std::string_view text, const Job& job) {
@@ -74,7 +120,7 @@ double TextToDouble(std::string_view text, const Job& job) {
   const double value = std::strtod(trimmed.c_str(), &end);
   // strtod also takes hexadecimal numbers, infinity and "nan", which are no numbers here.
   const bool plain = trimmed.find_first_not_of("+-.0123456789eE") == std::string::npos;
-  if (!plain || *end != '\0') throw MakeError(8114, {job.from_name(), job.to_name()});
+  if (!plain || *end != '\0') Fail(8114, {job.from_name(), job.to_name()});
   if (!std::isfinite(value)) Overflow(job, job.from_name());
   return value;
 }
@@ -85,7 +131,7 @@ Decimal TextToMoney(std::string_view text) {
   bool sign_seen = false;
   for (const char32_t c : DecodeUtf8(Trim(text))) {
     if (c == U'$' || c == U'\\' || c == U'\u00A5' || c == U'\uFFE5') {
-      if (sign_seen) throw MakeError(235, {});
+      if (sign_seen) Fail(235);
       sign_seen = true;
     } else if (c != U',') {
       digits += static_cast<char>(c < 0x80 ? c : U'?');
@@ -93,7 +139,7 @@ Decimal TextToMoney(std::string_view text) {
   }
   if (digits.empty()) return Decimal{};
   const std::optional<Decimal> number = ParseDecimal(digits);
-  if (!number) throw MakeError(235, {});
+  if (!number) Fail(235);
   return *number;
 }
 
@@ -106,7 +152,7 @@ Decimal TextToDecimal(std::string_view text, const Job& job) {
                       std::count(trimmed.begin(), trimmed.end(), '.') <= 1 &&
                       trimmed.find_last_of("+-") == std::string_view::npos;
   if (digits && trimmed.size() > 38) Overflow(job, job.from_name());
-  throw MakeError(8114, {job.from_name(), job.to_name()});
+  Fail(8114, {job.from_name(), job.to_name()});
 }
 
 Integer CheckedTime(Integer time, const Job& job, std::string_view from) {
@@ -114,8 +160,8 @@ Integer CheckedTime(Integer time, const Job& job, std::string_view from) {
   if (job.to.id == TypeId::kDateTime) return time;
   const Integer minutes = (time + kTicksPerMinute / 2) / kTicksPerMinute;
   if (time < 0 || !InSmallDateTimeRange(minutes * kTicksPerMinute)) {
-    if (FamilyOf(job.from.id) == TypeFamily::kText) throw MakeError(296, {});
-    if (FamilyOf(job.from.id) == TypeFamily::kDateTime) throw MakeError(298, {});
+    if (FamilyOf(job.from.id) == TypeFamily::kText) Fail(296);
+    if (FamilyOf(job.from.id) == TypeFamily::kDateTime) Fail(298);
     Overflow(job, from);
   }
   return minutes * kTicksPerMinute;
@@ -126,13 +172,7 @@ Cell TextToDateTime(std::string_view text, const Job& job) {
   const ParsedDate parsed = ParseDateTime(text, OrderOfStyle(job.style));
   if (!parsed.fault) return CheckedTime(parsed.time, job, job.from_name());
   const bool syntax = *parsed.fault == DateFault::kSyntax;
-  throw MakeError(small ? (syntax ? 295 : 296) : (syntax ? 241 : 242), {});
-}
-
-Cell DoubleToDateTime(double days, const Job& job) {
-  if (!std::isfinite(days) || std::fabs(days) > 4e6) Overflow(job, "expression");
-  const auto ticks = static_cast<Integer>(std::llround(days * static_cast<double>(kTicksPerDay)));
-  return CheckedTime(ticks, job, "expression");
+  Fail(small ? (syntax ? 295 : 296) : (syntax ? 241 : 242), {});
 }
 
 Cell DoubleToInteger(double value, const Job& job) {
@@ -141,16 +181,101 @@ Cell DoubleToInteger(double value, const Job& job) {
   if (!whole || !FitsInteger(*whole, job.to.id)) {
     std::array<char, 400> text{};
     std::snprintf(text.data(), text.size(), "%f", value);
-    if (job.to.id == TypeId::kBigInt) Overflow(job, "expression");
-    throw MakeError(232, {job.to_name(), text.data()});
+    if (job.to.id == TypeId::kBigInt) Overflow(job);
+    Fail(232, {job.to_name(), text.data()});
   }
   return static_cast<Integer>(whole->value);
 }
 
-Cell RealResult(double value, const Job& job) {
+double DoubleOf(const Cell& cell, const Job& job) {
+  switch (FamilyOf(job.from.id)) {
+    case TypeFamily::kText:
+      return TextToDouble(BytesOf(cell), job);
+    case TypeFamily::kInteger:
+      return static_cast<double>(IntegerOf(cell));
+    case TypeFamily::kDateTime:
+      return static_cast<double>(IntegerOf(cell)) / static_cast<double>(kTicksPerDay);
+    case TypeFamily::kReal:
+      if (const auto* value = std::get_if<double>(&cell)) return *value;
+      [[fallthrough]];
+    default:
+      return ToDouble(DecimalOfCell(cell));
+  }
+}
+
+Decimal DecimalOf(const Cell& cell, const Job& job) {
+  switch (FamilyOf(job.from.id)) {
+    case TypeFamily::kText:
+      return TextToDecimal(BytesOf(cell), job);
+    case TypeFamily::kReal:
+    case TypeFamily::kDateTime:
+      if (const auto number = FromDouble(DoubleOf(cell, job), job.to.scale)) return *number;
+      Overflow(job, job.from_name());
+    default:
+      return DecimalOfCell(cell);
+  }
+}
+
+Cell ToReal(const Cell& cell, const Job& job) {
+  const double value = DoubleOf(cell, job);
   if (job.to.id == TypeId::kFloat) return value;
-  if (std::fabs(value) > std::numeric_limits<float>::max()) Overflow(job, "expression");
+  if (std::fabs(value) > std::numeric_limits<float>::max()) Overflow(job);
   return static_cast<double>(static_cast<float>(value));
+}
+
+Cell ToDateTime(const Cell& cell, const Job& job) {
+  const TypeFamily from = FamilyOf(job.from.id);
+  if (from == TypeFamily::kText) return TextToDateTime(BytesOf(cell), job);
+  if (from == TypeFamily::kDateTime) return CheckedTime(IntegerOf(cell), job, job.from_name());
+  const double days = DoubleOf(cell, job);
+  if (!std::isfinite(days) || std::fabs(days) > 4e6) Overflow(job);
+  return CheckedTime(std::llround(days * static_cast<double>(kTicksPerDay)), job, "expression");
+}
+
+// The last bytes count, the highest first.
+Cell BytesToInteger(std::string_view bytes, const Job& job) {
+  const auto width = static_cast<std::size_t>(std::max(1, job.to.length));
+  std::uint64_t value = 0;
+  for (const char c : bytes.substr(bytes.size() - std::min(bytes.size(), width))) {
+    value = value << 8 | static_cast<unsigned char>(c);
+  }
+  if (job.to.id == TypeId::kBit) return Integer{value != 0 ? 1 : 0};
+  if (job.to.id == TypeId::kTinyInt) return static_cast<Integer>(value);
+  const int unused = 64 - 8 * FactsOf(job.to.id).length;
+  return static_cast<Integer>(value << unused) >> unused;
+}
+
+// Money is rounded where decimals are cut.
+Cell DecimalToInteger(const Decimal& number, const Job& job) {
+  if (job.to.id == TypeId::kBit) return Integer{number.value != 0 ? 1 : 0};
+  const bool money = FamilyOf(job.from.id) == TypeFamily::kMoney;
+  const Decimal whole = money ? Rescale(number, 0).value_or(number) : number;
+  if (!FitsInteger(whole, job.to.id)) Overflow(job, money ? "expression" : job.from_name());
+  return static_cast<Integer>(Truncate(whole));
+}
+
+Cell ToInteger(const Cell& cell, const Job& job) {
+  switch (FamilyOf(job.from.id)) {
+    case TypeFamily::kText:
+      return TextToInteger(BytesOf(cell), job);
+    case TypeFamily::kBinary:
+      return BytesToInteger(BytesOf(cell), job);
+    case TypeFamily::kReal:
+      return DoubleToInteger(DoubleOf(cell, job), job);
+    case TypeFamily::kDecimal:
+    case TypeFamily::kMoney:
+      return DecimalToInteger(DecimalOfCell(cell), job);
+    case TypeFamily::kDateTime:
+      return IntegerResult(std::llround(DoubleOf(cell, job)), job);
+    default:
+      break;
+  }
+  const Integer value = IntegerOf(cell);
+  const bool is_small = job.to.id == TypeId::kTinyInt || job.to.id == TypeId::kSmallInt;
+  if (is_small && !FitsInteger({value, 0}, job.to.id)) {
+    Fail(220, {job.to_name(), std::to_string(value)});
+  }
+  return IntegerResult(value, job);
 }
 
 // ---- to texts and bytes ------------------------------------------------------------------------
@@ -170,7 +295,7 @@ Cell TextResult(std::string_view text, const Job& job) {
   const std::string_view kept = CutText(text, job.to.length, unit);
   if (job.kind == ConversionKind::kAssignment &&
       text.find_first_not_of(' ', kept.size()) != std::string_view::npos) {
-    throw MakeError(8152, {});
+    Fail(8152);
   }
   return Padded(std::string(kept), job.to);
 }
@@ -183,8 +308,8 @@ Cell NumberText(const std::string& text, const Job& job) {
   if (integer && !IsNationalText(job.to.id) && job.kind == ConversionKind::kExplicit) {
     return Padded("*", job.to);
   }
-  if (integer) Overflow(job, "expression");
-  if (FamilyOf(job.from.id) == TypeFamily::kMoney) throw MakeError(234, {job.to_name()});
+  if (integer) Overflow(job);
+  if (FamilyOf(job.from.id) == TypeFamily::kMoney) Fail(234, {job.to_name()});
   Overflow(job, job.from_name());
 }
 
@@ -200,7 +325,7 @@ Cell BytesResult(std::string bytes, const Job& job) {
   if (job.to.id == TypeId::kImage) return Blob{std::move(bytes)};
   const auto length = static_cast<std::size_t>(job.to.length);
   if (bytes.size() > length) {
-    if (job.kind == ConversionKind::kAssignment) throw MakeError(8152, {});
+    if (job.kind == ConversionKind::kAssignment) Fail(8152);
     bytes.resize(length);
   }
   if (job.to.id == TypeId::kBinary) bytes.resize(length, '\0');
@@ -208,20 +333,14 @@ Cell BytesResult(std::string bytes, const Job& job) {
 }
 
 Cell TextToBytes(std::string_view text, const Job& job) {
-  if (job.kind == ConversionKind::kAssignment) NotAllowed(job);
   std::string bytes;
   for (const char32_t c : DecodeUtf8(text)) {
     if (IsNationalText(job.from.id)) {
-      const char32_t pair = c - 0x10000;
-      const char32_t first = c < 0x10000 ? c : 0xD800 + (pair >> 10);
-      bytes += static_cast<char>(first);
-      bytes += static_cast<char>(first >> 8);
-      if (c < 0x10000) continue;
-      bytes += static_cast<char>(0xDC00 + (pair & 0x3FF));
-      bytes += static_cast<char>((0xDC00 + (pair & 0x3FF)) >> 8);
-    } else {
-      if (c >= 0x80) throw Unsupported("converting Japanese varchar to binary");
+      AppendUtf16(c, bytes);
+    } else if (c < 0x80) {
       bytes += static_cast<char>(c);
+    } else {
+      throw Unsupported("converting Japanese varchar to binary");
     }
   }
   return BytesResult(std::move(bytes), job);
@@ -257,225 +376,60 @@ Cell IntegerToBytes(Integer value, const Job& job) {
   return Blob{std::move(bytes)};
 }
 
-Cell BytesToInteger(const std::string& bytes, const Job& job) {
-  const int width = std::max(1, job.to.length);
-  std::uint64_t value = 0;
-  const std::size_t begin = bytes.size() > static_cast<std::size_t>(width)
-                                ? bytes.size() - static_cast<std::size_t>(width)
-                                : 0;
-  for (std::size_t i = begin; i < bytes.size(); ++i) {
-    value = value << 8 | static_cast<unsigned char>(bytes[i]);
+std::string FormatFloat(double number, int style) {
+  std::array<char, 64> digits{};
+  const char* const format = style == 1 ? "%.7e" : style == 2 ? "%.15e" : "%.6g";
+  std::snprintf(digits.data(), digits.size(), format, number);
+  std::string text = digits.data();
+  // The server writes three digits of an exponent.
+  const std::size_t exponent = text.find('e');
+  if (exponent != std::string::npos && text.size() - exponent == 4) {
+    text.insert(exponent + 2, 1, '0');
   }
-  switch (job.to.id) {
-    case TypeId::kBit:
-      return Integer{value != 0 ? 1 : 0};
-    case TypeId::kSmallInt:
-      return Integer{static_cast<std::int16_t>(value)};
-    case TypeId::kInt:
-      return Integer{static_cast<std::int32_t>(value)};
-    default:
-      return static_cast<Integer>(value);
-  }
+  return text;
 }
 
-// ---- from each family --------------------------------------------------------------------------
-
-Cell FromText(const std::string& text, const Job& job) {
-  switch (FamilyOf(job.to.id)) {
+Cell ToText(const Cell& cell, const Job& job) {
+  switch (FamilyOf(job.from.id)) {
     case TypeFamily::kInteger:
-      return TextToInteger(text, job);
+      return NumberText(std::to_string(IntegerOf(cell)), job);
     case TypeFamily::kReal:
-      return RealResult(TextToDouble(text, job), job);
+      return NumberText(FormatFloat(DoubleOf(cell, job), job.style), job);
     case TypeFamily::kDecimal:
+      return NumberText(FormatDecimal(DecimalOfCell(cell)), job);
     case TypeFamily::kMoney:
-      return StoreDecimal(TextToDecimal(text, job), job.to, job.from_name());
+      return NumberText(MoneyText(DecimalOfCell(cell), job.style), job);
     case TypeFamily::kDateTime:
-      return TextToDateTime(text, job);
-    case TypeFamily::kText:
-      return TextResult(text, job);
-    case TypeFamily::kBinary:
-      return TextToBytes(text, job);
-    case TypeFamily::kGuid:
-      if (std::optional<std::string> guid = ParseGuid(Trim(text))) return Blob{*std::move(guid)};
-      throw MakeError(8169, {});
-    case TypeFamily::kVariant:
-      return text;
-  }
-  NotAllowed(job);
-}
-
-Cell FromInteger(Integer value, const Job& job) {
-  switch (FamilyOf(job.to.id)) {
-    case TypeFamily::kInteger:
-      if (job.to.id < TypeId::kInt && job.to.id != TypeId::kBit &&
-          !FitsInteger(Decimal{value, 0}, job.to.id)) {
-        throw MakeError(220, {job.to_name(), std::to_string(value)});
+      if (const auto text = FormatDateTime(IntegerOf(cell), job.style)) {
+        return TextResult(*text, job);
       }
-      return IntegerResult(value, job, "expression");
-    case TypeFamily::kReal:
-      return RealResult(static_cast<double>(value), job);
-    case TypeFamily::kDecimal:
-    case TypeFamily::kMoney:
-      return StoreDecimal(Decimal{value, 0}, job.to, job.from_name());
-    case TypeFamily::kDateTime:
-      return DoubleToDateTime(static_cast<double>(value), job);
-    case TypeFamily::kText:
-      return NumberText(std::to_string(value), job);
+      Fail(281, {std::to_string(job.style), job.from_name()});
     case TypeFamily::kBinary:
-      return IntegerToBytes(value, job);
-    case TypeFamily::kVariant:
-      return value;
+      return BytesToText(BytesOf(cell), job);
     case TypeFamily::kGuid:
-      break;
-  }
-  NotAllowed(job);
-}
-
-Cell FromReal(double value, const Job& job) {
-  switch (FamilyOf(job.to.id)) {
-    case TypeFamily::kInteger:
-      return DoubleToInteger(value, job);
-    case TypeFamily::kReal:
-      return RealResult(value, job);
-    case TypeFamily::kDecimal:
-    case TypeFamily::kMoney: {
-      const std::optional<Decimal> number = FromDouble(value, job.to.scale);
-      if (!number) Overflow(job, job.from_name());
-      return StoreDecimal(*number, job.to, job.from_name());
-    }
-    case TypeFamily::kDateTime:
-      return DoubleToDateTime(value, job);
-    case TypeFamily::kText:
-      return NumberText(FormatFloat(value, job.style), job);
-    case TypeFamily::kVariant:
-      return value;
+      if (job.to.length < 36) Fail(8170);
+      return TextResult(FormatGuid(BytesOf(cell)), job);
     default:
-      NotAllowed(job);
+      return TextResult(BytesOf(cell), job);
   }
 }
 
-Cell FromDecimal(const Decimal& number, const Job& job) {
-  const bool money = FamilyOf(job.from.id) == TypeFamily::kMoney;
-  switch (FamilyOf(job.to.id)) {
-    case TypeFamily::kInteger: {
-      if (job.to.id == TypeId::kBit) return Integer{number.value != 0 ? 1 : 0};
-      // Money is rounded where decimals are cut.
-      const Decimal whole = money ? Rescale(number, 0).value_or(number) : number;
-      if (!FitsInteger(whole, job.to.id)) Overflow(job, money ? "expression" : job.from_name());
-      return static_cast<Integer>(Truncate(whole));
-    }
-    case TypeFamily::kReal:
-      return RealResult(ToDouble(number), job);
-    case TypeFamily::kDecimal:
-    case TypeFamily::kMoney:
-      return StoreDecimal(number, job.to, job.from_name());
-    case TypeFamily::kDateTime:
-      return DoubleToDateTime(ToDouble(number), job);
-    case TypeFamily::kText:
-      return NumberText(money ? MoneyText(number, job.style) : FormatDecimal(number), job);
-    case TypeFamily::kVariant:
-      throw Unsupported("decimal and money values in sql_variant");
-    default:
-      NotAllowed(job);
-  }
+Cell ToBytes(const Cell& cell, const Job& job) {
+  const TypeFamily from = FamilyOf(job.from.id);
+  if (from == TypeFamily::kInteger) return IntegerToBytes(IntegerOf(cell), job);
+  if (from == TypeFamily::kText) return TextToBytes(BytesOf(cell), job);
+  return BytesResult(BytesOf(cell), job);
 }
 
-Cell FromDateTime(Integer time, const Job& job) {
-  const double days = static_cast<double>(time) / static_cast<double>(kTicksPerDay);
-  switch (FamilyOf(job.to.id)) {
-    case TypeFamily::kDateTime:
-      return CheckedTime(time, job, job.from_name());
-    case TypeFamily::kText: {
-      const std::optional<std::string> text = FormatDateTime(time, job.style);
-      if (!text) throw MakeError(281, {std::to_string(job.style), job.from_name()});
-      return TextResult(*text, job);
-    }
-    case TypeFamily::kInteger:
-    case TypeFamily::kReal:
-    case TypeFamily::kDecimal:
-    case TypeFamily::kMoney:
-      if (job.kind == ConversionKind::kAssignment) NotAllowed(job);
-      if (FamilyOf(job.to.id) == TypeFamily::kInteger) {
-        return IntegerResult(std::llround(days), job, "expression");
-      }
-      return FromReal(days, job);
-    case TypeFamily::kVariant:
-      throw Unsupported("datetime values in sql_variant");
-    default:
-      NotAllowed(job);
+Cell ToGuid(const Cell& cell, const Job& job) {
+  std::string bytes = BytesOf(cell);
+  if (FamilyOf(job.from.id) == TypeFamily::kText) {
+    std::optional<std::string> guid = ParseGuid(Trim(bytes));
+    if (!guid) Fail(8169);
+    bytes = *std::move(guid);
   }
-}
-
-Cell FromBytes(const std::string& bytes, const Job& job) {
-  switch (FamilyOf(job.to.id)) {
-    case TypeFamily::kInteger:
-      return BytesToInteger(bytes, job);
-    case TypeFamily::kText:
-      if (job.kind == ConversionKind::kAssignment) NotAllowed(job);
-      return BytesToText(bytes, job);
-    case TypeFamily::kBinary:
-      return BytesResult(bytes, job);
-    case TypeFamily::kGuid: {
-      std::string guid = bytes;
-      guid.resize(16, '\0');
-      return Blob{std::move(guid)};
-    }
-    case TypeFamily::kVariant:
-      return Blob{bytes};
-    default:
-      NotAllowed(job);
-  }
-}
-
-Cell FromGuid(const std::string& bytes, const Job& job) {
-  switch (FamilyOf(job.to.id)) {
-    case TypeFamily::kGuid:
-      return Blob{bytes};
-    case TypeFamily::kText:
-      if (job.to.length < 36) throw MakeError(8170, {});
-      return TextResult(FormatGuid(bytes), job);
-    case TypeFamily::kBinary:
-      return BytesResult(bytes, job);
-    case TypeFamily::kVariant:
-      throw Unsupported("uniqueidentifier values in sql_variant");
-    default:
-      NotAllowed(job);
-  }
-}
-
-// What a variant holds shows in its cell.
-Cell FromVariant(const Cell& cell, Job job) {
-  if (FamilyOf(job.to.id) == TypeFamily::kVariant) return cell;
-  if (const auto* integer = std::get_if<Integer>(&cell)) {
-    job.from = SqlType{TypeId::kInt, 4, 10, 0, true};
-    return FromInteger(*integer, job);
-  }
-  if (const auto* real = std::get_if<double>(&cell)) {
-    job.from = SqlType{TypeId::kFloat, 8, 53, 0, true};
-    return FromReal(*real, job);
-  }
-  if (const auto* blob = std::get_if<Blob>(&cell)) {
-    job.from = SqlType{TypeId::kVarBinary, 8000, 0, 0, true};
-    return FromBytes(blob->bytes, job);
-  }
-  job.from = SqlType{TypeId::kNVarChar, 4000, 0, 0, true};
-  return FromText(std::get<std::string>(cell), job);
-}
-
-Integer IntegerOf(const Cell& cell) {
-  if (const auto* value = std::get_if<Integer>(&cell)) return *value;
-  return static_cast<Integer>(Truncate(DecimalOfCell(cell)));
-}
-
-double DoubleOf(const Cell& cell) {
-  if (const auto* value = std::get_if<double>(&cell)) return *value;
-  return ToDouble(DecimalOfCell(cell));
-}
-
-const std::string& BytesOf(const Cell& cell) {
-  if (const auto* blob = std::get_if<Blob>(&cell)) return blob->bytes;
-  if (const auto* text = std::get_if<std::string>(&cell)) return *text;
-  throw MakeError(8114, {"numeric", "varbinary"});
+  bytes.resize(16, '\0');
+  return Blob{std::move(bytes)};
 }
 
 }  // namespace
@@ -485,29 +439,24 @@ Decimal DecimalOfCell(const Cell& cell) {
   if (const auto* integer = std::get_if<Integer>(&cell)) number = Decimal{*integer, 0};
   if (const auto* text = std::get_if<std::string>(&cell)) number = ParseDecimal(*text);
   if (const auto* real = std::get_if<double>(&cell)) number = FromDouble(*real, 10);
-  if (!number) throw MakeError(8114, {"expression", "numeric"});
+  if (!number) Fail(8114, {"expression", "numeric"});
   return *number;
 }
 
 Cell StoreDecimal(const Decimal& number, const SqlType& type, std::string_view from_name) {
   const std::string_view name = NameOf(type.id);
   if (FamilyOf(type.id) == TypeFamily::kInteger) {
-    if (!FitsInteger(number, type.id)) throw MakeError(8115, {from_name, name});
+    if (!FitsInteger(number, type.id)) Fail(8115, {from_name, name});
     return static_cast<Integer>(Truncate(number));
   }
   const std::optional<Decimal> scaled = Rescale(number, type.scale);
   bool fits = scaled && FitsPrecision(*scaled, type.precision);
-  if (fits && type.id == TypeId::kMoney) {
-    fits = scaled->value >= std::numeric_limits<Integer>::min() &&
-           scaled->value <= std::numeric_limits<Integer>::max();
-  }
-  if (fits && type.id == TypeId::kSmallMoney) {
-    fits = scaled->value >= std::numeric_limits<std::int32_t>::min() &&
-           scaled->value <= std::numeric_limits<std::int32_t>::max();
+  if (FamilyOf(type.id) == TypeFamily::kMoney) {
+    fits = fits && FitsBits(scaled->value, type.id == TypeId::kMoney ? 64 : 32);
   }
   if (!fits) {
-    throw MakeError(8115, {from_name == "decimal" ? "numeric" : from_name,
-                           name == "decimal" ? "numeric" : name});
+    Fail(8115,
+         {from_name == "decimal" ? "numeric" : from_name, name == "decimal" ? "numeric" : name});
   }
   return FormatDecimal(*scaled);
 }
@@ -515,28 +464,33 @@ Cell StoreDecimal(const Decimal& number, const SqlType& type, std::string_view f
 Cell ConvertCell(const Cell& cell, const SqlType& from, const SqlType& to, int style,
                  ConversionKind kind) {
   if (IsNullCell(cell)) return cell;
-  const Job job{from, to, style, kind};
-  switch (FamilyOf(from.id)) {
+  Job job{from, to, style, kind};
+  const bool text = FamilyOf(from.id) == TypeFamily::kText;
+  if (FamilyOf(from.id) == TypeFamily::kVariant ||
+      (text && !std::holds_alternative<std::string>(cell))) {
+    job.from = BaseTypeOf(cell);
+  }
+  CheckAllowed(job);
+  switch (FamilyOf(to.id)) {
     case TypeFamily::kInteger:
-      return FromInteger(IntegerOf(cell), job);
+      return ToInteger(cell, job);
     case TypeFamily::kReal:
-      return FromReal(DoubleOf(cell), job);
+      return ToReal(cell, job);
     case TypeFamily::kDecimal:
     case TypeFamily::kMoney:
-      return FromDecimal(DecimalOfCell(cell), job);
+      return StoreDecimal(DecimalOf(cell, job), to, job.from_name());
     case TypeFamily::kDateTime:
-      return FromDateTime(IntegerOf(cell), job);
+      return ToDateTime(cell, job);
     case TypeFamily::kText:
-      if (const auto* text = std::get_if<std::string>(&cell)) return FromText(*text, job);
-      return FromVariant(cell, job);
+      return ToText(cell, job);
     case TypeFamily::kBinary:
-      return FromBytes(BytesOf(cell), job);
+      return ToBytes(cell, job);
     case TypeFamily::kGuid:
-      return FromGuid(BytesOf(cell), job);
+      return ToGuid(cell, job);
     case TypeFamily::kVariant:
-      return FromVariant(cell, job);
+      break;
   }
-  NotAllowed(job);
+  return cell;
 }
 
 std::string FloatLiteral(std::string_view text) {
@@ -548,21 +502,6 @@ std::string FloatLiteral(std::string_view text) {
   std::array<char, 40> digits{};
   std::snprintf(digits.data(), digits.size(), "%.17e", value);
   return digits.data();
-}
-
-std::string FormatFloat(double number, int style) {
-  std::array<char, 64> digits{};
-  if (style == 1 || style == 2) {
-    std::snprintf(digits.data(), digits.size(), style == 1 ? "%.7e" : "%.15e", number);
-  } else {
-    std::snprintf(digits.data(), digits.size(), "%.6g", number);
-  }
-  std::string text = digits.data();
-  // The server writes three digits of an exponent.
-  const std::size_t exponent = text.find('e');
-  if (exponent != std::string::npos && text.size() - exponent == 4)
-    text.insert(exponent + 2, 1, '0');
-  return text;
 }
 
 }  // namespace dbkeeper::server

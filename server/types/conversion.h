@@ -30,7 +30,4 @@ Cell StoreDecimal(const Decimal& number, const SqlType& type, std::string_view f
 // A literal such as "1.5e3" as SQLite writes it; empty when it is beyond the range.
 std::string FloatLiteral(std::string_view text);
 
-// A float as the server prints it: styles 0 (6 digits), 1 (8 digits), 2 (16 digits).
-std::string FormatFloat(double number, int style);
-
 }  // namespace dbkeeper::server

@@ -5,6 +5,8 @@
 #include <chrono>
 #include <ctime>
 
+#include "server/types/text.h"
+
 namespace dbkeeper::server {
 namespace {
 
@@ -14,16 +16,30 @@ constexpr std::array<std::string_view, 12> kMonths = {
 constexpr std::array<std::string_view, 7> kWeekdays = {"Sunday",   "Monday", "Tuesday", "Wednesday",
                                                        "Thursday", "Friday", "Saturday"};
 
+// A part is so many months, or so many ticks.
 struct PartRow {
-  std::string_view name;
-  std::string_view short_name;
-  std::string_view shortest_name;
+  std::string_view names[3];
+  int months;
+  std::int64_t ticks;
 };
-constexpr PartRow kParts[] = {
-    {"year", "yy", "yyyy"},   {"quarter", "qq", "q"},     {"month", "mm", "m"},
-    {"dayofyear", "dy", "y"}, {"day", "dd", "d"},         {"week", "wk", "ww"},
-    {"weekday", "dw", "w"},   {"hour", "hh", "hh"},       {"minute", "mi", "n"},
-    {"second", "ss", "s"},    {"millisecond", "ms", "ms"}};
+constexpr PartRow kParts[] = {{{"year", "yy", "yyyy"}, 12, 0},
+                              {{"quarter", "qq", "q"}, 3, 0},
+                              {{"month", "mm", "m"}, 1, 0},
+                              {{"dayofyear", "dy", "y"}, 0, kTicksPerDay},
+                              {{"day", "dd", "d"}, 0, kTicksPerDay},
+                              {{"week", "wk", "ww"}, 0, 7 * kTicksPerDay},
+                              {{"weekday", "dw", "w"}, 0, kTicksPerDay},
+                              {{"hour", "hh", "hh"}, 0, 60 * kTicksPerMinute},
+                              {{"minute", "mi", "n"}, 0, kTicksPerMinute},
+                              {{"second", "ss", "s"}, 0, kTicksPerSecond},
+                              {{"millisecond", "ms", "ms"}, 0, 1}};
+
+const PartRow* FindPart(std::string_view name) {
+  const auto* const row = std::ranges::find_if(kParts, [name](const PartRow& each) {
+    return std::ranges::find(each.names, name) != std::end(each.names);
+  });
+  return row == std::end(kParts) ? nullptr : row;
+}
 
 // Letters of a pattern: Y year, y of two digits, M month, N month's short name, D day, e day padded
 // with a blank, H hour of 24, h hour of 12 padded, k hour of 12 with a zero, I minute, S second,
@@ -50,11 +66,8 @@ using std::chrono::year_month_day;
 constexpr sys_days kFirstDay = std::chrono::year(1900) / 1 / 1;
 
 // Days since 1900-01-01 of the proleptic Gregorian calendar.
-std::int64_t DaysFromCivil(int year, int month, int day) {
-  const year_month_day date(std::chrono::year(year),
-                            std::chrono::month(static_cast<unsigned>(month)),
-                            std::chrono::day(static_cast<unsigned>(day)));
-  return (sys_days(date) - kFirstDay).count();
+constexpr std::int64_t DaysFromCivil(int year, int month, int day) {
+  return (sys_days(std::chrono::year(year) / month / day) - kFirstDay).count();
 }
 
 std::int64_t FloorDivide(std::int64_t value, std::int64_t by) {
@@ -63,47 +76,30 @@ std::int64_t FloorDivide(std::int64_t value, std::int64_t by) {
 
 std::int64_t DayOf(std::int64_t time) { return FloorDivide(time, kTicksPerDay); }
 
-// Sunday is 0; 1900-01-01 was a Monday.
-int WeekdayOf(std::int64_t day) { return static_cast<int>(((day + 1) % 7 + 7) % 7); }
-
-std::string Padded(int number, int width, char fill = '0') {
-  std::string text = std::to_string(number);
-  if (text.size() < static_cast<std::size_t>(width)) {
-    text.insert(0, static_cast<std::size_t>(width) - text.size(), fill);
-  }
-  return text;
-}
-
-char LowerOf(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
-bool StartsWithoutCase(std::string_view text, std::string_view word) {
-  return text.size() >= word.size() &&
-         std::equal(word.begin(), word.end(), text.begin(),
-                    [](char l, char r) { return LowerOf(l) == LowerOf(r); });
+// Sunday is 0.
+int WeekdayOf(std::int64_t day) {
+  return static_cast<int>(std::chrono::weekday(kFirstDay + std::chrono::days(day)).c_encoding());
 }
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+bool IsLetter(char c) { return c >= 'a' && c <= 'z'; }
 
-// Two digits of a year stand for 1950 to 2049.
-int FullYear(int year, std::size_t digits) {
-  if (digits > 2) return year;
-  return year < 50 ? 2000 + year : 1900 + year;
-}
-
+// Reads a text without regard to case; throws the DateFault that it finds.
 class DateReader {
  public:
-  DateReader(std::string_view text, DateOrder order) : text_(text), order_(order) {}
+  DateReader(std::string_view text, DateOrder order) : text_(ToLowerAscii(text)), order_(order) {}
 
-  ParsedDate Run() {
-    ParsedDate parsed;
-    while (!fault_ && SkipTo()) Step();
-    if (!fault_) FinishDate();
-    if (!fault_ && !InRange()) fault_ = DateFault::kRange;
-    parsed.fault = fault_;
-    if (!fault_) parsed.time = FromCivil(civil_) + carry_;
-    if (!fault_ && !InDateTimeRange(parsed.time)) parsed.fault = DateFault::kRange;
-    return parsed;
+  std::int64_t Run() {
+    while (SkipBlanks()) Step();
+    FinishDate();
+    const bool sound = civil_.year >= 1753 && civil_.year <= 9999 && civil_.month >= 1 &&
+                       civil_.month <= 12 && civil_.day >= 1 &&
+                       civil_.day <= DaysInMonth(civil_.year, civil_.month) && civil_.hour < 24 &&
+                       civil_.minute < 60 && civil_.second < 60;
+    if (!sound) throw DateFault::kRange;
+    const std::int64_t time = FromCivil(civil_) + carry_;
+    if (!InDateTimeRange(time)) throw DateFault::kRange;
+    return time;
   }
 
  private:
@@ -112,223 +108,159 @@ class DateReader {
     std::size_t digits = 0;
   };
 
-  bool SkipTo() {
-    while (position_ < text_.size() && (text_[position_] == ' ' || text_[position_] == ',')) {
-      ++position_;
-    }
+  static void Expect(bool sound) {
+    if (!sound) throw DateFault::kSyntax;
+  }
+
+  bool SkipBlanks() {
+    position_ = std::min(text_.find_first_not_of(" ,", position_), text_.size());
     return position_ < text_.size();
   }
 
-  char At(std::size_t ahead = 0) const {
-    return position_ + ahead < text_.size() ? text_[position_ + ahead] : '\0';
-  }
+  std::string_view Rest() const { return std::string_view(text_).substr(position_); }
+  char At() const { return position_ < text_.size() ? text_[position_] : '\0'; }
 
-  void Fail(DateFault fault = DateFault::kSyntax) { fault_ = fault; }
+  // Takes one of the characters, if one comes; else 0.
+  char Take(std::string_view characters) {
+    const char c = At();
+    if (c == '\0' || characters.find(c) == std::string_view::npos) return '\0';
+    ++position_;
+    return c;
+  }
 
   Number ReadNumber() {
     Number number;
-    while (IsDigit(At())) {
-      if (number.digits < 9) number.value = number.value * 10 + (At() - '0');
-      ++number.digits;
-      ++position_;
+    for (; IsDigit(At()); ++position_) {
+      if (number.digits++ < 9) number.value = number.value * 10 + (At() - '0');
     }
     return number;
   }
 
   void Step() {
-    if (IsLetter(At())) {
-      ReadWord();
-    } else if (IsDigit(At())) {
-      const std::size_t begin = position_;
-      const Number number = ReadNumber();
-      if (At() == ':' || NextIsHalf()) {
-        position_ = begin;
-        ReadTime();
-      } else if (number.digits > 4 || (number.digits == 4 && numbers_ == 0 && IsWholeDate())) {
-        ReadPacked(begin, number.digits);
-      } else {
-        ReadDateNumber(number);
-      }
+    if (IsLetter(At())) return ReadWord();
+    Expect(IsDigit(At()));
+    const Number number = ReadNumber();
+    if (At() == ':' || HalfLength() > 0) {
+      ReadTime(number.value);
+    } else if (number.digits > 4 || (number.digits == 4 && numbers_ == 0 && IsWholeDate())) {
+      ReadPacked(number);
     } else {
-      Fail();
+      Expect(numbers_ < found_.size());
+      found_[numbers_++] = number;
+      Take("/-.");
     }
   }
 
-  // "10AM", "10 pm"
-  bool NextIsHalf() const {
-    const std::size_t skip = At() == ' ' ? 1 : 0;
-    const std::string_view rest = text_.substr(std::min(position_ + skip, text_.size()));
-    return (StartsWithoutCase(rest, "AM") || StartsWithoutCase(rest, "PM")) &&
-           (rest.size() == 2 || !IsLetter(rest[2]));
+  // Of "AM" or "PM" as in "10AM", "10 pm", with the blank; 0 when there is none.
+  std::size_t HalfLength() const {
+    const std::size_t blank = At() == ' ' ? 1 : 0;
+    const std::string_view rest = Rest().substr(blank);
+    const bool half = rest.starts_with("am") || rest.starts_with("pm");
+    return half && (rest.size() == 2 || !IsLetter(rest[2])) ? blank + 2 : 0;
   }
 
   // Four digits alone are a year, before a time or a text's end.
   bool IsWholeDate() const {
-    const std::string_view rest = text_.substr(position_);
-    const std::size_t next = rest.find_first_not_of(' ');
-    return month_word_ == 0 && (next == std::string_view::npos || rest.find(':') < rest.size()) &&
-           rest.find_first_of("/-.") == std::string_view::npos;
+    const std::string_view rest = Rest();
+    return month_word_ == 0 && rest.find_first_of("/-.") == std::string_view::npos &&
+           (rest.find_first_not_of(' ') == std::string_view::npos ||
+            rest.find(':') != std::string_view::npos);
   }
 
   void ReadWord() {
-    const std::string_view rest = text_.substr(position_);
-    std::size_t length = 0;
-    while (length < rest.size() && IsLetter(rest[length])) ++length;
-    const std::string_view word = rest.substr(0, length);
+    const std::string_view rest = Rest();
+    const auto* const end = std::ranges::find_if_not(rest, IsLetter);
+    const std::string_view word(rest.begin(), end);
+    position_ += word.size();
     // The "T" of ISO 8601 stands between date and time.
-    if (length == 1 && LowerOf(word[0]) == 't' && numbers_ == 3) {
-      ++position_;
-      return;
+    if (word == "t" && numbers_ == 3) return;
+    const auto* const month = std::ranges::find_if(kMonths, [word](std::string_view name) {
+      return (word.size() == 3 || word.size() == name.size()) &&
+             ToLowerAscii(name).starts_with(word);
+    });
+    Expect(month != kMonths.end() && month_word_ == 0);
+    month_word_ = static_cast<int>(month - kMonths.begin()) + 1;
+    while (Take("-/.") != '\0') {
     }
-    for (std::size_t i = 0; i < kMonths.size(); ++i) {
-      const bool full = word.size() == kMonths[i].size() && StartsWithoutCase(word, kMonths[i]);
-      const bool brief = word.size() == 3 && StartsWithoutCase(kMonths[i], word);
-      if (!full && !brief) continue;
-      if (month_word_ != 0) break;
-      month_word_ = static_cast<int>(i) + 1;
-      position_ += length;
-      while (At() == '-' || At() == '/' || At() == '.') ++position_;
-      return;
-    }
-    Fail();
-  }
-
-  void ReadDateNumber(const Number& number) {
-    if (numbers_ == 3 || number.digits > 4) {
-      Fail();
-      return;
-    }
-    found_[numbers_++] = number;
-    if (At() == '/' || At() == '-' || At() == '.') ++position_;
   }
 
   // yyyymmdd, yymmdd, yyyy
-  void ReadPacked(std::size_t begin, std::size_t digits) {
-    if (numbers_ > 0 || month_word_ != 0 || (digits != 8 && digits != 6 && digits != 4)) {
-      Fail();
-      return;
+  void ReadPacked(const Number& number) {
+    const bool year_alone = number.digits == 4;
+    Expect(numbers_ == 0 && month_word_ == 0 &&
+           (year_alone || number.digits == 6 || number.digits == 8));
+    SetYear({number.value / (year_alone ? 1 : 10000), number.digits == 6 ? 2U : 4U});
+    if (!year_alone) {
+      civil_.month = number.value / 100 % 100;
+      civil_.day = number.value % 100;
     }
-    const auto part = [&](std::size_t from, std::size_t count) {
-      int value = 0;
-      for (std::size_t i = 0; i < count; ++i) value = value * 10 + (text_[begin + from + i] - '0');
-      return value;
-    };
-    const std::size_t year_digits = digits == 6 ? 2 : 4;
-    civil_.year = FullYear(part(0, year_digits), year_digits);
-    if (digits > 4) {
-      civil_.month = part(year_digits, 2);
-      civil_.day = part(year_digits + 2, 2);
-    }
-    numbers_ = 3;
+    numbers_ = found_.size();
     packed_ = true;
   }
 
-  void ReadTime() {
-    if (time_seen_) {
-      Fail();
-      return;
-    }
+  void ReadTime(int hour) {
+    Expect(!time_seen_);
     time_seen_ = true;
-    civil_.hour = ReadNumber().value;
-    if (At() == ':') {
-      ++position_;
-      civil_.minute = ReadTimeNumber();
-      if (At() == ':') {
-        ++position_;
-        civil_.second = ReadTimeNumber();
-        ReadFraction();
+    civil_.hour = hour;
+    bool sound = true;
+    const auto read = [&](std::size_t most_digits) {
+      const Number number = ReadNumber();
+      sound = sound && number.digits > 0 && number.digits <= most_digits;
+      return number;
+    };
+    if (Take(":") != '\0') {
+      civil_.minute = read(2).value;
+      if (Take(":") != '\0') {
+        civil_.second = read(2).value;
+        // ".5" is half a second, ":5" are five milliseconds.
+        if (const char separator = Take(".:"); separator != '\0') {
+          Number fraction = read(3);
+          for (; separator == '.' && fraction.digits < 3; ++fraction.digits) fraction.value *= 10;
+          // 999 ms are a whole second in 1/300 s.
+          if (sound) carry_ = TicksOfMilliseconds(fraction.value);
+        }
       }
     }
     ReadHalf();
-  }
-
-  int ReadTimeNumber() {
-    const Number number = ReadNumber();
-    if (number.digits == 0 || number.digits > 2) Fail();
-    return number.value;
-  }
-
-  // ".5" is half a second, ":5" are five milliseconds.
-  void ReadFraction() {
-    const char separator = At();
-    if (separator != '.' && separator != ':') return;
-    ++position_;
-    const Number number = ReadNumber();
-    if (number.digits == 0 || number.digits > 3) {
-      Fail();
-      return;
-    }
-    int milliseconds = number.value;
-    for (std::size_t i = number.digits; separator == '.' && i < 3; ++i) milliseconds *= 10;
-    // 999 ms are a whole second in 1/300 s.
-    carry_ = TicksOfMilliseconds(milliseconds);
+    Expect(sound);
   }
 
   void ReadHalf() {
-    if (At() == ' ' && !NextIsHalf()) return;
-    if (!NextIsHalf()) return;
-    if (At() == ' ') ++position_;
-    const bool afternoon = LowerOf(At()) == 'p';
-    position_ += 2;
-    if (civil_.hour < 1 || civil_.hour > 12) {
-      if (afternoon || civil_.hour != 0) Fail(DateFault::kRange);
-      return;
-    }
+    const std::size_t length = HalfLength();
+    if (length == 0) return;
+    position_ += length;
+    const bool afternoon = text_[position_ - 2] == 'p';
+    if (civil_.hour == 0 && !afternoon) return;
+    if (civil_.hour < 1 || civil_.hour > 12) throw DateFault::kRange;
     civil_.hour = civil_.hour % 12 + (afternoon ? 12 : 0);
   }
 
   void FinishDate() {
-    if (packed_) return;
+    if (packed_ || (numbers_ == 0 && month_word_ == 0)) return;
+    const bool long_first = found_[0].digits > 2;
     if (month_word_ != 0) {
-      FinishNamedMonth();
-      return;
+      // "Jan 2 2004", "2 Jan 2004", "2004 Jan 2", "Jan 2004".
+      Expect(numbers_ == 2 || (numbers_ == 1 && long_first));
+      civil_.month = month_word_;
+      if (numbers_ == 2) civil_.day = found_[long_first ? 1 : 0].value;
+      return SetYear(found_[long_first ? 0 : 1]);
     }
-    if (numbers_ == 0) return;
-    if (numbers_ != 3) {
-      Fail();
-      return;
-    }
-    const bool year_first = found_[0].digits > 2 || order_ == DateOrder::kYearMonthDay;
+    Expect(numbers_ == 3);
+    const bool year_first = long_first || order_ == DateOrder::kYearMonthDay;
     const bool day_first = !year_first && order_ == DateOrder::kDayMonthYear;
-    const Number& year = year_first ? found_[0] : found_[2];
-    civil_.month = (year_first || day_first ? found_[1] : found_[0]).value;
-    civil_.day = (year_first ? found_[2] : day_first ? found_[0] : found_[1]).value;
-    SetYear(year);
+    civil_.month = found_[year_first || day_first ? 1 : 0].value;
+    civil_.day = found_[year_first ? 2 : day_first ? 0 : 1].value;
+    SetYear(found_[year_first ? 0 : 2]);
   }
 
-  // "Jan 2 2004", "2 Jan 2004", "2004 Jan 2", "Jan 2004".
-  void FinishNamedMonth() {
-    civil_.month = month_word_;
-    if (numbers_ == 0 || numbers_ == 3) {
-      Fail();
-      return;
-    }
-    if (numbers_ == 1) {
-      if (found_[0].digits < 3) {
-        Fail();
-        return;
-      }
-      SetYear(found_[0]);
-      return;
-    }
-    const bool year_first = found_[0].digits > 2;
-    civil_.day = found_[year_first ? 1 : 0].value;
-    SetYear(found_[year_first ? 0 : 1]);
-  }
-
+  // Two digits of a year stand for 1950 to 2049.
   void SetYear(const Number& year) {
-    if (year.digits == 3) Fail();
-    civil_.year = FullYear(year.value, year.digits);
+    Expect(year.digits != 3);
+    civil_.year = year.value + (year.digits > 2 ? 0 : year.value < 50 ? 2000 : 1900);
   }
 
-  bool InRange() const {
-    return civil_.year >= 1753 && civil_.year <= 9999 && civil_.month >= 1 && civil_.month <= 12 &&
-           civil_.day >= 1 && civil_.day <= DaysInMonth(civil_.year, civil_.month) &&
-           civil_.hour < 24 && civil_.minute < 60 && civil_.second < 60;
-  }
-
-  std::string_view text_;
-  DateOrder order_;
+  const std::string text_;
+  const DateOrder order_;
   std::size_t position_ = 0;
   CivilTime civil_;
   std::array<Number, 3> found_{};
@@ -337,61 +269,36 @@ class DateReader {
   int carry_ = 0;
   bool packed_ = false;
   bool time_seen_ = false;
-  std::optional<DateFault> fault_;
 };
 
 std::string FormatPart(char letter, const CivilTime& civil) {
-  const int twelve = civil.hour % 12 == 0 ? 12 : civil.hour % 12;
-  switch (letter) {
-    case 'Y':
-      return Padded(civil.year, 4);
-    case 'y':
-      return Padded(civil.year % 100, 2);
-    case 'M':
-      return Padded(civil.month, 2);
-    case 'N':
-      return std::string(kMonths[static_cast<std::size_t>(civil.month - 1)].substr(0, 3));
-    case 'D':
-      return Padded(civil.day, 2);
-    case 'e':
-      return Padded(civil.day, 2, ' ');
-    case 'H':
-      return Padded(civil.hour, 2);
-    case 'h':
-      return Padded(twelve, 2, ' ');
-    case 'I':
-      return Padded(civil.minute, 2);
-    case 'S':
-      return Padded(civil.second, 2);
-    case 'L':
-      return Padded(Milliseconds(civil.ticks), 3);
-    case 'P':
-      return civil.hour < 12 ? "AM" : "PM";
-    default:
-      return std::string(1, letter);
+  if (letter == 'N') {
+    return std::string(kMonths[static_cast<std::size_t>(civil.month - 1)].substr(0, 3));
   }
-}
-
-struct UnitRow {
-  std::string_view part;
-  std::int64_t ticks;
-};
-constexpr UnitRow kUnits[] = {{"week", 7 * kTicksPerDay},     {"dayofyear", kTicksPerDay},
-                              {"day", kTicksPerDay},          {"weekday", kTicksPerDay},
-                              {"hour", 60 * kTicksPerMinute}, {"minute", kTicksPerMinute},
-                              {"second", kTicksPerSecond}};
-
-std::int64_t UnitOf(std::string_view part) {
-  for (const UnitRow& row : kUnits) {
-    if (row.part == part) return row.ticks;
+  if (letter == 'P') return civil.hour < 12 ? "AM" : "PM";
+  const struct {
+    char letter;
+    int value;
+    std::size_t width;
+    char fill;
+  } numbers[] = {
+      {'Y', civil.year, 4, '0'},
+      {'y', civil.year % 100, 2, '0'},
+      {'M', civil.month, 2, '0'},
+      {'D', civil.day, 2, '0'},
+      {'e', civil.day, 2, ' '},
+      {'H', civil.hour, 2, '0'},
+      {'h', civil.hour % 12 == 0 ? 12 : civil.hour % 12, 2, ' '},
+      {'I', civil.minute, 2, '0'},
+      {'S', civil.second, 2, '0'},
+      {'L', Milliseconds(civil.ticks), 3, '0'},
+  };
+  for (const auto& row : numbers) {
+    if (row.letter != letter) continue;
+    std::string text = std::to_string(row.value);
+    return text.insert(0, row.width - std::min(row.width, text.size()), row.fill);
   }
-  return 1;
-}
-
-int MonthsOf(std::string_view part) { return part == "year" ? 12 : part == "quarter" ? 3 : 1; }
-
-bool IsMonthPart(std::string_view part) {
-  return part == "year" || part == "quarter" || part == "month";
+  return std::string(1, letter);
 }
 
 std::int64_t MillisecondsOf(std::int64_t time) {
@@ -400,17 +307,14 @@ std::int64_t MillisecondsOf(std::int64_t time) {
   return seconds * 1000 + Milliseconds(civil.ticks);
 }
 
-int DayOfYear(const CivilTime& civil) {
-  return static_cast<int>(DaysFromCivil(civil.year, civil.month, civil.day) -
-                          DaysFromCivil(civil.year, 1, 1)) +
-         1;
-}
+// Of the years since the year 0.
+std::int64_t MonthOf(const CivilTime& civil) { return civil.year * 12 + civil.month - 1; }
 
 }  // namespace
 
 int DaysInMonth(int year, int month) {
-  return static_cast<int>(DaysFromCivil(month == 12 ? year + 1 : year, month % 12 + 1, 1) -
-                          DaysFromCivil(year, month, 1));
+  const year_month_day last(std::chrono::year(year) / month / std::chrono::last);
+  return static_cast<int>(static_cast<unsigned>(last.day()));
 }
 
 int Milliseconds(int ticks) { return (ticks * 10 + 1) / 3; }
@@ -459,21 +363,17 @@ bool InSmallDateTimeRange(std::int64_t time) {
 }
 
 DateOrder OrderOfStyle(int style) {
-  switch (style % 100) {
-    case 3:
-    case 4:
-    case 5:
-      return DateOrder::kDayMonthYear;
-    case 2:
-    case 11:
-      return DateOrder::kYearMonthDay;
-    default:
-      return DateOrder::kMonthDayYear;
-  }
+  const int form = style % 100;
+  if (form >= 3 && form <= 5) return DateOrder::kDayMonthYear;
+  return form == 2 || form == 11 ? DateOrder::kYearMonthDay : DateOrder::kMonthDayYear;
 }
 
 ParsedDate ParseDateTime(std::string_view text, DateOrder order) {
-  return DateReader(text, order).Run();
+  try {
+    return {DateReader(text, order).Run(), std::nullopt};
+  } catch (const DateFault fault) {
+    return {0, fault};
+  }
 }
 
 std::optional<std::string> FormatDateTime(std::int64_t time, int style) {
@@ -488,22 +388,18 @@ std::optional<std::string> FormatDateTime(std::int64_t time, int style) {
 }
 
 std::string_view DatePartName(std::string_view word) {
-  const auto is = [&](std::string_view name) {
-    return word.size() == name.size() && StartsWithoutCase(word, name);
-  };
-  for (const PartRow& row : kParts) {
-    if (is(row.name) || is(row.short_name) || is(row.shortest_name)) return row.name;
-  }
-  return "";
+  const PartRow* const row = FindPart(ToLowerAscii(word));
+  return row == nullptr ? "" : row->names[0];
 }
 
 std::optional<std::int64_t> DateAdd(std::string_view part, std::int64_t count, std::int64_t time) {
   constexpr std::int64_t kMostMonths = 120000;
+  const PartRow& row = *FindPart(part);
   std::int64_t result = 0;
-  if (IsMonthPart(part)) {
+  if (row.months > 0) {
     if (count < -kMostMonths || count > kMostMonths) return std::nullopt;
     CivilTime civil = ToCivil(time);
-    const std::int64_t months = civil.year * 12 + civil.month - 1 + count * MonthsOf(part);
+    const std::int64_t months = MonthOf(civil) + count * row.months;
     const std::int64_t year = FloorDivide(months, 12);
     if (year < 1753 || year > 9999) return std::nullopt;
     civil.year = static_cast<int>(year);
@@ -515,7 +411,7 @@ std::optional<std::int64_t> DateAdd(std::string_view part, std::int64_t count, s
     const std::int64_t seconds = FloorDivide(milliseconds, 1000);
     result = seconds * kTicksPerSecond +
              TicksOfMilliseconds(static_cast<int>(milliseconds - seconds * 1000));
-  } else if (__builtin_mul_overflow(count, UnitOf(part), &result) ||
+  } else if (__builtin_mul_overflow(count, row.ticks, &result) ||
              __builtin_add_overflow(result, time, &result)) {
     return std::nullopt;
   }
@@ -525,34 +421,27 @@ std::optional<std::int64_t> DateAdd(std::string_view part, std::int64_t count, s
 
 // Counts the boundaries between the two, not whole units.
 std::int64_t DateDiff(std::string_view part, std::int64_t from, std::int64_t to) {
-  if (IsMonthPart(part)) {
-    const CivilTime first = ToCivil(from);
-    const CivilTime second = ToCivil(to);
-    const int months = MonthsOf(part);
-    return (second.year * 12 + second.month - 1) / months -
-           (first.year * 12 + first.month - 1) / months;
+  const PartRow& row = *FindPart(part);
+  if (row.months > 0) {
+    return MonthOf(ToCivil(to)) / row.months - MonthOf(ToCivil(from)) / row.months;
   }
   if (part == "millisecond") return MillisecondsOf(to) - MillisecondsOf(from);
-  if (part == "week") {
-    // Weeks begin on Sunday: the day before 1900-01-01.
-    return FloorDivide(DayOf(to) + 1, 7) - FloorDivide(DayOf(from) + 1, 7);
-  }
-  const std::int64_t unit = UnitOf(part);
-  return FloorDivide(to, unit) - FloorDivide(from, unit);
+  // Weeks begin on Sunday: the day before 1900-01-01.
+  const std::int64_t begin = part == "week" ? kTicksPerDay : 0;
+  return FloorDivide(to + begin, row.ticks) - FloorDivide(from + begin, row.ticks);
 }
 
 int DatePart(std::string_view part, std::int64_t time) {
   const CivilTime civil = ToCivil(time);
+  const std::int64_t first = DaysFromCivil(civil.year, 1, 1);
+  const auto day_of_year = static_cast<int>(DayOf(time) - first) + 1;
   if (part == "year") return civil.year;
   if (part == "quarter") return (civil.month + 2) / 3;
   if (part == "month") return civil.month;
-  if (part == "dayofyear") return DayOfYear(civil);
+  if (part == "dayofyear") return day_of_year;
   if (part == "day") return civil.day;
   if (part == "weekday") return WeekdayOf(DayOf(time)) + 1;
-  if (part == "week") {
-    const std::int64_t first = DaysFromCivil(civil.year, 1, 1);
-    return (DayOfYear(civil) + WeekdayOf(first) - 1) / 7 + 1;
-  }
+  if (part == "week") return (day_of_year + WeekdayOf(first) - 1) / 7 + 1;
   if (part == "hour") return civil.hour;
   if (part == "minute") return civil.minute;
   if (part == "second") return civil.second;

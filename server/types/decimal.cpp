@@ -2,16 +2,20 @@
 
 #include <algorithm>
 #include <array>
+#include <boost/multiprecision/cpp_int.hpp>
+#include <charconv>
 #include <cmath>
-#include <cstdint>
-#include <cstdio>
 #include <cstdlib>
-#include <limits>
 
 namespace dbkeeper::server {
 namespace {
 
+namespace mp = boost::multiprecision;
+
 __extension__ using UInt128 = unsigned __int128;
+// For what stands between two numbers of 38 digits and their product or quotient.
+using Wide = mp::number<mp::cpp_int_backend<384, 384, mp::signed_magnitude, mp::unchecked, void>,
+                        mp::et_off>;
 
 constexpr int kMaximumDigits = 38;
 
@@ -21,116 +25,34 @@ Int128 PowerOfTen(int exponent) {
   return power;
 }
 
+// 1 for an exponent below zero.
+Wide WidePowerOfTen(int exponent) {
+  return mp::pow(Wide(10), static_cast<unsigned>(std::max(exponent, 0)));
+}
+
 UInt128 Magnitude(Int128 value) {
   return value < 0 ? -static_cast<UInt128>(value) : static_cast<UInt128>(value);
 }
 
-// An unsigned number of 384 bits, for what stands between two numbers of 38 digits and their
-// product or quotient.
-class Wide {
- public:
-  explicit Wide(UInt128 value) {
-    for (std::size_t i = 0; i < 4; ++i) limbs_[i] = static_cast<std::uint32_t>(value >> (32 * i));
-  }
-
-  void Multiply(std::uint32_t factor) {
-    std::uint64_t carry = 0;
-    for (std::uint32_t& limb : limbs_) {
-      carry += static_cast<std::uint64_t>(limb) * factor;
-      limb = static_cast<std::uint32_t>(carry);
-      carry >>= 32;
-    }
-  }
-
-  void Multiply(const Wide& factor) {
-    std::array<std::uint32_t, kLimbs> product{};
-    for (std::size_t i = 0; i < kLimbs; ++i) {
-      std::uint64_t carry = 0;
-      for (std::size_t j = 0; i + j < kLimbs; ++j) {
-        carry += product[i + j] + static_cast<std::uint64_t>(limbs_[i]) * factor.limbs_[j];
-        product[i + j] = static_cast<std::uint32_t>(carry);
-        carry >>= 32;
-      }
-    }
-    limbs_ = product;
-  }
-
-  void Scale(int exponent) {
-    for (int i = 0; i < exponent; ++i) Multiply(10U);
-  }
-
-  // Divides by `divisor` and leaves the remainder in `remainder`; long division, bit by bit.
-  void Divide(const Wide& divisor, Wide& remainder) {
-    Wide quotient(0);
-    remainder = Wide(0);
-    for (std::size_t bit = kLimbs * 32; bit-- > 0;) {
-      remainder.ShiftIn((limbs_[bit / 32] >> (bit % 32) & 1U) != 0);
-      if (remainder.IsBelow(divisor)) continue;
-      remainder.Subtract(divisor);
-      quotient.limbs_[bit / 32] |= 1U << (bit % 32);
-    }
-    *this = quotient;
-  }
-
-  bool IsBelow(const Wide& other) const {
-    for (std::size_t i = kLimbs; i-- > 0;) {
-      if (limbs_[i] != other.limbs_[i]) return limbs_[i] < other.limbs_[i];
-    }
-    return false;
-  }
-
-  // None when it has more than 38 digits.
-  std::optional<Int128> Value() const {
-    const auto limit = static_cast<UInt128>(PowerOfTen(kMaximumDigits));
-    if (!IsBelow(Wide(limit))) return std::nullopt;
-    UInt128 value = 0;
-    for (std::size_t i = 4; i-- > 0;) value = value << 32 | limbs_[i];
-    return static_cast<Int128>(value);
-  }
-
- private:
-  static constexpr std::size_t kLimbs = 12;
-
-  void ShiftIn(bool bit) {
-    std::uint32_t carry = bit ? 1 : 0;
-    for (std::uint32_t& limb : limbs_) {
-      const std::uint32_t next = limb >> 31;
-      limb = limb << 1 | carry;
-      carry = next;
-    }
-  }
-
-  void Subtract(const Wide& other) {
-    std::int64_t borrow = 0;
-    for (std::size_t i = 0; i < kLimbs; ++i) {
-      borrow += static_cast<std::int64_t>(limbs_[i]) - other.limbs_[i];
-      limbs_[i] = static_cast<std::uint32_t>(borrow);
-      borrow >>= 32;
-    }
-  }
-
-  std::array<std::uint32_t, kLimbs> limbs_{};
-};
-
 enum class Rounding { kHalfUp, kCut };
 
-// numerator / divisor with a sign.
-std::optional<Decimal> Quotient(Wide numerator, const Wide& divisor, bool negative, int scale,
+// numerator / divisor; the divisor is above zero for kHalfUp.
+std::optional<Decimal> Quotient(const Wide& numerator, const Wide& divisor, int scale,
                                 Rounding rounding) {
-  Wide remainder(0);
-  numerator.Divide(divisor, remainder);
-  std::optional<Int128> value = numerator.Value();
-  if (!value) return std::nullopt;
-  remainder.Multiply(2U);
-  if (rounding == Rounding::kHalfUp && !remainder.IsBelow(divisor)) ++*value;
-  if (*value >= PowerOfTen(kMaximumDigits)) return std::nullopt;
-  return Decimal{negative ? -*value : *value, scale};
+  Wide quotient;
+  Wide remainder;
+  mp::divide_qr(numerator, divisor, quotient, remainder);
+  if (rounding == Rounding::kHalfUp && 2 * mp::abs(remainder) >= divisor) {
+    quotient += numerator.sign();
+  }
+  if (mp::abs(quotient) >= Wide(PowerOfTen(kMaximumDigits))) return std::nullopt;
+  return Decimal{static_cast<Int128>(quotient), scale};
 }
 
-Wide TenTo(int exponent) {
-  Wide power(1);
-  power.Scale(exponent);
-  return power;
+// The number `value` / 10^`from` with another scale.
+std::optional<Decimal> Scaled(const Wide& value, int from, int to) {
+  return Quotient(value * WidePowerOfTen(to - from), WidePowerOfTen(from - to), to,
+                  Rounding::kHalfUp);
 }
 
 std::string_view WithoutSign(std::string_view text, bool& negative) {
@@ -210,27 +132,18 @@ bool FitsPrecision(const Decimal& number, int precision) {
 
 bool FitsInteger(const Decimal& number, TypeId type) {
   const Int128 value = Truncate(number);
-  switch (type) {
-    case TypeId::kTinyInt:
-      return value >= 0 && value <= 255;
-    case TypeId::kSmallInt:
-      return value >= -32768 && value <= 32767;
-    case TypeId::kInt:
-      return value >= std::numeric_limits<std::int32_t>::min() &&
-             value <= std::numeric_limits<std::int32_t>::max();
-    default:
-      return value >= std::numeric_limits<std::int64_t>::min() &&
-             value <= std::numeric_limits<std::int64_t>::max();
-  }
+  if (type == TypeId::kTinyInt) return value >= 0 && value <= 255;
+  return FitsBits(value, type == TypeId::kSmallInt ? 16 : type == TypeId::kInt ? 32 : 64);
+}
+
+bool FitsBits(Int128 value, int bits) {
+  const Int128 sign = value >> (bits - 1);
+  return sign == 0 || sign == -1;
 }
 
 std::optional<Decimal> Rescale(const Decimal& number, int scale) {
   if (scale == number.scale) return number;
-  Wide value(Magnitude(number.value));
-  const bool negative = number.value < 0;
-  if (scale > number.scale) value.Scale(scale - number.scale);
-  return Quotient(value, TenTo(std::max(0, number.scale - scale)), negative, scale,
-                  Rounding::kHalfUp);
+  return Scaled(number.value, number.scale, scale);
 }
 
 Int128 Truncate(const Decimal& number) { return number.value / PowerOfTen(number.scale); }
@@ -255,23 +168,13 @@ std::optional<Decimal> Add(const Decimal& left, const Decimal& right, int scale)
 }
 
 std::optional<Decimal> Multiply(const Decimal& left, const Decimal& right, int scale) {
-  Wide product(Magnitude(left.value));
-  product.Multiply(Wide(Magnitude(right.value)));
-  const int product_scale = left.scale + right.scale;
-  if (scale > product_scale) product.Scale(scale - product_scale);
-  const bool negative = (left.value < 0) != (right.value < 0);
-  return Quotient(product, TenTo(std::max(0, product_scale - scale)), negative, scale,
-                  Rounding::kHalfUp);
+  return Scaled(Wide(left.value) * right.value, left.scale + right.scale, scale);
 }
 
 std::optional<Decimal> Divide(const Decimal& left, const Decimal& right, int scale) {
-  Wide numerator(Magnitude(left.value));
-  Wide divisor(Magnitude(right.value));
   const int exponent = scale - left.scale + right.scale;
-  if (exponent > 0) numerator.Scale(exponent);
-  if (exponent < 0) divisor.Scale(-exponent);
-  const bool negative = (left.value < 0) != (right.value < 0);
-  return Quotient(numerator, divisor, negative, scale, Rounding::kCut);
+  return Quotient(left.value * WidePowerOfTen(exponent), right.value * WidePowerOfTen(-exponent),
+                  scale, Rounding::kCut);
 }
 
 std::optional<Decimal> Remainder(const Decimal& left, const Decimal& right, int scale) {
@@ -289,24 +192,16 @@ double ToDouble(const Decimal& number) {
 std::optional<Decimal> FromDouble(double number, int scale) {
   if (!std::isfinite(number) || std::fabs(number) >= 1e38) return std::nullopt;
   // The shortest digits that mean this double; the rest of its expansion would be noise.
-  std::array<char, 64> digits{};
-  for (int count = 14; count <= 16; ++count) {
-    std::snprintf(digits.data(), digits.size(), "%.*e", count, number);
-    if (std::strtod(digits.data(), nullptr) == number) break;
-  }
-  const std::string_view text(digits.data());
+  std::array<char, 32> digits{};
+  const auto end =
+      std::to_chars(digits.begin(), digits.end(), number, std::chars_format::scientific);
+  const std::string_view text(digits.data(), end.ptr);
   const std::size_t exponent_at = text.find('e');
-  const int exponent = std::atoi(text.data() + exponent_at + 1);
-  std::optional<Decimal> mantissa = ParseDecimal(text.substr(0, exponent_at));
+  const std::optional<Decimal> mantissa = ParseDecimal(text.substr(0, exponent_at));
   if (!mantissa) return std::nullopt;
-  mantissa->scale -= exponent;
-  if (mantissa->scale > 60) return Decimal{0, scale};
-  if (mantissa->scale < 0) {
-    Wide value(Magnitude(mantissa->value));
-    value.Scale(-mantissa->scale + scale);
-    return Quotient(value, Wide(1), number < 0, scale, Rounding::kHalfUp);
-  }
-  return Rescale(*mantissa, scale);
+  const int own_scale = mantissa->scale - std::atoi(digits.data() + exponent_at + 1);
+  if (own_scale > 60) return Decimal{0, scale};
+  return Scaled(mantissa->value, own_scale, scale);
 }
 
 int CompareDecimalText(std::string_view left, std::string_view right) {

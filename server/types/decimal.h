@@ -26,6 +26,8 @@ std::string FormatDecimal(const Decimal& number);
 int PrecisionOf(const Decimal& number);
 bool FitsPrecision(const Decimal& number, int precision);
 bool FitsInteger(const Decimal& number, TypeId type);
+// Whether a signed number of so many bits can be `value`.
+bool FitsBits(Int128 value, int bits);
 
 // With another scale, halves away from zero; none beyond 38 digits.
 std::optional<Decimal> Rescale(const Decimal& number, int scale);

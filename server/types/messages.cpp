@@ -15,7 +15,6 @@ struct MessageRow {
 
 // In order of their numbers.
 constexpr MessageRow kMessages[] = {
-    {102, 15, 1, "Incorrect syntax near '%1'."},
     {103, 15, 7, "The identifier that starts with '%1' is too long. Maximum length is 128."},
     {104, 15, 1,
      "ORDER BY items must appear in the select list if the statement contains a UNION operator."},
@@ -96,18 +95,12 @@ constexpr MessageRow kMessages[] = {
     {248, 16, 1,
      "The conversion of the %1 value '%2' overflowed an int column. Maximum integer value "
      "exceeded."},
-    {256, 16, 1,
-     "The data type %1 is invalid for the %2 function. Allowed types are: char/varchar, "
-     "nchar/nvarchar, and binary/varbinary."},
     {257, 16, 3,
      "Implicit conversion from data type %1 to %2 is not allowed. Use the CONVERT function to run "
      "this query."},
     {259, 16, 2,
      "Ad hoc updates to system catalogs are not enabled. The system administrator must reconfigure "
      "SQL Server to allow this."},
-    {260, 16, 1,
-     "Disallowed implicit conversion from data type %1 to data type %2, table '%3', column '%4'. "
-     "Use the CONVERT function to run this query."},
     {262, 14, 1, "%1 permission denied in database '%2'."},
     {263, 16, 1, "Must specify table to select from."},
     {264, 16, 1,
@@ -186,8 +179,6 @@ constexpr MessageRow kMessages[] = {
     {1505, 14, 1,
      "CREATE UNIQUE INDEX terminated because a duplicate key was found for index ID %1. Most "
      "significant primary key is '%2'."},
-    {1753, 16, 1,
-     "Column '%1.%2' is not the same length as referencing column '%3.%4' in foreign key '%5'."},
     {1767, 16, 1, "Foreign key '%1' references invalid table '%2'."},
     {1769, 16, 1, "Foreign key '%1' references invalid column '%2' in referencing table '%3'."},
     {1770, 16, 1, "Foreign key '%1' references invalid column '%2' in referenced table '%3'."},
@@ -469,8 +460,8 @@ constexpr MessageRow kMessages[] = {
 };
 
 // After these the rest of the batch is not run: what could not be resolved, and conversions.
-constexpr int kBatchEnding[] = {102, 105, 156, 170, 207,  208,  241,  242,  245,
-                                911, 916, 924, 942, 1205, 2714, 3617, 4902, 8114};
+constexpr int kBatchEnding[] = {105, 156, 170, 207,  208,  241,  242,  245, 911,
+                                916, 924, 942, 1205, 2714, 3617, 4902, 8114};
 
 // Conversions and deadlocks.
 constexpr int kTransactionEnding[] = {241, 242, 245, 1205, 8114};

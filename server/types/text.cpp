@@ -1,29 +1,9 @@
 #include "server/types/text.h"
 
-#include <cstddef>
+#include <bit>
 
 namespace dbkeeper::server {
 namespace {
-
-// Takes the next character; a byte that begins none is taken as it is, beyond Unicode's range, so
-// that broken texts still compare.
-char32_t Next(std::string_view text, std::size_t& position) {
-  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-  const unsigned char first = byte(position++);
-  if (first < 0x80) return first;
-  const int extra = first >= 0xF0 && first < 0xF8 ? 3 : first >= 0xE0 ? 2 : first >= 0xC0 ? 1 : 0;
-  if (extra == 0 || first >= 0xF8 || position + static_cast<std::size_t>(extra) > text.size()) {
-    return 0x110000U + first;
-  }
-  char32_t character = first & (0x3FU >> extra);
-  for (int i = 0; i < extra; ++i) {
-    const unsigned char next = byte(position + static_cast<std::size_t>(i));
-    if ((next & 0xC0U) != 0x80) return 0x110000U + first;
-    character = character << 6 | (next & 0x3FU);
-  }
-  position += static_cast<std::size_t>(extra);
-  return character;
-}
 
 std::string Quoted(std::string_view text, char mark) {
   std::string quoted(1, mark);
@@ -34,13 +14,20 @@ std::string Quoted(std::string_view text, char mark) {
   return quoted += mark;
 }
 
+// With the 26 letters from `first` on moved to those from `to` on.
+std::string Moved(std::string_view text, char first, char to) {
+  std::string moved(text);
+  for (char& c : moved) {
+    if (c >= first && c < first + 26) c = static_cast<char>(c - first + to);
+  }
+  return moved;
+}
+
 // Small letters of ASCII, Latin-1 and the full-width Latin letters.
 char32_t Fold(char32_t c) {
-  if (c >= 'A' && c <= 'Z') return c + 32;
-  if (c < 0xC0) return c;
-  if (c <= 0xDE && c != 0xD7) return c + 32;
-  if (c >= 0xFF21 && c <= 0xFF3A) return c + 32;
-  return c;
+  const bool capital = (c >= 'A' && c <= 'Z') || (c >= 0xC0 && c <= 0xDE && c != 0xD7) ||
+                       (c >= 0xFF21 && c <= 0xFF3A);
+  return capital ? c + 32 : c;
 }
 
 std::u32string Folded(std::string_view text) {
@@ -57,7 +44,7 @@ int UnitsOf(char32_t c, TextUnit unit) {
 int Measure(std::string_view text, TextUnit unit) {
   int length = 0;
   for (std::size_t position = 0; position < text.size();) {
-    length += UnitsOf(Next(text, position), unit);
+    length += UnitsOf(NextCharacter(text, position), unit);
   }
   return length;
 }
@@ -65,14 +52,11 @@ int Measure(std::string_view text, TextUnit unit) {
 // The class that begins behind "[" at `position`; moves behind its "]". A class that is not closed
 // matches nothing.
 bool MatchesClass(char32_t c, const std::u32string& pattern, std::size_t& position) {
-  bool negated = false;
-  if (position < pattern.size() && pattern[position] == '^') {
-    negated = true;
-    ++position;
-  }
+  const bool negated = position < pattern.size() && pattern[position] == '^';
+  if (negated) ++position;
   bool found = false;
-  bool first = true;
-  for (; position < pattern.size() && (first || pattern[position] != ']'); first = false) {
+  const std::size_t first = position;
+  while (position < pattern.size() && (position == first || pattern[position] != ']')) {
     const char32_t low = pattern[position++];
     char32_t high = low;
     if (position + 1 < pattern.size() && pattern[position] == '-' && pattern[position + 1] != ']') {
@@ -81,9 +65,7 @@ bool MatchesClass(char32_t c, const std::u32string& pattern, std::size_t& positi
     }
     found = found || (c >= low && c <= high);
   }
-  if (position >= pattern.size()) return false;
-  ++position;
-  return found != negated;
+  return position++ < pattern.size() && found != negated;
 }
 
 // One step of the pattern at `p` against `c`; moves `p` behind it.
@@ -122,6 +104,13 @@ bool Matches(const std::u32string& text, const std::u32string& pattern, char32_t
   }
 }
 
+// The byte of each pair of a guid's digits: the first three groups stand with their lowest byte
+// first.
+constexpr std::size_t kGuidOrder[] = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
+constexpr std::size_t kGuidText = 36;
+
+bool IsDashPlace(std::size_t i) { return i == 8 || i == 13 || i == 18 || i == 23; }
+
 }  // namespace
 
 int CompareText(std::string_view left, std::string_view right) {
@@ -136,8 +125,8 @@ int CompareText(std::string_view left, std::string_view right) {
       ++r;
       continue;
     }
-    const char32_t left_character = Fold(Next(left, l));
-    const char32_t right_character = Fold(Next(right, r));
+    const char32_t left_character = Fold(NextCharacter(left, l));
+    const char32_t right_character = Fold(NextCharacter(right, r));
     if (left_character != right_character) return left_character < right_character ? -1 : 1;
   }
   return static_cast<int>(l < left.size()) - static_cast<int>(r < right.size());
@@ -147,21 +136,9 @@ bool SameName(std::string_view left, std::string_view right) {
   return CompareText(left, right) == 0;
 }
 
-std::string ToUpperAscii(std::string_view text) {
-  std::string upper(text);
-  for (char& c : upper) {
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-  }
-  return upper;
-}
+std::string ToUpperAscii(std::string_view text) { return Moved(text, 'a', 'A'); }
 
-std::string ToLowerAscii(std::string_view text) {
-  std::string lower(text);
-  for (char& c : lower) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return lower;
-}
+std::string ToLowerAscii(std::string_view text) { return Moved(text, 'A', 'a'); }
 
 std::string QuoteName(std::string_view name) { return Quoted(name, '"'); }
 
@@ -195,8 +172,8 @@ bool MatchesPattern(std::string_view text, std::string_view pattern, char32_t es
   const std::u32string steps = Folded(pattern);
   if (Matches(characters, steps, Fold(escape))) return true;
   // Blanks at the end of the text need not be in the pattern.
-  if (characters.empty() || characters.back() != ' ') return false;
-  while (!characters.empty() && characters.back() == ' ') characters.pop_back();
+  if (!characters.ends_with(U' ')) return false;
+  characters.erase(characters.find_last_not_of(U' ') + 1);
   return Matches(characters, steps, Fold(escape));
 }
 
@@ -204,18 +181,35 @@ int CodePageLength(std::string_view text) { return Measure(text, TextUnit::kCode
 
 int Utf16Length(std::string_view text) { return Measure(text, TextUnit::kUtf16Unit); }
 
+char32_t NextCharacter(std::string_view text, std::size_t& position) {
+  constexpr char32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
+  const auto lead = static_cast<unsigned char>(text[position++]);
+  if (lead < 0x80) return lead;
+  const auto length = static_cast<std::size_t>(std::countl_one(lead));
+  const std::string_view tail = text.substr(position, length - 1);
+  if (length < 2 || length > 4 || tail.size() < length - 1) return kBroken + lead;
+  char32_t character = lead & (0x7FU >> length);
+  for (const char c : tail) {
+    if ((c & 0xC0) != 0x80) return kBroken + lead;
+    character = character << 6 | (c & 0x3FU);
+  }
+  if (character < kLeast[length] || character >= kBroken) return kBroken + lead;
+  position += tail.size();
+  return character;
+}
+
 std::u32string DecodeUtf8(std::string_view text) {
   std::u32string characters;
   characters.reserve(text.size());
   for (std::size_t position = 0; position < text.size();) {
-    characters += Next(text, position);
+    characters += NextCharacter(text, position);
   }
   return characters;
 }
 
 void AppendUtf8(char32_t character, std::string& out) {
-  if (character < 0x80) {
-    out.push_back(static_cast<char>(character));
+  if (character < 0x80 || character >= kBroken) {
+    out.push_back(static_cast<char>(character - (character < 0x80 ? 0 : kBroken)));
     return;
   }
   const int tail = character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
@@ -228,13 +222,7 @@ void AppendUtf8(char32_t character, std::string& out) {
 
 std::string EncodeUtf8(std::u32string_view characters) {
   std::string text;
-  for (const char32_t c : characters) {
-    if (c < 0x110000) {
-      AppendUtf8(c, text);
-    } else {
-      text += static_cast<char>(c - 0x110000);  // a broken byte goes back as it came
-    }
-  }
+  for (const char32_t c : characters) AppendUtf8(c, text);
   return text;
 }
 
@@ -245,7 +233,7 @@ std::string_view CutText(std::string_view text, int length, TextUnit unit) {
   std::size_t position = 0;
   while (position < text.size()) {
     std::size_t next = position;
-    used += UnitsOf(Next(text, next), unit);
+    used += UnitsOf(NextCharacter(text, next), unit);
     if (used > length) break;
     position = next;
   }
@@ -260,6 +248,35 @@ std::string_view TrimRight(std::string_view text) {
 std::string_view Trim(std::string_view text) {
   text = TrimRight(text);
   while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+  return text;
+}
+
+std::optional<std::string> ParseGuid(std::string_view text) {
+  if (text.size() == kGuidText + 2 && text.front() == '{' && text.back() == '}') {
+    text = text.substr(1, kGuidText);
+  }
+  if (text.size() < kGuidText) return std::nullopt;
+  std::string bytes(16, '\0');
+  std::size_t pair = 0;
+  for (std::size_t i = 0; i < kGuidText; ++i) {
+    if (IsDashPlace(i)) {
+      if (text[i] != '-') return std::nullopt;
+      continue;
+    }
+    const int high = HexValue(text[i]);
+    const int low = HexValue(text[++i]);
+    if (high < 0 || low < 0) return std::nullopt;
+    bytes[kGuidOrder[pair++]] = static_cast<char>(high * 16 + low);
+  }
+  return bytes;
+}
+
+std::string FormatGuid(std::string_view bytes) {
+  std::string text;
+  for (const std::size_t place : kGuidOrder) {
+    if (IsDashPlace(text.size())) text += '-';
+    text += place < bytes.size() ? HexDigits(bytes.substr(place, 1)) : "00";
+  }
   return text;
 }
 

@@ -2,6 +2,8 @@
 // their own.
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -35,10 +37,25 @@ int CodePageLength(std::string_view text);
 // Units of two bytes that the text has as a national text.
 int Utf16Length(std::string_view text);
 
+// Takes the character at `position` and moves behind it. A byte that begins none stands alone, as
+// far behind kBroken, so that broken texts still compare and come back as they were.
+constexpr char32_t kBroken = 0x110000;
+char32_t NextCharacter(std::string_view text, std::size_t& position);
+
 // The characters of a text, and back.
 std::u32string DecodeUtf8(std::string_view text);
 std::string EncodeUtf8(std::u32string_view characters);
 void AppendUtf8(char32_t character, std::string& out);
+// As one unit of two bytes, or as a pair.
+inline void AppendUtf16(char32_t character, std::string& out) {
+  const auto append = [&out](char32_t unit) {
+    const char bytes[] = {static_cast<char>(unit), static_cast<char>(unit >> 8)};
+    out.append(bytes, sizeof bytes);
+  };
+  if (character < 0x10000) return append(character);
+  append(0xD800 + ((character - 0x10000) >> 10));
+  append(0xDC00 + ((character - 0x10000) & 0x3FF));
+}
 
 // The longest beginning of `text` that measures at most `length`: bytes of the code page, or units
 // of a national text.
@@ -47,5 +64,10 @@ std::string_view CutText(std::string_view text, int length, TextUnit unit);
 
 std::string_view TrimRight(std::string_view text);
 std::string_view Trim(std::string_view text);
+
+// A unique identifier of 16 bytes in the order of the wire from
+// "6F9619FF-8B86-D011-B42D-00C04FC964FF", with or without braces, and back; none for anything else.
+std::optional<std::string> ParseGuid(std::string_view text);
+std::string FormatGuid(std::string_view bytes);
 
 }  // namespace dbkeeper::server

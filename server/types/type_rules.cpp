@@ -1,108 +1,59 @@
 #include "server/types/type_rules.h"
 
 #include <algorithm>
-#include <array>
-#include <cctype>
+#include <utility>
 
 #include "server/types/messages.h"
+#include "server/types/text.h"
 
 namespace dbkeeper::server {
 namespace {
 
-// How a declaration of the type takes measures.
-enum class Measures { kNone, kLength, kPrecision, kFloat };
+using enum TypeId;
+using Family = TypeFamily;
 
-struct TypeRow {
-  TypeId id;
-  std::string_view name;
-  TypeFamily family;
-  int precedence;  // the higher one wins when two types meet
-  Measures measures;
-  int maximum;  // of length, or of precision
-  int length;   // bytes of a fixed type
-  int precision;
-  int scale;
-  int display;  // characters of the widest value; 0: by length or precision
+constexpr std::pair<std::string_view, TypeId> kSynonyms[] = {
+    {"integer", kInt},
+    {"dec", kDecimal},
+    {"double precision", kFloat},
+    {"character", kChar},
+    {"character varying", kVarChar},
+    {"char varying", kVarChar},
+    {"national character", kNChar},
+    {"national char", kNChar},
+    {"national character varying", kNVarChar},
+    {"national char varying", kNVarChar},
+    {"national text", kNText},
+    {"binary varying", kVarBinary},
+    {"rowversion", kTimestamp},
 };
 
-// In order of TypeId.
-constexpr std::array<TypeRow, 25> kTypes = {{
-    {TypeId::kBit, "bit", TypeFamily::kInteger, 11, Measures::kNone, 0, 1, 1, 0, 1},
-    {TypeId::kTinyInt, "tinyint", TypeFamily::kInteger, 12, Measures::kNone, 0, 1, 3, 0, 3},
-    {TypeId::kSmallInt, "smallint", TypeFamily::kInteger, 13, Measures::kNone, 0, 2, 5, 0, 6},
-    {TypeId::kInt, "int", TypeFamily::kInteger, 14, Measures::kNone, 0, 4, 10, 0, 12},
-    {TypeId::kBigInt, "bigint", TypeFamily::kInteger, 15, Measures::kNone, 0, 8, 19, 0, 24},
-    {TypeId::kReal, "real", TypeFamily::kReal, 19, Measures::kNone, 0, 4, 24, 0, 24},
-    {TypeId::kFloat, "float", TypeFamily::kReal, 20, Measures::kFloat, 53, 8, 53, 0, 24},
-    {TypeId::kDecimal, "decimal", TypeFamily::kDecimal, 18, Measures::kPrecision, 38, 0, 18, 0, 0},
-    {TypeId::kNumeric, "numeric", TypeFamily::kDecimal, 18, Measures::kPrecision, 38, 0, 18, 0, 0},
-    {TypeId::kMoney, "money", TypeFamily::kMoney, 17, Measures::kNone, 0, 8, 19, 4, 24},
-    {TypeId::kSmallMoney, "smallmoney", TypeFamily::kMoney, 16, Measures::kNone, 0, 4, 10, 4, 12},
-    {TypeId::kDateTime, "datetime", TypeFamily::kDateTime, 22, Measures::kNone, 0, 8, 23, 3, 30},
-    {TypeId::kSmallDateTime, "smalldatetime", TypeFamily::kDateTime, 21, Measures::kNone, 0, 4, 16,
-     0, 30},
-    {TypeId::kChar, "char", TypeFamily::kText, 3, Measures::kLength, 8000, 0, 0, 0, 0},
-    {TypeId::kVarChar, "varchar", TypeFamily::kText, 4, Measures::kLength, 8000, 0, 0, 0, 0},
-    {TypeId::kText, "text", TypeFamily::kText, 9, Measures::kNone, 0, 2147483647, 0, 0, 0},
-    {TypeId::kNChar, "nchar", TypeFamily::kText, 5, Measures::kLength, 4000, 0, 0, 0, 0},
-    {TypeId::kNVarChar, "nvarchar", TypeFamily::kText, 6, Measures::kLength, 4000, 0, 0, 0, 0},
-    {TypeId::kNText, "ntext", TypeFamily::kText, 10, Measures::kNone, 0, 1073741823, 0, 0, 0},
-    {TypeId::kBinary, "binary", TypeFamily::kBinary, 1, Measures::kLength, 8000, 0, 0, 0, 0},
-    {TypeId::kVarBinary, "varbinary", TypeFamily::kBinary, 2, Measures::kLength, 8000, 0, 0, 0, 0},
-    {TypeId::kImage, "image", TypeFamily::kBinary, 8, Measures::kNone, 0, 2147483647, 0, 0, 0},
-    {TypeId::kTimestamp, "timestamp", TypeFamily::kBinary, 7, Measures::kNone, 0, 8, 0, 0, 0},
-    {TypeId::kUniqueIdentifier, "uniqueidentifier", TypeFamily::kGuid, 7, Measures::kNone, 0, 16, 0,
-     0, 36},
-    {TypeId::kSqlVariant, "sql_variant", TypeFamily::kVariant, 23, Measures::kNone, 0, 8016, 0, 0,
-     0},
-}};
+// How the cells of a family are declared in SQLite, in order of TypeFamily. A variant has no
+// affinity, so that each cell keeps its own base type.
+constexpr std::string_view kStorage[] = {"INTEGER",
+                                         "REAL",
+                                         "TEXT COLLATE MSDECIMAL",
+                                         "TEXT COLLATE MSDECIMAL",
+                                         "INTEGER",
+                                         "TEXT COLLATE MSTEXT",
+                                         "BLOB",
+                                         "BLOB",
+                                         "BLOB COLLATE MSTEXT"};
 
-struct Synonym {
-  std::string_view name;
-  TypeId id;
-};
+std::string_view StorageOf(TypeId id) { return kStorage[static_cast<std::size_t>(FamilyOf(id))]; }
 
-constexpr Synonym kSynonyms[] = {
-    {"integer", TypeId::kInt},
-    {"dec", TypeId::kDecimal},
-    {"double precision", TypeId::kFloat},
-    {"character", TypeId::kChar},
-    {"character varying", TypeId::kVarChar},
-    {"char varying", TypeId::kVarChar},
-    {"national character", TypeId::kNChar},
-    {"national char", TypeId::kNChar},
-    {"national character varying", TypeId::kNVarChar},
-    {"national char varying", TypeId::kNVarChar},
-    {"national text", TypeId::kNText},
-    {"binary varying", TypeId::kVarBinary},
-    {"rowversion", TypeId::kTimestamp},
-};
-
-const TypeRow& RowOf(TypeId id) { return kTypes[static_cast<std::size_t>(id)]; }
-
-std::string Lower(std::string_view text) {
-  std::string lower(text);
-  for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return lower;
-}
-
-void CheckMeasures(const TypeRow& row, const std::vector<int>& measures) {
-  const std::size_t allowed = row.measures == Measures::kNone        ? 0
-                              : row.measures == Measures::kPrecision ? 2
-                                                                     : 1;
-  if (measures.size() > allowed) throw MakeError(2716, {"1", row.name});
+void CheckMeasures(const TypeFacts& row, const std::vector<int>& measures) {
+  const std::size_t allowed = row.maximum == 0 ? 0 : row.TakesPrecision() ? 2 : 1;
+  if (measures.size() > allowed) Fail(2716, {"1", row.name});
   if (measures.empty()) return;
   const std::string size = std::to_string(measures[0]);
-  if (measures[0] < 1) throw MakeError(1001, {size, "1"});
-  if (measures[0] <= row.maximum) {
-    if (measures.size() == 2 && (measures[1] < 0 || measures[1] > measures[0])) {
-      throw MakeError(192, {});
-    }
-    return;
+  if (measures[0] < 1) Fail(1001, {size, "1"});
+  if (measures[0] > row.maximum) {
+    const std::string maximum = std::to_string(row.maximum);
+    if (row.TakesLength()) Fail(131, {size, row.name, maximum});
+    Fail(2750, {"1", size, maximum});
   }
-  const std::string maximum = std::to_string(row.maximum);
-  if (row.measures == Measures::kLength) throw MakeError(131, {size, row.name, maximum});
-  throw MakeError(2750, {"1", size, maximum});
+  if (measures.size() == 2 && (measures[1] < 0 || measures[1] > measures[0])) Fail(192);
 }
 
 // Decimals and integers as precision and scale, for the union of two number types.
@@ -116,127 +67,101 @@ void WidenTo(SqlType& type, int integer_digits, int scale) {
 
 }  // namespace
 
-TypeFamily FamilyOf(TypeId id) { return RowOf(id).family; }
-
-std::string_view NameOf(TypeId id) { return RowOf(id).name; }
+constexpr std::array<TypeFacts, kTypeCount> kTypes = {{
+    // id, name, family, precedence, maximum, length, precision, scale, display, xtype, type,
+    // usertype, token
+    {kBit, "bit", Family::kInteger, 11, 0, 1, 1, 0, 1, 104, 50, 16, 104},
+    {kTinyInt, "tinyint", Family::kInteger, 12, 0, 1, 3, 0, 3, 48, 38, 5, 38},
+    {kSmallInt, "smallint", Family::kInteger, 13, 0, 2, 5, 0, 6, 52, 38, 6, 38},
+    {kInt, "int", Family::kInteger, 14, 0, 4, 10, 0, 12, 56, 38, 7, 38},
+    {kBigInt, "bigint", Family::kInteger, 15, 0, 8, 19, 0, 24, 127, 63, 0, 38},
+    {kReal, "real", Family::kReal, 19, 0, 4, 24, 0, 24, 59, 109, 23, 109},
+    {kFloat, "float", Family::kReal, 20, 53, 8, 53, 0, 24, 62, 109, 8, 109},
+    {kDecimal, "decimal", Family::kDecimal, 18, 38, 0, 18, 0, 0, 106, 106, 24, 106},
+    {kNumeric, "numeric", Family::kDecimal, 18, 38, 0, 18, 0, 0, 108, 108, 10, 108},
+    {kMoney, "money", Family::kMoney, 17, 0, 8, 19, 4, 24, 60, 110, 11, 110},
+    {kSmallMoney, "smallmoney", Family::kMoney, 16, 0, 4, 10, 4, 12, 122, 110, 21, 110},
+    {kDateTime, "datetime", Family::kDateTime, 22, 0, 8, 23, 3, 30, 61, 111, 12, 111},
+    {kSmallDateTime, "smalldatetime", Family::kDateTime, 21, 0, 4, 16, 0, 30, 58, 111, 22, 111},
+    {kChar, "char", Family::kText, 3, 8000, 0, 0, 0, 0, 175, 39, 1, 175},
+    {kVarChar, "varchar", Family::kText, 4, 8000, 0, 0, 0, 0, 167, 39, 2, 167},
+    {kText, "text", Family::kText, 9, 0, 2147483647, 0, 0, 0, 35, 35, 19, 35},
+    {kNChar, "nchar", Family::kText, 5, 4000, 0, 0, 0, 0, 239, 39, 0, 239},
+    {kNVarChar, "nvarchar", Family::kText, 6, 4000, 0, 0, 0, 0, 231, 39, 0, 231},
+    {kNText, "ntext", Family::kText, 10, 0, 1073741823, 0, 0, 0, 99, 35, 0, 99},
+    {kBinary, "binary", Family::kBinary, 1, 8000, 0, 0, 0, 0, 173, 37, 3, 173},
+    {kVarBinary, "varbinary", Family::kBinary, 2, 8000, 0, 0, 0, 0, 165, 37, 4, 165},
+    {kImage, "image", Family::kBinary, 8, 0, 2147483647, 0, 0, 0, 34, 34, 20, 34},
+    {kTimestamp, "timestamp", Family::kBinary, 7, 0, 8, 0, 0, 0, 189, 37, 80, 173},
+    {kUniqueIdentifier, "uniqueidentifier", Family::kGuid, 7, 0, 16, 0, 0, 36, 36, 37, 0, 36},
+    {kSqlVariant, "sql_variant", Family::kVariant, 23, 0, 8016, 0, 0, 0, 98, 39, 0, 98},
+}};
 
 std::string DeclarationOf(const SqlType& type) {
-  const TypeRow& row = RowOf(type.id);
+  const TypeFacts& row = FactsOf(type.id);
   std::string text(row.name);
-  if (row.measures == Measures::kLength) text += '(' + std::to_string(type.length) + ')';
-  if (row.measures == Measures::kPrecision) {
+  if (row.TakesLength()) text += '(' + std::to_string(type.length) + ')';
+  if (row.TakesPrecision()) {
     text += '(' + std::to_string(type.precision) + ',' + std::to_string(type.scale) + ')';
   }
   return text;
 }
 
 std::optional<SqlType> TypeByName(std::string_view name, const std::vector<int>& measures) {
-  const std::string lower = Lower(name);
-  SqlType type;
+  const std::string lower = ToLowerAscii(name);
   if (lower == "sysname") {
-    if (!measures.empty()) throw MakeError(2716, {"1", "sysname"});
-    return SqlType{TypeId::kNVarChar, 128, 0, 0, true};
+    if (!measures.empty()) Fail(2716, {"1", lower});
+    return SqlType{kNVarChar, 128, 0, 0, true};
   }
-  const auto row = std::find_if(kTypes.begin(), kTypes.end(),
-                                [&](const TypeRow& candidate) { return candidate.name == lower; });
-  if (row != kTypes.end()) {
-    type.id = row->id;
-  } else {
+  const auto* row = std::ranges::find(kTypes, lower, &TypeFacts::name);
+  if (row == kTypes.end()) {
     const auto* const synonym =
-        std::find_if(std::begin(kSynonyms), std::end(kSynonyms),
-                     [&](const Synonym& candidate) { return candidate.name == lower; });
+        std::ranges::find(kSynonyms, lower, [](const auto& each) { return each.first; });
     if (synonym == std::end(kSynonyms)) return std::nullopt;
-    type.id = synonym->id;
+    row = &FactsOf(synonym->second);
   }
-  const TypeRow& found = RowOf(type.id);
-  CheckMeasures(found, measures);
-  type.length = found.length;
-  type.precision = found.precision;
-  type.scale = found.scale;
-  if (found.measures == Measures::kLength) type.length = measures.empty() ? 1 : measures[0];
-  if (found.measures == Measures::kPrecision && !measures.empty()) {
+  CheckMeasures(*row, measures);
+  SqlType type{row->id, row->length, row->precision, row->scale, true};
+  if (row->TakesLength()) type.length = measures.empty() ? 1 : measures[0];
+  if (measures.empty()) return type;
+  if (row->TakesPrecision()) {
     type.precision = measures[0];
     type.scale = measures.size() == 2 ? measures[1] : 0;
   }
   // float(24) and below is a real.
-  if (found.measures == Measures::kFloat && !measures.empty() && measures[0] <= 24) {
-    type = SqlType{TypeId::kReal, 4, 24, 0, true};
-  }
+  if (row->id == kFloat && measures[0] <= 24) type = SqlType{kReal, 4, 24, 0, true};
   return type;
 }
 
-std::string SqliteDeclaration(const SqlType& type) {
-  switch (FamilyOf(type.id)) {
-    case TypeFamily::kInteger:
-    case TypeFamily::kDateTime:
-      return "INTEGER";
-    case TypeFamily::kReal:
-      return "REAL";
-    case TypeFamily::kDecimal:
-    case TypeFamily::kMoney:
-      return "TEXT COLLATE MSDECIMAL";
-    case TypeFamily::kText:
-      return "TEXT COLLATE MSTEXT";
-    case TypeFamily::kBinary:
-    case TypeFamily::kGuid:
-      return "BLOB";
-    case TypeFamily::kVariant:
-      // No affinity, so that each cell keeps its own base type.
-      return "BLOB COLLATE MSTEXT";
-  }
-  return "BLOB";
-}
+std::string SqliteDeclaration(const SqlType& type) { return std::string(StorageOf(type.id)); }
 
 std::string_view CollationOf(TypeId id) {
-  switch (FamilyOf(id)) {
-    case TypeFamily::kDecimal:
-    case TypeFamily::kMoney:
-      return "MSDECIMAL";
-    case TypeFamily::kText:
-    case TypeFamily::kVariant:
-      return "MSTEXT";
-    default:
-      return "";
-  }
-}
-
-bool IsNationalText(TypeId id) {
-  return id == TypeId::kNChar || id == TypeId::kNVarChar || id == TypeId::kNText;
-}
-
-bool IsLargeObject(TypeId id) {
-  return id == TypeId::kText || id == TypeId::kNText || id == TypeId::kImage;
+  const std::string_view storage = StorageOf(id);
+  return storage.substr(std::min(storage.find("MS"), storage.size()));
 }
 
 SqlType CommonType(const SqlType& left, const SqlType& right) {
-  const TypeRow& left_row = RowOf(left.id);
-  const TypeRow& right_row = RowOf(right.id);
-  const bool left_wins = left_row.precedence >= right_row.precedence;
+  const bool left_wins = FactsOf(left.id).precedence >= FactsOf(right.id).precedence;
   SqlType common = left_wins ? left : right;
   const SqlType& other = left_wins ? right : left;
   common.nullable = left.nullable || right.nullable;
   const TypeFamily family = FamilyOf(common.id);
-  if (family == TypeFamily::kDecimal) {
-    if (other.precision > 0 && FamilyOf(other.id) != TypeFamily::kText) {
+  const TypeFamily other_family = FamilyOf(other.id);
+  if (family == Family::kDecimal) {
+    if (other.precision > 0 && other_family != Family::kText) {
       WidenTo(common, std::max(left.precision - left.scale, right.precision - right.scale),
               std::max(left.scale, right.scale));
     }
-    return common;
-  }
-  if (family == TypeFamily::kText && !IsLargeObject(common.id)) {
+  } else if (family == Family::kText && !IsLargeObject(common.id)) {
     // A fixed length meets a variable one: the variable one, national if either is.
-    const bool variable = common.id == TypeId::kVarChar || common.id == TypeId::kNVarChar ||
-                          other.id == TypeId::kVarChar || other.id == TypeId::kNVarChar;
+    const auto is_variable = [](TypeId id) { return id == kVarChar || id == kNVarChar; };
+    const bool variable = is_variable(common.id) || is_variable(other.id);
     const bool national = IsNationalText(common.id) || IsNationalText(other.id);
-    if (FamilyOf(other.id) == TypeFamily::kText) {
-      common.id = national ? (variable ? TypeId::kNVarChar : TypeId::kNChar)
-                           : (variable ? TypeId::kVarChar : TypeId::kChar);
+    if (other_family == Family::kText) {
+      common.id = national ? (variable ? kNVarChar : kNChar) : (variable ? kVarChar : kChar);
     }
     common.length = std::min(national ? 4000 : 8000, std::max(left.length, right.length));
-    return common;
-  }
-  if (family == TypeFamily::kBinary && !IsLargeObject(common.id) &&
-      FamilyOf(other.id) == TypeFamily::kBinary) {
+  } else if (family == Family::kBinary && !IsLargeObject(common.id) && other_family == family) {
     common.length = std::max(left.length, right.length);
   }
   return common;
@@ -262,9 +187,9 @@ int DecimalBytes(int precision) {
 }
 
 int DisplayLength(const SqlType& type) {
-  const TypeRow& row = RowOf(type.id);
+  const TypeFacts& row = FactsOf(type.id);
   if (row.display > 0) return row.display;
-  if (row.measures == Measures::kPrecision) return type.precision + (type.scale > 0 ? 3 : 2);
+  if (row.TakesPrecision()) return type.precision + (type.scale > 0 ? 3 : 2);
   return type.length;
 }
 

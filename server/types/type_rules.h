@@ -1,6 +1,8 @@
-// Facts about the data types: names, families, precedence, measures, SQLite declarations.
+// Facts about the data types: one row each, which the catalog and the wire read too, and the rules
+// that follow from them.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -24,10 +26,32 @@ enum class TypeFamily {
   kVariant,
 };
 
-TypeFamily FamilyOf(TypeId id);
+struct TypeFacts {
+  TypeId id;
+  std::string_view name;  // as the server writes it
+  TypeFamily family;
+  int precedence;  // the higher one wins when two types meet
+  int maximum;     // of the length, or of the precision, that a declaration tells; 0: it tells none
+  int length;      // bytes of a fixed type
+  int precision;
+  int scale;
+  int display;         // characters of the widest value; 0: by length or precision
+  int xtype;           // the number in systypes
+  int type;            // and the older one there, of columns that allow nulls
+  int usertype;        // and the oldest
+  std::uint8_t token;  // announces the type on the wire, for values that may be null
 
-// The name as the server writes it ("nvarchar").
-std::string_view NameOf(TypeId id);
+  bool TakesLength() const { return maximum > 0 && family >= TypeFamily::kText; }
+  bool TakesPrecision() const { return family == TypeFamily::kDecimal; }
+};
+
+constexpr std::size_t kTypeCount = 25;
+// In order of TypeId.
+extern const std::array<TypeFacts, kTypeCount> kTypes;
+
+inline const TypeFacts& FactsOf(TypeId id) { return kTypes[static_cast<std::size_t>(id)]; }
+inline TypeFamily FamilyOf(TypeId id) { return FactsOf(id).family; }
+inline std::string_view NameOf(TypeId id) { return FactsOf(id).name; }
 
 // "decimal(10,2)", "nvarchar(20)", "int".
 std::string DeclarationOf(const SqlType& type);
@@ -43,8 +67,14 @@ std::string SqliteDeclaration(const SqlType& type);
 // The collation of the type's cells: "MSTEXT", "MSDECIMAL", or empty for binary comparison.
 std::string_view CollationOf(TypeId id);
 
-bool IsNationalText(TypeId id);
-bool IsLargeObject(TypeId id);  // text, ntext, image
+constexpr bool IsNationalText(TypeId id) {
+  return id == TypeId::kNChar || id == TypeId::kNVarChar || id == TypeId::kNText;
+}
+constexpr bool IsLargeObject(TypeId id) {
+  return id == TypeId::kText || id == TypeId::kNText || id == TypeId::kImage;
+}
+// Bytes of a length's unit.
+constexpr int UnitOf(TypeId id) { return IsNationalText(id) ? 2 : 1; }
 
 // The type to which both operands of an operator (case branches, union columns) are brought.
 SqlType CommonType(const SqlType& left, const SqlType& right);

@@ -9,27 +9,17 @@ constexpr std::chrono::milliseconds kPeriod{20};
 
 }  // namespace
 
-AttentionWatcher::AttentionWatcher() : thread_([this] { Run(); }) {}
+AttentionWatcher::AttentionWatcher()
+    : thread_([this](const std::stop_token& stop) { Run(stop); }) {}
 
-AttentionWatcher::~AttentionWatcher() {
-  {
-    const std::lock_guard lock(mutex_);
-    stop_ = true;
-  }
-  wake_.notify_one();
-  thread_.join();
-}
-
-void AttentionWatcher::Run() {
+void AttentionWatcher::Run(const std::stop_token& stop) {
   std::unique_lock lock(mutex_);
-  while (!stop_) {
-    if (watches_.empty()) {
-      asleep_ = true;
-      wake_.wait(lock, [this] { return stop_ || !watches_.empty(); });
-      asleep_ = false;
-    }
+  while (!stop.stop_requested()) {
+    asleep_ = watches_.empty();
+    wake_.wait(lock, stop, [this] { return !watches_.empty(); });
+    asleep_ = false;
     // The pause comes first: most statements are over before anybody has to look at them.
-    wake_.wait_for(lock, kPeriod, [this] { return stop_; });
+    wake_.wait_for(lock, stop, kPeriod, [] { return false; });
     for (Watch* watch : watches_) {
       unsigned char first = 0;
       const Channel::Pending pending = watch->channel_.Peek(first);

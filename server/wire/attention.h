@@ -6,6 +6,7 @@
 #include <condition_variable>
 #include <list>
 #include <mutex>
+#include <stop_token>
 #include <thread>
 
 #include "server/engine/session.h"
@@ -19,9 +20,6 @@ namespace dbkeeper::server {
 class AttentionWatcher {
  public:
   AttentionWatcher();
-  ~AttentionWatcher();
-  AttentionWatcher(const AttentionWatcher&) = delete;
-  AttentionWatcher& operator=(const AttentionWatcher&) = delete;
 
   // A running statement; what it refers to is looked at while the watch lives.
   class Watch {
@@ -42,14 +40,13 @@ class AttentionWatcher {
   };
 
  private:
-  void Run();
+  void Run(const std::stop_token& stop);
 
   std::mutex mutex_;
-  std::condition_variable wake_;
+  std::condition_variable_any wake_;
   std::list<Watch*> watches_;
   bool asleep_ = false;
-  bool stop_ = false;
-  std::thread thread_;
+  std::jthread thread_;  // the last one: it is over before the others go
 };
 
 }  // namespace dbkeeper::server

@@ -6,7 +6,7 @@
 #include "server/sql/parser.h"
 #include "server/types/text.h"
 #include "server/types/type_rules.h"
-#include "server/wire/value_reader.h"
+#include "server/wire/value_codec.h"
 
 namespace dbkeeper::server {
 namespace {
@@ -110,8 +110,7 @@ std::optional<BulkTarget> ParseInsertBulk(std::string_view text) {
   }
 }
 
-void RunBulkLoad(const BulkTarget& target, MessageReader& in, const CodePage932& code_page,
-                 Session& session, WireSink& sink) {
+void RunBulkLoad(const BulkTarget& target, MessageReader& in, Session& session, WireSink& sink) {
   const std::vector<WireType> types = ReadColumns(in);
   if (types.size() != target.columns.size()) throw WireError("a bulk load has other columns");
   const std::string text = InsertText(target);
@@ -128,7 +127,7 @@ void RunBulkLoad(const BulkTarget& target, MessageReader& in, const CodePage932&
     if (token == kDone) break;
     if (token != kRow) throw WireError("a bulk load has something that is no row");
     for (std::size_t i = 0; i < values.size(); ++i) {
-      ReadValue(in, types[i], ValuePlace::kRow, code_page, values[i]);
+      ReadValue(in, types[i], ValuePlace::kRow, values[i]);
     }
     // After the first refused row the rest is only read off.
     if (errors.failed()) continue;

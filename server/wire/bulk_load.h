@@ -8,7 +8,6 @@
 
 #include "server/engine/session.h"
 #include "server/sql/ast.h"
-#include "server/wire/code_page.h"
 #include "server/wire/packet.h"
 #include "server/wire/wire_sink.h"
 
@@ -23,7 +22,6 @@ std::optional<BulkTarget> ParseInsertBulk(std::string_view text);
 // Reads the rows off `in` and puts them into the table: all of them or, when one is refused or the
 // client breaks off, none.
 // Throws WireError when the message makes no sense; nothing has been kept then.
-void RunBulkLoad(const BulkTarget& target, MessageReader& in, const CodePage932& code_page,
-                 Session& session, WireSink& sink);
+void RunBulkLoad(const BulkTarget& target, MessageReader& in, Session& session, WireSink& sink);
 
 }  // namespace dbkeeper::server

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -12,24 +13,39 @@
 
 namespace dbkeeper::server {
 
+static_assert(std::endian::native == std::endian::little, "numbers go to the wire as they stand");
+
 // What the client sent is no valid conversation, or the client is gone; the connection is closed.
 class WireError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-// Appends to a buffer that is sent as a whole.
+// A number of up to 8 bytes, the lowest first.
+inline std::uint64_t LittleOf(std::string_view bytes) {
+  std::uint64_t value = 0;
+  std::memcpy(&value, bytes.data(), std::min(bytes.size(), sizeof value));
+  return value;
+}
+
+// Appends to a buffer that is sent as a whole. A number or enumerator is cut to the bytes asked
+// for.
 class ByteWriter {
  public:
-  void U8(std::uint8_t value) { bytes_.push_back(static_cast<char>(value)); }
-  void U16(std::uint16_t value) { Little(value, 2); }
-  void U32(std::uint32_t value) { Little(value, 4); }
-  void U64(std::uint64_t value) { Little(value, 8); }
-  void Raw(std::string_view bytes) { bytes_.append(bytes); }
-  // Writes `value` over the two bytes at `position`: a length that was not known before.
-  void PatchU16(std::size_t position, std::uint16_t value) {
-    bytes_[position] = static_cast<char>(value);
-    bytes_[position + 1] = static_cast<char>(value >> 8);
+  ByteWriter& U8(auto value) { return Little(static_cast<std::uint8_t>(value), 1); }
+  ByteWriter& U16(auto value) { return Little(static_cast<std::uint16_t>(value), 2); }
+  ByteWriter& U32(auto value) { return Little(static_cast<std::uint32_t>(value), 4); }
+  ByteWriter& Little(std::uint64_t value, std::size_t count) {
+    bytes_.append(reinterpret_cast<const char*>(&value), count);
+    return *this;
+  }
+  ByteWriter& Raw(std::string_view bytes) {
+    bytes_.append(bytes);
+    return *this;
+  }
+  // Writes `value` over `count` bytes at `position`: a length that was not known before.
+  void Patch(std::size_t position, std::uint64_t value, std::size_t count) {
+    std::memcpy(bytes_.data() + position, &value, count);
   }
   void Clear() { bytes_.clear(); }
   std::size_t size() const { return bytes_.size(); }
@@ -37,12 +53,6 @@ class ByteWriter {
   const std::string& bytes() const { return bytes_; }
 
  private:
-  void Little(std::uint64_t value, int count) {
-    char raw[8];
-    for (int i = 0; i < count; ++i) raw[i] = static_cast<char>(value >> (8 * i));
-    bytes_.append(raw, static_cast<std::size_t>(count));
-  }
-
   std::string bytes_;
 };
 
@@ -61,7 +71,6 @@ class ByteReader {
   std::uint8_t U8() { return static_cast<std::uint8_t>(Little(1)); }
   std::uint16_t U16() { return static_cast<std::uint16_t>(Little(2)); }
   std::uint32_t U32() { return static_cast<std::uint32_t>(Little(4)); }
-  std::uint64_t U64() { return Little(8); }
   void Skip(std::size_t count) { Take(count, nullptr); }
   std::string Raw(std::size_t count) {
     if (count > kLargestValue) throw WireError("a value is too long");
@@ -79,19 +88,9 @@ class ByteReader {
 
  private:
   std::uint64_t Little(std::size_t count) {
-    if (rest_.size() < count) {
-      const std::string bytes = Raw(count);
-      return Value(bytes.data(), count);
-    }
-    const std::uint64_t value = Value(rest_.data(), count);
+    if (rest_.size() < count) return LittleOf(Raw(count));
+    const std::uint64_t value = LittleOf(rest_.substr(0, count));
     rest_.remove_prefix(count);
-    return value;
-  }
-  static std::uint64_t Value(const char* bytes, std::size_t count) {
-    std::uint64_t value = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-      value |= std::uint64_t{static_cast<std::uint8_t>(bytes[i])} << (8 * i);
-    }
     return value;
   }
   void Take(std::size_t count, std::string* into) {

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,12 +16,15 @@ std::string Utf16ToUtf8(std::string_view utf16);
 // The bytes of char, varchar and text: code page 932, the one of Japanese_CI_AS.
 //
 // A character is encoded only when it comes back as itself; all others become '?', as the server
-// does it. So U+00A5 is '?' and not a backslash. Holds two tables, made once from the C library's
-// converter; shared by all connections.
+// does it. So U+00A5 is '?' and not a backslash. Holds two tables, made from the C library's
+// converter.
 class CodePage932 {
  public:
   // Throws std::runtime_error when the C library has no converter for it.
   CodePage932();
+
+  // The one that all connections share; made at the first call.
+  static const CodePage932& Shared();
 
   void Append(std::string_view utf8, std::string& out) const;
   std::string ToUtf8(std::string_view bytes) const;

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "server/types/messages.h"
+#include "server/wire/code_page.h"
 #include "server/wire/login.h"
 
 namespace dbkeeper::server {
@@ -27,9 +28,7 @@ Connection::Connection(Channel& channel, const ConnectionServices& services,
 
 Connection::~Connection() = default;
 
-AnswerContext Connection::Context() {
-  return {writer_, services_.code_page, server_name_, cancelled_};
-}
+AnswerContext Connection::Context() { return {writer_, server_name_, cancelled_}; }
 
 void Connection::Serve() {
   try {
@@ -53,8 +52,7 @@ void Connection::Serve() {
 bool Connection::LogIn() {
   auto kind = reader_.Next();
   while (kind == PacketKind::kPreLogin) {
-    writer_.Write(AnswerPreLogin(reader_.ReadAll(kLongestLogin)));
-    writer_.Finish();
+    Send(AnswerPreLogin(reader_.ReadAll(kLongestLogin)));
     kind = reader_.Next();
   }
   if (kind != PacketKind::kLogin7) return false;
@@ -81,21 +79,24 @@ void Connection::AcceptLogin(const LoginPacket& login) {
   AppendMessage(MakeMessage(5703, {language}), server_name_, out);
   AppendLoginAcknowledge(out);
   AppendEnvironment(Environment::kPacketSize, size, "4096", out);
-  AppendDone(DoneToken::kBatch, 0, 0, 0, out);
+  AppendDone(DoneToken::kBatch, {}, out);
   rpc_.emplace(*session_);
   on_login_(session_->spid());
   writer_.SetProcess(session_->spid());
-  writer_.Write(out.bytes());
-  writer_.Finish();
+  Send(out.bytes());
   writer_.SetPacketSize(login.packet_size);
+}
+
+void Connection::Send(std::string_view answer) {
+  writer_.Write(answer);
+  writer_.Finish();
 }
 
 void Connection::Refuse(const ServerMessage& message) {
   ByteWriter out;
   AppendMessage(message, server_name_, out);
-  AppendDone(DoneToken::kBatch, DoneStatus::kError, 0, 0, out);
-  writer_.Write(out.bytes());
-  writer_.Finish();
+  AppendDone(DoneToken::kBatch, {.status = kDoneError}, out);
+  Send(out.bytes());
 }
 
 void Connection::ServeRequest(PacketKind kind) {
@@ -120,9 +121,8 @@ void Connection::ServeRequest(PacketKind kind) {
 
 void Connection::AcknowledgeAttention() {
   ByteWriter out;
-  AppendDone(DoneToken::kBatch, DoneStatus::kAttention, 0, 0, out);
-  writer_.Write(out.bytes());
-  writer_.Finish();
+  AppendDone(DoneToken::kBatch, {.status = kDoneAttention}, out);
+  Send(out.bytes());
 }
 
 void Connection::ServeBatch() {
@@ -143,7 +143,7 @@ void Connection::ServeRpc() {
   ByteReader in(message);
   const AttentionWatcher::Watch watch(services_.watcher, channel_, *session_, cancelled_);
   for (bool more = true; more;) {
-    const RpcRequest request = ReadRpcRequest(in, services_.code_page);
+    const RpcRequest request = ReadRpcRequest(in);
     more = request.more_follow && !cancelled_;
     WireSink sink(Context(), WireSink::Kind::kProcedure);
     rpc_->Run(request, sink);
@@ -155,7 +155,7 @@ void Connection::ServeBulkLoad() {
   if (!bulk_target_) throw WireError("rows came without INSERT BULK");
   const BulkTarget target = *std::exchange(bulk_target_, std::nullopt);
   WireSink sink(Context(), WireSink::Kind::kBatch);
-  RunBulkLoad(target, reader_, services_.code_page, *session_, sink);
+  RunBulkLoad(target, reader_, *session_, sink);
   if (reader_.cancelled()) return AcknowledgeAttention();
   sink.Finish();
 }

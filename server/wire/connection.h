@@ -11,7 +11,6 @@
 #include "server/engine/session.h"
 #include "server/wire/attention.h"
 #include "server/wire/bulk_load.h"
-#include "server/wire/code_page.h"
 #include "server/wire/packet.h"
 #include "server/wire/rpc.h"
 #include "server/wire/socket.h"
@@ -23,7 +22,6 @@ namespace dbkeeper::server {
 struct ConnectionServices {
   SessionFactory& factory;
   AttentionWatcher& watcher;
-  const CodePage932& code_page;
   std::chrono::milliseconds login_timeout;
 };
 
@@ -45,6 +43,7 @@ class Connection {
   void ServeRpc();
   void ServeBulkLoad();
   void AcknowledgeAttention();
+  void Send(std::string_view answer);
   void Refuse(const ServerMessage& message);
   AnswerContext Context();
 

@@ -8,24 +8,11 @@ constexpr std::uint8_t kIgnoreMessage = 0x02;
 // Full packets wait until this many bytes are together: fewer, larger sends.
 constexpr std::size_t kSendAt = 64u << 10;
 
-bool IsKnown(std::uint8_t kind) {
-  switch (static_cast<PacketKind>(kind)) {
-    case PacketKind::kBatch:
-    case PacketKind::kRpc:
-    case PacketKind::kAttention:
-    case PacketKind::kBulkLoad:
-    case PacketKind::kLogin7:
-    case PacketKind::kPreLogin:
-      return true;
-    case PacketKind::kAnswer:
-      break;
-  }
-  return false;
-}
+constexpr PacketKind kRequests[] = {PacketKind::kBatch,     PacketKind::kRpc,
+                                    PacketKind::kAttention, PacketKind::kBulkLoad,
+                                    PacketKind::kLogin7,    PacketKind::kPreLogin};
 
 }  // namespace
-
-MessageReader::MessageReader(Channel& channel) : ByteReader({}), channel_(channel) {}
 
 std::size_t MessageReader::ReceiveExactly(char* bytes, std::size_t size) {
   std::size_t got = 0;
@@ -43,14 +30,15 @@ bool MessageReader::ReadPacket() {
   const std::size_t got = ReceiveExactly(reinterpret_cast<char*>(header), kPacketHeader);
   if (got == 0) return false;
   if (got < kPacketHeader) throw WireError("a packet header ends early");
+  const auto kind = static_cast<PacketKind>(header[0]);
   const std::size_t length = std::size_t{header[2]} << 8 | header[3];
-  if (!IsKnown(header[0]) || length < kPacketHeader || length > kLargestPacket) {
+  if (std::ranges::find(kRequests, kind) == std::end(kRequests) || length < kPacketHeader ||
+      length > kLargestPacket) {
     throw WireError("a packet header makes no sense");
   }
   payload_ = length - kPacketHeader;
   if (packet_.size() < payload_) packet_.resize(payload_);
   if (ReceiveExactly(packet_.data(), payload_) < payload_) throw WireError("a packet ends early");
-  const auto kind = static_cast<PacketKind>(header[0]);
   last_ = (header[1] & kLastPacket) != 0;
   if ((header[1] & kIgnoreMessage) != 0) cancelled_ = true;
   if (!message_open_) {
@@ -100,10 +88,6 @@ std::string MessageReader::ReadAll(std::size_t limit) {
   return message;
 }
 
-MessageWriter::MessageWriter(Channel& channel) : channel_(channel) {}
-
-void MessageWriter::SetPacketSize(std::size_t size) { packet_size_ = size; }
-
 void MessageWriter::OpenPacket() {
   packet_start_ = buffer_.size();
   buffer_.append(kPacketHeader, '\0');
@@ -111,15 +95,12 @@ void MessageWriter::OpenPacket() {
 
 void MessageWriter::ClosePacket(bool last) {
   const std::size_t length = buffer_.size() - packet_start_;
-  char* header = buffer_.data() + packet_start_;
-  header[0] = static_cast<char>(PacketKind::kAnswer);
-  header[1] = static_cast<char>(last ? kLastPacket : 0);
-  header[2] = static_cast<char>(length >> 8);
-  header[3] = static_cast<char>(length);
-  header[4] = static_cast<char>(spid_ >> 8);
-  header[5] = static_cast<char>(spid_);
-  header[6] = static_cast<char>(++number_);
-  header[7] = 0;
+  const char header[kPacketHeader] = {
+      static_cast<char>(PacketKind::kAnswer), static_cast<char>(last ? kLastPacket : 0),
+      static_cast<char>(length >> 8),         static_cast<char>(length),
+      static_cast<char>(spid_ >> 8),          static_cast<char>(spid_),
+      static_cast<char>(++number_),           0};
+  buffer_.replace(packet_start_, kPacketHeader, header, kPacketHeader);
 }
 
 void MessageWriter::Write(std::string_view bytes) {

@@ -31,7 +31,7 @@ constexpr std::size_t kLargestPacket = 32767;
 // one of any length needs the memory of one packet.
 class MessageReader : public ByteReader {
  public:
-  explicit MessageReader(Channel& channel);
+  explicit MessageReader(Channel& channel) : ByteReader({}), channel_(channel) {}
 
   // Waits for the next message and gives its kind, nothing when the client closed in between two
   // messages. What was left of the message before is skipped. Throws WireError.
@@ -69,10 +69,10 @@ class MessageTooLong : public WireError {
 // Cuts an answer into packets. Full packets leave as they come together, the rest with Finish.
 class MessageWriter {
  public:
-  explicit MessageWriter(Channel& channel);
+  explicit MessageWriter(Channel& channel) : channel_(channel) {}
 
   // The size of the packets that come after; the header counts.
-  void SetPacketSize(std::size_t size);
+  void SetPacketSize(std::size_t size) { packet_size_ = size; }
   void SetProcess(int spid) { spid_ = spid; }
   void Write(std::string_view bytes);
   // Ends the message and sends what is left of it.

@@ -1,14 +1,14 @@
 #include "server/wire/rpc.h"
 
 #include <algorithm>
-#include <array>
-#include <cctype>
-#include <optional>
+#include <initializer_list>
+#include <utility>
 
 #include "server/sql/parser.h"
 #include "server/types/messages.h"
 #include "server/types/text.h"
-#include "server/wire/value_reader.h"
+#include "server/wire/code_page.h"
+#include "server/wire/value_codec.h"
 
 namespace dbkeeper::server {
 namespace {
@@ -29,28 +29,22 @@ constexpr int kUpdate = 1;
 constexpr int kDelete = 2;
 constexpr int kInsert = 4;
 
-struct FetchRow {
-  int code;
-  FetchKind kind;
-};
-constexpr std::array kFetches = {
-    FetchRow{0x01, FetchKind::kFirst},    FetchRow{0x02, FetchKind::kNext},
-    FetchRow{0x04, FetchKind::kPrior},    FetchRow{0x08, FetchKind::kLast},
-    FetchRow{0x10, FetchKind::kAbsolute}, FetchRow{0x20, FetchKind::kRelative},
-    FetchRow{0x80, FetchKind::kRefresh},
+constexpr std::pair<int, FetchKind> kFetches[] = {
+    {0x01, FetchKind::kFirst},   {0x02, FetchKind::kNext},     {0x04, FetchKind::kPrior},
+    {0x08, FetchKind::kLast},    {0x10, FetchKind::kAbsolute}, {0x20, FetchKind::kRelative},
+    {0x80, FetchKind::kRefresh},
 };
 
-std::int64_t IntegerAt(const Parameters& arguments, std::size_t index, std::int64_t otherwise) {
-  const auto* const value =
-      index < arguments.size() ? std::get_if<std::int64_t>(&arguments[index].value) : nullptr;
+// The integer or text of an argument; `otherwise` when it is none.
+template <typename Value>
+Value At(const Parameters& arguments, std::size_t index, Value otherwise = {}) {
+  const Value* const value =
+      index < arguments.size() ? std::get_if<Value>(&arguments[index].value) : nullptr;
   return value != nullptr ? *value : otherwise;
 }
 
-// A text argument; empty when it is none.
-std::string TextAt(const Parameters& arguments, std::size_t index) {
-  const auto* const text =
-      index < arguments.size() ? std::get_if<std::string>(&arguments[index].value) : nullptr;
-  return text != nullptr ? *text : "";
+int HandleAt(const Parameters& arguments) {
+  return static_cast<int>(At<std::int64_t>(arguments, 0));
 }
 
 // The values from `first` on; those without a name have the one they are declared with.
@@ -63,17 +57,29 @@ Parameters NamedValues(const Parameters& arguments, std::size_t first, const Par
   return values;
 }
 
-// Values of output parameters would have to come back, which they do not here.
-void RefuseOutput(const Parameters& declared) {
+// Parameters as a call declares them. Values of output parameters would have to come back, which
+// they do not here.
+Parameters Declared(const Parameters& arguments, std::size_t index) {
+  Parameters declared = ParseParameterDeclarations(At<std::string>(arguments, index));
   for (const Parameter& parameter : declared) {
     if (parameter.is_output) throw Unsupported("the output parameter " + parameter.name);
   }
+  return declared;
 }
 
-Parameters Declared(const Parameters& arguments, std::size_t index) {
-  Parameters declared = ParseParameterDeclarations(TextAt(arguments, index));
-  RefuseOutput(declared);
-  return declared;
+void ReturnHandle(const Parameters& arguments, int handle, WireSink& sink) {
+  sink.ReturnStatusOnce(sink.failed() ? 1 : 0);
+  sink.ReturnInteger(arguments[0].name, handle);
+}
+
+// The values of the output parameters from `first` on.
+void ReturnIntegers(const Parameters& arguments, std::size_t first,
+                    std::initializer_list<std::int64_t> values, WireSink& sink) {
+  for (const std::int64_t value : values) {
+    if (first == arguments.size()) return;
+    const Parameter& argument = arguments[first++];
+    if (argument.is_output) sink.ReturnInteger(argument.name, value);
+  }
 }
 
 }  // namespace
@@ -94,14 +100,13 @@ const std::vector<RpcCalls::Procedure>& RpcCalls::Procedures() {
   return procedures;
 }
 
-RpcRequest ReadRpcRequest(ByteReader& in, const CodePage932& code_page) {
+RpcRequest ReadRpcRequest(ByteReader& in) {
   RpcRequest request;
   const std::uint16_t length = in.U16();
   if (length == kByNumber) {
     const std::uint16_t id = in.U16();
     const auto& table = RpcCalls::Procedures();
-    const auto row =
-        std::find_if(table.begin(), table.end(), [id](const auto& each) { return each.id == id; });
+    const auto row = std::ranges::find(table, id, &RpcCalls::Procedure::id);
     request.procedure =
         row != table.end() ? std::string(row->name) : "procedure number " + std::to_string(id);
   } else {
@@ -119,7 +124,7 @@ RpcRequest ReadRpcRequest(ByteReader& in, const CodePage932& code_page) {
     parameter.name = Utf16ToUtf8(in.Raw(std::size_t{name_length} * 2));
     const std::uint8_t status = in.U8();
     const WireType type = ReadTypeInfo(in);
-    ReadValue(in, type, ValuePlace::kParameter, code_page, parameter);
+    ReadValue(in, type, ValuePlace::kParameter, parameter);
     if ((status & kDefault) != 0) parameter.value = {};
     parameter.is_output = (status & kOutput) != 0;
     request.parameters.push_back(std::move(parameter));
@@ -127,16 +132,13 @@ RpcRequest ReadRpcRequest(ByteReader& in, const CodePage932& code_page) {
   return request;
 }
 
-RpcCalls::RpcCalls(Session& session) : session_(session) {}
-
 void RpcCalls::Run(const RpcRequest& request, WireSink& sink) {
   // The name may say where the procedure lives: "master.dbo.sp_executesql".
   const std::string lower = ToLowerAscii(request.procedure);
   const std::string_view last_part =
       std::string_view(lower).substr(std::min(lower.rfind('.') + 1, lower.size()));
   const auto& table = Procedures();
-  const auto row = std::find_if(table.begin(), table.end(),
-                                [&](const Procedure& each) { return each.name == last_part; });
+  const auto row = std::ranges::find(table, last_part, &Procedure::name);
   if (row == table.end()) {
     session_.RunProcedure(request.procedure, request.parameters, sink);
   } else if (request.parameters.size() < row->least_arguments) {
@@ -153,8 +155,8 @@ void RpcCalls::Run(const RpcRequest& request, WireSink& sink) {
 
 // sp_executesql @stmt, @params, values ...
 void RpcCalls::ExecuteSql(const Parameters& arguments, WireSink& sink) {
-  session_.RunParameterized(TextAt(arguments, 0), NamedValues(arguments, 2, Declared(arguments, 1)),
-                            sink);
+  session_.RunParameterized(At<std::string>(arguments, 0),
+                            NamedValues(arguments, 2, Declared(arguments, 1)), sink);
 }
 
 // Keeps what stands behind the handle: @handle output, @params, @stmt.
@@ -162,7 +164,7 @@ int RpcCalls::Keep(const Parameters& arguments) {
   if (prepared_.size() >= kMostHandles) {
     Fail(701, {" There are too many prepared statements on this connection."});
   }
-  prepared_[++last_handle_] = {Declared(arguments, 1), TextAt(arguments, 2)};
+  prepared_[++last_handle_] = {Declared(arguments, 1), At<std::string>(arguments, 2)};
   return last_handle_;
 }
 
@@ -179,25 +181,23 @@ void RpcCalls::RunPrepared(int handle, const Parameters& arguments, std::size_t 
 void RpcCalls::Prepare(const Parameters& arguments, WireSink& sink) {
   const int handle = Keep(arguments);
   session_.Describe(prepared_[handle].text, prepared_[handle].declared, sink);
-  sink.ReturnStatusOnce(sink.failed() ? 1 : 0);
-  sink.ReturnInteger(arguments[0].name, handle);
+  ReturnHandle(arguments, handle, sink);
 }
 
 // sp_prepexec @handle output, @params, @stmt, values ...
 void RpcCalls::PrepareAndExecute(const Parameters& arguments, WireSink& sink) {
   const int handle = Keep(arguments);
   RunPrepared(handle, arguments, 3, sink);
-  sink.ReturnStatusOnce(sink.failed() ? 1 : 0);
-  sink.ReturnInteger(arguments[0].name, handle);
+  ReturnHandle(arguments, handle, sink);
 }
 
 // sp_execute @handle, values ...
 void RpcCalls::Execute(const Parameters& arguments, WireSink& sink) {
-  RunPrepared(static_cast<int>(IntegerAt(arguments, 0, 0)), arguments, 1, sink);
+  RunPrepared(HandleAt(arguments), arguments, 1, sink);
 }
 
 void RpcCalls::Unprepare(const Parameters& arguments, WireSink& /*sink*/) {
-  const auto handle = static_cast<int>(IntegerAt(arguments, 0, 0));
+  const auto handle = HandleAt(arguments);
   if (prepared_.erase(handle) == 0) Fail(8179, {std::to_string(handle)});
 }
 
@@ -205,7 +205,7 @@ void RpcCalls::Unprepare(const Parameters& arguments, WireSink& /*sink*/) {
 // [@params, values ...]
 void RpcCalls::CursorOpen(const Parameters& arguments, WireSink& sink) {
   constexpr std::size_t kDeclaration = 5;
-  const std::string text = TextAt(arguments, 1);
+  const std::string text = At<std::string>(arguments, 1);
   std::unique_ptr<Cursor> cursor;
   if (arguments.size() > kDeclaration) {
     const Parameters declared = Declared(arguments, kDeclaration);
@@ -217,32 +217,25 @@ void RpcCalls::CursorOpen(const Parameters& arguments, WireSink& sink) {
     // What is no single select gives its results at once; the client sees that from the handle 0.
     if (!cursor && !sink.failed()) session_.RunBatch(text, sink);
   }
-  const std::int64_t scroll = IntegerAt(arguments, 2, 1) & kOptionMask;
-  const std::int64_t concurrency = IntegerAt(arguments, 3, kConcurrencyReadOnly) & kOptionMask;
-  const std::array<std::int64_t, 5> returned = {
-      cursor ? ++last_handle_ : 0,
-      0,
-      scroll,
-      cursor && cursor->updatable() ? concurrency : kConcurrencyReadOnly,
-      cursor ? cursor->row_count() : -1,
-  };
+  const std::int64_t scroll = At<std::int64_t>(arguments, 2, 1) & kOptionMask;
+  const std::int64_t concurrency =
+      At<std::int64_t>(arguments, 3, kConcurrencyReadOnly) & kOptionMask;
+  const int handle = cursor ? ++last_handle_ : 0;
+  const std::int64_t granted =
+      cursor && cursor->updatable() ? concurrency : std::int64_t{kConcurrencyReadOnly};
+  const std::int64_t rows = cursor ? cursor->row_count() : -1;
   if (cursor) {
     sink.OnColumns(cursor->columns());
-    StatementEnd end;
-    end.rows = 0;
-    end.is_select = true;
-    sink.OnStatementEnd(end);
-    cursors_[last_handle_] = std::move(cursor);
+    sink.OnStatementEnd({.rows = 0, .is_select = true});
+    cursors_[handle] = std::move(cursor);
   }
   sink.ReturnStatusOnce(sink.failed() ? 1 : 0);
-  for (std::size_t i = 0; i < std::min(arguments.size(), returned.size()); ++i) {
-    if (arguments[i].is_output) sink.ReturnInteger(arguments[i].name, returned[i]);
-  }
+  ReturnIntegers(arguments, 0, {handle, 0, scroll, granted, rows}, sink);
 }
 
 Cursor& RpcCalls::FindCursor(const Parameters& arguments, std::string_view procedure) {
-  const std::int64_t handle = IntegerAt(arguments, 0, 0);
-  const auto found = cursors_.find(static_cast<int>(handle));
+  const std::int64_t handle = At<std::int64_t>(arguments, 0);
+  const auto found = cursors_.find(HandleAt(arguments));
   if (found == cursors_.end()) Fail(16909, {procedure, std::to_string(handle)});
   return *found->second;
 }
@@ -251,24 +244,21 @@ Cursor& RpcCalls::FindCursor(const Parameters& arguments, std::string_view proce
 void RpcCalls::CursorFetch(const Parameters& arguments, WireSink& sink) {
   Cursor& cursor = FindCursor(arguments, "sp_cursorfetch");
   constexpr int kNext = 2;
-  const auto code = static_cast<int>(IntegerAt(arguments, 1, kNext));
+  const auto code = static_cast<int>(At<std::int64_t>(arguments, 1, kNext));
   if (code == kFetchInfo) {
     sink.ReturnStatusOnce(0);
-    const std::array<std::int64_t, 4> returned = {0, 0, cursor.position(), cursor.row_count()};
-    for (std::size_t i = 2; i < std::min(arguments.size(), returned.size()); ++i) {
-      if (arguments[i].is_output) sink.ReturnInteger(arguments[i].name, returned[i]);
+    if (arguments.size() > 2) {
+      ReturnIntegers(arguments, 2, {cursor.position(), cursor.row_count()}, sink);
     }
     return;
   }
-  const auto fetch = std::find_if(kFetches.begin(), kFetches.end(),
-                                  [code](const FetchRow& row) { return row.code == code; });
-  if (fetch == kFetches.end()) {
-    Fail(16902, {"sp_cursorfetch", "fetchtype"});
-  }
+  const auto* const fetch =
+      std::ranges::find(kFetches, code, [](const auto& row) { return row.first; });
+  if (fetch == std::end(kFetches)) Fail(16902, {"sp_cursorfetch", "fetchtype"});
   sink.AddRowStatus();
   sink.OnColumns(cursor.columns());
-  cursor.Fetch(fetch->kind, IntegerAt(arguments, 2, 0),
-               static_cast<int>(IntegerAt(arguments, 3, 1)), sink);
+  cursor.Fetch(fetch->second, At<std::int64_t>(arguments, 2),
+               static_cast<int>(At<std::int64_t>(arguments, 3, 1)), sink);
 }
 
 // sp_cursoroption @cursor, @code, @value: names the cursor, or asks for text pointers, which are
@@ -279,7 +269,7 @@ void RpcCalls::CursorOption(const Parameters& arguments, WireSink& /*sink*/) {
 
 void RpcCalls::CursorClose(const Parameters& arguments, WireSink& /*sink*/) {
   FindCursor(arguments, "sp_cursorclose");
-  cursors_.erase(static_cast<int>(IntegerAt(arguments, 0, 0)));
+  cursors_.erase(HandleAt(arguments));
 }
 
 // sp_cursor @cursor, @optype, @rownum, @table, values ...
@@ -292,8 +282,8 @@ void RpcCalls::CursorChange(const Parameters& arguments, WireSink& sink) {
   for (Parameter& value : values) {
     if (value.name.starts_with('@')) value.name.erase(0, 1);
   }
-  const auto row = static_cast<int>(IntegerAt(arguments, 2, 0));
-  const std::int64_t change = IntegerAt(arguments, 1, 0) & kChangeMask;
+  const auto row = static_cast<int>(At<std::int64_t>(arguments, 2));
+  const std::int64_t change = At<std::int64_t>(arguments, 1) & kChangeMask;
   if (change == kUpdate) {
     cursor.Update(row, values, sink);
   } else if (change == kDelete) {

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -12,7 +11,6 @@
 
 #include "server/engine/session.h"
 #include "server/wire/bytes.h"
-#include "server/wire/code_page.h"
 #include "server/wire/wire_sink.h"
 
 namespace dbkeeper::server {
@@ -24,12 +22,12 @@ struct RpcRequest {
 };
 
 // Reads the next call of a message. Throws WireError.
-RpcRequest ReadRpcRequest(ByteReader& in, const CodePage932& code_page);
+RpcRequest ReadRpcRequest(ByteReader& in);
 
 // A client's prepared statements and open cursors. Refers to its session.
 class RpcCalls {
  public:
-  explicit RpcCalls(Session& session);
+  explicit RpcCalls(Session& session) : session_(session) {}
 
   // Runs the call; everything it gives, but the end of the answer, is told to `sink`.
   void Run(const RpcRequest& request, WireSink& sink);
@@ -48,7 +46,7 @@ class RpcCalls {
   };
 
   static const std::vector<Procedure>& Procedures();
-  friend RpcRequest ReadRpcRequest(ByteReader& in, const CodePage932& code_page);
+  friend RpcRequest ReadRpcRequest(ByteReader& in);
 
   void ExecuteSql(const Parameters& arguments, WireSink& sink);
   void Prepare(const Parameters& arguments, WireSink& sink);

@@ -10,6 +10,8 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "server/wire/code_page.h"
+
 namespace dbkeeper::server {
 namespace {
 
@@ -33,7 +35,8 @@ struct Server::Client {
 };
 
 Server::Server(SessionFactory& factory, const ServerOptions& options)
-    : options_(options), services_{factory, watcher_, code_page_, options.login_timeout} {
+    : options_(options), services_{factory, watcher_, options.login_timeout} {
+  CodePage932::Shared();  // no server without one
   listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   if (listener_ < 0) Fail("no socket");
   const int on = 1;

@@ -11,7 +11,6 @@
 
 #include "server/engine/session.h"
 #include "server/wire/attention.h"
-#include "server/wire/code_page.h"
 #include "server/wire/connection.h"
 
 namespace dbkeeper::server {
@@ -46,7 +45,6 @@ class Server {
   void RemoveFinished();
 
   const ServerOptions options_;
-  const CodePage932 code_page_;
   AttentionWatcher watcher_;
   const ConnectionServices services_;
   int listener_ = -1;

@@ -4,8 +4,8 @@
 #include <string>
 
 #include "server/types/type_rules.h"
-#include "server/wire/value_writer.h"
-#include "server/wire/wire_types.h"
+#include "server/wire/code_page.h"
+#include "server/wire/value_codec.h"
 
 namespace dbkeeper::server {
 namespace {
@@ -42,111 +42,86 @@ void AppendSizedToken(std::uint8_t token, ByteWriter& out, Body body) {
   const std::size_t start = out.size();
   out.U16(0);
   body();
-  out.PatchU16(start, static_cast<std::uint16_t>(out.size() - start - 2));
+  out.Patch(start, out.size() - start - 2, 2);
 }
-
-}  // namespace
 
 void AppendShortText(std::string_view text, ByteWriter& out) {
   const std::string units = Utf16(text, 255);
-  out.U8(static_cast<std::uint8_t>(units.size() / 2));
-  out.Raw(units);
+  out.U8(units.size() / 2).Raw(units);
 }
 
 void AppendLongText(std::string_view text, ByteWriter& out) {
   const std::string units = Utf16(text, kLongestMessage);
-  out.U16(static_cast<std::uint16_t>(units.size() / 2));
-  out.Raw(units);
+  out.U16(units.size() / 2).Raw(units);
 }
 
-void AppendDone(DoneToken token, std::uint16_t status, std::uint16_t command, std::int64_t rows,
-                ByteWriter& out) {
-  out.U8(static_cast<std::uint8_t>(token));
-  out.U16(status);
-  out.U16(command);
-  out.U32(static_cast<std::uint32_t>(rows));
+}  // namespace
+
+void AppendDone(DoneToken token, const Done& done, ByteWriter& out) {
+  out.U8(token).U16(done.status).U16(done.command).U32(done.rows);
 }
 
 void AppendMessage(const ServerMessage& message, std::string_view server_name, ByteWriter& out) {
   AppendSizedToken(message.IsError() ? kError : kInfo, out, [&] {
-    out.U32(static_cast<std::uint32_t>(message.number));
-    out.U8(static_cast<std::uint8_t>(message.state));
-    out.U8(static_cast<std::uint8_t>(message.severity));
+    out.U32(message.number).U8(message.state).U8(message.severity);
     AppendLongText(message.text, out);
     AppendShortText(server_name, out);
     AppendShortText(message.procedure, out);
-    out.U16(static_cast<std::uint16_t>(message.line));
+    out.U16(message.line);
   });
 }
 
 void AppendEnvironment(Environment what, std::string_view now, std::string_view before,
                        ByteWriter& out) {
   AppendSizedToken(kEnvironmentChange, out, [&] {
-    out.U8(static_cast<std::uint8_t>(what));
+    out.U8(what);
     AppendShortText(now, out);
     AppendShortText(before, out);
   });
 }
 
 void AppendCollationChange(ByteWriter& out) {
-  AppendSizedToken(kEnvironmentChange, out, [&] {
-    out.U8(kCollationKind);
-    out.U8(static_cast<std::uint8_t>(kCollation.size()));
-    out.Raw(kCollation);
-    out.U8(0);
-  });
+  AppendSizedToken(kEnvironmentChange, out,
+                   [&] { out.U8(kCollationKind).U8(kCollation.size()).Raw(kCollation).U8(0); });
 }
 
 void AppendLoginAcknowledge(ByteWriter& out) {
   AppendSizedToken(kLoginAcknowledge, out, [&] {
-    out.U8(1);  // the dialect of the interface: Transact-SQL
-    out.Raw(std::string_view("\x71\x00\x00\x01", 4));
+    out.U8(1).U32(0x01000071);  // the dialect: Transact-SQL; the version of the protocol
     AppendShortText("Microsoft SQL Server", out);
-    out.Raw(std::string_view("\x08\x00\x07\xF7", 4));
+    out.U32(0xF7070008);  // 8.0.2039
   });
 }
 
 void AppendColumns(const std::vector<ResultColumn>& columns, ByteWriter& out) {
-  out.U8(kColumnMetadata);
-  out.U16(static_cast<std::uint16_t>(columns.size()));
+  out.U8(kColumnMetadata).U16(columns.size());
   for (const ResultColumn& column : columns) {
-    const int flags = (column.type.nullable ? kNullable : 0) | (column.updatable ? kUpdatable : 0) |
-                      (column.identity ? kIdentity : 0);
     out.U16(column.type.id == TypeId::kTimestamp ? kTimestampUserType : 0);
-    out.U16(static_cast<std::uint16_t>(flags));
+    out.U16((column.type.nullable ? kNullable : 0) | (column.updatable ? kUpdatable : 0) |
+            (column.identity ? kIdentity : 0));
     AppendTypeInfo(column.type, out);
     if (IsLargeObject(column.type.id)) AppendLongText(column.base_table, out);
     AppendShortText(column.name, out);
   }
 }
 
-void AppendRow(const std::vector<ResultColumn>& columns, const RowView& row,
-               const CodePage932& code_page, ByteWriter& out) {
+void AppendRow(const std::vector<ResultColumn>& columns, const RowView& row, ByteWriter& out) {
   out.U8(kRow);
   for (std::size_t i = 0; i < columns.size(); ++i) {
-    AppendValue(columns[i].type, row, i, code_page, out);
+    AppendValue(columns[i].type, row, i, out);
   }
 }
 
-void AppendRowStatus(RowStatus status, ByteWriter& out) {
-  out.U8(4);
-  out.U32(static_cast<std::uint32_t>(status));
-}
+void AppendRowStatus(RowStatus status, ByteWriter& out) { out.U8(4).U32(status); }
 
-void AppendReturnStatus(int status, ByteWriter& out) {
-  out.U8(kReturnStatus);
-  out.U32(static_cast<std::uint32_t>(status));
-}
+void AppendReturnStatus(int status, ByteWriter& out) { out.U8(kReturnStatus).U32(status); }
 
-void AppendReturnedInteger(std::string_view name, std::int32_t value, ByteWriter& out) {
+void AppendReturnedInteger(std::string_view name, std::int64_t value, ByteWriter& out) {
   AppendSizedToken(kReturnValue, out, [&] {
     AppendShortText(name, out);
-    out.U8(1);   // an output parameter
-    out.U16(0);  // user type
-    out.U16(0);  // flags
+    out.U8(1).U16(0).U16(0);  // an output parameter; its user type and flags
     AppendTypeInfo(SqlType{TypeId::kInt}, out);
-    out.U8(4);
-    out.U32(static_cast<std::uint32_t>(value));
+    out.U8(4).U32(value);
   });
 }
 

@@ -1,5 +1,8 @@
 #include "server/wire/wire_sink.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {
@@ -20,10 +23,8 @@ class NoRow : public RowView {
 
 }  // namespace
 
-WireSink::WireSink(const AnswerContext& context, Kind kind) : context_(context), kind_(kind) {}
-
 void WireSink::OnColumns(const std::vector<ResultColumn>& columns) {
-  ReleaseDone(DoneStatus::kMore);
+  ReleaseDone();
   columns_ = columns;
   in_rows_ = true;
   if (!row_status_) return AppendColumns(columns_, tokens_);
@@ -41,18 +42,17 @@ bool WireSink::OnRow(const RowView& row) {
 void WireSink::OnMissingRow() { AppendRowOf(NoRow(), RowStatus::kMissing); }
 
 void WireSink::AppendRowOf(const RowView& row, RowStatus status) {
-  AppendRow(columns_, row, context_.code_page, tokens_);
+  AppendRow(columns_, row, tokens_);
   if (row_status_) AppendRowStatus(status, tokens_);
   if (tokens_.size() >= kFlushAt) Flush();
 }
 
 void WireSink::OnStatementEnd(const StatementEnd& end) {
-  ReleaseDone(DoneStatus::kMore);
-  const int status = (end.rows >= 0 ? DoneStatus::kCount : 0) |
-                     (end.failed || error_since_done_ ? DoneStatus::kError : 0);
+  ReleaseDone();
+  const int status =
+      (end.rows >= 0 ? kDoneCount : 0) | (end.failed || error_since_done_ ? kDoneError : 0);
   const bool select = end.is_select || in_rows_;
-  HoldDone(static_cast<std::uint16_t>(status), select ? kCommandSelect : 0,
-           end.rows >= 0 ? end.rows : 0);
+  held_ = {status, select ? kCommandSelect : std::uint16_t{0}, std::max<std::int64_t>(end.rows, 0)};
   in_rows_ = false;
   error_since_done_ = false;
 }
@@ -60,19 +60,19 @@ void WireSink::OnStatementEnd(const StatementEnd& end) {
 void WireSink::OnMessage(const ServerMessage& message) {
   // What a cancelled statement complains of is not what the client wants to hear.
   if (context_.cancelled.load(std::memory_order_relaxed)) return;
-  ReleaseDone(DoneStatus::kMore);
+  ReleaseDone();
   if (message.IsError()) failed_ = error_since_done_ = true;
   AppendMessage(message, context_.server_name, tokens_);
 }
 
 void WireSink::OnDatabaseChanged(const std::string& from, const std::string& to) {
-  ReleaseDone(DoneStatus::kMore);
+  ReleaseDone();
   AppendEnvironment(Environment::kDatabase, to, from, tokens_);
   AppendMessage(MakeMessage(5701, {to}), context_.server_name, tokens_);
 }
 
 void WireSink::OnReturnStatus(int status) {
-  ReleaseDone(DoneStatus::kMore);
+  ReleaseDone();
   status_told_ = true;
   AppendReturnStatus(status, tokens_);
 }
@@ -82,41 +82,32 @@ void WireSink::ReturnStatusOnce(int status) {
 }
 
 void WireSink::ReturnInteger(const std::string& name, std::int64_t value) {
-  ReleaseDone(DoneStatus::kMore);
-  AppendReturnedInteger(name, static_cast<std::int32_t>(value), tokens_);
+  ReleaseDone();
+  AppendReturnedInteger(name, value, tokens_);
 }
 
 void WireSink::Finish(Position position) {
-  const auto error = static_cast<std::uint16_t>(error_since_done_ ? DoneStatus::kError : 0);
+  const int error = error_since_done_ ? kDoneError : 0;
   if (kind_ == Kind::kProcedure) {
     ReturnStatusOnce(failed_ ? 1 : 0);
-    const int more = position == Position::kMoreFollow ? DoneStatus::kMore : 0;
-    AppendDone(DoneToken::kProcedure, static_cast<std::uint16_t>(error | more), 0, 0, tokens_);
+    const int more = position == Position::kMoreFollow ? kDoneMore : 0;
+    AppendDone(DoneToken::kProcedure, {.status = error | more}, tokens_);
   } else {
     // An error that ended the batch outside any statement still has to end in a DONE.
-    if (!done_held_ || error != 0) {
-      ReleaseDone(DoneStatus::kMore);
-      HoldDone(error, 0, 0);
-    }
-    ReleaseDone(0);
+    if (error != 0) ReleaseDone();
+    AppendDone(DoneToken::kBatch, std::exchange(held_, {}).value_or(Done{.status = error}),
+               tokens_);
   }
   Flush();
   if (position == Position::kLast) context_.writer.Finish();
 }
 
-void WireSink::HoldDone(std::uint16_t status, std::uint16_t command, std::int64_t rows) {
-  done_held_ = true;
-  done_status_ = status;
-  done_command_ = command;
-  done_rows_ = rows;
-}
-
-void WireSink::ReleaseDone(std::uint16_t more) {
-  if (!done_held_) return;
-  done_held_ = false;
-  const bool in_procedure = kind_ == Kind::kProcedure;
-  AppendDone(in_procedure ? DoneToken::kInProcedure : DoneToken::kBatch,
-             static_cast<std::uint16_t>(done_status_ | more), done_command_, done_rows_, tokens_);
+void WireSink::ReleaseDone() {
+  if (!held_) return;
+  held_->status |= kDoneMore;
+  AppendDone(kind_ == Kind::kProcedure ? DoneToken::kInProcedure : DoneToken::kBatch, *held_,
+             tokens_);
+  held_.reset();
 }
 
 void WireSink::Flush() {

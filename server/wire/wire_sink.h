@@ -3,12 +3,12 @@
 
 #include <atomic>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "server/engine/result_sink.h"
 #include "server/wire/bytes.h"
-#include "server/wire/code_page.h"
 #include "server/wire/packet.h"
 #include "server/wire/tokens.h"
 
@@ -17,7 +17,6 @@ namespace dbkeeper::server {
 // What an answer is written with; all outlive the sink.
 struct AnswerContext {
   MessageWriter& writer;
-  const CodePage932& code_page;
   const std::string& server_name;
   // Set from another thread when the client does not want the rest.
   const std::atomic<bool>& cancelled;
@@ -29,7 +28,7 @@ class WireSink : public ResultSink {
  public:
   enum class Kind { kBatch, kProcedure };
 
-  WireSink(const AnswerContext& context, Kind kind);
+  WireSink(const AnswerContext& context, Kind kind) : context_(context), kind_(kind) {}
 
   void OnColumns(const std::vector<ResultColumn>& columns) override;
   bool OnRow(const RowView& row) override;
@@ -56,8 +55,7 @@ class WireSink : public ResultSink {
   void Finish(Position position = Position::kLast);
 
  private:
-  void HoldDone(std::uint16_t status, std::uint16_t command, std::int64_t rows);
-  void ReleaseDone(std::uint16_t more);
+  void ReleaseDone();
   void AppendRowOf(const RowView& row, RowStatus status);
   void Flush();
 
@@ -72,10 +70,7 @@ class WireSink : public ResultSink {
   bool row_status_ = false;
 
   // The end of a statement is held back until it is known whether something follows.
-  bool done_held_ = false;
-  std::uint16_t done_status_ = 0;
-  std::uint16_t done_command_ = 0;
-  std::int64_t done_rows_ = 0;
+  std::optional<Done> held_;
 };
 
 }  // namespace dbkeeper::server

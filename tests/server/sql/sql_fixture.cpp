@@ -2,7 +2,6 @@
 
 #include "server/sql/constraint_errors.h"
 #include "server/types/datetime.h"
-#include "server/types/guid.h"
 #include "server/types/messages.h"
 #include "server/types/text.h"
 #include "server/types/type_rules.h"

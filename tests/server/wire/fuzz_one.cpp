@@ -7,12 +7,11 @@
 namespace dbkeeper::server {
 
 void FuzzOne(const std::uint8_t* data, std::size_t size) {
-  static const CodePage932 code_page;
   FakeEngine engine;
   engine.cursor.columns = {Column("a", {TypeId::kInt})};
   engine.cursor.rows = {{Cell(std::int64_t{1})}, {Cell()}};
   AttentionWatcher watcher;
-  const ConnectionServices services{engine, watcher, code_page, std::chrono::seconds(1)};
+  const ConnectionServices services{engine, watcher, std::chrono::seconds(1)};
   MemoryChannel channel({reinterpret_cast<const char*>(data), size});
   Connection(channel, services, [](int) {}).Serve();
 }
