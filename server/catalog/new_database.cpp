@@ -111,12 +111,8 @@ void RegisterSystemTables(Catalog& catalog, std::string_view definitions, int fi
         catalog.AddObject(table.table.name, is_view ? "V" : "S", 0, 0, first_id++);
     std::int64_t colid = 0;
     for (const ColumnDefinition& definition : table.columns) {
-      CatalogColumn column;
-      column.name = definition.name;
-      column.colid = ++colid;
-      column.type = definition.type;
+      CatalogColumn column = PlainColumn(definition.name, ++colid, definition.type);
       column.is_sysname = definition.type_name == "sysname";
-      if (FamilyOf(column.type.id) == TypeFamily::kText) column.collation = kDefaultCollation;
       catalog.AddColumn(id, column);
     }
   }

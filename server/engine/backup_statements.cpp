@@ -184,14 +184,13 @@ BackupHeader HeaderFor(EngineSession& session, const DatabaseInfo& database,
 
 void NeedBackupRight(Workspace& workspace, const DatabaseInfo& database) {
   if (workspace.IsOwner(database)) return;
-  const std::string schema = QuoteName(workspace.Open(database)) + ".";
   constexpr int kBackupOperators = 16389;
-  const bool may = workspace.connection().IntegerOf(
-                       0,
-                       "select count(*) from " + schema + "sysusers u join " + schema +
-                           "sysmembers m on m.memberuid = u.uid where m.groupuid = ?1 and u.sid = "
-                           "(select sid from main.syslogins where name = ?2)",
-                       kBackupOperators, workspace.login().name) > 0;
+  const bool may = workspace.CatalogOf(database.name)
+                       .IntegerOf(0,
+                                  "select count(*) from {}sysusers u join {}sysmembers m on "
+                                  "m.memberuid = u.uid where m.groupuid = ?1 and u.sid = (select "
+                                  "sid from main.syslogins where name = ?2)",
+                                  kBackupOperators, workspace.login().name) > 0;
   if (!may) Fail(262, {"BACKUP DATABASE", database.name});
 }
 

@@ -60,12 +60,7 @@ void ObjectDefinition::CreateView(const CreateViewStatement& statement) {
   }
   std::int64_t colid = 0;
   for (const ResultColumn& source : columns) {
-    CatalogColumn column;
-    column.name = source.name;
-    column.colid = ++colid;
-    column.type = source.type;
-    if (FamilyOf(column.type.id) == TypeFamily::kText) column.collation = kDefaultCollation;
-    catalog.AddColumn(place.object.id, column);
+    catalog.AddColumn(place.object.id, PlainColumn(source.name, ++colid, source.type));
   }
   scope.Commit();
 }

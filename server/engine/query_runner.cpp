@@ -221,16 +221,7 @@ ServerMessage QueryRunner::ForeignKeyFailure(const FoundObject& target, const st
   }
   ServerMessage message = MakeMessage(547);
   const auto failed = [&](const CatalogForeignKey& key) {
-    std::string orphan = "select 1 from " + catalog.Path(key.child_table) + " c where ";
-    std::string match;
-    for (std::size_t i = 0; i < key.child_columns.size(); ++i) {
-      const std::string column = "c." + QuoteName(key.child_columns[i]);
-      orphan += column + " is not null and ";
-      match += (i == 0 ? "" : " and ") + ("p." + QuoteName(key.parent_columns[i])) + " = " + column;
-    }
-    orphan += "not exists (select 1 from " + catalog.Path(key.parent_table) + " p where " + match +
-              ") limit 1";
-    if (connection.IntegerOf(0, orphan) == 0) return false;
+    if (connection.IntegerOf(0, catalog.OrphanSql(key)) == 0) return false;
     const bool referencing = key.child == target.object.id;
     const auto& columns = referencing ? key.parent_columns : key.child_columns;
     message =

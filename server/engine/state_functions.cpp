@@ -44,9 +44,8 @@ std::optional<FoundObject> FindByName(const StateContext& context, const std::st
 Cell UserName(const StateContext& context, const Arguments&) {
   Workspace& workspace = context.workspace;
   if (workspace.login().sysadmin) return std::string("dbo");
-  const std::string name = workspace.connection().TextOf(
-      "select name from " + workspace.CatalogOf("").Path("sysusers") +
-          " where sid = (select sid from main.syslogins where name = ?1)",
+  const std::string name = workspace.CatalogOf("").TextOf(
+      "select name from {}sysusers where sid = (select sid from main.syslogins where name = ?1)",
       workspace.login().name);
   return name.empty() ? "guest" : name;
 }

@@ -103,11 +103,11 @@ std::string Workspace::Open(const DatabaseInfo& database) {
   attached_.push_back({database.dbid, file.generation});
   if (!login_.sysadmin) {
     const bool known =
-        connection_.IntegerOf(0,
-                              "select count(*) from " + alias +
-                                  ".sysusers where hasdbaccess = 1 and (name = 'guest' or sid = "
-                                  "(select sid from main.syslogins where name = ?1))",
-                              login_.name) > 0;
+        Catalog(connection_, alias)
+            .IntegerOf(0,
+                       "select count(*) from {}sysusers where hasdbaccess = 1 and (name = 'guest' "
+                       "or sid = (select sid from main.syslogins where name = ?1))",
+                       login_.name) > 0;
     const bool open_to_all = database.dbid <= 4;
     if (!known && !open_to_all) {
       Detach(database.dbid);
@@ -161,13 +161,13 @@ void Workspace::SetCurrent(const DatabaseInfo& database) {
 
 bool Workspace::IsOwner(const DatabaseInfo& database) {
   if (login_.sysadmin) return true;
-  const std::string users = QuoteName(Open(database)) + ".";
-  return connection_.IntegerOf(
-             0,
-             "select count(*) from " + users + "sysusers u left join " + users +
-                 "sysmembers m on m.memberuid = u.uid and m.groupuid = 16384 where u.sid = (select "
-                 "sid from main.syslogins where name = ?1) and (u.uid = 1 or m.groupuid = 16384)",
-             login_.name) > 0;
+  return Catalog(connection_, Open(database))
+             .IntegerOf(
+                 0,
+                 "select count(*) from {}sysusers u left join {}sysmembers m on m.memberuid = "
+                 "u.uid and m.groupuid = 16384 where u.sid = (select sid from main.syslogins where "
+                 "name = ?1) and (u.uid = 1 or m.groupuid = 16384)",
+                 login_.name) > 0;
 }
 
 bool Workspace::Holds(int dbid, std::int64_t object_id) const {
@@ -216,9 +216,9 @@ std::int64_t Workspace::NextIdentity(const std::string& alias, std::int64_t tabl
   const auto [found, is_new] = identities_.try_emplace({alias, table});
   Counter& counter = found->second;
   if (is_new) {
-    SqliteStatement row = connection_.Prepare(
-        "select seed, increment, last from " + QuoteName(alias) + ".\"#identity\" where id = ?1",
-        table);
+    SqliteStatement row =
+        Catalog(connection_, alias)
+            .Prepare("select seed, increment, last from {}\"#identity\" where id = ?1", table);
     if (!row.Step()) throw std::runtime_error("identity column without a counter");
     counter.increment = row.Integer(1);
     counter.next = row.IsNull(2) ? row.Integer(0) : row.Integer(2) + counter.increment;
