@@ -1,6 +1,7 @@
 # The local server's language, storage and catalog, with their tests.
 find_package(SQLite3 REQUIRED)
 find_package(Threads REQUIRED)
+find_package(ZLIB REQUIRED)
 
 # The language: lexer, parser, translator to SQLite, data types and their functions.
 add_library(dbkeeper_server_sql STATIC
@@ -44,7 +45,7 @@ add_library(dbkeeper_server_engine STATIC
   server/catalog/sample_data.cpp
   server/catalog/sample_instance.cpp
   server/catalog/system_tables.cpp
-  server/engine/backup_file.cpp
+  server/engine/backup_medium.cpp
   server/engine/backup_statements.cpp
   server/engine/cursor.cpp
   server/engine/database_definition.cpp
@@ -82,7 +83,8 @@ add_library(dbkeeper_server_engine STATIC
   server/procedures/user_procedures.cpp
 )
 target_include_directories(dbkeeper_server_engine PUBLIC ${CMAKE_SOURCE_DIR})
-target_link_libraries(dbkeeper_server_engine PUBLIC dbkeeper_server_sql Threads::Threads crypt)
+target_link_libraries(dbkeeper_server_engine PUBLIC dbkeeper_server_sql Threads::Threads ZLIB::ZLIB
+  crypt)
 
 dbkeeper_test(server_sql_tests
   SOURCES

@@ -204,7 +204,7 @@ class KeysetCursor : public EngineCursor {
   }
 
   void Note(std::int64_t id) {
-    if (session().workspace().interrupted()) Fail(3617);
+    session().workspace().StopIfInterrupted();
     ids_.push_back(id);
   }
 

@@ -246,34 +246,30 @@ int QuietFile::OnBusy(void* self, int) {
 
 void QuietFile::Check(int code) const {
   if (code == SQLITE_OK) return;
-  if (workspace_.interrupted()) Fail(3617);
+  workspace_.StopIfInterrupted();
   if ((code & 0xFF) == SQLITE_BUSY) Fail(3101);
   throw SqliteError(connection_.handle());
 }
 
-sqlite3_file* DatabaseBytes::File() const {
-  sqlite3_file* file = nullptr;
-  sqlite3_file_control(connection_.handle(), "main", SQLITE_FCNTL_FILE_POINTER, &file);
-  return file;
+DatabaseBytes::DatabaseBytes(const SqliteConnection& connection) {
+  sqlite3_file_control(connection.handle(), "main", SQLITE_FCNTL_FILE_POINTER, &file_);
 }
 
 std::int64_t DatabaseBytes::Size() const {
-  sqlite3_file* const file = File();
   sqlite3_int64 size = 0;
-  if (file->pMethods->xFileSize(file, &size) != SQLITE_OK) {
+  if (file_->pMethods->xFileSize(file_, &size) != SQLITE_OK) {
     throw std::system_error(EIO, std::generic_category(), "size");
   }
   return size;
 }
 
 void DatabaseBytes::Read(std::int64_t offset, char* bytes, std::size_t count) const {
-  sqlite3_file* const file = File();
-  if (file->pMethods->xRead(file, bytes, static_cast<int>(count), offset) != SQLITE_OK) {
+  if (file_->pMethods->xRead(file_, bytes, static_cast<int>(count), offset) != SQLITE_OK) {
     throw std::system_error(EIO, std::generic_category(), "read");
   }
 }
 
-std::optional<DatabaseBytes> HoldFile(Workspace& workspace, const DatabaseInfo& database) {
+std::optional<SqliteConnection> HoldFile(Workspace& workspace, const DatabaseInfo& database) {
   constexpr int kPatience = 200;  // milliseconds
   const std::string file = workspace.instance().FileOf(database.dbid).string();
   SqliteConnection writer(file);
@@ -293,7 +289,7 @@ std::optional<DatabaseBytes> HoldFile(Workspace& workspace, const DatabaseInfo& 
   // everybody from folding in more.
   reader.Execute("begin");
   OpenLog(reader);
-  return DatabaseBytes(std::move(reader));
+  return reader;
 }
 
 bool IsTaken(Workspace& workspace, const std::filesystem::path& file) {

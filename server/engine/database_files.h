@@ -88,22 +88,20 @@ class QuietFile {
 // own would take SQLite's locks with it when it is closed.
 class DatabaseBytes {
  public:
-  explicit DatabaseBytes(SqliteConnection connection) : connection_(std::move(connection)) {}
+  explicit DatabaseBytes(const SqliteConnection& connection);
 
   // Both throw std::system_error.
   std::int64_t Size() const;
   void Read(std::int64_t offset, char* bytes, std::size_t count) const;
 
  private:
-  sqlite3_file* File() const;
-
-  SqliteConnection connection_;
+  sqlite3_file* file_ = nullptr;
 };
 
 // The file of a database as it is at this moment, its log folded in, and as it stays while this
 // lives: what others write stays in the log. None when somebody reads an earlier state or writes
 // for long, for then the log cannot be folded in.
-std::optional<DatabaseBytes> HoldFile(Workspace& workspace, const DatabaseInfo& database);
+std::optional<SqliteConnection> HoldFile(Workspace& workspace, const DatabaseInfo& database);
 
 // True when the file is one of a database's or of the instance itself.
 bool IsTaken(Workspace& workspace, const std::filesystem::path& file);

@@ -193,7 +193,7 @@ bool EngineSession::Skips(const Statement& statement) {
 void EngineSession::Run(const Statement& statement, const Execution& execution) {
   StatementEnd end;
   try {
-    if (workspace_.interrupted()) Fail(3617);
+    workspace_.StopIfInterrupted();
     if (!Skips(statement)) end = RunStatement(*this, statement, execution);
   } catch (const SqlError& error) {
     // A message made away from the text has the line of its statement.

@@ -6,6 +6,7 @@
 #include "server/engine/permissions.h"
 #include "server/engine/table_definition.h"
 #include "server/sql/constraint_errors.h"
+#include "server/sql/parser.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {
@@ -28,6 +29,16 @@ std::string InColumn(const std::string& column) {
 
 }  // namespace
 
+std::vector<ResultColumn> DeclaredColumns(std::string_view columns) {
+  const std::vector<Statement> table = ParseBatch("create table t (" + std::string(columns) + ")");
+  std::vector<ResultColumn> declared;
+  for (const ColumnDefinition& column : std::get<CreateTableStatement>(table[0].node).columns) {
+    declared.emplace_back().name = column.name;
+    declared.back().type = column.type;
+  }
+  return declared;
+}
+
 void BindAll(SqliteStatement& statement, const Parameters& values) {
   const std::size_t wanted = std::min(values.size(), statement.ParameterCount());
   for (std::size_t i = 0; i < wanted; ++i) statement.Bind(static_cast<int>(i + 1), values[i].value);
@@ -43,7 +54,7 @@ std::int64_t QueryRunner::SendRows(SqliteStatement& rows, ResultSink& sink) {
       workspace_.Interrupt();
       Fail(3617);
     }
-    if (workspace_.interrupted()) Fail(3617);
+    workspace_.StopIfInterrupted();
     if (limit > 0 && count >= limit) break;
   }
   return count;
@@ -144,7 +155,7 @@ std::int64_t QueryRunner::Execute(const Translation& translation, SqliteStatemen
   try {
     BindAll(statement, values);
     while (statement.Step()) {
-      if (workspace_.interrupted()) Fail(3617);
+      workspace_.StopIfInterrupted();
     }
     statement.Reset();
   } catch (const SqliteError& failure) {

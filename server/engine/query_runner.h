@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "server/engine/resolver.h"
@@ -73,6 +74,9 @@ class QueryRunner {
   Resolver& resolver_;
   std::optional<PreparedInsert> insert_;
 };
+
+// Columns of rows that are made up, declared as a table would: "name sysname, dbid smallint".
+std::vector<ResultColumn> DeclaredColumns(std::string_view columns);
 
 // Binds the values to ?1, ?2 ... of a statement, as far as it has them.
 void BindAll(SqliteStatement& statement, const Parameters& values);

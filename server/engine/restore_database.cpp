@@ -44,15 +44,15 @@ struct Targets {
   bool moved_log = false;
 };
 
-Targets TargetsOf(const BackupHeader& header, const RestoreOptions& options) {
+Targets TargetsOf(const BackupSet& set, const RestoreOptions& options) {
   Targets targets;
-  for (const BackedUpFile& file : header.files) {
+  for (const BackedUpFile& file : set.files) {
     (file.type == 'D' ? targets.data : targets.log) = file.physical_name;
   }
   for (const BackupOption& move : options.moves) {
     const auto file = std::ranges::find_if(
-        header.files, [&](const BackedUpFile& f) { return SameName(f.logical_name, move.value); });
-    if (file == header.files.end()) Fail(3234, {move.value, header.database});
+        set.files, [&](const BackedUpFile& f) { return SameName(f.logical_name, move.value); });
+    if (file == set.files.end()) Fail(3234, {move.value, set.database});
     (file->type == 'D' ? targets.data : targets.log) = move.target;
     (file->type == 'D' ? targets.moved_data : targets.moved_log) = true;
   }
@@ -76,13 +76,13 @@ class Closed {
 
 class DatabaseRestore {
  public:
-  DatabaseRestore(EngineSession& session, const RestoreStatement& statement,
-                  const BackupPlace& from, const BackupSet& set)
+  DatabaseRestore(EngineSession& session, const RestoreStatement& statement, BackupMedium& medium,
+                  const BackupSet& set)
       : workspace_(session.workspace()),
         places_(workspace_.instance().places()),
         options_(OptionsOf(statement)),
         name_(statement.database),
-        from_(from),
+        medium_(medium),
         set_(set),
         existing_(workspace_.LookUpDatabase(statement.database)) {}
 
@@ -126,16 +126,15 @@ class DatabaseRestore {
     if (options_.replace) return;
     std::string family;
     if (IsDatabaseFile(OldPlace().data)) family = LabelOfFile(OldPlace().data).family;
-    const BackupHeader& header = set_.header;
-    const bool same = family.empty() || header.family.empty()
-                          ? SameName(header.database, existing_->name)
-                          : family == header.family;
+    const bool same = family.empty() || set_.family.empty()
+                          ? SameName(set_.database, existing_->name)
+                          : family == set_.family;
     if (!same) Fail(3154, {existing_->name});
   }
 
   // Without a move the files go where the database has them now, else where they were backed up.
   void ChoosePlace() {
-    const Targets targets = TargetsOf(set_.header, options_);
+    const Targets targets = TargetsOf(set_, options_);
     const std::string now_data =
         existing_ ? workspace_.connection().TextOf(
                         "select filename from main.sysdatabases where dbid = ?1", existing_->dbid)
@@ -174,27 +173,17 @@ class DatabaseRestore {
       problem = 5170;
     }
     if (problem == 0) return file;
-    const auto listed = std::ranges::find(set_.header.files, type, &BackedUpFile::type);
+    const auto listed = std::ranges::find(set_.files, type, &BackedUpFile::type);
     Fail(3156, {listed->logical_name, text, MakeMessage(problem, {text}).text});
   }
 
   // Writes the database's file from the backup and labels it, beside its final place.
   void Unpack(const std::filesystem::path& file) {
-    const auto keep_going = [this] { return !workspace_.interrupted(); };
-    try {
-      HostFile target = HostFile::Make(file);
-      if (!ReadBackupData(
-              from_.file, set_, [&](std::string_view part) { target.Write(part); }, keep_going)) {
-        Fail(3617);
-      }
-      target.Sync();
-    } catch (const MalformedBackup&) {
-      Fail(3241, {from_.physical_name});
-    }
-    if (!IsDatabaseFile(file)) Fail(3241, {from_.physical_name});
+    medium_.Unpack(workspace_, set_, file);
+    if (!IsDatabaseFile(file)) medium_.Refuse();
     label_ = LabelOfFile(file);
     if (label_.family.empty()) label_.family = RandomBytes();
-    for (const BackedUpFile& listed : set_.header.files) {
+    for (const BackedUpFile& listed : set_.files) {
       (listed.type == 'D' ? label_.data_name : label_.log_name) = listed.logical_name;
     }
     LabelFile(file, label_);
@@ -265,7 +254,7 @@ class DatabaseRestore {
   DatabasePlaces& places_;
   const RestoreOptions options_;
   const std::string name_;
-  const BackupPlace& from_;
+  BackupMedium& medium_;
   const BackupSet& set_;
   const std::optional<DatabaseInfo> existing_;
   DatabasePlace place_;
@@ -276,12 +265,12 @@ class DatabaseRestore {
 }  // namespace
 
 void RestoreDatabase(EngineSession& session, const RestoreStatement& statement,
-                     const BackupPlace& place, const BackupSet& set, ResultSink& sink) {
+                     BackupMedium& medium, const BackupSet& set, ResultSink& sink) {
   const auto begin = std::chrono::steady_clock::now();
-  DatabaseRestore(session, statement, place, set).Run();
-  TellProcessed(sink, statement.database, set.header, 1);
+  DatabaseRestore(session, statement, medium, set).Run();
+  TellProcessed(sink, statement.database, set, 1);
   const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
-  TellFinished(sink, "RESTORE DATABASE", set.header.data_size, seconds.count());
+  TellFinished(sink, "RESTORE DATABASE", set.data_size, seconds.count());
 }
 
 }  // namespace dbkeeper::server

@@ -211,7 +211,7 @@ void RunOne(const Context& c, const WaitForStatement& statement) {
   if (statement.time) throw Unsupported("waitfor time");
   const auto end = std::chrono::steady_clock::now() + DelayOf(statement.text);
   while (std::chrono::steady_clock::now() < end) {
-    if (c.workspace.interrupted()) Fail(3617);
+    c.workspace.StopIfInterrupted();
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
   }
 }

@@ -17,19 +17,6 @@ constexpr std::size_t kMostAttached = 9;
 
 std::string AliasOf(int dbid) { return dbid == kMasterId ? "main" : "d" + std::to_string(dbid); }
 
-// The file for ATTACH, which must be there already.
-std::string UriOf(const std::filesystem::path& file) {
-  std::string uri = "file:";
-  for (const char c : file.string()) {
-    if (c == '%' || c == '?' || c == '#') {
-      uri += c == '%' ? "%25" : c == '?' ? "%3f" : "%23";
-    } else {
-      uri += c;
-    }
-  }
-  return uri + "?mode=rw";
-}
-
 }  // namespace
 
 Workspace::Workspace(InstanceState& instance, LoginInfo login, ServerState& state)
@@ -99,7 +86,7 @@ std::string Workspace::Open(const DatabaseInfo& database) {
   }
   Detach(database.dbid);
   MakeRoomToAttach();
-  connection_.Run("attach ?1 as " + alias, UriOf(instance_.FileOf(database.dbid)));
+  connection_.Run("attach ?1 as " + alias, FileUri(instance_.FileOf(database.dbid), "mode=rw"));
   attached_.push_back({database.dbid, file.generation});
   if (!login_.sysadmin) {
     const bool known =
@@ -241,6 +228,10 @@ void Workspace::SaveIdentities() {
 void Workspace::Interrupt() {
   interrupted_ = true;
   sqlite3_interrupt(connection_.handle());
+}
+
+void Workspace::StopIfInterrupted() const {
+  if (interrupted_) Fail(3617);
 }
 
 int Workspace::OnBusy(void* self, int calls) {

@@ -112,6 +112,8 @@ class Workspace {
   void Interrupt();
   void ClearInterrupt() { interrupted_ = false; }
   bool interrupted() const { return interrupted_; }
+  // Throws SqlError 3617.
+  void StopIfInterrupted() const;
 
   std::int64_t last_row_count = 0;
   int last_error = 0;
