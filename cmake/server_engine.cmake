@@ -53,7 +53,6 @@ add_library(dbkeeper_server_engine STATIC
   server/engine/database_places.cpp
   server/engine/engine_session.cpp
   server/engine/host_file.cpp
-  server/engine/instance.cpp
   server/engine/instance_state.cpp
   server/engine/object_definition.cpp
   server/engine/permissions.cpp
@@ -69,17 +68,13 @@ add_library(dbkeeper_server_engine STATIC
   server/engine/table_definition.cpp
   server/engine/workspace.cpp
   server/procedures/database_procedures.cpp
-  server/procedures/device_procedures.cpp
-  server/procedures/file_procedures.cpp
   server/procedures/job_procedures.cpp
   server/procedures/login_procedures.cpp
   server/procedures/metadata_procedures.cpp
   server/procedures/object_procedures.cpp
   server/procedures/procedure_call.cpp
   server/procedures/procedure_table.cpp
-  server/procedures/process_procedures.cpp
   server/procedures/property_procedures.cpp
-  server/procedures/role_procedures.cpp
   server/procedures/user_procedures.cpp
 )
 target_include_directories(dbkeeper_server_engine PUBLIC ${CMAKE_SOURCE_DIR})

@@ -1,9 +1,9 @@
-#include "server/catalog/new_database.h"
+// What a new database starts with.
+#include "server/catalog/system_tables.h"
 
 #include <vector>
 
 #include "server/catalog/column_types.h"
-#include "server/catalog/system_tables.h"
 #include "server/sql/parser.h"
 #include "server/types/type_rules.h"
 

@@ -2,8 +2,11 @@
 // server's own dialect.
 #pragma once
 
+#include <string>
 #include <string_view>
 #include <vector>
+
+#include "server/catalog/catalog.h"
 
 namespace dbkeeper::server {
 
@@ -27,5 +30,17 @@ std::string_view DatabaseSystemTables();
 // The further tables of master and of msdb.
 std::string_view MasterSystemTables();
 std::string_view MsdbTables();
+
+// Makes the bare system tables and their SQLite indexes in the database `alias`.
+void MakeSystemTables(SqliteConnection& connection, const std::string& alias,
+                      std::string_view definitions);
+
+// Enters the tables of `definitions` into the catalog as system tables, ids from `first_id` on.
+void RegisterSystemTables(Catalog& catalog, std::string_view definitions, int first_id);
+
+// Makes the contents of an empty database: system tables, types, fixed users and roles; dbo is the
+// login with the security id `owner_sid`.
+void FillNewDatabase(SqliteConnection& connection, const std::string& alias,
+                     const std::string& owner_sid);
 
 }  // namespace dbkeeper::server

@@ -9,6 +9,7 @@
 #include "server/engine/database_files.h"
 #include "server/engine/error_chain.h"
 #include "server/engine/host_file.h"
+#include "server/engine/statements.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {

@@ -1,4 +1,4 @@
-// BACKUP DATABASE and what RESTORE reads of a medium.
+// What BACKUP DATABASE and RESTORE share.
 #pragma once
 
 #include <string>
@@ -9,13 +9,6 @@
 #include "server/sql/ast.h"
 
 namespace dbkeeper::server {
-
-// All of these throw SqlError; they tell the cause to `execution.sink` before.
-void RunBackup(EngineSession& session, const BackupStatement& statement,
-               const Execution& execution);
-// The number of rows sent; -1 when the statement sends none.
-std::int64_t RunRestore(EngineSession& session, const RestoreStatement& statement,
-                        const Execution& execution);
 
 // Throws SqlError 3206.
 BackupPlace PlaceOf(EngineSession& session, const std::vector<BackupDevice>& devices);

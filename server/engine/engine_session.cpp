@@ -4,7 +4,6 @@
 #include <array>
 #include <utility>
 
-#include "server/engine/cursor.h"
 #include "server/engine/state_functions.h"
 #include "server/engine/statements.h"
 #include "server/procedures/procedure_table.h"

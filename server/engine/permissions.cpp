@@ -1,8 +1,9 @@
-#include "server/engine/permissions.h"
+// What users may do with objects, as sysprotects holds it.
 
 #include <algorithm>
 #include <vector>
 
+#include "server/engine/statements.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <iterator>
 
-#include "server/engine/permissions.h"
 #include "server/engine/table_definition.h"
 #include "server/sql/constraint_errors.h"
 #include "server/sql/parser.h"

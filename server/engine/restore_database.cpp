@@ -234,19 +234,7 @@ class DatabaseRestore {
   void List(int dbid) {
     if (!place_.log.empty()) MakeLogFile(place_.log, label_.family);
     PendingFiles leftover(places_, Leftover(), PendingFiles::Purpose::kRemove);
-    SqliteConnection& connection = workspace_.connection();
-    WriteScope scope(workspace_, workspace_.FindDatabase("master"), "main");
-    if (existing_) {
-      connection.Run(
-          "update main.sysdatabases set filename = ?1, status = status & ~?2 where dbid = ?3",
-          data_text_, DatabaseStatus::kOffline, dbid);
-    } else {
-      ListDatabase(workspace_, dbid, {.name = name_, .file_name = data_text_});
-    }
-    places_.Store(connection, dbid, place_);
-    scope.Commit();
-    places_.Set(dbid, place_);
-    workspace_.instance().NewGeneration(dbid);
+    Enlist(workspace_, dbid, {.name = name_, .file_name = data_text_}, place_);
     leftover.Done();
   }
 

@@ -4,6 +4,7 @@
 
 #include "server/engine/backup_statements.h"
 #include "server/engine/error_chain.h"
+#include "server/engine/statements.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {

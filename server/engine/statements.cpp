@@ -5,12 +5,8 @@
 #include <chrono>
 #include <thread>
 
-#include "server/engine/backup_statements.h"
 #include "server/engine/database_definition.h"
-#include "server/engine/engine_session.h"
 #include "server/engine/object_definition.h"
-#include "server/engine/permissions.h"
-#include "server/engine/session_settings.h"
 #include "server/engine/state_functions.h"
 #include "server/engine/table_definition.h"
 #include "server/types/messages.h"

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <thread>
 
-#include "server/catalog/new_database.h"
 #include "server/catalog/system_tables.h"
 #include "server/types/messages.h"
 

@@ -84,4 +84,15 @@ class ProcedureCall {
   ResultSink& sink_;
 };
 
+// A change of the database the procedure runs in, or of another: made whole when it is committed.
+struct DatabaseChange {
+  explicit DatabaseChange(ProcedureCall& call, std::string_view database = {})
+      : catalog(call.workspace().CatalogOf(database)),
+        scope(call.workspace(),
+              database.empty() ? call.database() : call.workspace().FindDatabase(database),
+              catalog.alias()) {}
+  Catalog catalog;
+  WriteScope scope;
+};
+
 }  // namespace dbkeeper::server

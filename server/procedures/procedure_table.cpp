@@ -5,10 +5,8 @@
 namespace dbkeeper::server {
 
 const ProcedureRow* FindProcedure(std::string_view name) {
-  for (const auto family :
-       {DatabaseProcedures, DeviceProcedures, FileProcedures, JobProcedures, LoginProcedures,
-        MetadataProcedures, ObjectProcedures, ProcessProcedures, PropertyProcedures, RoleProcedures,
-        UserProcedures}) {
+  for (const auto family : {DatabaseProcedures, JobProcedures, LoginProcedures, MetadataProcedures,
+                            ObjectProcedures, PropertyProcedures, UserProcedures}) {
     for (const ProcedureRow& row : family()) {
       if (SameName(row.name, name)) return &row;
     }

@@ -18,15 +18,11 @@ void RunSystemProcedure(const ProcedureRow& row, EngineSession& session,
 
 // The families, one source each.
 std::span<const ProcedureRow> DatabaseProcedures();
-std::span<const ProcedureRow> DeviceProcedures();
-std::span<const ProcedureRow> FileProcedures();
 std::span<const ProcedureRow> JobProcedures();
 std::span<const ProcedureRow> LoginProcedures();
 std::span<const ProcedureRow> MetadataProcedures();
 std::span<const ProcedureRow> ObjectProcedures();
-std::span<const ProcedureRow> ProcessProcedures();
 std::span<const ProcedureRow> PropertyProcedures();
-std::span<const ProcedureRow> RoleProcedures();
 std::span<const ProcedureRow> UserProcedures();
 
 }  // namespace dbkeeper::server
