@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "server/engine/database_files.h"
+#include "server/engine/host_file.h"
 
 namespace dbkeeper::server {
 
@@ -95,11 +96,10 @@ std::string LockRows(Workspace& workspace) {
 }
 
 std::string FileRows(Workspace& workspace, const DatabaseInfo& database, const std::string& alias) {
-  constexpr std::int64_t kServerPage = 8192;
   const ListedFiles files = FilesOf(workspace, database, alias);
   const auto row = [&](const auto& file, const char* numbers, const char* status) {
-    return List({numbers, Number((file.bytes + kServerPage - 1) / kServerPage), "-1, 10", status,
-                 "0", Padded(file.logical_name, 128), Padded(file.physical_name, 260)});
+    return List({numbers, Number(ServerPages(file.bytes)), "-1, 10", status, "0",
+                 Padded(file.logical_name, 128), Padded(file.physical_name, 260)});
   };
   return ValuesSource("fileid, groupid, size, maxsize, growth, status, perf, name, filename",
                       {row(files.data, "1, 1", "1048578"), row(files.log, "2, 0", "1048642")});

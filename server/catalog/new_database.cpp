@@ -27,27 +27,15 @@ constexpr std::pair<const char*, const char*> kSystemIndexes[] = {
     {"#sysforeignkeys2", "sysforeignkeys(rkeyid)"},
 };
 
-struct FixedUser {
-  int uid;
-  const char* name;
-  bool is_role;
-};
-constexpr FixedUser kFixedUsers[] = {
-    {0, "public", true},
-    {1, "dbo", false},
-    {2, "guest", false},
-    {3, "INFORMATION_SCHEMA", false},
-    {4, "system_function_schema", false},
-    {16384, "db_owner", true},
-    {16385, "db_accessadmin", true},
-    {16386, "db_securityadmin", true},
-    {16387, "db_ddladmin", true},
-    {16389, "db_backupoperator", true},
-    {16390, "db_datareader", true},
-    {16391, "db_datawriter", true},
-    {16392, "db_denydatareader", true},
-    {16393, "db_denydatawriter", true},
-};
+// Users, and roles, which have themselves as their group; dbo is the login of the owner.
+constexpr CatalogSql kFillUsers = R"(
+with fixed(uid, name, is_role) as (values (0, 'public', 1), (1, 'dbo', 0), (2, 'guest', 0),
+  (3, 'INFORMATION_SCHEMA', 0), (4, 'system_function_schema', 0), (16384, 'db_owner', 1),
+  (16385, 'db_accessadmin', 1), (16386, 'db_securityadmin', 1), (16387, 'db_ddladmin', 1),
+  (16389, 'db_backupoperator', 1), (16390, 'db_datareader', 1), (16391, 'db_datawriter', 1),
+  (16392, 'db_denydatareader', 1), (16393, 'db_denydatawriter', 1))
+insert into {}sysusers select uid, 0, name, case uid when 1 then ?1 end, null, ?2, ?2, 0, null,
+  uid * is_role, null, uid = 1, 1 - is_role, 0, 0, 0, 1 - is_role, 0, is_role, 0 from fixed)";
 
 void FillTypes(SqliteConnection& connection, const std::string& table) {
   for (const SystemType& type : SystemTypes()) {
@@ -60,21 +48,6 @@ void FillTypes(SqliteConnection& connection, const std::string& table) {
                    variable ? 1 : 0, type.type, type.precision,
                    type.scale < 0 ? Cell() : Cell(static_cast<std::int64_t>(type.scale)),
                    type.collated ? Cell(std::string(kDefaultCollation)) : Cell());
-  }
-}
-
-void FillUsers(SqliteConnection& connection, const std::string& table,
-               const std::string& owner_sid) {
-  const std::int64_t now = CurrentTime();
-  for (const FixedUser& user : kFixedUsers) {
-    const bool is_dbo = user.uid == 1;
-    const Cell sid = is_dbo ? Cell(Blob{owner_sid}) : Cell();
-    const int is_user = user.is_role ? 0 : 1;
-    connection.Run("insert into " + table +
-                       " values (?, 0, ?, ?, null, ?, ?, 0, null, ?, null, ?, ?, 0, 0, 0, ?, 0, ?, "
-                       "0)",
-                   user.uid, user.name, sid, now, now, user.is_role ? user.uid : 0, is_dbo ? 1 : 0,
-                   is_user, is_user, user.is_role ? 1 : 0);
   }
 }
 
@@ -124,8 +97,8 @@ void FillNewDatabase(SqliteConnection& connection, const std::string& alias,
   Catalog catalog(connection, alias);
   RegisterSystemTables(catalog, DatabaseSystemTables(), 1);
   FillTypes(connection, catalog.Path("systypes"));
-  FillUsers(connection, catalog.Path("sysusers"), owner_sid);
-  connection.Run("insert into " + catalog.Path("sysmembers") + " values (1, 16384)");
+  catalog.Run(kFillUsers, Cell(Blob{owner_sid}), CurrentTime());
+  catalog.Run("insert into {}sysmembers values (1, 16384)");
 }
 
 }  // namespace dbkeeper::server

@@ -18,7 +18,6 @@ namespace {
 
 constexpr int kTempdb = 2;
 constexpr int kWriteError = 3202;
-constexpr std::int64_t kServerPage = 8192;
 
 // Options that change nothing here: what they ask for is done anyway or concerns tapes.
 constexpr std::string_view kIdleOptions[] = {"NOINIT", "NOFORMAT", "SKIP",     "NOSKIP",
@@ -297,8 +296,6 @@ BackupPlace PlaceOf(EngineSession& session, const std::vector<BackupDevice>& dev
   if (!place.file.has_filename()) Fail(3201, {place.physical_name});
   return place;
 }
-
-std::int64_t ServerPages(std::int64_t bytes) { return (bytes + kServerPage - 1) / kServerPage; }
 
 void TellProcessed(ResultSink& sink, const std::string& database, const BackupSet& set,
                    std::int64_t position) {

@@ -17,8 +17,7 @@ BackupPlace PlaceOf(EngineSession& session, const std::vector<BackupDevice>& dev
 void RestoreDatabase(EngineSession& session, const RestoreStatement& statement,
                      BackupMedium& medium, const BackupSet& set, ResultSink& sink);
 
-// Pages of 8 KB, and the message on how many were processed in the time.
-std::int64_t ServerPages(std::int64_t bytes);
+// The messages on how many pages were processed, and in which time.
 void TellProcessed(ResultSink& sink, const std::string& database, const BackupSet& set,
                    std::int64_t position);
 void TellFinished(ResultSink& sink, std::string_view verb, std::int64_t bytes, double seconds);

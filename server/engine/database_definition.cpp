@@ -14,7 +14,6 @@ namespace dbkeeper::server {
 
 namespace {
 
-constexpr int kLastSystemDatabase = 4;
 constexpr int kFileError = 5123;
 
 struct OptionRow {
@@ -214,7 +213,7 @@ void DatabaseDefinition::Detach(const std::string& name) {
   const std::optional<DatabaseInfo> database = workspace_.LookUpDatabase(name);
   if (!database) Fail(15010, {name});
   if (!workspace_.login().sysadmin) Fail(15247);
-  if (database->dbid <= kLastSystemDatabase) Fail(7940);
+  if (database->IsSystem()) Fail(7940);
   NeedUnused(*database, 3703);
   workspace_.Detach(database->dbid);
   const DatabasePlace place = workspace_.instance().places().Of(database->dbid);
@@ -250,7 +249,7 @@ void DatabaseDefinition::Drop(const std::string& name) {
   const std::optional<DatabaseInfo> database = workspace_.LookUpDatabase(name);
   if (!database) Fail(3701, {"database", name});
   NeedOwner(*database);
-  if (database->dbid <= kLastSystemDatabase) Fail(3708, {"database", name});
+  if (database->IsSystem()) Fail(3708, {"database", name});
   NeedUnused(*database, 3702);
   workspace_.Detach(database->dbid);
   DatabasePlaces& places = workspace_.instance().places();
@@ -312,7 +311,7 @@ bool DatabaseDefinition::SetOption(const DatabaseInfo& database, const std::stri
   constexpr std::int64_t kState = DatabaseStatus::kOffline | DatabaseStatus::kReadOnly |
                                   DatabaseStatus::kSingleUser | DatabaseStatus::kDboOnly;
   const bool closes = (row->set & kState) != 0;
-  if (closes && database.dbid <= kLastSystemDatabase) Fail(5058, {option, database.name});
+  if (closes && database.IsSystem()) Fail(5058, {option, database.name});
   if (closes && workspace_.instance().InUse(database.dbid, workspace_.spid())) {
     Fail(5070, {database.name});
   }

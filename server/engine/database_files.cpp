@@ -17,7 +17,6 @@ namespace dbkeeper::server {
 
 namespace {
 
-constexpr int kLastSystemDatabase = 4;
 constexpr std::int64_t kKilobyte = 1024;
 constexpr std::int64_t kMegabyte = kKilobyte * kKilobyte;
 constexpr std::int64_t kSmallestFile = 512 * kKilobyte;
@@ -83,12 +82,6 @@ std::filesystem::path PlaceNewFile(Workspace& workspace, const std::string& text
   }
   if (IsTaken(workspace, file) || std::filesystem::exists(file, ignored)) Fail(5170, {text});
   return file;
-}
-
-std::int64_t BytesOf(const std::filesystem::path& file) {
-  std::error_code ignored;
-  const auto bytes = std::filesystem::file_size(file, ignored);
-  return ignored ? 0 : static_cast<std::int64_t>(bytes);
 }
 
 // Reads something, for before that SQLite does not look for a log.
@@ -313,7 +306,7 @@ bool IsTaken(Workspace& workspace, const std::filesystem::path& file) {
 }
 
 int FreeDatabaseId(Workspace& workspace) {
-  int dbid = kLastSystemDatabase + 1;
+  int dbid = 1;
   while (workspace.LookUpDatabase(dbid)) ++dbid;
   return dbid;
 }

@@ -72,6 +72,12 @@ void SyncFolder(const std::filesystem::path& folder) {
   close(file);
 }
 
+std::int64_t BytesOf(const std::filesystem::path& file) {
+  std::error_code ignored;
+  const auto bytes = std::filesystem::file_size(file, ignored);
+  return ignored ? 0 : static_cast<std::int64_t>(bytes);
+}
+
 void RemoveWithLogs(const std::filesystem::path& path) {
   std::error_code ignored;
   for (const char* suffix : {"", "-wal", "-shm", "-journal"}) {

@@ -33,6 +33,11 @@ class HostFile {
 // Makes renames and removals in the folder last.
 void SyncFolder(const std::filesystem::path& folder);
 
+// 0 when it is not there.
+std::int64_t BytesOf(const std::filesystem::path& file);
+// In pages of 8 KB, as the server counts.
+inline std::int64_t ServerPages(std::int64_t bytes) { return (bytes + 8191) / 8192; }
+
 // Removes the file when it is there, and what SQLite keeps beside it.
 void RemoveWithLogs(const std::filesystem::path& path);
 

@@ -12,8 +12,6 @@ namespace dbkeeper::server {
 
 namespace {
 
-constexpr int kLastSystemDatabase = 4;
-
 constexpr std::string_view kIdleOptions[] = {"FILE",     "RECOVERY", "STATS",    "RESTART",
                                              "NOUNLOAD", "UNLOAD",   "NOREWIND", "REWIND"};
 
@@ -121,7 +119,7 @@ class DatabaseRestore {
   }
 
   void NeedReplaceable() {
-    if (existing_->dbid <= kLastSystemDatabase) throw Unsupported("restore of system databases");
+    if (existing_->IsSystem()) throw Unsupported("restore of system databases");
     if (existing_->dbid == workspace_.dbid()) Fail(3102, {name_});
     if (options_.replace) return;
     std::string family;

@@ -225,18 +225,15 @@ void TableDefinition::Switch(Work& work, const SwitchParts& action) {
       Fail(4917, {name});
     }
   }
-  SqliteStatement row = work.catalog.Prepare(
-      "select id, name from {}sysobjects where parent_obj = ?1 and (xtype = 'TR') = ?2 and xtype "
-      "in ('TR', 'C ', 'F ')",
-      work.found.object.id, action.triggers ? 1 : 0);
-  std::vector<std::int64_t> ids;
-  while (row.Step()) {
-    if (action.names.empty() || HasName(action.names, row.Bytes(1))) ids.push_back(row.Integer(0));
-  }
-  for (const std::int64_t id : ids) {
-    work.catalog.Run("update {}sysobjects set status = (status & ~?1) | ?2 where id = ?3",
-                     kDisabled, action.enable ? 0 : kDisabled, id);
-  }
+  const auto set = [&](const Cell& name) {
+    work.catalog.Run(
+        "update {}sysobjects set status = (status & ~?1) | ?2 where parent_obj = ?3 and xtype in "
+        "('TR', 'C ', 'F ') and (xtype = 'TR') = ?4 and (?5 is null or name = ?5)",
+        kDisabled, action.enable ? 0 : kDisabled, work.found.object.id, action.triggers ? 1 : 0,
+        name);
+  };
+  for (const std::string& name : action.names) set(name);
+  if (action.names.empty()) set({});
   Follow(work);
 }
 

@@ -16,6 +16,11 @@ constexpr std::size_t kMostAttached = 9;
 
 std::string AliasOf(int dbid) { return dbid == kMasterId ? "main" : "d" + std::to_string(dbid); }
 
+std::optional<DatabaseInfo> ReadDatabase(SqliteStatement& row) {
+  if (!row.Step()) return std::nullopt;
+  return DatabaseInfo{static_cast<int>(row.Integer(0)), row.Text(1), row.Integer(2)};
+}
+
 }  // namespace
 
 Workspace::Workspace(InstanceState& instance, LoginInfo login, ServerState& state)
@@ -47,19 +52,16 @@ std::optional<DatabaseInfo> Workspace::LookUpDatabase(std::string_view name) {
     database_by_name_ =
         connection_.Prepare("select dbid, name, status from main.sysdatabases where name = ?1");
   }
-  SqliteStatement& row = *database_by_name_;
-  row.Bind(1, name);
-  std::optional<DatabaseInfo> info;
-  if (row.Step()) info = {static_cast<int>(row.Integer(0)), row.Text(1), row.Integer(2)};
-  row.Reset();
+  database_by_name_->Bind(1, name);
+  std::optional<DatabaseInfo> info = ReadDatabase(*database_by_name_);
+  database_by_name_->Reset();
   return info;
 }
 
 std::optional<DatabaseInfo> Workspace::LookUpDatabase(int dbid) {
   SqliteStatement row =
       connection_.Prepare("select dbid, name, status from main.sysdatabases where dbid = ?1", dbid);
-  if (!row.Step()) return std::nullopt;
-  return DatabaseInfo{static_cast<int>(row.Integer(0)), row.Text(1), row.Integer(2)};
+  return ReadDatabase(row);
 }
 
 DatabaseInfo Workspace::FindDatabase(std::string_view name) {
@@ -94,8 +96,7 @@ std::string Workspace::Open(const DatabaseInfo& database) {
                        "select count(*) from {}sysusers where hasdbaccess = 1 and (name = 'guest' "
                        "or sid = (select sid from main.syslogins where name = ?1))",
                        login_.name) > 0;
-    const bool open_to_all = database.dbid <= 4;
-    if (!known && !open_to_all) {
+    if (!known && !database.IsSystem()) {
       Detach(database.dbid);
       Fail(916, {login_.name, database.name});
     }

@@ -36,6 +36,8 @@ struct DatabaseInfo {
   std::string name;
   std::int64_t status = 0;
   bool Has(std::int64_t bit) const { return (status & bit) != 0; }
+  // master, tempdb, model, msdb
+  bool IsSystem() const { return dbid <= 4; }
 };
 
 struct SessionOptions {

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "server/engine/database_definition.h"
+#include "server/engine/host_file.h"
 #include "server/procedures/procedure_table.h"
 #include "server/types/messages.h"
 
@@ -21,12 +22,6 @@ std::string Megabytes(std::int64_t bytes) {
   std::snprintf(text.data(), text.size(), "%.2f MB",
                 static_cast<double>(bytes) / (kKilobyte * kKilobyte));
   return text.data();
-}
-
-std::int64_t FileBytes(const std::string& path) {
-  std::error_code ignored;
-  const auto size = std::filesystem::file_size(path, ignored);
-  return ignored ? 0 : static_cast<std::int64_t>(size);
 }
 
 constexpr std::string_view kDatabases = R"(
@@ -127,9 +122,9 @@ void SpaceUsed(ProcedureCall& call) {
   const std::int64_t pages = Pragma(call, alias, "page_count");
   const std::int64_t free = Pragma(call, alias, "freelist_count");
   const std::string file = call.workspace().instance().FileOf(database.dbid).string();
-  call.Rows("database_name sysname, database_size nvarchar(18), [unallocated space] nvarchar(18)",
-            {{database.name, Megabytes(pages * page + FileBytes(file + "-wal")),
-              Megabytes(free * page)}});
+  call.Rows(
+      "database_name sysname, database_size nvarchar(18), [unallocated space] nvarchar(18)",
+      {{database.name, Megabytes(pages * page + BytesOf(file + "-wal")), Megabytes(free * page)}});
   PageUse use;
   SqliteStatement part = call.sqlite().Prepare(
       "select coalesce(m.type, 'table'), sum(s.pgsize) from dbstat s left join " + schema +
