@@ -96,13 +96,13 @@ std::string LockRows(Workspace& workspace) {
 }
 
 std::string FileRows(Workspace& workspace, const DatabaseInfo& database, const std::string& alias) {
-  const ListedFiles files = FilesOf(workspace, database, alias);
-  const auto row = [&](const auto& file, const char* numbers, const char* status) {
+  const std::vector<ListedFile> files = FilesOf(workspace, database, alias);
+  const auto row = [&](const ListedFile& file, const char* numbers, const char* status) {
     return List({numbers, Number(ServerPages(file.bytes)), "-1, 10", status, "0",
                  Padded(file.logical_name, 128), Padded(file.physical_name, 260)});
   };
   return ValuesSource("fileid, groupid, size, maxsize, growth, status, perf, name, filename",
-                      {row(files.data, "1, 1", "1048578"), row(files.log, "2, 0", "1048642")});
+                      {row(files[0], "1, 1", "1048578"), row(files[1], "2, 0", "1048642")});
 }
 
 std::string ReferenceRows(Workspace&, const DatabaseInfo& database, const std::string& alias) {
@@ -145,18 +145,15 @@ std::string IndexRows(Workspace&, const DatabaseInfo&, const std::string& alias)
 struct LiveTable {
   std::string_view name;
   std::string (*source)(Workspace&, const DatabaseInfo&, const std::string& alias);
-  bool in_master_only;
 };
 
 constexpr LiveTable kLiveTables[] = {
-    {"sysprocesses",
-     [](Workspace& w, const DatabaseInfo&, const std::string&) { return ProcessRows(w); }, true},
-    {"syslockinfo",
-     [](Workspace& w, const DatabaseInfo&, const std::string&) { return LockRows(w); }, true},
-    {"sysfiles", FileRows, false},
-    {"sysreferences", ReferenceRows, false},
-    {"sysconstraints", ConstraintRows, false},
-    {"sysindexes", IndexRows, false},
+    {"sysprocesses", [](auto& workspace, auto&, auto&) { return ProcessRows(workspace); }},
+    {"syslockinfo", [](auto& workspace, auto&, auto&) { return LockRows(workspace); }},
+    {"sysfiles", FileRows},
+    {"sysreferences", ReferenceRows},
+    {"sysconstraints", ConstraintRows},
+    {"sysindexes", IndexRows},
 };
 
 struct SchemaView {

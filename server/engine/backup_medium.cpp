@@ -97,9 +97,9 @@ void Describe(SqliteConnection& medium, const BackupSet& set) {
   for (const Parameter& detail : set.details) row.Bind(++column, detail.value);
   row.Step();
   std::int64_t number = 0;
-  for (const BackedUpFile& file : set.files) {
+  for (const ListedFile& file : set.files) {
     medium.Run("insert into files values (?, ?, ?, ?, ?, ?)", set.position, ++number,
-               std::string(1, file.type), file.logical_name, file.physical_name, file.size);
+               std::string(1, file.type), file.logical_name, file.physical_name, file.bytes);
   }
   medium.Run("update sets set sum = ?1 where position = ?2", DescriptionSum(medium, set.position),
              set.position);

@@ -20,20 +20,12 @@ struct BackupPlace {
   std::filesystem::path file;
 };
 
-// A file of the database as it was when it was backed up.
-struct BackedUpFile {
-  std::string logical_name;
-  std::string physical_name;
-  char type = 'D';  // 'D' data, 'L' log
-  std::int64_t size = 0;
-};
-
 struct BackupSet {
   std::int64_t position = 1;  // on its medium
   std::string family;         // of databases that are copies of each other; empty: unknown
   std::string database;
   std::int64_t data_size = 0;  // bytes
-  std::vector<BackedUpFile> files;
+  std::vector<ListedFile> files;
   // What else the medium's table "sets" has of it, in the order of its columns; for writing.
   Parameters details;
 };

@@ -31,7 +31,7 @@ struct BackupOptions {
   bool init = false;
 };
 
-std::int64_t PagesOf(const BackupSet& set, const BackedUpFile& file) {
+std::int64_t PagesOf(const BackupSet& set, const ListedFile& file) {
   return file.type == 'D' ? ServerPages(set.data_size) : 0;
 }
 
@@ -95,14 +95,14 @@ std::int64_t MediaSetOf(EngineSession& session, const BackupPlace& place,
 
 void RecordFiles(EngineSession& session, std::int64_t set_id, const BackupSet& set) {
   std::int64_t number = 0;
-  for (const BackedUpFile& file : set.files) {
+  for (const ListedFile& file : set.files) {
     const std::string& path = file.physical_name;
     Insert(session,
            "insert msdb.dbo.backupfile values (@id, 1, 1, case @type when 'D' then N'PRIMARY' end, "
            "8192, @number, @pages, @type, 512, @size, @name, @drive, @path)",
            {Number("@id", set_id), Number("@number", ++number),
             Text("@type", std::string(1, file.type)), Number("@pages", PagesOf(set, file)),
-            Number("@size", file.size), Text("@name", file.logical_name),
+            Number("@size", file.bytes), Text("@name", file.logical_name),
             Text("@drive", path.substr(0, path.find_first_of("\\/"))), Text("@path", path)});
   }
 }
@@ -141,15 +141,13 @@ BackupSet SetFor(EngineSession& session, const DatabaseInfo& database,
                  const BackupOptions& options) {
   Workspace& workspace = session.workspace();
   const std::string alias = workspace.Open(database);
-  const ListedFiles files = FilesOf(workspace, database, alias);
   const InstanceOptions& instance = workspace.instance().options();
   const std::int64_t created = workspace.connection().IntegerOf(
       0, "select crdate from main.sysdatabases where dbid = ?1", database.dbid);
   BackupSet set;
   set.family = ReadLabel(workspace.connection(), alias).family;
   set.database = database.name;
-  set.files = {{files.data.logical_name, files.data.physical_name, 'D', files.data.bytes},
-               {files.log.logical_name, files.log.physical_name, 'L', files.log.bytes}};
+  set.files = FilesOf(workspace, database, alias);
   set.details = {Id("@uuid", RandomBytes()),
                  Text("@name", options.name),
                  Text("@description", options.description),
@@ -299,7 +297,7 @@ BackupPlace PlaceOf(EngineSession& session, const std::vector<BackupDevice>& dev
 
 void TellProcessed(ResultSink& sink, const std::string& database, const BackupSet& set,
                    std::int64_t position) {
-  for (const BackedUpFile& file : set.files) {
+  for (const ListedFile& file : set.files) {
     sink.OnMessage(MakeMessage(4035, {std::to_string(PagesOf(set, file)), database,
                                       file.logical_name, std::to_string(position)}));
   }

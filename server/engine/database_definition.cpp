@@ -299,8 +299,9 @@ void DatabaseDefinition::NeedListedFile(const DatabaseInfo& database,
   } else {
     return;
   }
-  const ListedFiles files = FilesOf(workspace_, database, workspace_.Open(database));
-  if (!SameName(files.data.logical_name, wanted) && !SameName(files.log.logical_name, wanted)) {
+  const auto files = FilesOf(workspace_, database, workspace_.Open(database));
+  if (std::ranges::none_of(
+          files, [&](const ListedFile& file) { return SameName(file.logical_name, wanted); })) {
     Fail(5009);
   }
 }

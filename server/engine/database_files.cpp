@@ -148,19 +148,18 @@ void LabelFile(const std::filesystem::path& file, const FileLabel& label) {
   connection.Execute("commit");
 }
 
-ListedFiles FilesOf(Workspace& workspace, const DatabaseInfo& database, const std::string& alias) {
+std::vector<ListedFile> FilesOf(Workspace& workspace, const DatabaseInfo& database,
+                                const std::string& alias) {
   const DatabasePlace place = workspace.instance().places().Of(database.dbid);
   const FileLabel label = ReadLabel(workspace.connection(), alias);
   const std::string data_text = workspace.connection().TextOf(
       "select filename from main.sysdatabases where dbid = ?1", database.dbid);
   const std::string wal = place.data.string() + "-wal";
-  return {
-      .data = {.logical_name = label.data_name.empty() ? database.name + "_Data" : label.data_name,
-               .physical_name = data_text,
-               .bytes = std::max(BytesOf(place.data), label.data_bytes)},
-      .log = {.logical_name = label.log_name.empty() ? database.name + "_Log" : label.log_name,
-              .physical_name = place.log.empty() ? data_text + "-wal" : place.log_name,
-              .bytes = std::max(BytesOf(wal), label.log_bytes)}};
+  return {{label.data_name.empty() ? database.name + "_Data" : label.data_name, data_text, 'D',
+           std::max(BytesOf(place.data), label.data_bytes)},
+          {label.log_name.empty() ? database.name + "_Log" : label.log_name,
+           place.log.empty() ? data_text + "-wal" : place.log_name, 'L',
+           std::max(BytesOf(wal), label.log_bytes)}};
 }
 
 PlannedFiles PlanFiles(Workspace& workspace, const CreateDatabaseStatement& statement) {

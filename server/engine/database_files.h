@@ -15,16 +15,12 @@
 
 namespace dbkeeper::server {
 
-// The file of a database that its catalog lists.
+// A file of a database, as its catalog lists it or as it was when it was backed up.
 struct ListedFile {
   std::string logical_name;
   std::string physical_name;
+  char type = 'D';  // 'D' data, 'L' log
   std::int64_t bytes = 0;
-};
-
-struct ListedFiles {
-  ListedFile data;
-  ListedFile log;
 };
 
 // What a database's own file says of itself, so that it goes along with a copy of it.
@@ -45,8 +41,9 @@ bool IsDatabaseFile(const std::filesystem::path& file);
 FileLabel LabelOfFile(const std::filesystem::path& file);
 void LabelFile(const std::filesystem::path& file, const FileLabel& label);
 
-// The files of an open database (its alias in the workspace's connection).
-ListedFiles FilesOf(Workspace& workspace, const DatabaseInfo& database, const std::string& alias);
+// The data file and the log of an open database (its alias in the workspace's connection).
+std::vector<ListedFile> FilesOf(Workspace& workspace, const DatabaseInfo& database,
+                                const std::string& alias);
 
 // Where a new database goes, and what it says of itself. Throws SqlError 5103, 5104, 5105, 5169,
 // 5170, 5174, 1828.

@@ -22,20 +22,13 @@ constexpr int kFirstClient = 51;
 constexpr int kMasterId = 1;
 
 // Master, for looking up and changing logins outside of a session.
-class MasterConnection {
- public:
-  explicit MasterConnection(const InstanceState& state)
-      : connection_(state.FileOf(kMasterId).string()) {
-    constexpr int kWaitMilliseconds = 10'000;
-    RegisterServerFunctions(connection_.handle());
-    sqlite3_busy_timeout(connection_.handle(), kWaitMilliseconds);
-  }
-  SqliteConnection& operator*() { return connection_; }
-  SqliteConnection* operator->() { return &connection_; }
-
- private:
-  SqliteConnection connection_;
-};
+SqliteConnection OpenMaster(const InstanceState& state) {
+  constexpr int kWaitMilliseconds = 10'000;
+  SqliteConnection master(state.FileOf(kMasterId).string());
+  RegisterServerFunctions(master.handle());
+  sqlite3_busy_timeout(master.handle(), kWaitMilliseconds);
+  return master;
+}
 
 [[noreturn]] void Refuse(const std::string& user, const std::string& reason = {}) {
   throw LoginRefused{MakeMessage(18456, {user, reason})};
@@ -77,7 +70,8 @@ std::unique_ptr<Instance> Instance::Open(const InstanceOptions& options) {
   auto state = std::make_unique<InstanceState>(options);
   state->LockFolder();
   if (!std::filesystem::exists(state->FileOf(kMasterId))) MakeSampleInstance(options);
-  state->places().Load(*MasterConnection(*state));
+  SqliteConnection master = OpenMaster(*state);
+  state->places().Load(master);
   RenewTemporaryDatabase(*state);
   return state;
 }
@@ -241,13 +235,13 @@ void InstanceState::OnKill(std::function<void(int)> callback) {
 }
 
 void InstanceState::SetLoginPassword(const std::string& name, const std::string& password) {
-  MasterConnection master(*this);
-  master->Execute("begin immediate");
-  if (master->IntegerOf(0, "select 1 from main.syslogins where name = ?1", name) == 0) {
-    StoreLogin(*master, {.name = name, .sysadmin = true});
+  SqliteConnection master = OpenMaster(*this);
+  master.Execute("begin immediate");
+  if (master.IntegerOf(0, "select 1 from main.syslogins where name = ?1", name) == 0) {
+    StoreLogin(master, {.name = name, .sysadmin = true});
   }
-  StorePassword(*master, name, password);
-  master->Execute("commit");
+  StorePassword(master, name, password);
+  master.Execute("commit");
 }
 
 std::unique_ptr<Session> InstanceState::Login(const LoginRequest& request) {
@@ -255,15 +249,15 @@ std::unique_ptr<Session> InstanceState::Login(const LoginRequest& request) {
   LoginInfo login;
   std::string database = request.database;
   try {
-    MasterConnection master(*this);
-    if (!operates && SameName(request.user, "sa") && !HasPassword(*master, "sa")) {
+    SqliteConnection master = OpenMaster(*this);
+    if (!operates && SameName(request.user, "sa") && !HasPassword(master, "sa")) {
       Refuse(request.user,
              " Reason: The login has no password and cannot be used until one is set.");
     }
-    if (!operates && !PasswordFits(*master, request.user, request.password)) Refuse(request.user);
-    login = ReadLogin(*master, request.user, operates);
+    if (!operates && !PasswordFits(master, request.user, request.password)) Refuse(request.user);
+    login = ReadLogin(master, request.user, operates);
     if (database.empty()) {
-      database = master->TextOf("select dbname from main.syslogins where name = ?1", request.user);
+      database = master.TextOf("select dbname from main.syslogins where name = ?1", request.user);
     }
     if (database.empty()) database = "master";
     auto session = std::make_unique<EngineSession>(*this, login);

@@ -34,27 +34,24 @@ RestoreOptions OptionsOf(const RestoreStatement& statement) {
   return options;
 }
 
-// Where the database's files shall be, as the statement and the backup name them.
-struct Targets {
-  std::string data;
-  std::string log;
-  bool moved_data = false;
-  bool moved_log = false;
+// Where a file of the database shall be, as the statement or the backup names it.
+struct Target {
+  std::string text;
+  bool moved = false;
 };
 
-Targets TargetsOf(const BackupSet& set, const RestoreOptions& options) {
-  Targets targets;
-  for (const BackedUpFile& file : set.files) {
-    (file.type == 'D' ? targets.data : targets.log) = file.physical_name;
+Target TargetOf(char type, const BackupSet& set, const RestoreOptions& options) {
+  Target target;
+  for (const ListedFile& file : set.files) {
+    if (file.type == type) target.text = file.physical_name;
   }
   for (const BackupOption& move : options.moves) {
     const auto file = std::ranges::find_if(
-        set.files, [&](const BackedUpFile& f) { return SameName(f.logical_name, move.value); });
+        set.files, [&](const ListedFile& f) { return SameName(f.logical_name, move.value); });
     if (file == set.files.end()) Fail(3234, {move.value, set.database});
-    (file->type == 'D' ? targets.data : targets.log) = move.target;
-    (file->type == 'D' ? targets.moved_data : targets.moved_log) = true;
+    if (file->type == type) target = {move.target, true};
   }
-  return targets;
+  return target;
 }
 
 // Keeps every session out of a database. Throws SqlError 3101 when another is in it.
@@ -132,26 +129,24 @@ class DatabaseRestore {
 
   // Without a move the files go where the database has them now, else where they were backed up.
   void ChoosePlace() {
-    const Targets targets = TargetsOf(set_, options_);
-    const std::string now_data =
-        existing_ ? workspace_.connection().TextOf(
-                        "select filename from main.sysdatabases where dbid = ?1", existing_->dbid)
-                  : std::string();
-    if (existing_ && !targets.moved_data) {
+    const Target data = TargetOf('D', set_, options_);
+    const Target log = TargetOf('L', set_, options_);
+    if (existing_ && !data.moved) {
       place_.data = OldPlace().data;
-      data_text_ = now_data;
+      data_text_ = workspace_.connection().TextOf(
+          "select filename from main.sysdatabases where dbid = ?1", existing_->dbid);
     } else {
-      place_.data = NewPlace('D', targets.data);
-      data_text_ = targets.data;
+      place_.data = NewPlace('D', data.text);
+      data_text_ = data.text;
     }
     // The log of a database that was never given files of its own lies beside its data file.
-    const bool implied_log = !targets.moved_log && targets.log == targets.data + "-wal";
-    if (existing_ && !targets.moved_log) {
+    const bool implied_log = !log.moved && log.text == data.text + "-wal";
+    if (existing_ && !log.moved) {
       place_.log = OldPlace().log;
       place_.log_name = OldPlace().log_name;
     } else if (!implied_log) {
-      place_.log = NewPlace('L', targets.log);
-      place_.log_name = targets.log;
+      place_.log = NewPlace('L', log.text);
+      place_.log_name = log.text;
     }
     if (place_.log == place_.data) Fail(3176, {place_.log_name});
   }
@@ -171,7 +166,7 @@ class DatabaseRestore {
       problem = 5170;
     }
     if (problem == 0) return file;
-    const auto listed = std::ranges::find(set_.files, type, &BackedUpFile::type);
+    const auto listed = std::ranges::find(set_.files, type, &ListedFile::type);
     Fail(3156, {listed->logical_name, text, MakeMessage(problem, {text}).text});
   }
 
@@ -181,7 +176,7 @@ class DatabaseRestore {
     if (!IsDatabaseFile(file)) medium_.Refuse();
     label_ = LabelOfFile(file);
     if (label_.family.empty()) label_.family = RandomBytes();
-    for (const BackedUpFile& listed : set_.files) {
+    for (const ListedFile& listed : set_.files) {
       (listed.type == 'D' ? label_.data_name : label_.log_name) = listed.logical_name;
     }
     LabelFile(file, label_);
