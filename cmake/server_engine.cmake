@@ -38,7 +38,6 @@ target_link_libraries(dbkeeper_server_sql PUBLIC SQLite::SQLite3)
 
 add_library(dbkeeper_server_engine STATIC
   server/catalog/catalog.cpp
-  server/catalog/column_types.cpp
   server/catalog/live_tables.cpp
   server/catalog/login_store.cpp
   server/catalog/new_database.cpp
@@ -73,7 +72,6 @@ add_library(dbkeeper_server_engine STATIC
   server/procedures/metadata_procedures.cpp
   server/procedures/object_procedures.cpp
   server/procedures/procedure_call.cpp
-  server/procedures/procedure_table.cpp
   server/procedures/property_procedures.cpp
   server/procedures/user_procedures.cpp
 )

@@ -130,16 +130,14 @@ std::string ConstraintRows(Workspace&, const DatabaseInfo&, const std::string& a
 }
 
 std::string IndexRows(Workspace&, const DatabaseInfo&, const std::string& alias) {
-  const std::string quoted = QuoteText(alias);
-  return "(select id, status, first, indid, root, minlen, keycnt, groupid, "
-         "ms_state('table_pages', " +
-         quoted + ", id, indid) as dpages, ms_state('table_pages', " + quoted +
-         ", id, indid) as reserved, ms_state('table_pages', " + quoted +
-         ", id, indid) as used, ms_state('table_rows', " + quoted +
-         ", id) as rowcnt, rowmodctr, reserved3, reserved4, xmaxlen, maxirow, OrigFillFactor, "
+  const std::string pages = "ms_state('table_pages', " + QuoteText(alias) + ", id, indid)";
+  const std::string rows = "ms_state('table_rows', " + QuoteText(alias) + ", id)";
+  return "(select id, status, first, indid, root, minlen, keycnt, groupid, " + pages +
+         " as dpages, " + pages + " as reserved, " + pages + " as used, " + rows +
+         " as rowcnt, rowmodctr, reserved3, reserved4, xmaxlen, maxirow, OrigFillFactor, "
          "StatVersion, reserved2, FirstIAM, impid, lockflags, pgmodctr, keys, name, statblob, "
-         "maxlen, ms_state('table_rows', " +
-         quoted + ", id) as rows from " + QuoteName(alias) + ".sysindexes)";
+         "maxlen, " +
+         rows + " as rows from " + QuoteName(alias) + ".sysindexes)";
 }
 
 struct LiveTable {

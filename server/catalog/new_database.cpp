@@ -3,7 +3,6 @@
 
 #include <vector>
 
-#include "server/catalog/column_types.h"
 #include "server/sql/parser.h"
 #include "server/types/type_rules.h"
 

@@ -2,11 +2,13 @@
 // server's own dialect.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "server/catalog/catalog.h"
+#include "server/types/sql_type.h"
 
 namespace dbkeeper::server {
 
@@ -24,6 +26,27 @@ struct SystemType {
 };
 
 const std::vector<SystemType>& SystemTypes();
+
+// How a data type stands in syscolumns, and back.
+inline constexpr int kSysnameType = 256;
+// The number under which the catalog keeps Japanese_CI_AS.
+inline constexpr std::int64_t kJapaneseCollationId = 53265;
+inline constexpr const char* kDefaultCollation = "Japanese_CI_AS";
+
+struct StoredType {
+  int xtype = 0;
+  int xusertype = 0;
+  int length = 0;  // bytes
+  int xprec = 0;
+  int xscale = 0;
+  int type = 0;
+  int usertype = 0;
+  Cell prec;
+  Cell scale;
+};
+
+StoredType StoredTypeOf(const SqlType& type, bool is_sysname);
+SqlType TypeOfStored(int xtype, int length, int xprec, int xscale);
 
 // "create table" statements of the system tables every database has.
 std::string_view DatabaseSystemTables();

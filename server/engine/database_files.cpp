@@ -101,26 +101,12 @@ std::string DefaultFile(const DatabasePlaces& places, const std::string& databas
 }  // namespace
 
 FileLabel ReadLabel(SqliteConnection& connection, const std::string& alias) {
-  const std::string schema = QuoteName(alias) + ".";
-  FileLabel label;
-  if (connection.IntegerOf(
-          0, "select count(*) from " + schema + "sqlite_schema where name = '#label'") == 0) {
-    return label;
-  }
-  SqliteStatement row = connection.Prepare(
-      "select family, data_name, log_name, data_bytes, log_bytes from " + schema + "\"#label\"");
-  if (!row.Step()) return label;
+  Catalog catalog(connection, alias);
+  if (catalog.IntegerOf(0, "select 1 from {}sqlite_schema where name = '#label'") == 0) return {};
+  SqliteStatement row = catalog.Prepare(
+      "select family, data_name, log_name, data_bytes, log_bytes from {}\"#label\"");
+  if (!row.Step()) return {};
   return {row.Text(0), row.Text(1), row.Text(2), row.Integer(3), row.Integer(4)};
-}
-
-void WriteLabel(SqliteConnection& connection, const std::string& alias, const FileLabel& label) {
-  const std::string table = QuoteName(alias) + ".\"#label\"";
-  connection.Execute("create table if not exists " + table +
-                     "(family blob, data_name text, log_name text, data_bytes integer, log_bytes "
-                     "integer)");
-  connection.Execute("delete from " + table);
-  connection.Run("insert into " + table + " values (?, ?, ?, ?, ?)", Cell(Blob{label.family}),
-                 label.data_name, label.log_name, label.data_bytes, label.log_bytes);
 }
 
 bool IsDatabaseFile(const std::filesystem::path& file) {
@@ -143,8 +129,12 @@ FileLabel LabelOfFile(const std::filesystem::path& file) {
 
 void LabelFile(const std::filesystem::path& file, const FileLabel& label) {
   SqliteConnection connection(file.string());
-  connection.Execute("begin immediate");
-  WriteLabel(connection, "main", label);
+  connection.Execute(
+      "begin immediate; create table if not exists \"#label\"(family blob, data_name text, "
+      "log_name "
+      "text, data_bytes integer, log_bytes integer); delete from \"#label\"");
+  connection.Run("insert into \"#label\" values (?, ?, ?, ?, ?)", Cell(Blob{label.family}),
+                 label.data_name, label.log_name, label.data_bytes, label.log_bytes);
   connection.Execute("commit");
 }
 

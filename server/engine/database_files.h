@@ -34,7 +34,6 @@ struct FileLabel {
 
 // Of the database `alias` of the connection; all empty when it has none.
 FileLabel ReadLabel(SqliteConnection& connection, const std::string& alias);
-void WriteLabel(SqliteConnection& connection, const std::string& alias, const FileLabel& label);
 
 // True when the database file can be opened and is a database of this server.
 bool IsDatabaseFile(const std::filesystem::path& file);

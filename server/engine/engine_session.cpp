@@ -6,7 +6,7 @@
 
 #include "server/engine/state_functions.h"
 #include "server/engine/statements.h"
-#include "server/procedures/procedure_table.h"
+#include "server/procedures/procedure_call.h"
 #include "server/sql/parser.h"
 #include "server/types/messages.h"
 #include "server/types/type_rules.h"

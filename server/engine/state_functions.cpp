@@ -4,8 +4,8 @@
 #include <array>
 #include <charconv>
 
-#include "server/catalog/column_types.h"
 #include "server/catalog/login_store.h"
+#include "server/catalog/system_tables.h"
 #include "server/engine/host_file.h"
 #include "server/sql/parser.h"
 #include "server/types/messages.h"

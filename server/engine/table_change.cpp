@@ -1,7 +1,7 @@
 // The rest of TableDefinition: alter table and the renames.
 #include <algorithm>
 
-#include "server/catalog/column_types.h"
+#include "server/catalog/system_tables.h"
 #include "server/engine/table_definition.h"
 #include "server/types/messages.h"
 #include "server/types/type_rules.h"

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "server/catalog/column_types.h"
+#include "server/catalog/system_tables.h"
 #include "server/types/messages.h"
 #include "server/types/type_rules.h"
 

@@ -4,7 +4,7 @@
 
 #include "server/engine/database_definition.h"
 #include "server/engine/host_file.h"
-#include "server/procedures/procedure_table.h"
+#include "server/procedures/procedure_call.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {

@@ -1,6 +1,6 @@
 // What clients ask about sessions and locks, and drivers about tables, columns, keys, indexes and
 // types.
-#include "server/procedures/procedure_table.h"
+#include "server/procedures/procedure_call.h"
 
 namespace dbkeeper::server {
 

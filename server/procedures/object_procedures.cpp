@@ -4,7 +4,7 @@
 #include "server/engine/database_definition.h"
 #include "server/engine/state_functions.h"
 #include "server/engine/table_definition.h"
-#include "server/procedures/procedure_table.h"
+#include "server/procedures/procedure_call.h"
 #include "server/sql/parser.h"
 #include "server/types/conversion.h"
 #include "server/types/messages.h"

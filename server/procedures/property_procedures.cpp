@@ -1,5 +1,5 @@
 // Extended properties.
-#include "server/procedures/procedure_table.h"
+#include "server/procedures/procedure_call.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {

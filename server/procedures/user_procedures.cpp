@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <optional>
 
-#include "server/procedures/procedure_table.h"
+#include "server/procedures/procedure_call.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {
