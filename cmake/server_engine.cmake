@@ -2,6 +2,7 @@
 find_package(Boost REQUIRED)
 find_package(SQLite3 REQUIRED)
 find_package(Threads REQUIRED)
+find_package(ZLIB REQUIRED)
 
 # The language: lexer, parser, translator to SQLite, data types and their functions.
 add_library(dbkeeper_server_sql STATIC
@@ -37,14 +38,13 @@ target_link_libraries(dbkeeper_server_sql PUBLIC SQLite::SQLite3 PRIVATE Boost::
 
 add_library(dbkeeper_server_engine STATIC
   server/catalog/catalog.cpp
-  server/catalog/column_types.cpp
   server/catalog/live_tables.cpp
   server/catalog/login_store.cpp
   server/catalog/new_database.cpp
   server/catalog/sample_data.cpp
   server/catalog/sample_instance.cpp
   server/catalog/system_tables.cpp
-  server/engine/backup_file.cpp
+  server/engine/backup_medium.cpp
   server/engine/backup_statements.cpp
   server/engine/cursor.cpp
   server/engine/database_definition.cpp
@@ -52,7 +52,6 @@ add_library(dbkeeper_server_engine STATIC
   server/engine/database_places.cpp
   server/engine/engine_session.cpp
   server/engine/host_file.cpp
-  server/engine/instance.cpp
   server/engine/instance_state.cpp
   server/engine/object_definition.cpp
   server/engine/permissions.cpp
@@ -68,21 +67,17 @@ add_library(dbkeeper_server_engine STATIC
   server/engine/table_definition.cpp
   server/engine/workspace.cpp
   server/procedures/database_procedures.cpp
-  server/procedures/device_procedures.cpp
-  server/procedures/file_procedures.cpp
   server/procedures/job_procedures.cpp
   server/procedures/login_procedures.cpp
   server/procedures/metadata_procedures.cpp
   server/procedures/object_procedures.cpp
   server/procedures/procedure_call.cpp
-  server/procedures/procedure_table.cpp
-  server/procedures/process_procedures.cpp
   server/procedures/property_procedures.cpp
-  server/procedures/role_procedures.cpp
   server/procedures/user_procedures.cpp
 )
 target_include_directories(dbkeeper_server_engine PUBLIC ${CMAKE_SOURCE_DIR})
-target_link_libraries(dbkeeper_server_engine PUBLIC dbkeeper_server_sql Threads::Threads crypt)
+target_link_libraries(dbkeeper_server_engine PUBLIC dbkeeper_server_sql Threads::Threads ZLIB::ZLIB
+  crypt)
 
 dbkeeper_test(server_sql_tests
   SOURCES

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "server/catalog/column_types.h"
+#include "server/catalog/system_tables.h"
 #include "server/types/type_rules.h"
 
 namespace dbkeeper::server {
@@ -27,13 +27,14 @@ constexpr std::int64_t kDeleteCascade = 4096;
 constexpr std::int64_t kUpdateCascade = 8192;
 constexpr std::int64_t kDisabled = 16384;
 
-CatalogObject ReadObject(const SqliteStatement& row) {
-  return {.id = row.Integer(0),
-          .name = row.Text(1),
-          .xtype = std::string(TrimRight(row.Bytes(2))),
-          .parent = row.Integer(3),
-          .info = row.Integer(4),
-          .status = row.Integer(5)};
+std::optional<CatalogObject> ReadObject(SqliteStatement row) {
+  if (!row.Step()) return std::nullopt;
+  return CatalogObject{.id = row.Integer(0),
+                       .name = row.Text(1),
+                       .xtype = std::string(TrimRight(row.Bytes(2))),
+                       .parent = row.Integer(3),
+                       .info = row.Integer(4),
+                       .status = row.Integer(5)};
 }
 
 std::string QuotedList(const std::vector<std::string>& names) {
@@ -70,40 +71,50 @@ ColumnInfo ColumnInfoOf(const CatalogColumn& column) {
   return info;
 }
 
+ObjectInfo InfoOf(const CatalogTable& table) {
+  ObjectInfo info;
+  info.name = table.object.name;
+  for (const CatalogColumn& column : table.columns) info.columns.push_back(ColumnInfoOf(column));
+  return info;
+}
+
+CatalogColumn PlainColumn(std::string name, std::int64_t colid, const SqlType& type) {
+  CatalogColumn column;
+  column.name = std::move(name);
+  column.colid = colid;
+  column.type = type;
+  if (FamilyOf(type.id) == TypeFamily::kText) column.collation = kDefaultCollation;
+  return column;
+}
+
 Catalog::Catalog(SqliteConnection& connection, std::string alias)
     : connection_(connection), alias_(std::move(alias)), quoted_(QuoteName(alias_) + ".") {}
 
-std::string Catalog::Path(std::string_view name) const { return quoted_ + QuoteName(name); }
+std::string Catalog::Placed(CatalogSql sql) const {
+  std::string placed(sql.text);
+  for (std::size_t at = placed.find("{}"); at != std::string::npos; at = placed.find("{}", at)) {
+    placed.replace(at, 2, quoted_);
+    at += quoted_.size();
+  }
+  return placed;
+}
 
 std::optional<CatalogObject> Catalog::FindObject(std::string_view name) {
-  const SqliteStatement row = [&] {
-    SqliteStatement statement =
-        connection_.Prepare("select id, name, xtype, parent_obj, info, status from " + quoted_ +
-                                "sysobjects where name = ?1",
-                            name);
-    statement.Step();
-    return statement;
-  }();
-  if (row.IsNull(0)) return std::nullopt;
-  return ReadObject(row);
+  return ReadObject(Prepare(
+      "select id, name, xtype, parent_obj, info, status from {}sysobjects where name = ?1", name));
 }
 
 std::optional<CatalogObject> Catalog::FindObject(std::int64_t id) {
-  SqliteStatement row =
-      connection_.Prepare("select id, name, xtype, parent_obj, info, status from " + quoted_ +
-                              "sysobjects where id = ?1",
-                          id);
-  if (!row.Step()) return std::nullopt;
-  return ReadObject(row);
+  return ReadObject(Prepare(
+      "select id, name, xtype, parent_obj, info, status from {}sysobjects where id = ?1", id));
 }
 
 std::vector<CatalogColumn> Catalog::Columns(std::int64_t id) {
   std::vector<CatalogColumn> columns;
-  SqliteStatement row = connection_.Prepare(
+  SqliteStatement row = Prepare(
       "select c.name, c.colid, c.xtype, c.xusertype, c.length, c.xprec, c.xscale, c.isnullable, "
-      "c.collation, c.cdefault, c.colstat, i.seed, i.increment from " +
-          quoted_ + "syscolumns c left join " + quoted_ +
-          "\"#identity\" i on i.id = c.id and i.colid = c.colid where c.id = ?1 order by c.colid",
+      "c.collation, c.cdefault, c.colstat, i.seed, i.increment from {}syscolumns c left join "
+      "{}\"#identity\" i on i.id = c.id and i.colid = c.colid where c.id = ?1 order by c.colid",
       id);
   while (row.Step()) {
     CatalogColumn column;
@@ -125,33 +136,27 @@ std::vector<CatalogColumn> Catalog::Columns(std::int64_t id) {
 
 std::vector<CatalogIndex> Catalog::Indexes(std::int64_t id) {
   std::vector<CatalogIndex> indexes;
-  SqliteStatement row = connection_.Prepare("select indid, name, status, keys from " + quoted_ +
-                                                "sysindexes where id = ?1 order by indid",
-                                            id);
+  SqliteStatement row = Prepare(
+      "select i.indid, i.name, i.status, c.name, substr(i.keys, k.keyno, 1) = x'01' from "
+      "{}sysindexes i left join {}sysindexkeys k on k.id = i.id and k.indid = i.indid left join "
+      "{}syscolumns c on c.id = k.id and c.colid = k.colid where i.id = ?1 order by i.indid, "
+      "k.keyno",
+      id);
   while (row.Step()) {
-    CatalogIndex index{row.Integer(0), row.Text(1), row.Integer(2), {}};
-    const std::string directions = row.Text(3);
-    SqliteStatement key = connection_.Prepare(
-        "select c.name from " + quoted_ + "sysindexkeys k join " + quoted_ +
-            "syscolumns c on c.id = k.id and c.colid = k.colid where k.id = ?1 and k.indid = ?2 "
-            "order by k.keyno",
-        id, index.indid);
-    while (key.Step()) {
-      const std::size_t at = index.keys.size();
-      index.keys.push_back({key.Text(0), at < directions.size() && directions[at] != 0});
+    if (indexes.empty() || indexes.back().indid != row.Integer(0)) {
+      indexes.push_back({row.Integer(0), row.Text(1), row.Integer(2), {}});
     }
-    indexes.push_back(std::move(index));
+    if (!row.IsNull(3)) indexes.back().keys.push_back({row.Text(3), row.Integer(4) != 0});
   }
   return indexes;
 }
 
 std::vector<CatalogCheck> Catalog::Checks(std::int64_t id) {
   std::vector<CatalogCheck> checks;
-  SqliteStatement row = connection_.Prepare(
-      "select o.id, o.name, c.name, o.status from " + quoted_ + "sysobjects o left join " +
-          quoted_ +
-          "syscolumns c on c.id = o.parent_obj and c.colid = o.info where o.parent_obj = ?1 and "
-          "o.xtype = 'C ' order by o.id",
+  SqliteStatement row = Prepare(
+      "select o.id, o.name, c.name, o.status from {}sysobjects o left join {}syscolumns c on c.id "
+      "= o.parent_obj and c.colid = o.info where o.parent_obj = ?1 and o.xtype = 'C ' order by "
+      "o.id",
       id);
   while (row.Step()) {
     checks.push_back({.id = row.Integer(0),
@@ -163,18 +168,15 @@ std::vector<CatalogCheck> Catalog::Checks(std::int64_t id) {
   return checks;
 }
 
-std::vector<CatalogForeignKey> Catalog::ForeignKeys(std::string_view side, std::int64_t id) {
+std::vector<CatalogForeignKey> Catalog::ForeignKeys(const Cell& child, const Cell& parent) {
   std::vector<CatalogForeignKey> keys;
-  SqliteStatement row = connection_.Prepare(
+  SqliteStatement row = Prepare(
       "select f.constid, o.name, f.fkeyid, f.rkeyid, t.name, r.name, fc.name, rc.name, o.status "
-      "from " +
-          quoted_ + "sysforeignkeys f join " + quoted_ + "sysobjects o on o.id = f.constid join " +
-          quoted_ + "sysobjects t on t.id = f.fkeyid join " + quoted_ +
-          "sysobjects r on r.id = f.rkeyid join " + quoted_ +
-          "syscolumns fc on fc.id = f.fkeyid and fc.colid = f.fkey join " + quoted_ +
-          "syscolumns rc on rc.id = f.rkeyid and rc.colid = f.rkey where f." + std::string(side) +
-          " = ?1 order by f.constid, f.keyno",
-      id);
+      "from {}sysforeignkeys f join {}sysobjects o on o.id = f.constid join {}sysobjects t on t.id "
+      "= f.fkeyid join {}sysobjects r on r.id = f.rkeyid join {}syscolumns fc on fc.id = f.fkeyid "
+      "and fc.colid = f.fkey join {}syscolumns rc on rc.id = f.rkeyid and rc.colid = f.rkey where "
+      "f.fkeyid = ?1 or f.rkeyid = ?2 order by f.constid, f.keyno",
+      child, parent);
   while (row.Step()) {
     if (keys.empty() || keys.back().id != row.Integer(0)) {
       const std::int64_t status = row.Integer(8);
@@ -196,19 +198,15 @@ std::vector<CatalogForeignKey> Catalog::ForeignKeys(std::string_view side, std::
   return keys;
 }
 
-std::vector<CatalogForeignKey> Catalog::ReferencesTo(std::int64_t id) {
-  return ForeignKeys("rkeyid", id);
-}
-
 CatalogTable Catalog::Table(const CatalogObject& object) {
   return {object, Columns(object.id), Indexes(object.id), Checks(object.id),
-          ForeignKeys("fkeyid", object.id)};
+          ForeignKeys(object.id, {})};
 }
 
 std::string Catalog::ObjectText(std::int64_t id) {
   std::string text;
-  SqliteStatement row = connection_.Prepare(
-      "select text from " + quoted_ + "syscomments where id = ?1 order by number, colid", id);
+  SqliteStatement row =
+      Prepare("select text from {}syscomments where id = ?1 order by number, colid", id);
   while (row.Step()) text += row.Bytes(0);
   return text;
 }
@@ -218,8 +216,7 @@ std::int64_t Catalog::NewId() {
   constexpr std::int64_t kFirst = 1'977'058'079;
   constexpr std::int64_t kStep = 16'000'057;
   constexpr std::int64_t kRange = 2'147'483'647;
-  std::int64_t id = connection_.IntegerOf(
-      0, "select id from " + quoted_ + "sysobjects order by rowid desc limit 1");
+  std::int64_t id = IntegerOf(0, "select id from {}sysobjects order by rowid desc limit 1");
   id = id < 1000 ? kFirst : id;
   do {
     id = (id + kStep) % kRange;
@@ -232,11 +229,10 @@ std::int64_t Catalog::AddObject(std::string_view name, std::string_view xtype, s
   const std::int64_t id = fixed_id != 0 ? fixed_id : NewId();
   const std::string padded = std::string(xtype) + (xtype.size() == 1 ? " " : "");
   const std::string old_type(OldType(padded));
-  connection_.Run("insert into " + quoted_ +
-                      "sysobjects values (?1, ?2, ?3, 1, ?4, 0, 0, 0, ?5, ?6, 0, 0, 0, ?7, 1, ?8, "
-                      "0, ?6, 0, 0, 0, 0, 0, ?9, 0)",
-                  name, id, padded, info, parent, CurrentTime(), old_type, SystemStatus(xtype),
-                  xtype == "S" ? 2 : 0);
+  Run("insert into {}sysobjects values (?1, ?2, ?3, 1, ?4, 0, 0, 0, ?5, ?6, 0, 0, 0, ?7, 1, ?8, 0, "
+      "?6, 0, 0, 0, 0, 0, ?9, 0)",
+      name, id, padded, info, parent, CurrentTime(), old_type, SystemStatus(xtype),
+      xtype == "S" ? 2 : 0);
   return id;
 }
 
@@ -245,10 +241,8 @@ void Catalog::WriteColumn(std::int64_t id, const CatalogColumn& column) {
   const int status = (column.type.nullable ? 8 : 0) + (column.identity ? 128 : 0);
   const int colstat = (column.identity ? 1 : 0) + (column.row_guid ? 2 : 0);
   const Cell none;
-  connection_.Run(
-      "insert into " + quoted_ +
-          "syscolumns values (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, 0, 0, 0, ?10, ?11, 0, 0, ?9, "
-          "null, 0, ?12, null, ?13, ?14, ?15, null, ?16, ?17, 0, 0, ?18, ?19, null)",
+  Run("insert into {}syscolumns values (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, 0, 0, 0, ?10, ?11, 0, "
+      "0, ?9, null, 0, ?12, null, ?13, ?14, ?15, null, ?16, ?17, 0, 0, ?18, ?19, null)",
       column.name, id, stored.xtype, column.type.nullable ? 0 : 1, stored.xusertype, stored.length,
       stored.xprec, stored.xscale, column.colid, colstat, column.default_id,
       column.collation.empty() ? none : Cell(kJapaneseCollationId), status, stored.type,
@@ -258,16 +252,13 @@ void Catalog::WriteColumn(std::int64_t id, const CatalogColumn& column) {
 
 void Catalog::AddColumn(std::int64_t id, const CatalogColumn& column) {
   WriteColumn(id, column);
-  if (column.identity) {
-    connection_.Run("insert into " + quoted_ +
-                        "\"#identity\"(id, colid, seed, increment, last) values (?, ?, ?, ?, null)",
-                    id, column.colid, column.identity->seed, column.identity->increment);
-  }
+  if (!column.identity) return;
+  Run("insert into {}\"#identity\"(id, colid, seed, increment, last) values (?, ?, ?, ?, null)", id,
+      column.colid, column.identity->seed, column.identity->increment);
 }
 
 void Catalog::ChangeColumn(std::int64_t id, const CatalogColumn& column) {
-  connection_.Run("delete from " + quoted_ + "syscolumns where id = ? and colid = ?", id,
-                  column.colid);
+  Run("delete from {}syscolumns where id = ? and colid = ?", id, column.colid);
   WriteColumn(id, column);
 }
 
@@ -276,79 +267,70 @@ void Catalog::AddText(std::int64_t id, std::string_view text) {
   int row = 0;
   while (!text.empty() || row == 0) {
     const std::string_view piece = CutText(text, kCharactersPerRow, TextUnit::kUtf16Unit);
-    connection_.Run(
-        "insert into " + quoted_ + "syscomments values (?, 1, ?, 2, null, 2, 0, 0, 0, ?)", id,
-        ++row, piece);
+    Run("insert into {}syscomments values (?, 1, ?, 2, null, 2, 0, 0, 0, ?)", id, ++row, piece);
     text.remove_prefix(piece.size());
   }
 }
 
 void Catalog::ReplaceText(std::int64_t id, std::string_view text) {
-  connection_.Run("delete from " + quoted_ + "syscomments where id = ?", id);
+  Run("delete from {}syscomments where id = ?", id);
   AddText(id, text);
   Touch(id);
 }
 
 void Catalog::AddIndex(std::int64_t id, const CatalogIndex& index, const CatalogTable& table) {
   std::string directions;
-  for (const KeyColumn& key : index.keys) directions += key.descending ? '\1' : '\0';
-  connection_.Run("insert into " + quoted_ +
-                      "sysindexes values (?, ?, null, ?, null, 0, ?, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, "
-                      "0, 0, 0, null, 0, 0, 0, ?, ?, null, 0, 0)",
-                  id, index.status, index.indid, static_cast<std::int64_t>(index.keys.size()),
-                  index.keys.empty() ? Cell() : Cell(Blob{directions}), index.name);
   std::int64_t number = 0;
   for (const KeyColumn& key : index.keys) {
-    connection_.Run("insert into " + quoted_ + "sysindexkeys values (?, ?, ?, ?)", id, index.indid,
-                    table.FindColumn(key.name)->colid, ++number);
+    directions += key.descending ? '\1' : '\0';
+    Run("insert into {}sysindexkeys values (?, ?, ?, ?)", id, index.indid,
+        table.FindColumn(key.name)->colid, ++number);
   }
+  Run("insert into {}sysindexes values (?, ?, null, ?, null, 0, ?, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, "
+      "0, 0, 0, null, 0, 0, 0, ?, ?, null, 0, 0)",
+      id, index.status, index.indid, number, number == 0 ? Cell() : Cell(Blob{directions}),
+      index.name);
 }
 
 void Catalog::AddForeignKey(const CatalogForeignKey& key, const CatalogTable& child,
                             const CatalogTable& parent) {
-  connection_.Run("update " + quoted_ + "sysobjects set status = ? where id = ?",
-                  (key.delete_cascade ? kDeleteCascade : 0) +
-                      (key.update_cascade ? kUpdateCascade : 0) + (key.disabled ? kDisabled : 0),
-                  key.id);
+  Run("update {}sysobjects set status = ? where id = ?",
+      (key.delete_cascade ? kDeleteCascade : 0) + (key.update_cascade ? kUpdateCascade : 0) +
+          (key.disabled ? kDisabled : 0),
+      key.id);
   for (std::size_t i = 0; i < key.child_columns.size(); ++i) {
-    connection_.Run("insert into " + quoted_ + "sysforeignkeys values (?, ?, ?, ?, ?, ?)", key.id,
-                    key.child, key.parent, child.FindColumn(key.child_columns[i])->colid,
-                    parent.FindColumn(key.parent_columns[i])->colid,
-                    static_cast<std::int64_t>(i + 1));
+    Run("insert into {}sysforeignkeys values (?, ?, ?, ?, ?, ?)", key.id, key.child, key.parent,
+        child.FindColumn(key.child_columns[i])->colid,
+        parent.FindColumn(key.parent_columns[i])->colid, static_cast<std::int64_t>(i + 1));
   }
 }
 
 void Catalog::DropIndex(std::int64_t id, std::int64_t indid) {
-  connection_.Run("delete from " + quoted_ + "sysindexes where id = ? and indid = ?", id, indid);
-  connection_.Run("delete from " + quoted_ + "sysindexkeys where id = ? and indid = ?", id, indid);
+  Run("delete from {}sysindexes where id = ? and indid = ?", id, indid);
+  Run("delete from {}sysindexkeys where id = ? and indid = ?", id, indid);
 }
 
 void Catalog::DropObject(std::int64_t id) {
   std::vector<std::int64_t> parts;
-  SqliteStatement part =
-      connection_.Prepare("select id from " + quoted_ + "sysobjects where parent_obj = ?", id);
+  SqliteStatement part = Prepare("select id from {}sysobjects where parent_obj = ?", id);
   while (part.Step()) parts.push_back(part.Integer(0));
   for (const std::int64_t child : parts) DropObject(child);
   for (const char* table : {"sysobjects", "syscolumns", "sysindexes", "sysindexkeys", "syscomments",
-                            "sysprotects", "sysproperties", "\"#identity\""}) {
-    connection_.Run("delete from " + quoted_ + table + " where id = ?", id);
+                            "sysprotects", "sysproperties", "#identity"}) {
+    connection_.Run("delete from " + Path(table) + " where id = ?", id);
   }
-  connection_.Run("delete from " + quoted_ + "sysforeignkeys where constid = ?1 or fkeyid = ?1",
-                  id);
-  connection_.Run("update " + quoted_ + "syscolumns set cdefault = 0 where cdefault = ?", id);
+  Run("delete from {}sysforeignkeys where constid = ?1 or fkeyid = ?1", id);
+  Run("update {}syscolumns set cdefault = 0 where cdefault = ?", id);
 }
 
 void Catalog::DropColumn(std::int64_t id, std::int64_t colid) {
-  connection_.Run("delete from " + quoted_ + "syscolumns where id = ? and colid = ?", id, colid);
-  connection_.Run("delete from " + quoted_ + "\"#identity\" where id = ? and colid = ?", id, colid);
-  connection_.Run(
-      "delete from " + quoted_ + "sysproperties where id = ? and smallid = ? and type = 4", id,
-      colid);
+  Run("delete from {}syscolumns where id = ? and colid = ?", id, colid);
+  Run("delete from {}\"#identity\" where id = ? and colid = ?", id, colid);
+  Run("delete from {}sysproperties where id = ? and smallid = ? and type = 4", id, colid);
 }
 
 void Catalog::Touch(std::int64_t id) {
-  connection_.Run("update " + quoted_ + "sysobjects set schema_ver = schema_ver + 16 where id = ?",
-                  id);
+  Run("update {}sysobjects set schema_ver = schema_ver + 16 where id = ?", id);
 }
 
 void Catalog::Define(const CatalogTable& table, NameResolver& resolver) {
@@ -357,13 +339,11 @@ void Catalog::Define(const CatalogTable& table, NameResolver& resolver) {
 
 std::string Catalog::TableBody(const CatalogTable& table, NameResolver& resolver) {
   std::string sql = "(";
-  ObjectInfo info;
-  info.name = table.object.name;
+  const ObjectInfo info = InfoOf(table);
   std::string separator;
   for (const CatalogColumn& column : table.columns) {
     sql += separator + QuoteName(column.name) + " " + SqliteDeclaration(column.type);
     if (!column.type.nullable) sql += " NOT NULL";
-    info.columns.push_back(ColumnInfoOf(column));
     separator = ", ";
   }
   Translator translator(resolver);
@@ -394,6 +374,18 @@ void Catalog::Redefine(const CatalogTable& table, NameResolver& resolver) {
       table.object.name);
   connection_.Execute("pragma " + quoted_ + "schema_version = " + std::to_string(version));
   connection_.Execute("pragma writable_schema = off");
+}
+
+std::string Catalog::OrphanSql(const CatalogForeignKey& key) const {
+  std::string given;
+  std::string match;
+  for (std::size_t i = 0; i < key.child_columns.size(); ++i) {
+    const std::string child = "c." + QuoteName(key.child_columns[i]);
+    given += child + " is not null and ";
+    match += (i == 0 ? "" : " and ") + ("p." + QuoteName(key.parent_columns[i])) + " = " + child;
+  }
+  return "select 1 from " + Path(key.child_table) + " c where " + given +
+         "not exists (select 1 from " + Path(key.parent_table) + " p where " + match + ") limit 1";
 }
 
 std::string Catalog::IndexSqliteName(std::int64_t id, std::int64_t indid) {

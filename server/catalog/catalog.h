@@ -91,6 +91,14 @@ struct CatalogTable {
   const CatalogIndex* PrimaryKey() const;
 };
 
+// A statement written in the program: in it "{}" stands for the database, "select * from
+// {}sysusers".
+struct CatalogSql {
+  // NOLINTNEXTLINE(google-explicit-constructor): any literal, and nothing else
+  consteval CatalogSql(const char* literal) : text(literal) {}
+  std::string_view text;
+};
+
 class Catalog {
  public:
   // `alias` is the database's name in the connection ("main", "d7", "temp").
@@ -98,7 +106,25 @@ class Catalog {
 
   const std::string& alias() const { return alias_; }
   // "\"d7\".\"name\""
-  std::string Path(std::string_view name) const;
+  std::string Path(std::string_view name) const { return quoted_ + QuoteName(name); }
+
+  // As the functions of the connection.
+  template <typename... Values>
+  void Run(CatalogSql sql, const Values&... values) {
+    connection_.Run(Placed(sql), values...);
+  }
+  template <typename... Values>
+  SqliteStatement Prepare(CatalogSql sql, const Values&... values) {
+    return connection_.Prepare(Placed(sql), values...);
+  }
+  template <typename... Values>
+  std::int64_t IntegerOf(std::int64_t otherwise, CatalogSql sql, const Values&... values) {
+    return connection_.IntegerOf(otherwise, Placed(sql), values...);
+  }
+  template <typename... Values>
+  std::string TextOf(CatalogSql sql, const Values&... values) {
+    return connection_.TextOf(Placed(sql), values...);
+  }
 
   std::optional<CatalogObject> FindObject(std::string_view name);
   std::optional<CatalogObject> FindObject(std::int64_t id);
@@ -107,7 +133,7 @@ class Catalog {
   CatalogTable Table(const CatalogObject& object);
   std::vector<CatalogIndex> Indexes(std::int64_t id);
   // Foreign keys that refer to the table.
-  std::vector<CatalogForeignKey> ReferencesTo(std::int64_t id);
+  std::vector<CatalogForeignKey> ReferencesTo(std::int64_t id) { return ForeignKeys({}, id); }
   std::string ObjectText(std::int64_t id);
 
   // All of these change the catalog only. They give back the id.
@@ -131,6 +157,8 @@ class Catalog {
   void Define(const CatalogTable& table, NameResolver& resolver);
   // Makes SQLite's definition of an existing table follow the catalog without touching its rows.
   void Redefine(const CatalogTable& table, NameResolver& resolver);
+  // A query with a row when one of the key's child table has no row in the parent table.
+  std::string OrphanSql(const CatalogForeignKey& key) const;
   static std::string IndexSqliteName(std::int64_t id, std::int64_t indid);
   // Of the index beside a unique one that holds the rows with nulls in their keys.
   static std::string NullIndexSqliteName(std::int64_t id, std::int64_t indid);
@@ -138,9 +166,11 @@ class Catalog {
   std::string IndexSql(const CatalogTable& table, const CatalogIndex& index) const;
 
  private:
+  std::string Placed(CatalogSql sql) const;
   // What follows the name in "CREATE TABLE"; checks are translated with `resolver`.
   std::string TableBody(const CatalogTable& table, NameResolver& resolver);
-  std::vector<CatalogForeignKey> ForeignKeys(std::string_view side, std::int64_t id);
+  // Of the one table, to the other; null: none.
+  std::vector<CatalogForeignKey> ForeignKeys(const Cell& child, const Cell& parent);
   std::vector<CatalogCheck> Checks(std::int64_t id);
   void WriteColumn(std::int64_t id, const CatalogColumn& column);
   std::int64_t NewId();
@@ -150,7 +180,10 @@ class Catalog {
   std::string quoted_;  // "\"d7\"."
 };
 
-// What the translator needs of a column.
+// A column as its name and type alone make it.
+CatalogColumn PlainColumn(std::string name, std::int64_t colid, const SqlType& type);
+// What the translator needs of a column, and of a table in a check of its own.
 ColumnInfo ColumnInfoOf(const CatalogColumn& column);
+ObjectInfo InfoOf(const CatalogTable& table);
 
 }  // namespace dbkeeper::server

@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "server/engine/database_files.h"
+#include "server/engine/host_file.h"
 
 namespace dbkeeper::server {
 
@@ -95,14 +96,13 @@ std::string LockRows(Workspace& workspace) {
 }
 
 std::string FileRows(Workspace& workspace, const DatabaseInfo& database, const std::string& alias) {
-  constexpr std::int64_t kServerPage = 8192;
-  const ListedFiles files = FilesOf(workspace, database, alias);
-  const auto row = [&](const auto& file, const char* numbers, const char* status) {
-    return List({numbers, Number((file.bytes + kServerPage - 1) / kServerPage), "-1, 10", status,
-                 "0", Padded(file.logical_name, 128), Padded(file.physical_name, 260)});
+  const std::vector<ListedFile> files = FilesOf(workspace, database, alias);
+  const auto row = [&](const ListedFile& file, const char* numbers, const char* status) {
+    return List({numbers, Number(ServerPages(file.bytes)), "-1, 10", status, "0",
+                 Padded(file.logical_name, 128), Padded(file.physical_name, 260)});
   };
   return ValuesSource("fileid, groupid, size, maxsize, growth, status, perf, name, filename",
-                      {row(files.data, "1, 1", "1048578"), row(files.log, "2, 0", "1048642")});
+                      {row(files[0], "1, 1", "1048578"), row(files[1], "2, 0", "1048642")});
 }
 
 std::string ReferenceRows(Workspace&, const DatabaseInfo& database, const std::string& alias) {
@@ -130,33 +130,28 @@ std::string ConstraintRows(Workspace&, const DatabaseInfo&, const std::string& a
 }
 
 std::string IndexRows(Workspace&, const DatabaseInfo&, const std::string& alias) {
-  const std::string quoted = QuoteText(alias);
-  return "(select id, status, first, indid, root, minlen, keycnt, groupid, "
-         "ms_state('table_pages', " +
-         quoted + ", id, indid) as dpages, ms_state('table_pages', " + quoted +
-         ", id, indid) as reserved, ms_state('table_pages', " + quoted +
-         ", id, indid) as used, ms_state('table_rows', " + quoted +
-         ", id) as rowcnt, rowmodctr, reserved3, reserved4, xmaxlen, maxirow, OrigFillFactor, "
+  const std::string pages = "ms_state('table_pages', " + QuoteText(alias) + ", id, indid)";
+  const std::string rows = "ms_state('table_rows', " + QuoteText(alias) + ", id)";
+  return "(select id, status, first, indid, root, minlen, keycnt, groupid, " + pages +
+         " as dpages, " + pages + " as reserved, " + pages + " as used, " + rows +
+         " as rowcnt, rowmodctr, reserved3, reserved4, xmaxlen, maxirow, OrigFillFactor, "
          "StatVersion, reserved2, FirstIAM, impid, lockflags, pgmodctr, keys, name, statblob, "
-         "maxlen, ms_state('table_rows', " +
-         quoted + ", id) as rows from " + QuoteName(alias) + ".sysindexes)";
+         "maxlen, " +
+         rows + " as rows from " + QuoteName(alias) + ".sysindexes)";
 }
 
 struct LiveTable {
   std::string_view name;
   std::string (*source)(Workspace&, const DatabaseInfo&, const std::string& alias);
-  bool in_master_only;
 };
 
 constexpr LiveTable kLiveTables[] = {
-    {"sysprocesses",
-     [](Workspace& w, const DatabaseInfo&, const std::string&) { return ProcessRows(w); }, true},
-    {"syslockinfo",
-     [](Workspace& w, const DatabaseInfo&, const std::string&) { return LockRows(w); }, true},
-    {"sysfiles", FileRows, false},
-    {"sysreferences", ReferenceRows, false},
-    {"sysconstraints", ConstraintRows, false},
-    {"sysindexes", IndexRows, false},
+    {"sysprocesses", [](auto& workspace, auto&, auto&) { return ProcessRows(workspace); }},
+    {"syslockinfo", [](auto& workspace, auto&, auto&) { return LockRows(workspace); }},
+    {"sysfiles", FileRows},
+    {"sysreferences", ReferenceRows},
+    {"sysconstraints", ConstraintRows},
+    {"sysindexes", IndexRows},
 };
 
 struct SchemaView {

@@ -1,11 +1,10 @@
-#include "server/catalog/new_database.h"
+// What a new database starts with.
+#include "server/catalog/system_tables.h"
 
 #include <map>
 #include <string_view>
 #include <vector>
 
-#include "server/catalog/column_types.h"
-#include "server/catalog/system_tables.h"
 #include "server/sql/parser.h"
 #include "server/types/type_rules.h"
 
@@ -29,27 +28,15 @@ constexpr std::pair<const char*, const char*> kSystemIndexes[] = {
     {"#sysforeignkeys2", "sysforeignkeys(rkeyid)"},
 };
 
-struct FixedUser {
-  int uid;
-  const char* name;
-  bool is_role;
-};
-constexpr FixedUser kFixedUsers[] = {
-    {0, "public", true},
-    {1, "dbo", false},
-    {2, "guest", false},
-    {3, "INFORMATION_SCHEMA", false},
-    {4, "system_function_schema", false},
-    {16384, "db_owner", true},
-    {16385, "db_accessadmin", true},
-    {16386, "db_securityadmin", true},
-    {16387, "db_ddladmin", true},
-    {16389, "db_backupoperator", true},
-    {16390, "db_datareader", true},
-    {16391, "db_datawriter", true},
-    {16392, "db_denydatareader", true},
-    {16393, "db_denydatawriter", true},
-};
+// Users, and roles, which have themselves as their group; dbo is the login of the owner.
+constexpr CatalogSql kFillUsers = R"(
+with fixed(uid, name, is_role) as (values (0, 'public', 1), (1, 'dbo', 0), (2, 'guest', 0),
+  (3, 'INFORMATION_SCHEMA', 0), (4, 'system_function_schema', 0), (16384, 'db_owner', 1),
+  (16385, 'db_accessadmin', 1), (16386, 'db_securityadmin', 1), (16387, 'db_ddladmin', 1),
+  (16389, 'db_backupoperator', 1), (16390, 'db_datareader', 1), (16391, 'db_datawriter', 1),
+  (16392, 'db_denydatareader', 1), (16393, 'db_denydatawriter', 1))
+insert into {}sysusers select uid, 0, name, case uid when 1 then ?1 end, null, ?2, ?2, 0, null,
+  uid * is_role, null, uid = 1, 1 - is_role, 0, 0, 0, 1 - is_role, 0, is_role, 0 from fixed)";
 
 void FillType(SqliteConnection& connection, const std::string& table, std::string_view name,
               const SqlType& type) {
@@ -77,21 +64,6 @@ void FillTypes(SqliteConnection& connection, const std::string& table) {
     FillType(connection, table, facts->name,
              {facts->id, facts->maximum,
               facts->TakesPrecision() ? facts->maximum : facts->precision, facts->maximum, true});
-  }
-}
-
-void FillUsers(SqliteConnection& connection, const std::string& table,
-               const std::string& owner_sid) {
-  const std::int64_t now = CurrentTime();
-  for (const FixedUser& user : kFixedUsers) {
-    const bool is_dbo = user.uid == 1;
-    const Cell sid = is_dbo ? Cell(Blob{owner_sid}) : Cell();
-    const int is_user = user.is_role ? 0 : 1;
-    connection.Run("insert into " + table +
-                       " values (?, 0, ?, ?, null, ?, ?, 0, null, ?, null, ?, ?, 0, 0, 0, ?, 0, ?, "
-                       "0)",
-                   user.uid, user.name, sid, now, now, user.is_role ? user.uid : 0, is_dbo ? 1 : 0,
-                   is_user, is_user, user.is_role ? 1 : 0);
   }
 }
 
@@ -128,12 +100,8 @@ void RegisterSystemTables(Catalog& catalog, std::string_view definitions, int fi
         catalog.AddObject(table.table.name, is_view ? "V" : "S", 0, 0, first_id++);
     std::int64_t colid = 0;
     for (const ColumnDefinition& definition : table.columns) {
-      CatalogColumn column;
-      column.name = definition.name;
-      column.colid = ++colid;
-      column.type = definition.type;
+      CatalogColumn column = PlainColumn(definition.name, ++colid, definition.type);
       column.is_sysname = definition.type_name == "sysname";
-      if (FamilyOf(column.type.id) == TypeFamily::kText) column.collation = kDefaultCollation;
       catalog.AddColumn(id, column);
     }
   }
@@ -145,8 +113,8 @@ void FillNewDatabase(SqliteConnection& connection, const std::string& alias,
   Catalog catalog(connection, alias);
   RegisterSystemTables(catalog, DatabaseSystemTables(), 1);
   FillTypes(connection, catalog.Path("systypes"));
-  FillUsers(connection, catalog.Path("sysusers"), owner_sid);
-  connection.Run("insert into " + catalog.Path("sysmembers") + " values (1, 16384)");
+  catalog.Run(kFillUsers, Cell(Blob{owner_sid}), CurrentTime());
+  catalog.Run("insert into {}sysmembers values (1, 16384)");
 }
 
 }  // namespace dbkeeper::server

@@ -1,6 +1,7 @@
-#include "server/catalog/sample_data.h"
-
+// The contents of the sample databases, as batches of the dialect.
 #include <array>
+
+#include "server/catalog/sample_instance.h"
 
 namespace dbkeeper::server {
 
@@ -12,7 +13,6 @@ constexpr int kCustomers = 300;
 constexpr int kProducts = 120;
 constexpr int kOrders = 1200;
 constexpr int kStaff = 40;
-constexpr int kRowsPerBatch = 200;
 
 constexpr std::array<const char*, 12> kFamilyNames = {
     "佐藤", "鈴木", "高橋", "田中", "伊藤", "渡辺", "山本", "中村", "小林", "加藤", "吉田", "髙木"};
@@ -31,34 +31,6 @@ template <std::size_t Count>
 const char* Pick(const std::array<const char*, Count>& words, int i) {
   return words.at(static_cast<std::size_t>(i) % Count);
 }
-
-// Collects statements and gives them out in batches of one transaction each.
-class Batches {
- public:
-  explicit Batches(std::string use) : use_(std::move(use)) {}
-
-  void Add(const std::string& statement) {
-    if (rows_ == 0) current_ = use_ + "\nset nocount on\nbegin tran\n";
-    current_ += statement + "\n";
-    if (++rows_ == kRowsPerBatch) Close();
-  }
-
-  std::vector<std::string> Take() {
-    if (rows_ > 0) Close();
-    return std::move(all_);
-  }
-
- private:
-  void Close() {
-    all_.push_back(current_ + "commit tran");
-    rows_ = 0;
-  }
-
-  std::string use_;
-  std::string current_;
-  std::vector<std::string> all_;
-  int rows_ = 0;
-};
 
 std::string Number(int value) { return std::to_string(value); }
 
@@ -157,63 +129,67 @@ constexpr Description kDescriptions[] = {
     {"受注明細", "値引率", "単価からの値引き(%)", nullptr},
 };
 
-std::vector<std::string> DescriptionBatches() {
+std::string DescriptionBatch() {
   std::string batch = "use [販売管理]\n";
   for (const Description& description : kDescriptions) {
-    const std::string place =
-        ", 'user', 'dbo', 'table', [" + std::string(description.table) + "]" +
-        (description.column == nullptr ? ""
-                                       : ", 'column', [" + std::string(description.column) + "]");
-    batch += "exec sp_addextendedproperty 'MS_Description', N'" + std::string(description.text) +
-             "'" + place + "\n";
-    if (description.note != nullptr) {
-      batch += "exec sp_addextendedproperty 'Note', N'" + std::string(description.note) + "'" +
-               place + "\n";
+    std::string place = ", 'user', 'dbo', 'table', [" + std::string(description.table) + "]";
+    if (description.column != nullptr) {
+      place += ", 'column', [" + std::string(description.column) + "]";
+    }
+    for (const auto& [name, text] :
+         {std::pair{"MS_Description", description.text}, std::pair{"Note", description.note}}) {
+      if (text == nullptr) continue;
+      batch +=
+          "exec sp_addextendedproperty '" + std::string(name) + "', N'" + text + "'" + place + "\n";
     }
   }
-  return {batch};
+  return batch;
 }
 
-void AddMasterRows(Batches& batches) {
+std::string MasterRows() {
+  std::string batch;
   for (int i = 1; i <= kCustomers; ++i) {
-    batches.Add(
+    batch +=
         "insert 得意先 (得意先コード, 得意先名, フリガナ, 住所, 電話番号, 与信限度額, "
         "取引停止, 登録日) values (" +
         Number(i) + ", N'" + Pick(kFamilyNames, i) + Pick(kTrades, i / 12) + "株式会社', N'" +
         (i % 3 == 0 ? "ｶﾌﾞｼｷｶﾞｲｼｬ" : "カブシキガイシャ") + Number(i) + "', N'" + Pick(kTowns, i) +
         Number(1 + i % 9) + "-" + Number(1 + i % 20) + "', '03-" + Number(1000 + i) + "-" +
         Number(2000 + i * 3) + "', " + Number(100000 * (1 + i % 50)) + ", " +
-        Number(i % 37 == 0 ? 1 : 0) + ", " + DateText(i) + ")");
+        Number(i % 37 == 0 ? 1 : 0) + ", " + DateText(i) + ")\n";
   }
   for (int i = 1; i <= kProducts; ++i) {
-    batches.Add("insert 商品 values ('P" + Number(10000 + i) + "', N'" + Pick(kGoods, i) + " " +
-                Number(i) + "号', " + Number(80 + i * 35 % 4000) + ".50, " + Number(i % 12) + "." +
-                TwoDigits(i % 100) + "5, " + DateText(i * 5) + ", " +
-                (i % 4 == 0 ? "null" : "N'定番の品。①～⑤の色がある。'") + ")");
+    batch += "insert 商品 values ('P" + Number(10000 + i) + "', N'" + Pick(kGoods, i) + " " +
+             Number(i) + "号', " + Number(80 + i * 35 % 4000) + ".50, " + Number(i % 12) + "." +
+             TwoDigits(i % 100) + "5, " + DateText(i * 5) + ", " +
+             (i % 4 == 0 ? "null" : "N'定番の品。①～⑤の色がある。'") + ")\n";
   }
   for (int i = 1; i <= kStaff; ++i) {
-    batches.Add("insert 社員 (氏名, 生年月日, 時給, 勤続年数, 評価, 在籍, 経歴, 写真) values (N'" +
-                std::string(Pick(kFamilyNames, i * 5)) + " " + Pick(kGivenNames, i) + "', '" +
-                Number(1950 + i) + "0" + Number(1 + i % 9) + "15', " + Number(900 + i * 12) +
-                ".2500, " + Number(i % 30) + ", " + Number(i % 5) + ".25, " +
-                Number(i % 9 == 0 ? 0 : 1) + ", '" + Pick(kTrades, i) + "部門を経て現職', " +
-                (i % 3 == 0 ? "null" : "0x89504E470D0A1A0A") + ")");
+    batch += "insert 社員 (氏名, 生年月日, 時給, 勤続年数, 評価, 在籍, 経歴, 写真) values (N'" +
+             std::string(Pick(kFamilyNames, i * 5)) + " " + Pick(kGivenNames, i) + "', '" +
+             Number(1950 + i) + "0" + Number(1 + i % 9) + "15', " + Number(900 + i * 12) +
+             ".2500, " + Number(i % 30) + ", " + Number(i % 5) + ".25, " +
+             Number(i % 9 == 0 ? 0 : 1) + ", '" + Pick(kTrades, i) + "部門を経て現職', " +
+             (i % 3 == 0 ? "null" : "0x89504E470D0A1A0A") + ")\n";
   }
+  return batch;
 }
 
-void AddOrderRows(Batches& batches) {
+std::string OrderRows() {
+  std::string batch;
   for (int i = 1; i <= kOrders; ++i) {
-    batches.Add("insert 受注 (得意先コード, 社員番号, 受注日, 納期, 備考) values (" +
-                Number(1 + i * 17 % kCustomers) + ", " +
-                (i % 11 == 0 ? "null" : Number(1 + i * 3 % kStaff)) + ", " + DateText(i * 3) +
-                ", " + DateText(i * 3 + 1) + ", " + (i % 5 == 0 ? "N'至急'" : "null") + ")");
+    batch += "insert 受注 (得意先コード, 社員番号, 受注日, 納期, 備考) values (" +
+             Number(1 + i * 17 % kCustomers) + ", " +
+             (i % 11 == 0 ? "null" : Number(1 + i * 3 % kStaff)) + ", " + DateText(i * 3) + ", " +
+             DateText(i * 3 + 1) + ", " + (i % 5 == 0 ? "N'至急'" : "null") + ")\n";
     for (int line = 1; line <= 1 + i % 4; ++line) {
-      batches.Add("insert 受注明細 values (" + Number(i) + ", " + Number(line) + ", 'P" +
-                  Number(10001 + (i * 7 + line * 13) % kProducts) + "', " +
-                  Number(1 + (i + line) % 24) + ", " + Number(80 + i * 35 % 4000) + ", " +
-                  (i % 6 == 0 ? "5.00" : "null") + ")");
+      batch += "insert 受注明細 values (" + Number(i) + ", " + Number(line) + ", 'P" +
+               Number(10001 + (i * 7 + line * 13) % kProducts) + "', " +
+               Number(1 + (i + line) % 24) + ", " + Number(80 + i * 35 % 4000) + ", " +
+               (i % 6 == 0 ? "5.00" : "null") + ")\n";
     }
   }
+  return batch;
 }
 
 constexpr const char* kSecurity = R"(use master
@@ -322,16 +298,10 @@ alter database [旧販売管理] set OFFLINE
 std::span<const SampleDatabase> SampleDatabases() { return kDatabases; }
 
 std::vector<std::string> SampleBatches() {
-  std::vector<std::string> all = {kTables, kOrderView, kStaffView, kProcedure, kTrigger};
-  Batches rows("use [販売管理]");
-  AddMasterRows(rows);
-  AddOrderRows(rows);
-  for (std::string& batch : rows.Take()) all.push_back(std::move(batch));
-  for (std::string& batch : DescriptionBatches()) all.push_back(std::move(batch));
-  for (const char* batch : {kDevices, kJobs}) all.emplace_back(batch);
-  all.push_back(HistoryBatch());
-  for (const char* batch : {kSecurity, kReadOnly}) all.emplace_back(batch);
-  return all;
+  const std::string rows =
+      "use [販売管理]\nset nocount on\nbegin tran\n" + MasterRows() + OrderRows() + "commit tran";
+  return {kTables,  kOrderView, kStaffView,     kProcedure, kTrigger, rows, DescriptionBatch(),
+          kDevices, kJobs,      HistoryBatch(), kSecurity,  kReadOnly};
 }
 
 }  // namespace dbkeeper::server

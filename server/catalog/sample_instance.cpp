@@ -3,8 +3,6 @@
 #include <stdexcept>
 
 #include "server/catalog/login_store.h"
-#include "server/catalog/new_database.h"
-#include "server/catalog/sample_data.h"
 #include "server/catalog/system_tables.h"
 #include "server/engine/database_definition.h"
 #include "server/engine/engine_session.h"

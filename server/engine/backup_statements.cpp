@@ -9,6 +9,7 @@
 #include "server/engine/database_files.h"
 #include "server/engine/error_chain.h"
 #include "server/engine/host_file.h"
+#include "server/engine/statements.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {
@@ -17,7 +18,6 @@ namespace {
 
 constexpr int kTempdb = 2;
 constexpr int kWriteError = 3202;
-constexpr std::int64_t kServerPage = 8192;
 
 // Options that change nothing here: what they ask for is done anyway or concerns tapes.
 constexpr std::string_view kIdleOptions[] = {"NOINIT", "NOFORMAT", "SKIP",     "NOSKIP",
@@ -30,6 +30,10 @@ struct BackupOptions {
   bool format = false;
   bool init = false;
 };
+
+std::int64_t PagesOf(const BackupSet& set, const ListedFile& file) {
+  return file.type == 'D' ? ServerPages(set.data_size) : 0;
+}
 
 BackupOptions OptionsOf(const BackupStatement& statement) {
   BackupOptions options;
@@ -49,100 +53,72 @@ BackupOptions OptionsOf(const BackupStatement& statement) {
   return options;
 }
 
-// Values for the parameters of a statement of the dialect.
-class Values {
- public:
-  void Text(std::string name, const std::string& text) {
-    constexpr int kWidest = 4000;
-    Add(std::move(name), {.id = TypeId::kNVarChar, .length = kWidest}, text);
-  }
-  void Number(std::string name, std::int64_t value) {
-    Add(std::move(name), {.id = TypeId::kBigInt}, value);
-  }
-  void Time(std::string name, std::int64_t value) {
-    Add(std::move(name), {.id = TypeId::kDateTime}, value);
-  }
-  void Id(std::string name, const std::string& bytes) {
-    Add(std::move(name), {.id = TypeId::kUniqueIdentifier}, Blob{bytes});
-  }
-  void Run(EngineSession& session, std::string_view text) const {
-    QuietSink sink;
-    session.RunInside(text, values_, sink);
-  }
+Parameter Text(std::string name, const std::string& text) {
+  constexpr int kWidest = 4000;
+  return {std::move(name), {.id = TypeId::kNVarChar, .length = kWidest}, text};
+}
+Parameter Number(std::string name, std::int64_t value) {
+  return {std::move(name), {.id = TypeId::kBigInt}, value};
+}
+Parameter Time(std::string name, std::int64_t value) {
+  return {std::move(name), {.id = TypeId::kDateTime}, value};
+}
+Parameter Id(std::string name, const std::string& bytes) {
+  return {std::move(name), {.id = TypeId::kUniqueIdentifier}, Blob{bytes}};
+}
 
- private:
-  void Add(std::string name, const SqlType& type, Cell value) {
-    values_.push_back({std::move(name), type, std::move(value)});
-  }
-  Parameters values_;
-};
+// Runs an insert of the dialect and gives the number of the row.
+std::int64_t Insert(EngineSession& session, std::string_view text, const Parameters& values) {
+  QuietSink sink;
+  session.RunInside(text, values, sink);
+  return session.workspace().last_identity.value_or(0);
+}
 
 std::int64_t MediaSetOf(EngineSession& session, const BackupPlace& place,
                         const std::string& medium_id) {
-  Workspace& workspace = session.workspace();
-  const std::string schema = QuoteName(workspace.Open(workspace.FindDatabase("msdb"))) + ".";
-  const std::int64_t known = workspace.connection().IntegerOf(
-      0, "select max(media_set_id) from " + schema + "backupmediaset where media_uuid = ?1",
+  const std::int64_t known = session.workspace().CatalogOf("msdb").IntegerOf(
+      0, "select max(media_set_id) from {}backupmediaset where media_uuid = ?1",
       Cell(Blob{medium_id}));
   if (known != 0) return known;
-  Values values;
-  values.Id("@medium", medium_id);
-  values.Run(session,
+  const std::int64_t id =
+      Insert(session,
              "insert msdb.dbo.backupmediaset (media_uuid, media_family_count, software_name, "
-             "software_vendor_id, MTF_major_version) values (@medium, 1, N'DB Keeper', 0, 1)");
-  const std::int64_t id = workspace.last_identity.value_or(0);
-  Values family;
-  family.Number("@id", id);
-  family.Id("@medium", medium_id);
-  family.Text("@device", place.logical_name);
-  family.Text("@path", place.physical_name);
-  family.Run(session,
-             "insert msdb.dbo.backupmediafamily values (@id, 1, @medium, 1, nullif(@device, N''), "
-             "@path, case @device when N'' then 2 else 102 end, 512)");
+             "software_vendor_id, MTF_major_version) values (@medium, 1, N'DB Keeper', 0, 1)",
+             {Id("@medium", medium_id)});
+  Insert(session,
+         "insert msdb.dbo.backupmediafamily values (@id, 1, @medium, 1, nullif(@device, N''), "
+         "@path, case @device when N'' then 2 else 102 end, 512)",
+         {Number("@id", id), Id("@medium", medium_id), Text("@device", place.logical_name),
+          Text("@path", place.physical_name)});
   return id;
 }
 
-void RecordFiles(EngineSession& session, std::int64_t set_id, const BackupHeader& header) {
+void RecordFiles(EngineSession& session, std::int64_t set_id, const BackupSet& set) {
   std::int64_t number = 0;
-  for (const BackedUpFile& file : header.files) {
-    Values values;
-    values.Number("@id", set_id);
-    values.Number("@number", ++number);
-    values.Text("@type", std::string(1, file.type));
-    values.Text("@group", file.type == 'D' ? "PRIMARY" : "");
-    values.Number("@pages", file.type == 'D' ? ServerPages(header.data_size) : 0);
-    values.Number("@size", file.size);
-    values.Text("@name", file.logical_name);
-    values.Text("@drive", file.physical_name.substr(0, file.physical_name.find_first_of("\\/")));
-    values.Text("@path", file.physical_name);
-    values.Run(session,
-               "insert msdb.dbo.backupfile values (@id, 1, 1, nullif(@group, N''), 8192, @number, "
-               "@pages, @type, 512, @size, @name, @drive, @path)");
+  for (const ListedFile& file : set.files) {
+    const std::string& path = file.physical_name;
+    Insert(session,
+           "insert msdb.dbo.backupfile values (@id, 1, 1, case @type when 'D' then N'PRIMARY' end, "
+           "8192, @number, @pages, @type, 512, @size, @name, @drive, @path)",
+           {Number("@id", set_id), Number("@number", ++number),
+            Text("@type", std::string(1, file.type)), Number("@pages", PagesOf(set, file)),
+            Number("@size", file.bytes), Text("@name", file.logical_name),
+            Text("@drive", path.substr(0, path.find_first_of("\\/"))), Text("@path", path)});
   }
 }
 
 // The history in msdb: one transaction.
 void Record(EngineSession& session, const BackupPlace& place, const std::string& medium_id,
-            std::int64_t position, const BackupHeader& header) {
+            const BackupSet& set) {
   Workspace& workspace = session.workspace();
   workspace.BeginTransaction();
   try {
-    const std::int64_t media_set = MediaSetOf(session, place, medium_id);
-    Values values;
-    values.Id("@uuid", header.set_id);
-    values.Number("@media", media_set);
-    values.Number("@position", position);
-    values.Text("@name", header.name);
-    values.Text("@description", header.description);
-    values.Text("@user", header.user);
-    values.Time("@created", header.created);
-    values.Time("@started", header.started);
-    values.Time("@finished", header.finished);
-    values.Number("@size", header.data_size);
-    values.Text("@database", header.database);
-    values.Text("@server", header.server);
-    values.Text("@machine", header.machine);
-    values.Run(session, R"(
+    Parameters values = set.details;
+    values.push_back(Number("@media", MediaSetOf(session, place, medium_id)));
+    values.push_back(Number("@position", set.position));
+    values.push_back(Number("@size", set.data_size));
+    values.push_back(Text("@database", set.database));
+    const std::int64_t id = Insert(session, R"(
 insert msdb.dbo.backupset (backup_set_uuid, media_set_id, first_family_number, first_media_number,
   last_family_number, last_media_number, position, software_vendor_id, name, description, user_name,
   software_major_version, software_minor_version, database_creation_date, backup_start_date,
@@ -150,8 +126,9 @@ insert msdb.dbo.backupset (backup_set_uuid, media_set_id, first_family_number, f
   backup_size, database_name, server_name, machine_name, flags, collation_name)
 values (@uuid, @media, 1, 1, 1, 1, @position, 0, nullif(@name, N''), nullif(@description, N''),
   @user, 8, 0, @created, @started, @finished, 'D', 0, 932, 80, 539, @size, @database, @server,
-  @machine, 0, N'Japanese_CI_AS'))");
-    RecordFiles(session, workspace.last_identity.value_or(0), header);
+  @machine, 0, N'Japanese_CI_AS'))",
+                                   values);
+    RecordFiles(session, id, set);
     workspace.CommitTransaction();
   } catch (...) {
     if (workspace.transaction_count() > 0) workspace.RollbackTransaction();
@@ -159,39 +136,38 @@ values (@uuid, @media, 1, 1, 1, 1, @position, 0, nullif(@name, N''), nullif(@des
   }
 }
 
-BackupHeader HeaderFor(EngineSession& session, const DatabaseInfo& database,
-                       const BackupOptions& options) {
+// All but the data's size and the moment of the end, which comes last of the details.
+BackupSet SetFor(EngineSession& session, const DatabaseInfo& database,
+                 const BackupOptions& options) {
   Workspace& workspace = session.workspace();
   const std::string alias = workspace.Open(database);
-  const ListedFiles files = FilesOf(workspace, database, alias);
   const InstanceOptions& instance = workspace.instance().options();
-  BackupHeader header;
-  header.set_id = RandomBytes();
-  header.family = ReadLabel(workspace.connection(), alias).family;
-  header.database = database.name;
-  header.name = options.name;
-  header.description = options.description;
-  header.user = workspace.login().name;
-  header.server = instance.server_name;
-  header.machine = instance.machine_name;
-  header.created = workspace.connection().IntegerOf(
+  const std::int64_t created = workspace.connection().IntegerOf(
       0, "select crdate from main.sysdatabases where dbid = ?1", database.dbid);
-  header.started = CurrentTime();
-  header.files = {{files.data.logical_name, files.data.physical_name, 'D', files.data.bytes},
-                  {files.log.logical_name, files.log.physical_name, 'L', files.log.bytes}};
-  return header;
+  BackupSet set;
+  set.family = ReadLabel(workspace.connection(), alias).family;
+  set.database = database.name;
+  set.files = FilesOf(workspace, database, alias);
+  set.details = {Id("@uuid", RandomBytes()),
+                 Text("@name", options.name),
+                 Text("@description", options.description),
+                 Text("@user", workspace.login().name),
+                 Text("@server", instance.server_name),
+                 Text("@machine", instance.machine_name),
+                 Time("@created", created),
+                 Time("@started", CurrentTime())};
+  return set;
 }
 
 void NeedBackupRight(Workspace& workspace, const DatabaseInfo& database) {
   if (workspace.IsOwner(database)) return;
-  const std::string schema = QuoteName(workspace.Open(database)) + ".";
   constexpr int kBackupOperators = 16389;
-  const bool may = workspace.connection().IntegerOf(
-                       0,
-                       "select count(*) from " + schema + "sysusers u join " + schema +
-                           "sysmembers m on m.memberuid = u.uid where m.groupuid = ?1 and u.sid = "
-                           "(select sid from main.syslogins where name = ?2)",
-                       kBackupOperators, workspace.login().name) > 0;
+  const bool may = workspace.CatalogOf(database.name)
+                       .IntegerOf(0,
+                                  "select count(*) from {}sysusers u join {}sysmembers m on "
+                                  "m.memberuid = u.uid where m.groupuid = ?1 and u.sid = (select "
+                                  "sid from main.syslogins where name = ?2)",
+                                  kBackupOperators, workspace.login().name) > 0;
   if (!may) Fail(262, {"BACKUP DATABASE", database.name});
 }
 
@@ -201,30 +177,56 @@ std::string PathOfDevice(EngineSession& session, const std::string& name) {
       "select phyname from main.sysdevices where name = ?1 and status & 16", name);
 }
 
-// Completes the header. The medium gets its name when it is whole; a crash before leaves the
-// earlier one.
+// Copies a database file as it is at one moment while others read and write it.
+void CopyDatabase(Workspace& workspace, const std::filesystem::path& from,
+                  const std::filesystem::path& to) {
+  constexpr int kPagesAtOnce = 4096;
+  constexpr auto kPause = std::chrono::milliseconds(10);
+  SqliteConnection source(from.string());
+  // The open reading transaction holds the moment that is copied.
+  source.Execute("begin");
+  source.IntegerOf(0, "select count(*) from sqlite_schema");
+  SqliteConnection target(to.string());
+  // The copy is thrown away when anything happens to it.
+  target.Execute("pragma journal_mode = off");
+  target.Execute("pragma synchronous = off");
+  struct Finisher {
+    void operator()(sqlite3_backup* backup) const { sqlite3_backup_finish(backup); }
+  };
+  const std::unique_ptr<sqlite3_backup, Finisher> backup(
+      sqlite3_backup_init(target.handle(), "main", source.handle(), "main"));
+  if (!backup) throw SqliteError(target.handle());
+  for (;;) {
+    workspace.StopIfInterrupted();
+    const int code = sqlite3_backup_step(backup.get(), kPagesAtOnce);
+    if (code == SQLITE_DONE) return;
+    if (code == SQLITE_BUSY || code == SQLITE_LOCKED) {
+      std::this_thread::sleep_for(kPause);
+    } else if (code != SQLITE_OK) {
+      throw SqliteError(target.handle());
+    }
+  }
+}
+
+// Completes the set. The medium gets its name when it is whole; a crash before leaves the earlier
+// one.
 void WriteMedium(Workspace& workspace, const DatabaseInfo& database, const BackupPlace& place,
-                 const std::string& medium_id, bool adds, BackupHeader& header) {
+                 const std::string& medium_id, BackupSet& set) {
   const std::string unfinished = place.file.string() + "." + RandomName();
   const std::filesystem::path copy = unfinished + ".copy";
   const std::filesystem::path medium = unfinished + ".medium";
   const PendingFiles pending(workspace.instance().places(), {copy, medium},
                              PendingFiles::Purpose::kMake);
-  const KeepGoing keep_going = [&] { return !workspace.interrupted(); };
-  std::optional<DatabaseBytes> source = HoldFile(workspace, database);
-  if (!source) {
-    if (!CopyDatabase(workspace.instance().FileOf(database.dbid), copy, keep_going)) Fail(3617);
-    source.emplace(SqliteConnection(copy.string()));
+  std::optional<SqliteConnection> held = HoldFile(workspace, database);
+  if (!held) {
+    CopyDatabase(workspace, workspace.instance().FileOf(database.dbid), copy);
+    held.emplace(copy.string());
   }
-  header.finished = CurrentTime();
-  header.data_size = source->Size();
-  const auto read = [&](std::int64_t offset, char* bytes, std::size_t count) {
-    source->Read(offset, bytes, count);
-  };
-  if (!WriteBackup(medium, medium_id, adds ? place.file : std::filesystem::path(), header, read,
-                   keep_going)) {
-    Fail(3617);
-  }
+  const DatabaseBytes source(*held);
+  set.details.push_back(Time("@finished", CurrentTime()));
+  set.data_size = source.Size();
+  WriteBackup(workspace, medium, medium_id, set.position > 1 ? place.file : std::filesystem::path(),
+              set, source);
   std::filesystem::rename(medium, place.file);
   SyncFolder(place.file.parent_path());
 }
@@ -246,18 +248,22 @@ void BackUp(EngineSession& session, const BackupStatement& statement, ResultSink
       std::filesystem::is_directory(place.file, no_folder)) {
     Fail(3201, {place.physical_name});
   }
-  BackupMedium earlier;
-  if (!options.format && std::filesystem::exists(place.file)) earlier = ReadMedium(place);
-  const std::string medium_id = earlier.id.empty() ? RandomBytes() : earlier.id;
-  const bool adds = !earlier.sets.empty() && !options.init;
-  const std::int64_t position = adds ? static_cast<std::int64_t>(earlier.sets.size()) + 1 : 1;
+  std::string medium_id;
+  std::int64_t sets = 0;
+  if (!options.format && std::filesystem::exists(place.file)) {
+    BackupMedium earlier(place);
+    medium_id = earlier.id();
+    sets = earlier.set_count();
+  }
+  if (medium_id.empty()) medium_id = RandomBytes();
 
-  BackupHeader header = HeaderFor(session, database, options);
-  WriteMedium(workspace, database, place, medium_id, adds, header);
-  Record(session, place, medium_id, position, header);
-  TellProcessed(sink, database.name, header, position);
+  BackupSet set = SetFor(session, database, options);
+  set.position = options.init ? 1 : sets + 1;
+  WriteMedium(workspace, database, place, medium_id, set);
+  Record(session, place, medium_id, set);
+  TellProcessed(sink, database.name, set, set.position);
   const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
-  TellFinished(sink, "BACKUP DATABASE", header.data_size, seconds.count());
+  TellFinished(sink, "BACKUP DATABASE", set.data_size, seconds.count());
 }
 
 }  // namespace
@@ -267,36 +273,6 @@ void RunBackup(EngineSession& session, const BackupStatement& statement,
   if (statement.log) throw Unsupported("backup log");
   RunChained({execution.sink, MakeMessage(3013, {"BACKUP DATABASE"}), kWriteError},
              [&] { BackUp(session, statement, execution.sink); });
-}
-
-bool CopyDatabase(const std::filesystem::path& from, const std::filesystem::path& to,
-                  const KeepGoing& keep_going) {
-  constexpr int kPagesAtOnce = 4096;
-  constexpr auto kPause = std::chrono::milliseconds(10);
-  SqliteConnection source(from.string());
-  // The open reading transaction holds the moment that is copied.
-  source.Execute("begin");
-  source.IntegerOf(0, "select count(*) from sqlite_schema");
-  SqliteConnection target(to.string());
-  // The copy is thrown away when anything happens to it.
-  target.Execute("pragma journal_mode = off");
-  target.Execute("pragma synchronous = off");
-  struct Finisher {
-    void operator()(sqlite3_backup* backup) const { sqlite3_backup_finish(backup); }
-  };
-  const std::unique_ptr<sqlite3_backup, Finisher> backup(
-      sqlite3_backup_init(target.handle(), "main", source.handle(), "main"));
-  if (!backup) throw SqliteError(target.handle());
-  for (;;) {
-    if (!keep_going()) return false;
-    const int code = sqlite3_backup_step(backup.get(), kPagesAtOnce);
-    if (code == SQLITE_DONE) return true;
-    if (code == SQLITE_BUSY || code == SQLITE_LOCKED) {
-      std::this_thread::sleep_for(kPause);
-    } else if (code != SQLITE_OK) {
-      throw SqliteError(target.handle());
-    }
-  }
 }
 
 BackupPlace PlaceOf(EngineSession& session, const std::vector<BackupDevice>& devices) {
@@ -319,14 +295,11 @@ BackupPlace PlaceOf(EngineSession& session, const std::vector<BackupDevice>& dev
   return place;
 }
 
-std::int64_t ServerPages(std::int64_t bytes) { return (bytes + kServerPage - 1) / kServerPage; }
-
-void TellProcessed(ResultSink& sink, const std::string& database, const BackupHeader& header,
+void TellProcessed(ResultSink& sink, const std::string& database, const BackupSet& set,
                    std::int64_t position) {
-  for (const BackedUpFile& file : header.files) {
-    const std::int64_t pages = file.type == 'D' ? ServerPages(header.data_size) : 0;
-    sink.OnMessage(MakeMessage(
-        4035, {std::to_string(pages), database, file.logical_name, std::to_string(position)}));
+  for (const ListedFile& file : set.files) {
+    sink.OnMessage(MakeMessage(4035, {std::to_string(PagesOf(set, file)), database,
+                                      file.logical_name, std::to_string(position)}));
   }
 }
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <system_error>
 
-#include "server/catalog/new_database.h"
+#include "server/catalog/system_tables.h"
 #include "server/engine/database_files.h"
 #include "server/engine/error_chain.h"
 #include "server/engine/host_file.h"
@@ -14,7 +14,6 @@ namespace dbkeeper::server {
 
 namespace {
 
-constexpr int kLastSystemDatabase = 4;
 constexpr int kFileError = 5123;
 
 struct OptionRow {
@@ -96,6 +95,34 @@ void MakeDatabase(Workspace& workspace, int dbid, const NewDatabase& database) {
   ListDatabase(workspace, dbid, database);
 }
 
+void Enlist(Workspace& workspace, int dbid, const NewDatabase& database,
+            const DatabasePlace& place) {
+  SqliteConnection& connection = workspace.connection();
+  WriteScope scope(workspace, workspace.FindDatabase("master"), "main");
+  if (workspace.LookUpDatabase(dbid)) {
+    connection.Run(
+        "update main.sysdatabases set filename = ?1, status = status & ~?2 where dbid = ?3",
+        database.file_name, DatabaseStatus::kOffline, dbid);
+  } else {
+    ListDatabase(workspace, dbid, database);
+  }
+  InstanceState& instance = workspace.instance();
+  instance.places().Store(connection, dbid, place);
+  scope.Commit();
+  instance.places().Set(dbid, place);
+  instance.NewGeneration(dbid);
+}
+
+void Delist(Workspace& workspace, int dbid) {
+  InstanceState& instance = workspace.instance();
+  WriteScope scope(workspace, workspace.FindDatabase("master"), "main");
+  workspace.connection().Run("delete from main.sysdatabases where dbid = ?", dbid);
+  instance.places().Erase(workspace.connection(), dbid);
+  scope.Commit();
+  instance.places().Forget(dbid);
+  instance.NewGeneration(dbid);
+}
+
 void DatabaseDefinition::NeedNoTransaction(std::string_view statement) {
   if (workspace_.transaction_count() > 0) Fail(226, {statement});
 }
@@ -141,10 +168,7 @@ void DatabaseDefinition::Create(const CreateDatabaseStatement& statement, Result
       MakeLogFile(plan.place.log, plan.label.family);
       MakeDatabaseFile(workspace_, dbid);
       LabelFile(plan.place.data, plan.label);
-      WriteScope scope(workspace_, workspace_.FindDatabase("master"), "main");
-      ListDatabase(workspace_, dbid, {.name = statement.name, .file_name = plan.data_text});
-      places.Store(workspace_.connection(), dbid, plan.place);
-      scope.Commit();
+      Enlist(workspace_, dbid, {.name = statement.name, .file_name = plan.data_text}, plan.place);
     } catch (...) {
       places.Forget(dbid);
       throw;
@@ -178,13 +202,7 @@ void DatabaseDefinition::Attach(const std::string& name, const std::string& data
       MakeLogFile(place.log, label.family);
     }
     CheckLogFile(place.log, label.family, place.log_name);
-    const int dbid = FreeDatabaseId(workspace_);
-    WriteScope scope(workspace_, workspace_.FindDatabase("master"), "main");
-    ListDatabase(workspace_, dbid, {.name = name, .file_name = data});
-    places.Store(workspace_.connection(), dbid, place);
-    scope.Commit();
-    places.Set(dbid, place);
-    workspace_.instance().NewGeneration(dbid);
+    Enlist(workspace_, FreeDatabaseId(workspace_), {.name = name, .file_name = data}, place);
     if (made) made->Done();
   });
 }
@@ -195,11 +213,10 @@ void DatabaseDefinition::Detach(const std::string& name) {
   const std::optional<DatabaseInfo> database = workspace_.LookUpDatabase(name);
   if (!database) Fail(15010, {name});
   if (!workspace_.login().sysadmin) Fail(15247);
-  if (database->dbid <= kLastSystemDatabase) Fail(7940);
+  if (database->IsSystem()) Fail(7940);
   NeedUnused(*database, 3703);
   workspace_.Detach(database->dbid);
-  DatabasePlaces& places = workspace_.instance().places();
-  const DatabasePlace place = places.Of(database->dbid);
+  const DatabasePlace place = workspace_.instance().places().Of(database->dbid);
   const FileLabel label = LabelFor(place.data, database->name);
   if (!place.log.empty()) {
     // A crash in a restore may have left the log of the database before it.
@@ -211,12 +228,7 @@ void DatabaseDefinition::Detach(const std::string& name) {
     if (std::filesystem::file_size(log, missing) == 0 || missing) MakeLogFile(log, label.family);
   }
   const QuietFile quiet(workspace_, *database);
-  WriteScope scope(workspace_, workspace_.FindDatabase("master"), "main");
-  workspace_.connection().Run("delete from main.sysdatabases where dbid = ?", database->dbid);
-  places.Erase(workspace_.connection(), database->dbid);
-  scope.Commit();
-  places.Forget(database->dbid);
-  workspace_.instance().NewGeneration(database->dbid);
+  Delist(workspace_, database->dbid);
 }
 
 void DatabaseDefinition::Shrink(const std::string& name) {
@@ -237,7 +249,7 @@ void DatabaseDefinition::Drop(const std::string& name) {
   const std::optional<DatabaseInfo> database = workspace_.LookUpDatabase(name);
   if (!database) Fail(3701, {"database", name});
   NeedOwner(*database);
-  if (database->dbid <= kLastSystemDatabase) Fail(3708, {"database", name});
+  if (database->IsSystem()) Fail(3708, {"database", name});
   NeedUnused(*database, 3702);
   workspace_.Detach(database->dbid);
   DatabasePlaces& places = workspace_.instance().places();
@@ -245,12 +257,7 @@ void DatabaseDefinition::Drop(const std::string& name) {
   std::vector<std::filesystem::path> files = {place.data};
   if (!place.log.empty()) files.push_back(place.log);
   PendingFiles pending(places, files, PendingFiles::Purpose::kRemove);
-  WriteScope scope(workspace_, workspace_.FindDatabase("master"), "main");
-  workspace_.connection().Run("delete from main.sysdatabases where dbid = ?", database->dbid);
-  places.Erase(workspace_.connection(), database->dbid);
-  scope.Commit();
-  places.Forget(database->dbid);
-  workspace_.instance().NewGeneration(database->dbid);
+  Delist(workspace_, database->dbid);
   pending.Done();
 }
 
@@ -292,8 +299,9 @@ void DatabaseDefinition::NeedListedFile(const DatabaseInfo& database,
   } else {
     return;
   }
-  const ListedFiles files = FilesOf(workspace_, database, workspace_.Open(database));
-  if (!SameName(files.data.logical_name, wanted) && !SameName(files.log.logical_name, wanted)) {
+  const auto files = FilesOf(workspace_, database, workspace_.Open(database));
+  if (std::ranges::none_of(
+          files, [&](const ListedFile& file) { return SameName(file.logical_name, wanted); })) {
     Fail(5009);
   }
 }
@@ -304,7 +312,7 @@ bool DatabaseDefinition::SetOption(const DatabaseInfo& database, const std::stri
   constexpr std::int64_t kState = DatabaseStatus::kOffline | DatabaseStatus::kReadOnly |
                                   DatabaseStatus::kSingleUser | DatabaseStatus::kDboOnly;
   const bool closes = (row->set & kState) != 0;
-  if (closes && database.dbid <= kLastSystemDatabase) Fail(5058, {option, database.name});
+  if (closes && database.IsSystem()) Fail(5058, {option, database.name});
   if (closes && workspace_.instance().InUse(database.dbid, workspace_.spid())) {
     Fail(5070, {database.name});
   }

@@ -47,6 +47,13 @@ class DatabaseDefinition {
   Workspace& workspace_;
 };
 
+// Enters a database that has its files into master; one that is there already gets the new files
+// and is online.
+void Enlist(Workspace& workspace, int dbid, const NewDatabase& database,
+            const DatabasePlace& place);
+// Takes a database out of master; its files stay.
+void Delist(Workspace& workspace, int dbid);
+
 // Makes the file of a database where the instance has it.
 void MakeDatabaseFile(Workspace& workspace, int dbid);
 // Makes its row in sysdatabases, in the connection's master database.

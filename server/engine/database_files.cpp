@@ -17,7 +17,6 @@ namespace dbkeeper::server {
 
 namespace {
 
-constexpr int kLastSystemDatabase = 4;
 constexpr std::int64_t kKilobyte = 1024;
 constexpr std::int64_t kMegabyte = kKilobyte * kKilobyte;
 constexpr std::int64_t kSmallestFile = 512 * kKilobyte;
@@ -85,12 +84,6 @@ std::filesystem::path PlaceNewFile(Workspace& workspace, const std::string& text
   return file;
 }
 
-std::int64_t BytesOf(const std::filesystem::path& file) {
-  std::error_code ignored;
-  const auto bytes = std::filesystem::file_size(file, ignored);
-  return ignored ? 0 : static_cast<std::int64_t>(bytes);
-}
-
 // Reads something, for before that SQLite does not look for a log.
 void OpenLog(SqliteConnection& connection) {
   connection.IntegerOf(0, "select count(*) from sqlite_schema");
@@ -108,26 +101,12 @@ std::string DefaultFile(const DatabasePlaces& places, const std::string& databas
 }  // namespace
 
 FileLabel ReadLabel(SqliteConnection& connection, const std::string& alias) {
-  const std::string schema = QuoteName(alias) + ".";
-  FileLabel label;
-  if (connection.IntegerOf(
-          0, "select count(*) from " + schema + "sqlite_schema where name = '#label'") == 0) {
-    return label;
-  }
-  SqliteStatement row = connection.Prepare(
-      "select family, data_name, log_name, data_bytes, log_bytes from " + schema + "\"#label\"");
-  if (!row.Step()) return label;
+  Catalog catalog(connection, alias);
+  if (catalog.IntegerOf(0, "select 1 from {}sqlite_schema where name = '#label'") == 0) return {};
+  SqliteStatement row = catalog.Prepare(
+      "select family, data_name, log_name, data_bytes, log_bytes from {}\"#label\"");
+  if (!row.Step()) return {};
   return {row.Text(0), row.Text(1), row.Text(2), row.Integer(3), row.Integer(4)};
-}
-
-void WriteLabel(SqliteConnection& connection, const std::string& alias, const FileLabel& label) {
-  const std::string table = QuoteName(alias) + ".\"#label\"";
-  connection.Execute("create table if not exists " + table +
-                     "(family blob, data_name text, log_name text, data_bytes integer, log_bytes "
-                     "integer)");
-  connection.Execute("delete from " + table);
-  connection.Run("insert into " + table + " values (?, ?, ?, ?, ?)", Cell(Blob{label.family}),
-                 label.data_name, label.log_name, label.data_bytes, label.log_bytes);
 }
 
 bool IsDatabaseFile(const std::filesystem::path& file) {
@@ -150,24 +129,27 @@ FileLabel LabelOfFile(const std::filesystem::path& file) {
 
 void LabelFile(const std::filesystem::path& file, const FileLabel& label) {
   SqliteConnection connection(file.string());
-  connection.Execute("begin immediate");
-  WriteLabel(connection, "main", label);
+  connection.Execute(
+      "begin immediate; create table if not exists \"#label\"(family blob, data_name text, "
+      "log_name "
+      "text, data_bytes integer, log_bytes integer); delete from \"#label\"");
+  connection.Run("insert into \"#label\" values (?, ?, ?, ?, ?)", Cell(Blob{label.family}),
+                 label.data_name, label.log_name, label.data_bytes, label.log_bytes);
   connection.Execute("commit");
 }
 
-ListedFiles FilesOf(Workspace& workspace, const DatabaseInfo& database, const std::string& alias) {
+std::vector<ListedFile> FilesOf(Workspace& workspace, const DatabaseInfo& database,
+                                const std::string& alias) {
   const DatabasePlace place = workspace.instance().places().Of(database.dbid);
   const FileLabel label = ReadLabel(workspace.connection(), alias);
   const std::string data_text = workspace.connection().TextOf(
       "select filename from main.sysdatabases where dbid = ?1", database.dbid);
   const std::string wal = place.data.string() + "-wal";
-  return {
-      .data = {.logical_name = label.data_name.empty() ? database.name + "_Data" : label.data_name,
-               .physical_name = data_text,
-               .bytes = std::max(BytesOf(place.data), label.data_bytes)},
-      .log = {.logical_name = label.log_name.empty() ? database.name + "_Log" : label.log_name,
-              .physical_name = place.log.empty() ? data_text + "-wal" : place.log_name,
-              .bytes = std::max(BytesOf(wal), label.log_bytes)}};
+  return {{label.data_name.empty() ? database.name + "_Data" : label.data_name, data_text, 'D',
+           std::max(BytesOf(place.data), label.data_bytes)},
+          {label.log_name.empty() ? database.name + "_Log" : label.log_name,
+           place.log.empty() ? data_text + "-wal" : place.log_name, 'L',
+           std::max(BytesOf(wal), label.log_bytes)}};
 }
 
 PlannedFiles PlanFiles(Workspace& workspace, const CreateDatabaseStatement& statement) {
@@ -246,34 +228,30 @@ int QuietFile::OnBusy(void* self, int) {
 
 void QuietFile::Check(int code) const {
   if (code == SQLITE_OK) return;
-  if (workspace_.interrupted()) Fail(3617);
+  workspace_.StopIfInterrupted();
   if ((code & 0xFF) == SQLITE_BUSY) Fail(3101);
   throw SqliteError(connection_.handle());
 }
 
-sqlite3_file* DatabaseBytes::File() const {
-  sqlite3_file* file = nullptr;
-  sqlite3_file_control(connection_.handle(), "main", SQLITE_FCNTL_FILE_POINTER, &file);
-  return file;
+DatabaseBytes::DatabaseBytes(const SqliteConnection& connection) {
+  sqlite3_file_control(connection.handle(), "main", SQLITE_FCNTL_FILE_POINTER, &file_);
 }
 
 std::int64_t DatabaseBytes::Size() const {
-  sqlite3_file* const file = File();
   sqlite3_int64 size = 0;
-  if (file->pMethods->xFileSize(file, &size) != SQLITE_OK) {
+  if (file_->pMethods->xFileSize(file_, &size) != SQLITE_OK) {
     throw std::system_error(EIO, std::generic_category(), "size");
   }
   return size;
 }
 
 void DatabaseBytes::Read(std::int64_t offset, char* bytes, std::size_t count) const {
-  sqlite3_file* const file = File();
-  if (file->pMethods->xRead(file, bytes, static_cast<int>(count), offset) != SQLITE_OK) {
+  if (file_->pMethods->xRead(file_, bytes, static_cast<int>(count), offset) != SQLITE_OK) {
     throw std::system_error(EIO, std::generic_category(), "read");
   }
 }
 
-std::optional<DatabaseBytes> HoldFile(Workspace& workspace, const DatabaseInfo& database) {
+std::optional<SqliteConnection> HoldFile(Workspace& workspace, const DatabaseInfo& database) {
   constexpr int kPatience = 200;  // milliseconds
   const std::string file = workspace.instance().FileOf(database.dbid).string();
   SqliteConnection writer(file);
@@ -293,7 +271,7 @@ std::optional<DatabaseBytes> HoldFile(Workspace& workspace, const DatabaseInfo& 
   // everybody from folding in more.
   reader.Execute("begin");
   OpenLog(reader);
-  return DatabaseBytes(std::move(reader));
+  return reader;
 }
 
 bool IsTaken(Workspace& workspace, const std::filesystem::path& file) {
@@ -317,7 +295,7 @@ bool IsTaken(Workspace& workspace, const std::filesystem::path& file) {
 }
 
 int FreeDatabaseId(Workspace& workspace) {
-  int dbid = kLastSystemDatabase + 1;
+  int dbid = 1;
   while (workspace.LookUpDatabase(dbid)) ++dbid;
   return dbid;
 }

@@ -15,16 +15,12 @@
 
 namespace dbkeeper::server {
 
-// The file of a database that its catalog lists.
+// A file of a database, as its catalog lists it or as it was when it was backed up.
 struct ListedFile {
   std::string logical_name;
   std::string physical_name;
+  char type = 'D';  // 'D' data, 'L' log
   std::int64_t bytes = 0;
-};
-
-struct ListedFiles {
-  ListedFile data;
-  ListedFile log;
 };
 
 // What a database's own file says of itself, so that it goes along with a copy of it.
@@ -38,15 +34,15 @@ struct FileLabel {
 
 // Of the database `alias` of the connection; all empty when it has none.
 FileLabel ReadLabel(SqliteConnection& connection, const std::string& alias);
-void WriteLabel(SqliteConnection& connection, const std::string& alias, const FileLabel& label);
 
 // True when the database file can be opened and is a database of this server.
 bool IsDatabaseFile(const std::filesystem::path& file);
 FileLabel LabelOfFile(const std::filesystem::path& file);
 void LabelFile(const std::filesystem::path& file, const FileLabel& label);
 
-// The files of an open database (its alias in the workspace's connection).
-ListedFiles FilesOf(Workspace& workspace, const DatabaseInfo& database, const std::string& alias);
+// The data file and the log of an open database (its alias in the workspace's connection).
+std::vector<ListedFile> FilesOf(Workspace& workspace, const DatabaseInfo& database,
+                                const std::string& alias);
 
 // Where a new database goes, and what it says of itself. Throws SqlError 5103, 5104, 5105, 5169,
 // 5170, 5174, 1828.
@@ -88,22 +84,20 @@ class QuietFile {
 // own would take SQLite's locks with it when it is closed.
 class DatabaseBytes {
  public:
-  explicit DatabaseBytes(SqliteConnection connection) : connection_(std::move(connection)) {}
+  explicit DatabaseBytes(const SqliteConnection& connection);
 
   // Both throw std::system_error.
   std::int64_t Size() const;
   void Read(std::int64_t offset, char* bytes, std::size_t count) const;
 
  private:
-  sqlite3_file* File() const;
-
-  SqliteConnection connection_;
+  sqlite3_file* file_ = nullptr;
 };
 
 // The file of a database as it is at this moment, its log folded in, and as it stays while this
 // lives: what others write stays in the log. None when somebody reads an earlier state or writes
 // for long, for then the log cannot be folded in.
-std::optional<DatabaseBytes> HoldFile(Workspace& workspace, const DatabaseInfo& database);
+std::optional<SqliteConnection> HoldFile(Workspace& workspace, const DatabaseInfo& database);
 
 // True when the file is one of a database's or of the instance itself.
 bool IsTaken(Workspace& workspace, const std::filesystem::path& file);

@@ -4,10 +4,9 @@
 #include <array>
 #include <utility>
 
-#include "server/engine/cursor.h"
 #include "server/engine/state_functions.h"
 #include "server/engine/statements.h"
-#include "server/procedures/procedure_table.h"
+#include "server/procedures/procedure_call.h"
 #include "server/sql/parser.h"
 #include "server/types/messages.h"
 #include "server/types/type_rules.h"
@@ -203,7 +202,7 @@ bool EngineSession::Skips(const Statement& statement) {
 void EngineSession::Run(const Statement& statement, const Execution& execution) {
   StatementEnd end;
   try {
-    if (workspace_.interrupted()) Fail(3617);
+    workspace_.StopIfInterrupted();
     if (!Skips(statement)) end = RunStatement(*this, statement, execution);
   } catch (const SqlError& error) {
     // A message made away from the text has the line of its statement.

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <sys/random.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -29,14 +28,6 @@ int OpenDescriptor(const std::filesystem::path& path, int flags) {
 
 }  // namespace
 
-HostFile HostFile::Open(const std::filesystem::path& path) {
-  HostFile file(OpenDescriptor(path, O_RDONLY));
-  struct stat status {};
-  if (fstat(file.file_, &status) != 0) FailWith(errno, path.string());
-  if (!S_ISREG(status.st_mode)) FailWith(EINVAL, path.string());
-  return file;
-}
-
 HostFile HostFile::Make(const std::filesystem::path& path) {
   return HostFile(OpenDescriptor(path, O_RDWR | O_CREAT | O_EXCL));
 }
@@ -50,24 +41,6 @@ HostFile::~HostFile() {
 }
 
 HostFile::HostFile(HostFile&& other) noexcept : file_(std::exchange(other.file_, -1)) {}
-
-std::int64_t HostFile::Size() const {
-  struct stat status {};
-  if (fstat(file_, &status) != 0) FailWith(errno, "size");
-  return status.st_size;
-}
-
-std::size_t HostFile::Read(char* bytes, std::size_t count) {
-  std::size_t done = 0;
-  while (done < count) {
-    const ssize_t part = read(file_, bytes + done, count - done);
-    if (part < 0 && errno == EINTR) continue;
-    if (part < 0) FailWith(errno, "read");
-    if (part == 0) break;
-    done += static_cast<std::size_t>(part);
-  }
-  return done;
-}
 
 void HostFile::Write(std::string_view bytes) {
   while (!bytes.empty()) {
@@ -97,6 +70,12 @@ void SyncFolder(const std::filesystem::path& folder) {
   // Some file systems cannot do this with a folder; then there is nothing better to do.
   static_cast<void>(fsync(file));
   close(file);
+}
+
+std::int64_t BytesOf(const std::filesystem::path& file) {
+  std::error_code ignored;
+  const auto bytes = std::filesystem::file_size(file, ignored);
+  return ignored ? 0 : static_cast<std::int64_t>(bytes);
 }
 
 void RemoveWithLogs(const std::filesystem::path& path) {

@@ -1,4 +1,4 @@
-// A file of this machine, read and written in order. Failures throw std::system_error.
+// A file of this machine, written in order. Failures throw std::system_error.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,6 @@ namespace dbkeeper::server {
 
 class HostFile {
  public:
-  static HostFile Open(const std::filesystem::path& path);
   // Makes the file; it must not be there yet.
   static HostFile Make(const std::filesystem::path& path);
   // Makes the file when it is not there; what it holds stays until it is written over.
@@ -19,9 +18,6 @@ class HostFile {
   HostFile(HostFile&& other) noexcept;
   HostFile& operator=(HostFile&&) = delete;
 
-  std::int64_t Size() const;
-  // Fills `bytes` as far as the file goes; gives the number read.
-  std::size_t Read(char* bytes, std::size_t count);
   void Write(std::string_view bytes);
   void Seek(std::int64_t offset);
   // Cuts off what lies behind the present place.
@@ -36,6 +32,11 @@ class HostFile {
 
 // Makes renames and removals in the folder last.
 void SyncFolder(const std::filesystem::path& folder);
+
+// 0 when it is not there.
+std::int64_t BytesOf(const std::filesystem::path& file);
+// In pages of 8 KB, as the server counts.
+inline std::int64_t ServerPages(std::int64_t bytes) { return (bytes + 8191) / 8192; }
 
 // Removes the file when it is there, and what SQLite keeps beside it.
 void RemoveWithLogs(const std::filesystem::path& path);

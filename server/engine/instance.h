@@ -11,9 +11,6 @@
 
 namespace dbkeeper::server {
 
-class FolderLock;
-class InstanceState;
-
 struct InstanceOptions {
   std::filesystem::path folder;  // made, with the sample databases, when it does not exist
   std::string server_name;       // what @@servername says
@@ -28,32 +25,22 @@ class Instance : public SessionFactory {
   // Opens the instance in the folder, or makes the sample one there. Throws std::runtime_error when
   // the folder cannot be used or another process holds it.
   static std::unique_ptr<Instance> Open(const InstanceOptions& options);
-  ~Instance() override;
 
   // Lets the operator in as a system administrator: who logs in as `windows_name`
   // ("DOMAIN\name" or "name", in any case) with `secret` as the password. An empty secret lets
   // nobody in. Holds until the process ends; nothing of it is stored.
-  void SetOperator(const std::string& windows_name, const std::string& secret);
+  virtual void SetOperator(const std::string& windows_name, const std::string& secret) = 0;
 
   // Sets the password of an SQL login; makes the login, as a system administrator, when there is
   // none of that name.
-  void SetLoginPassword(const std::string& name, const std::string& password);
+  virtual void SetLoginPassword(const std::string& name, const std::string& password) = 0;
 
   // `callback` runs, on the thread of the client that asked, when a client runs SHUTDOWN.
-  void OnShutdown(std::function<void()> callback);
+  virtual void OnShutdown(std::function<void()> callback) = 0;
 
   // `callback` runs, on the thread of the client that asked, when a client kills session `spid`;
   // it closes that session's connection. The session's running statement is interrupted before.
-  void OnKill(std::function<void(int spid)> callback);
-
-  std::string server_name() const override;
-  std::unique_ptr<Session> Login(const LoginRequest& request) override;
-
- private:
-  Instance(std::unique_ptr<FolderLock> lock, std::unique_ptr<InstanceState> state);
-
-  const std::unique_ptr<FolderLock> lock_;
-  const std::unique_ptr<InstanceState> state_;
+  virtual void OnKill(std::function<void(int spid)> callback) = 0;
 };
 
 }  // namespace dbkeeper::server

@@ -1,9 +1,16 @@
 #include "server/engine/instance_state.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <stdexcept>
 
 #include "server/catalog/catalog.h"
 #include "server/catalog/login_store.h"
+#include "server/catalog/sample_instance.h"
+#include "server/engine/engine_session.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {
@@ -12,11 +19,69 @@ namespace {
 
 // The server keeps the first numbers for its own tasks; clients come from 51 on.
 constexpr int kFirstClient = 51;
+constexpr int kMasterId = 1;
+
+// Master, for looking up and changing logins outside of a session.
+SqliteConnection OpenMaster(const InstanceState& state) {
+  constexpr int kWaitMilliseconds = 10'000;
+  SqliteConnection master(state.FileOf(kMasterId).string());
+  RegisterServerFunctions(master.handle());
+  sqlite3_busy_timeout(master.handle(), kWaitMilliseconds);
+  return master;
+}
+
+[[noreturn]] void Refuse(const std::string& user, const std::string& reason = {}) {
+  throw LoginRefused{MakeMessage(18456, {user, reason})};
+}
+
+LoginInfo ReadLogin(SqliteConnection& master, const std::string& name, bool operates) {
+  SqliteStatement row = master.Prepare(
+      "select name, sysadmin, dbcreator, securityadmin from main.syslogins where name = ?1", name);
+  if (!row.Step()) return {.name = name, .sysadmin = operates};
+  return {.name = row.Text(0),
+          .sysadmin = operates || row.Integer(1) != 0,
+          .dbcreator = row.Integer(2) != 0,
+          .security_admin = row.Integer(3) != 0};
+}
 
 }  // namespace
 
+// Keeps other processes out of the folder.
+class FolderLock {
+ public:
+  explicit FolderLock(const std::filesystem::path& folder)
+      : file_(open((folder / "lock").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600)) {
+    if (file_ < 0 || flock(file_, LOCK_EX | LOCK_NB) != 0) {
+      if (file_ >= 0) close(file_);
+      throw std::runtime_error("the folder " + folder.string() + " is in use or not writable");
+    }
+  }
+  ~FolderLock() { close(file_); }
+  FolderLock(const FolderLock&) = delete;
+  FolderLock& operator=(const FolderLock&) = delete;
+
+ private:
+  int file_;
+};
+
+std::unique_ptr<Instance> Instance::Open(const InstanceOptions& options) {
+  std::filesystem::create_directories(options.folder);
+  std::filesystem::permissions(options.folder, std::filesystem::perms::owner_all);
+  auto state = std::make_unique<InstanceState>(options);
+  state->LockFolder();
+  if (!std::filesystem::exists(state->FileOf(kMasterId))) MakeSampleInstance(options);
+  SqliteConnection master = OpenMaster(*state);
+  state->places().Load(master);
+  RenewTemporaryDatabase(*state);
+  return state;
+}
+
 InstanceState::InstanceState(InstanceOptions options)
     : options_(std::move(options)), places_(options_.folder) {}
+
+InstanceState::~InstanceState() = default;
+
+void InstanceState::LockFolder() { lock_ = std::make_unique<FolderLock>(options_.folder); }
 
 FileState InstanceState::FileStateOf(int dbid) const {
   const std::scoped_lock lock(mutex_);
@@ -167,6 +232,41 @@ void InstanceState::OnShutdown(std::function<void()> callback) {
 void InstanceState::OnKill(std::function<void(int)> callback) {
   const std::scoped_lock lock(mutex_);
   on_kill_ = std::move(callback);
+}
+
+void InstanceState::SetLoginPassword(const std::string& name, const std::string& password) {
+  SqliteConnection master = OpenMaster(*this);
+  master.Execute("begin immediate");
+  if (master.IntegerOf(0, "select 1 from main.syslogins where name = ?1", name) == 0) {
+    StoreLogin(master, {.name = name, .sysadmin = true});
+  }
+  StorePassword(master, name, password);
+  master.Execute("commit");
+}
+
+std::unique_ptr<Session> InstanceState::Login(const LoginRequest& request) {
+  const bool operates = IsOperator(request.user, request.password);
+  LoginInfo login;
+  std::string database = request.database;
+  try {
+    SqliteConnection master = OpenMaster(*this);
+    if (!operates && SameName(request.user, "sa") && !HasPassword(master, "sa")) {
+      Refuse(request.user,
+             " Reason: The login has no password and cannot be used until one is set.");
+    }
+    if (!operates && !PasswordFits(master, request.user, request.password)) Refuse(request.user);
+    login = ReadLogin(master, request.user, operates);
+    if (database.empty()) {
+      database = master.TextOf("select dbname from main.syslogins where name = ?1", request.user);
+    }
+    if (database.empty()) database = "master";
+    auto session = std::make_unique<EngineSession>(*this, login);
+    session->Enter(request.client, database);
+    return session;
+  } catch (const SqlError&) {
+    throw LoginRefused{request.database.empty() ? MakeMessage(4064)
+                                                : MakeMessage(4060, {request.database})};
+  }
 }
 
 }  // namespace dbkeeper::server

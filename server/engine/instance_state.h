@@ -49,9 +49,21 @@ struct FileState {
   bool restoring = false;
 };
 
-class InstanceState {
+class FolderLock;
+
+class InstanceState : public Instance {
  public:
   explicit InstanceState(InstanceOptions options);
+  ~InstanceState() override;
+  // Keeps other processes out of the folder. Throws std::runtime_error.
+  void LockFolder();
+
+  void SetOperator(const std::string& windows_name, const std::string& secret) override;
+  void SetLoginPassword(const std::string& name, const std::string& password) override;
+  void OnShutdown(std::function<void()> callback) override;
+  void OnKill(std::function<void(int)> callback) override;
+  std::string server_name() const override { return options_.server_name; }
+  std::unique_ptr<Session> Login(const LoginRequest& request) override;
 
   const InstanceOptions& options() const { return options_; }
   DatabasePlaces& places() { return places_; }
@@ -85,16 +97,12 @@ class InstanceState {
   void Kill(int spid, int killer);
   void RequestShutdown();
 
-  void SetOperator(const std::string& windows_name, const std::string& secret);
-  bool IsOperator(const std::string& name, const std::string& secret) const;
-
-  void OnShutdown(std::function<void()> callback);
-  void OnKill(std::function<void(int)> callback);
-
  private:
   bool InUseUnlocked(int dbid, int spid) const;
+  bool IsOperator(const std::string& name, const std::string& secret) const;
 
   const InstanceOptions options_;
+  std::unique_ptr<FolderLock> lock_;
   DatabasePlaces places_;
   mutable std::mutex mutex_;
   std::map<int, SessionRecord> sessions_;

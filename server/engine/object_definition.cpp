@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "server/catalog/column_types.h"
+#include "server/catalog/system_tables.h"
 #include "server/sql/translator.h"
 #include "server/types/messages.h"
 #include "server/types/type_rules.h"
@@ -60,12 +60,7 @@ void ObjectDefinition::CreateView(const CreateViewStatement& statement) {
   }
   std::int64_t colid = 0;
   for (const ResultColumn& source : columns) {
-    CatalogColumn column;
-    column.name = source.name;
-    column.colid = ++colid;
-    column.type = source.type;
-    if (FamilyOf(column.type.id) == TypeFamily::kText) column.collation = kDefaultCollation;
-    catalog.AddColumn(place.object.id, column);
+    catalog.AddColumn(place.object.id, PlainColumn(source.name, ++colid, source.type));
   }
   scope.Commit();
 }

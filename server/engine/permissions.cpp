@@ -1,8 +1,9 @@
-#include "server/engine/permissions.h"
+// What users may do with objects, as sysprotects holds it.
 
 #include <algorithm>
 #include <vector>
 
+#include "server/engine/statements.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {
@@ -66,23 +67,23 @@ void NeedPermission(Workspace& workspace, const FoundObject& found, std::string_
   if (workspace.login().sysadmin || found.alias == "temp") return;
   const bool reads = word == "SELECT";
   if (workspace.IsOwner(found.database) || (reads && found.IsSystem())) return;
-  const std::string schema = QuoteName(found.alias) + ".";
   const ReaderWriterRoles roles = reads ? kReaders : kWriters;
   const int action = std::ranges::find(kActions, word, &ActionRow::word)->action;
   // The user with its roles, directly and through other roles; public is everybody's.
-  SqliteStatement row = workspace.connection().Prepare(
-      "with recursive mine(uid) as (select uid from " + schema +
-          "sysusers where sid = (select sid from main.syslogins where name = ?1) union select uid "
-          "from " +
-          schema +
-          "sysusers where name = 'guest' and hasdbaccess = 1 union select 0 "
-          "union select groupuid from " +
-          schema +
-          "sysmembers join mine on memberuid = uid) select (select max(protecttype) from " +
-          schema +
-          "sysprotects p join mine on p.uid = mine.uid where p.id = ?2 and p.action = ?3), (select "
-          "count(*) from mine where uid = ?4), (select count(*) from mine where uid = ?5)",
-      workspace.login().name, found.object.id, action, roles.allowed, roles.denied);
+  SqliteStatement row =
+      Catalog(workspace.connection(), found.alias)
+          .Prepare(
+              "with recursive mine(uid) as (select uid from {}sysusers where sid = (select sid "
+              "from "
+              "main.syslogins where name = ?1) union select uid from {}sysusers where name = "
+              "'guest' and "
+              "hasdbaccess = 1 union select 0 union select groupuid from {}sysmembers join mine on "
+              "memberuid = uid) select (select max(protecttype) from {}sysprotects p join mine on "
+              "p.uid = "
+              "mine.uid where p.id = ?2 and p.action = ?3), (select count(*) from mine where uid = "
+              "?4), "
+              "(select count(*) from mine where uid = ?5)",
+              workspace.login().name, found.object.id, action, roles.allowed, roles.denied);
   row.Step();
   const bool denied = row.Integer(0) == kDeny || row.Integer(2) > 0;
   const bool granted = row.Integer(0) != 0 || row.Integer(1) > 0;
@@ -98,24 +99,21 @@ void ChangePermissions(const PermissionStatement& statement, Workspace& workspac
   if (!workspace.IsOwner(place.database)) Fail(4613);
   const std::vector<int> actions = ActionsOf(statement, found);
   Catalog catalog = resolver.CatalogAt(place);
-  SqliteConnection& connection = workspace.connection();
   WriteScope scope(workspace, place.database, place.alias);
   for (const std::string& grantee : statement.grantees) {
-    const std::int64_t uid = connection.IntegerOf(
-        -1, "select uid from " + catalog.Path("sysusers") + " where name = ?1", grantee);
+    const std::int64_t uid =
+        catalog.IntegerOf(-1, "select uid from {}sysusers where name = ?1", grantee);
     if (uid < 0) Fail(15151, {grantee});
     for (const int action : actions) {
-      connection.Run(
-          "delete from " + catalog.Path("sysprotects") + " where id = ? and uid = ? and action = ?",
-          place.object.id, uid, action);
+      catalog.Run("delete from {}sysprotects where id = ? and uid = ? and action = ?",
+                  place.object.id, uid, action);
       if (statement.verb == PermissionVerb::kRevoke) continue;
       const int type = statement.verb == PermissionVerb::kDeny ? kDeny
                        : statement.with_grant_option           ? kGrantWithGrant
                                                                : kGrant;
       // The one bit says that all columns are meant.
-      connection.Run(
-          "insert into " + catalog.Path("sysprotects") + " values (?, ?, ?, ?, x'01', 1)",
-          place.object.id, uid, action, type);
+      catalog.Run("insert into {}sysprotects values (?, ?, ?, ?, x'01', 1)", place.object.id, uid,
+                  action, type);
     }
   }
   scope.Commit();

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <iterator>
 
-#include "server/engine/permissions.h"
 #include "server/engine/state_functions.h"
 #include "server/engine/table_definition.h"
 #include "server/sql/constraint_errors.h"
+#include "server/sql/parser.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {
@@ -73,6 +73,16 @@ std::string InColumn(const std::string& column) {
 
 }  // namespace
 
+std::vector<ResultColumn> DeclaredColumns(std::string_view columns) {
+  const std::vector<Statement> table = ParseBatch("create table t (" + std::string(columns) + ")");
+  std::vector<ResultColumn> declared;
+  for (const ColumnDefinition& column : std::get<CreateTableStatement>(table[0].node).columns) {
+    declared.emplace_back().name = column.name;
+    declared.back().type = column.type;
+  }
+  return declared;
+}
+
 void BindAll(SqliteStatement& statement, const Parameters& values) {
   const std::size_t wanted = std::min(values.size(), statement.ParameterCount());
   for (std::size_t i = 0; i < wanted; ++i) statement.Bind(static_cast<int>(i + 1), values[i].value);
@@ -88,7 +98,7 @@ std::int64_t QueryRunner::SendRows(SqliteStatement& rows, ResultSink& sink) {
       workspace_.Interrupt();
       Fail(3617);
     }
-    if (workspace_.interrupted()) Fail(3617);
+    workspace_.StopIfInterrupted();
     if (limit > 0 && count >= limit) break;
   }
   return count;
@@ -223,7 +233,7 @@ std::int64_t QueryRunner::RunToEnd(SqliteStatement& statement, const Parameters&
   BindAll(statement, values);
   try {
     while (statement.Step()) {
-      if (workspace_.interrupted()) Fail(3617);
+      workspace_.StopIfInterrupted();
     }
   } catch (const SqlError&) {
     statement.Reset();
@@ -334,16 +344,7 @@ ServerMessage QueryRunner::OrphanMessage(const FoundObject& target, const std::s
   SqliteConnection& connection = workspace_.connection();
   ServerMessage message = MakeMessage(547);
   const auto failed = [&](const CatalogForeignKey& key) {
-    std::string orphan = "select 1 from " + catalog.Path(key.child_table) + " c where ";
-    std::string match;
-    for (std::size_t i = 0; i < key.child_columns.size(); ++i) {
-      const std::string column = "c." + QuoteName(key.child_columns[i]);
-      orphan += column + " is not null and ";
-      match += (i == 0 ? "" : " and ") + ("p." + QuoteName(key.parent_columns[i])) + " = " + column;
-    }
-    orphan += "not exists (select 1 from " + catalog.Path(key.parent_table) + " p where " + match +
-              ") limit 1";
-    if (connection.IntegerOf(0, orphan) == 0) return false;
+    if (connection.IntegerOf(0, catalog.OrphanSql(key)) == 0) return false;
     const bool referencing = key.child == target.object.id;
     const auto& columns = referencing ? key.parent_columns : key.child_columns;
     message =

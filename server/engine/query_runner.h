@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "server/engine/resolver.h"
@@ -85,6 +86,13 @@ class QueryRunner {
   Resolver& resolver_;
   std::optional<PreparedInsert> insert_;
 };
+
+// Columns of rows that are made up, declared as a table would: "name sysname, dbid smallint".
+std::vector<ResultColumn> DeclaredColumns(std::string_view columns);
+
+// Throws 229 when the login's user may not; `word` is "SELECT", "INSERT", "UPDATE" or "DELETE".
+// System tables are open to all; owners and administrators may do everything.
+void NeedPermission(Workspace& workspace, const FoundObject& found, std::string_view word);
 
 // Binds the values to ?1, ?2 ... of a statement, as far as it has them.
 void BindAll(SqliteStatement& statement, const Parameters& values);

@@ -17,6 +17,17 @@ ColumnInfo PropertyColumn(std::string name, const SqlType& type) {
   return column;
 }
 
+ObjectInfo ViewInfo(const DatabaseInfo& database, std::string_view owner, const std::string& name,
+                    std::string_view text) {
+  ObjectInfo info;
+  info.kind = ObjectKind::kView;
+  info.database = database.name;
+  info.owner = owner;
+  info.name = name;
+  info.view_text = text;
+  return info;
+}
+
 bool OneOf(std::string_view word, std::string_view words) {
   const std::size_t at = words.find(word);
   return at != std::string_view::npos && (at == 0 || words[at - 1] == ' ') &&
@@ -79,20 +90,16 @@ FoundObject Resolver::Need(const ObjectName& name, std::string_view xtypes, int 
 std::optional<ObjectInfo> Resolver::ResolveObject(const ObjectName& name) {
   if (SameName(name.owner, kInformationSchema)) {
     const FoundObject place = Place(name);
-    if (!InformationSchemaText(name.name)) return std::nullopt;
-    return InformationSchemaView(name, place.database);
+    const auto text = InformationSchemaText(name.name);
+    if (!text) return std::nullopt;
+    return ViewInfo(place.database, kInformationSchema, name.name, *text);
   }
   const std::optional<FoundObject> found = Find(name);
   if (!found || !OneOf(found->object.xtype, "U S V")) return std::nullopt;
   Note(name, *found);
   if (found->object.xtype == "V" && !found->IsSystem()) {
-    ObjectInfo info;
-    info.kind = ObjectKind::kView;
-    info.database = found->database.name;
-    info.owner = "dbo";
-    info.name = found->object.name;
-    info.view_text = CatalogAt(*found).ObjectText(found->object.id);
-    return info;
+    return ViewInfo(found->database, "dbo", found->object.name,
+                    CatalogAt(*found).ObjectText(found->object.id));
   }
   const Known* table = FindTable(*found, name.name);
   ObjectInfo info = table != nullptr ? table->info : ReadTable(*found);
@@ -132,16 +139,6 @@ ObjectInfo Resolver::ReadTable(const FoundObject& found) {
     }
     info.columns.push_back(std::move(column_info));
   }
-  return info;
-}
-
-ObjectInfo Resolver::InformationSchemaView(const ObjectName& name, const DatabaseInfo& database) {
-  ObjectInfo info;
-  info.kind = ObjectKind::kView;
-  info.database = database.name;
-  info.owner = std::string(kInformationSchema);
-  info.name = name.name;
-  info.view_text = std::string(*InformationSchemaText(name.name));
   return info;
 }
 

@@ -61,7 +61,6 @@ class Resolver : public NameResolver {
     ObjectInfo info;
   };
 
-  ObjectInfo InformationSchemaView(const ObjectName& name, const DatabaseInfo& database);
   // The table from what is known, or from the catalog; null when there is no table of that name.
   const Known* FindTable(const FoundObject& place, const std::string& name);
   ObjectInfo ReadTable(const FoundObject& found);

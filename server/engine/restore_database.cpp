@@ -12,8 +12,6 @@ namespace dbkeeper::server {
 
 namespace {
 
-constexpr int kLastSystemDatabase = 4;
-
 constexpr std::string_view kIdleOptions[] = {"FILE",     "RECOVERY", "STATS",    "RESTART",
                                              "NOUNLOAD", "UNLOAD",   "NOREWIND", "REWIND"};
 
@@ -36,27 +34,24 @@ RestoreOptions OptionsOf(const RestoreStatement& statement) {
   return options;
 }
 
-// Where the database's files shall be, as the statement and the backup name them.
-struct Targets {
-  std::string data;
-  std::string log;
-  bool moved_data = false;
-  bool moved_log = false;
+// Where a file of the database shall be, as the statement or the backup names it.
+struct Target {
+  std::string text;
+  bool moved = false;
 };
 
-Targets TargetsOf(const BackupHeader& header, const RestoreOptions& options) {
-  Targets targets;
-  for (const BackedUpFile& file : header.files) {
-    (file.type == 'D' ? targets.data : targets.log) = file.physical_name;
+Target TargetOf(char type, const BackupSet& set, const RestoreOptions& options) {
+  Target target;
+  for (const ListedFile& file : set.files) {
+    if (file.type == type) target.text = file.physical_name;
   }
   for (const BackupOption& move : options.moves) {
     const auto file = std::ranges::find_if(
-        header.files, [&](const BackedUpFile& f) { return SameName(f.logical_name, move.value); });
-    if (file == header.files.end()) Fail(3234, {move.value, header.database});
-    (file->type == 'D' ? targets.data : targets.log) = move.target;
-    (file->type == 'D' ? targets.moved_data : targets.moved_log) = true;
+        set.files, [&](const ListedFile& f) { return SameName(f.logical_name, move.value); });
+    if (file == set.files.end()) Fail(3234, {move.value, set.database});
+    if (file->type == type) target = {move.target, true};
   }
-  return targets;
+  return target;
 }
 
 // Keeps every session out of a database. Throws SqlError 3101 when another is in it.
@@ -76,13 +71,13 @@ class Closed {
 
 class DatabaseRestore {
  public:
-  DatabaseRestore(EngineSession& session, const RestoreStatement& statement,
-                  const BackupPlace& from, const BackupSet& set)
+  DatabaseRestore(EngineSession& session, const RestoreStatement& statement, BackupMedium& medium,
+                  const BackupSet& set)
       : workspace_(session.workspace()),
         places_(workspace_.instance().places()),
         options_(OptionsOf(statement)),
         name_(statement.database),
-        from_(from),
+        medium_(medium),
         set_(set),
         existing_(workspace_.LookUpDatabase(statement.database)) {}
 
@@ -121,40 +116,37 @@ class DatabaseRestore {
   }
 
   void NeedReplaceable() {
-    if (existing_->dbid <= kLastSystemDatabase) throw Unsupported("restore of system databases");
+    if (existing_->IsSystem()) throw Unsupported("restore of system databases");
     if (existing_->dbid == workspace_.dbid()) Fail(3102, {name_});
     if (options_.replace) return;
     std::string family;
     if (IsDatabaseFile(OldPlace().data)) family = LabelOfFile(OldPlace().data).family;
-    const BackupHeader& header = set_.header;
-    const bool same = family.empty() || header.family.empty()
-                          ? SameName(header.database, existing_->name)
-                          : family == header.family;
+    const bool same = family.empty() || set_.family.empty()
+                          ? SameName(set_.database, existing_->name)
+                          : family == set_.family;
     if (!same) Fail(3154, {existing_->name});
   }
 
   // Without a move the files go where the database has them now, else where they were backed up.
   void ChoosePlace() {
-    const Targets targets = TargetsOf(set_.header, options_);
-    const std::string now_data =
-        existing_ ? workspace_.connection().TextOf(
-                        "select filename from main.sysdatabases where dbid = ?1", existing_->dbid)
-                  : std::string();
-    if (existing_ && !targets.moved_data) {
+    const Target data = TargetOf('D', set_, options_);
+    const Target log = TargetOf('L', set_, options_);
+    if (existing_ && !data.moved) {
       place_.data = OldPlace().data;
-      data_text_ = now_data;
+      data_text_ = workspace_.connection().TextOf(
+          "select filename from main.sysdatabases where dbid = ?1", existing_->dbid);
     } else {
-      place_.data = NewPlace('D', targets.data);
-      data_text_ = targets.data;
+      place_.data = NewPlace('D', data.text);
+      data_text_ = data.text;
     }
     // The log of a database that was never given files of its own lies beside its data file.
-    const bool implied_log = !targets.moved_log && targets.log == targets.data + "-wal";
-    if (existing_ && !targets.moved_log) {
+    const bool implied_log = !log.moved && log.text == data.text + "-wal";
+    if (existing_ && !log.moved) {
       place_.log = OldPlace().log;
       place_.log_name = OldPlace().log_name;
     } else if (!implied_log) {
-      place_.log = NewPlace('L', targets.log);
-      place_.log_name = targets.log;
+      place_.log = NewPlace('L', log.text);
+      place_.log_name = log.text;
     }
     if (place_.log == place_.data) Fail(3176, {place_.log_name});
   }
@@ -174,27 +166,17 @@ class DatabaseRestore {
       problem = 5170;
     }
     if (problem == 0) return file;
-    const auto listed = std::ranges::find(set_.header.files, type, &BackedUpFile::type);
+    const auto listed = std::ranges::find(set_.files, type, &ListedFile::type);
     Fail(3156, {listed->logical_name, text, MakeMessage(problem, {text}).text});
   }
 
   // Writes the database's file from the backup and labels it, beside its final place.
   void Unpack(const std::filesystem::path& file) {
-    const auto keep_going = [this] { return !workspace_.interrupted(); };
-    try {
-      HostFile target = HostFile::Make(file);
-      if (!ReadBackupData(
-              from_.file, set_, [&](std::string_view part) { target.Write(part); }, keep_going)) {
-        Fail(3617);
-      }
-      target.Sync();
-    } catch (const MalformedBackup&) {
-      Fail(3241, {from_.physical_name});
-    }
-    if (!IsDatabaseFile(file)) Fail(3241, {from_.physical_name});
+    medium_.Unpack(workspace_, set_, file);
+    if (!IsDatabaseFile(file)) medium_.Refuse();
     label_ = LabelOfFile(file);
     if (label_.family.empty()) label_.family = RandomBytes();
-    for (const BackedUpFile& listed : set_.header.files) {
+    for (const ListedFile& listed : set_.files) {
       (listed.type == 'D' ? label_.data_name : label_.log_name) = listed.logical_name;
     }
     LabelFile(file, label_);
@@ -245,19 +227,7 @@ class DatabaseRestore {
   void List(int dbid) {
     if (!place_.log.empty()) MakeLogFile(place_.log, label_.family);
     PendingFiles leftover(places_, Leftover(), PendingFiles::Purpose::kRemove);
-    SqliteConnection& connection = workspace_.connection();
-    WriteScope scope(workspace_, workspace_.FindDatabase("master"), "main");
-    if (existing_) {
-      connection.Run(
-          "update main.sysdatabases set filename = ?1, status = status & ~?2 where dbid = ?3",
-          data_text_, DatabaseStatus::kOffline, dbid);
-    } else {
-      ListDatabase(workspace_, dbid, {.name = name_, .file_name = data_text_});
-    }
-    places_.Store(connection, dbid, place_);
-    scope.Commit();
-    places_.Set(dbid, place_);
-    workspace_.instance().NewGeneration(dbid);
+    Enlist(workspace_, dbid, {.name = name_, .file_name = data_text_}, place_);
     leftover.Done();
   }
 
@@ -265,7 +235,7 @@ class DatabaseRestore {
   DatabasePlaces& places_;
   const RestoreOptions options_;
   const std::string name_;
-  const BackupPlace& from_;
+  BackupMedium& medium_;
   const BackupSet& set_;
   const std::optional<DatabaseInfo> existing_;
   DatabasePlace place_;
@@ -276,12 +246,12 @@ class DatabaseRestore {
 }  // namespace
 
 void RestoreDatabase(EngineSession& session, const RestoreStatement& statement,
-                     const BackupPlace& place, const BackupSet& set, ResultSink& sink) {
+                     BackupMedium& medium, const BackupSet& set, ResultSink& sink) {
   const auto begin = std::chrono::steady_clock::now();
-  DatabaseRestore(session, statement, place, set).Run();
-  TellProcessed(sink, statement.database, set.header, 1);
+  DatabaseRestore(session, statement, medium, set).Run();
+  TellProcessed(sink, statement.database, set, 1);
   const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
-  TellFinished(sink, "RESTORE DATABASE", set.header.data_size, seconds.count());
+  TellFinished(sink, "RESTORE DATABASE", set.data_size, seconds.count());
 }
 
 }  // namespace dbkeeper::server

@@ -1,9 +1,10 @@
-#include "server/engine/session_settings.h"
+// SET options, raiserror's message, waitfor's delay.
 
 #include <algorithm>
 #include <cstdio>
 
 #include "server/engine/state_functions.h"
+#include "server/engine/statements.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {

@@ -50,6 +50,10 @@ void SqliteStatement::Bind(int index, const Cell& cell) {
   }
 }
 
+void SqliteStatement::BindBytes(int index, std::string_view bytes) {
+  Check(sqlite3_bind_blob64(statement_.get(), index, bytes.data(), bytes.size(), SQLITE_STATIC));
+}
+
 bool SqliteStatement::Step() {
   const int code = sqlite3_step(statement_.get());
   if (code == SQLITE_ROW) return true;
@@ -101,6 +105,18 @@ std::size_t SqliteStatement::ParameterCount() const {
 }
 
 int SqliteStatement::ColumnCount() const { return sqlite3_column_count(statement_.get()); }
+
+std::string FileUri(const std::filesystem::path& file, std::string_view mode) {
+  std::string uri = "file:";
+  for (const char c : file.string()) {
+    if (c == '%' || c == '?' || c == '#') {
+      uri += c == '%' ? "%25" : c == '?' ? "%3f" : "%23";
+    } else {
+      uri += c;
+    }
+  }
+  return uri.append("?").append(mode);
+}
 
 SqliteConnection::SqliteConnection(const std::string& path) {
   sqlite3* connection = nullptr;

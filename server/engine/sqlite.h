@@ -4,6 +4,7 @@
 #include <sqlite3.h>
 
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -42,6 +43,8 @@ class SqliteStatement {
   void Bind(int index, const char* text) { Bind(index, std::string_view(text)); }
   void Bind(int index, const std::string& text) { Bind(index, std::string_view(text)); }
   void Bind(int index, const Cell& cell);
+  // A blob that stays where it is until the statement has run.
+  void BindBytes(int index, std::string_view bytes);
 
   // True when there is a row.
   bool Step();
@@ -64,6 +67,9 @@ class SqliteStatement {
   };
   std::unique_ptr<sqlite3_stmt, Finalizer> statement_;
 };
+
+// The name of a file for SQLite; "mode=rw" is one that must be there, "mode=ro" one to be read.
+std::string FileUri(const std::filesystem::path& file, std::string_view mode);
 
 // An open database file and what is attached to it.
 class SqliteConnection {

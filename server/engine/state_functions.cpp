@@ -4,8 +4,9 @@
 #include <array>
 #include <charconv>
 
-#include "server/catalog/column_types.h"
 #include "server/catalog/login_store.h"
+#include "server/catalog/system_tables.h"
+#include "server/engine/host_file.h"
 #include "server/sql/parser.h"
 #include "server/types/messages.h"
 #include "server/types/type_rules.h"
@@ -44,9 +45,8 @@ std::optional<FoundObject> FindByName(const StateContext& context, const std::st
 Cell UserName(const StateContext& context, const Arguments&) {
   Workspace& workspace = context.workspace;
   if (workspace.login().sysadmin) return std::string("dbo");
-  const std::string name = workspace.connection().TextOf(
-      "select name from " + workspace.CatalogOf("").Path("sysusers") +
-          " where sid = (select sid from main.syslogins where name = ?1)",
+  const std::string name = workspace.CatalogOf("").TextOf(
+      "select name from {}sysusers where sid = (select sid from main.syslogins where name = ?1)",
       workspace.login().name);
   return name.empty() ? "guest" : name;
 }
@@ -151,7 +151,6 @@ Cell TableRows(const StateContext& context, const Arguments& arguments) {
 
 // Pages of 8 KB of a table's rows, or of the index whose number is given.
 Cell TablePages(const StateContext& context, const Arguments& arguments) {
-  constexpr std::int64_t kServerPage = 8192;
   SqliteConnection& connection = context.workspace.connection();
   const std::string alias = TextAt(arguments, 0);
   const std::int64_t id = IntegerAt(arguments, 1);
@@ -163,20 +162,14 @@ Cell TablePages(const StateContext& context, const Arguments& arguments) {
   const std::int64_t bytes = connection.IntegerOf(
       0, "select pgsize from dbstat where schema = ?1 and aggregate = 1 and name = ?2", alias,
       name);
-  return Number((bytes + kServerPage - 1) / kServerPage);
+  return Number(ServerPages(bytes));
 }
 
 // A database's file and SQLite's log of it, whether it can be opened or not.
 Cell DatabaseBytes(const StateContext& context, const Arguments& arguments) {
   const auto dbid = static_cast<int>(IntegerAt(arguments, 0));
   const std::string file = context.workspace.instance().FileOf(dbid).string();
-  std::int64_t bytes = 0;
-  for (const char* suffix : {"", "-wal"}) {
-    std::error_code missing;
-    const auto size = std::filesystem::file_size(file + suffix, missing);
-    if (!missing) bytes += static_cast<std::int64_t>(size);
-  }
-  return Number(bytes);
+  return Number(BytesOf(file) + BytesOf(file + "-wal"));
 }
 
 struct StateFunction {
@@ -187,13 +180,11 @@ struct StateFunction {
 // Those of every row of a statement come first.
 constexpr StateFunction kFunctions[] = {
     {"next_identity",
-     [](const StateContext& c, const Arguments& a) {
+     [](auto& c, auto& a) {
        return Number(c.workspace.NextIdentity(TextAt(a, 0), IntegerAt(a, 1)));
      }},
     {"next_timestamp",
-     [](const StateContext& c, const Arguments&) {
-       return Cell(Blob{c.workspace.instance().NextTimestamp()});
-     }},
+     [](auto& c, auto&) { return Cell(Blob{c.workspace.instance().NextTimestamp()}); }},
     {"table_rows", TableRows},
     {"table_pages", TablePages},
     {"object_id", ObjectId},
@@ -201,38 +192,27 @@ constexpr StateFunction kFunctions[] = {
     {"db_name", DatabaseName},
     {"database_bytes", DatabaseBytes},
     {"user", UserName},
-    {"system_user",
-     [](const StateContext& c, const Arguments&) { return Cell(c.workspace.login().name); }},
-    {"host_name",
-     [](const StateContext& c, const Arguments&) { return Cell(Client(c).host_name); }},
-    {"host_id", [](const StateContext& c,
-                   const Arguments&) { return Cell(std::to_string(Client(c).process_id)); }},
-    {"app_name",
-     [](const StateContext& c, const Arguments&) { return Cell(Client(c).program_name); }},
+    {"system_user", [](auto& c, auto&) { return Cell(c.workspace.login().name); }},
+    {"host_name", [](auto& c, auto&) { return Cell(Client(c).host_name); }},
+    {"host_id", [](auto& c, auto&) { return Cell(std::to_string(Client(c).process_id)); }},
+    {"app_name", [](auto& c, auto&) { return Cell(Client(c).program_name); }},
     {"serverproperty", ServerProperty},
     {"is_srvrolemember", IsServerRoleMember},
     {"has_dbaccess", HasDatabaseAccess},
     {"scope_identity", LastIdentity},
     {"@@identity", LastIdentity},
     {"@@connections",
-     [](const StateContext& c, const Arguments&) {
+     [](auto& c, auto&) {
        return Number(static_cast<std::int64_t>(c.workspace.instance().Sessions().size()));
      }},
-    {"@@dbts", [](const StateContext& c,
-                  const Arguments&) { return Cell(Blob{c.workspace.instance().NextTimestamp()}); }},
-    {"@@error",
-     [](const StateContext& c, const Arguments&) { return Number(c.workspace.last_error); }},
-    {"@@lock_timeout", [](const StateContext& c,
-                          const Arguments&) { return Number(c.workspace.LockTimeout().count()); }},
-    {"@@rowcount",
-     [](const StateContext& c, const Arguments&) { return Number(c.workspace.last_row_count); }},
+    {"@@dbts", [](auto& c, auto&) { return Cell(Blob{c.workspace.instance().NextTimestamp()}); }},
+    {"@@error", [](auto& c, auto&) { return Number(c.workspace.last_error); }},
+    {"@@lock_timeout", [](auto& c, auto&) { return Number(c.workspace.LockTimeout().count()); }},
+    {"@@rowcount", [](auto& c, auto&) { return Number(c.workspace.last_row_count); }},
     {"@@servername",
-     [](const StateContext& c, const Arguments&) {
-       return Cell(c.workspace.instance().options().server_name);
-     }},
-    {"@@spid", [](const StateContext& c, const Arguments&) { return Number(c.workspace.spid()); }},
-    {"@@trancount", [](const StateContext& c,
-                       const Arguments&) { return Number(c.workspace.transaction_count()); }},
+     [](auto& c, auto&) { return Cell(c.workspace.instance().options().server_name); }},
+    {"@@spid", [](auto& c, auto&) { return Number(c.workspace.spid()); }},
+    {"@@trancount", [](auto& c, auto&) { return Number(c.workspace.transaction_count()); }},
     {"@@version", Version},
 };
 

@@ -5,12 +5,8 @@
 #include <chrono>
 #include <thread>
 
-#include "server/engine/backup_statements.h"
 #include "server/engine/database_definition.h"
-#include "server/engine/engine_session.h"
 #include "server/engine/object_definition.h"
-#include "server/engine/permissions.h"
-#include "server/engine/session_settings.h"
 #include "server/engine/state_functions.h"
 #include "server/engine/table_definition.h"
 #include "server/types/messages.h"
@@ -29,35 +25,6 @@ struct Context {
   ResultSink& sink() const { return execution.sink; }
 };
 
-void RunOne(const Context& c, const SelectStatement& statement) {
-  c.end.rows = c.session.queries().Select(statement, c.execution);
-  c.end.is_select = !MakesTable(statement);
-}
-
-void RunOne(const Context& c, const InsertStatement& statement) {
-  c.end.rows = c.session.queries().Insert(statement, c.execution);
-}
-
-void RunOne(const Context& c, const UpdateStatement& statement) {
-  c.end.rows = c.session.queries().Update(statement, c.execution);
-}
-
-void RunOne(const Context& c, const DeleteStatement& statement) {
-  c.end.rows = c.session.queries().Delete(statement, c.execution);
-}
-
-void RunOne(const Context& c, const TruncateStatement& statement) {
-  TableDefinition(c.workspace, c.resolver).Truncate(statement);
-}
-
-void RunOne(const Context& c, const CreateTableStatement& statement) {
-  TableDefinition(c.workspace, c.resolver).Create(statement);
-}
-
-void RunOne(const Context& c, const AlterTableStatement& statement) {
-  TableDefinition(c.workspace, c.resolver).Alter(statement, c.sink());
-}
-
 void RunOne(const Context& c, const DropStatement& statement) {
   for (const ObjectName& name : statement.names) {
     if (statement.object_class == ObjectClass::kTable) {
@@ -70,30 +37,10 @@ void RunOne(const Context& c, const DropStatement& statement) {
   }
 }
 
-void RunOne(const Context& c, const CreateIndexStatement& statement) {
-  TableDefinition(c.workspace, c.resolver).CreateIndex(statement);
-}
-
 void RunOne(const Context& c, const DropIndexStatement& statement) {
   for (const DropIndexStatement::Item& item : statement.items) {
     TableDefinition(c.workspace, c.resolver).DropIndex(item);
   }
-}
-
-void RunOne(const Context& c, const CreateViewStatement& statement) {
-  ObjectDefinition(c.workspace, c.resolver).CreateView(statement);
-}
-
-void RunOne(const Context& c, const CreateModuleStatement& statement) {
-  ObjectDefinition(c.workspace, c.resolver).CreateModule(statement, c.sink());
-}
-
-void RunOne(const Context& c, const CreateDatabaseStatement& statement) {
-  DatabaseDefinition(c.workspace).Create(statement, c.sink());
-}
-
-void RunOne(const Context& c, const AlterDatabaseStatement& statement) {
-  DatabaseDefinition(c.workspace).Alter(statement);
 }
 
 void RunOne(const Context& c, const UseStatement& statement) {
@@ -106,10 +53,6 @@ void RunOne(const Context& c, const UseStatement& statement) {
     record.database = database.name;
   });
   c.sink().OnDatabaseChanged(from, database.name);
-}
-
-void RunOne(const Context& c, const SetStatement& statement) {
-  ApplySetting(statement, c.workspace, c.resolver);
 }
 
 void RunOne(const Context& c, const TransactionStatement& statement) {
@@ -163,10 +106,6 @@ void RunOne(const Context& c, const ExecuteTextStatement& statement) {
   c.session.RunInside(text, {}, c.sink());
 }
 
-void RunOne(const Context& c, const BackupStatement& statement) {
-  RunBackup(c.session, statement, c.execution);
-}
-
 void RunOne(const Context& c, const RestoreStatement& statement) {
   c.end.rows = RunRestore(c.session, statement, c.execution);
   c.end.is_select = c.end.rows >= 0;
@@ -211,13 +150,9 @@ void RunOne(const Context& c, const WaitForStatement& statement) {
   if (statement.time) throw Unsupported("waitfor time");
   const auto end = std::chrono::steady_clock::now() + DelayOf(statement.text);
   while (std::chrono::steady_clock::now() < end) {
-    if (c.workspace.interrupted()) Fail(3617);
+    c.workspace.StopIfInterrupted();
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
   }
-}
-
-void RunOne(const Context& c, const PermissionStatement& statement) {
-  ChangePermissions(statement, c.workspace, c.resolver);
 }
 
 void RunOne(const Context& c, const InsertBulkStatement& statement) {
@@ -235,8 +170,35 @@ bool MakesTable(const SelectStatement& statement) {
 StatementEnd RunStatement(EngineSession& session, const Statement& statement,
                           const Execution& execution) {
   StatementEnd end;
-  const Context context{session, session.workspace(), session.resolver(), execution, end};
-  std::visit([&](const auto& node) { RunOne(context, node); }, statement.node);
+  const Context c{session, session.workspace(), session.resolver(), execution, end};
+  TableDefinition tables(c.workspace, c.resolver);
+  ObjectDefinition objects(c.workspace, c.resolver);
+  DatabaseDefinition databases(c.workspace);
+  QueryRunner& queries = session.queries();
+  std::visit(Overloaded{
+                 [&](const SelectStatement& node) {
+                   end.rows = queries.Select(node, execution);
+                   end.is_select = !MakesTable(node);
+                 },
+                 [&](const InsertStatement& node) { end.rows = queries.Insert(node, execution); },
+                 [&](const UpdateStatement& node) { end.rows = queries.Update(node, execution); },
+                 [&](const DeleteStatement& node) { end.rows = queries.Delete(node, execution); },
+                 [&](const TruncateStatement& node) { tables.Truncate(node); },
+                 [&](const CreateTableStatement& node) { tables.Create(node); },
+                 [&](const AlterTableStatement& node) { tables.Alter(node, c.sink()); },
+                 [&](const CreateIndexStatement& node) { tables.CreateIndex(node); },
+                 [&](const CreateViewStatement& node) { objects.CreateView(node); },
+                 [&](const CreateModuleStatement& node) { objects.CreateModule(node, c.sink()); },
+                 [&](const CreateDatabaseStatement& node) { databases.Create(node, c.sink()); },
+                 [&](const AlterDatabaseStatement& node) { databases.Alter(node); },
+                 [&](const SetStatement& node) { ApplySetting(node, c.workspace, c.resolver); },
+                 [&](const BackupStatement& node) { RunBackup(session, node, execution); },
+                 [&](const PermissionStatement& node) {
+                   ChangePermissions(node, c.workspace, c.resolver);
+                 },
+                 [&](const auto& node) { RunOne(c, node); },
+             },
+             statement.node);
   return end;
 }
 

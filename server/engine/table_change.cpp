@@ -1,7 +1,7 @@
 // The rest of TableDefinition: alter table and the renames.
 #include <algorithm>
 
-#include "server/catalog/column_types.h"
+#include "server/catalog/system_tables.h"
 #include "server/engine/table_definition.h"
 #include "server/types/messages.h"
 #include "server/types/type_rules.h"
@@ -86,9 +86,8 @@ void TableDefinition::AddNewColumns(Work& work, const AddColumns& action) {
     if (existing == nullptr) Fail(1911, {constraint.default_column});
     CatalogColumn column = *existing;
     AddDefault(work, column, constraint);
-    connection.Run("update " + work.catalog.Path("syscolumns") +
-                       " set cdefault = ? where id = ? and colid = ?",
-                   column.default_id, work.found.object.id, column.colid);
+    work.catalog.Run("update {}syscolumns set cdefault = ? where id = ? and colid = ?",
+                     column.default_id, work.found.object.id, column.colid);
   }
   AddConstraints(work, constraints, action.check_existing);
 }
@@ -226,20 +225,15 @@ void TableDefinition::Switch(Work& work, const SwitchParts& action) {
       Fail(4917, {name});
     }
   }
-  const std::string types = action.triggers ? "('TR')" : "('C ', 'F ')";
-  SqliteStatement row =
-      workspace_.connection().Prepare("select id, name from " + work.catalog.Path("sysobjects") +
-                                          " where parent_obj = ? and xtype in " + types,
-                                      work.found.object.id);
-  std::vector<std::int64_t> ids;
-  while (row.Step()) {
-    if (action.names.empty() || HasName(action.names, row.Bytes(1))) ids.push_back(row.Integer(0));
-  }
-  for (const std::int64_t id : ids) {
-    workspace_.connection().Run("update " + work.catalog.Path("sysobjects") +
-                                    " set status = (status & ~?1) | ?2 where id = ?3",
-                                kDisabled, action.enable ? 0 : kDisabled, id);
-  }
+  const auto set = [&](const Cell& name) {
+    work.catalog.Run(
+        "update {}sysobjects set status = (status & ~?1) | ?2 where parent_obj = ?3 and xtype in "
+        "('TR', 'C ', 'F ') and (xtype = 'TR') = ?4 and (?5 is null or name = ?5)",
+        kDisabled, action.enable ? 0 : kDisabled, work.found.object.id, action.triggers ? 1 : 0,
+        name);
+  };
+  for (const std::string& name : action.names) set(name);
+  if (action.names.empty()) set({});
   Follow(work);
 }
 
@@ -248,11 +242,8 @@ void TableDefinition::RenameTable(const FoundObject& found, const std::string& n
   Catalog catalog = resolver_.CatalogAt(found);
   workspace_.connection().Execute("alter table " + catalog.Path(found.object.name) + " rename to " +
                                   QuoteName(name));
-  workspace_.connection().Run("update " + catalog.Path("sysobjects") + " set name = ? where id = ?",
-                              name, found.object.id);
-  workspace_.connection().Run(
-      "update " + catalog.Path("sysindexes") + " set name = ? where id = ? and indid = 0", name,
-      found.object.id);
+  catalog.Run("update {}sysobjects set name = ? where id = ?", name, found.object.id);
+  catalog.Run("update {}sysindexes set name = ? where id = ? and indid = 0", name, found.object.id);
   catalog.Touch(found.object.id);
   scope.Commit();
 }
@@ -263,9 +254,8 @@ void TableDefinition::RenameColumn(const FoundObject& found, const std::string& 
   Catalog catalog = resolver_.CatalogAt(found);
   workspace_.connection().Execute("alter table " + catalog.Path(found.object.name) +
                                   " rename column " + QuoteName(column) + " to " + QuoteName(name));
-  workspace_.connection().Run(
-      "update " + catalog.Path("syscolumns") + " set name = ?1 where id = ?2 and name = ?3", name,
-      found.object.id, column);
+  catalog.Run("update {}syscolumns set name = ?1 where id = ?2 and name = ?3", name,
+              found.object.id, column);
   catalog.Touch(found.object.id);
   scope.Commit();
 }

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "server/catalog/column_types.h"
+#include "server/catalog/system_tables.h"
 #include "server/types/messages.h"
 #include "server/types/type_rules.h"
 
@@ -58,8 +58,7 @@ std::string TableDefinition::NameFor(Work& work, const Constraint& constraint,
   };
   std::string name = std::string(prefix) + "__" + first(work.found.object.name, 9);
   if (!column.empty()) name += first(column, 5);
-  const std::int64_t number = workspace_.connection().IntegerOf(
-      0, "select count(*) from " + work.catalog.Path("sysobjects"));
+  const std::int64_t number = work.catalog.IntegerOf(0, "select count(*) from {}sysobjects");
   constexpr std::int64_t kSpread = 2'654'435'761;
   const std::int64_t hash = ((work.found.object.id + number) * kSpread) & 0x7FFFFFFF;
   for (int shift = 24; shift >= 0; shift -= 8) {
@@ -72,14 +71,12 @@ CatalogColumn TableDefinition::MakeColumn(const Work& work, const ColumnDefiniti
   if (work.table.FindColumn(definition.name) != nullptr) {
     Fail(2705, {definition.name, work.found.object.name});
   }
-  CatalogColumn column;
-  column.name = definition.name;
-  column.colid = work.table.columns.empty() ? 1 : work.table.columns.back().colid + 1;
-  column.type = definition.type;
+  const std::int64_t last = work.table.columns.empty() ? 0 : work.table.columns.back().colid;
+  CatalogColumn column = PlainColumn(definition.name, last + 1, definition.type);
   column.is_sysname = definition.type_name == "sysname";
   column.row_guid = definition.row_guid;
-  if (FamilyOf(column.type.id) == TypeFamily::kText) {
-    column.collation = definition.collation.empty() ? kDefaultCollation : definition.collation;
+  if (!column.collation.empty() && !definition.collation.empty()) {
+    column.collation = definition.collation;
   }
   if (!definition.null_said && (column.is_sysname || column.type.id == TypeId::kTimestamp)) {
     column.type.nullable = false;
@@ -232,10 +229,7 @@ void TableDefinition::RefuseDuplicates(Work& work, const CatalogIndex& index) {
 }
 
 void TableDefinition::AddCheck(Work& work, const Constraint& constraint, bool check_existing) {
-  ObjectInfo info;
-  info.name = work.found.object.name;
-  for (const CatalogColumn& column : work.table.columns)
-    info.columns.push_back(ColumnInfoOf(column));
+  const ObjectInfo info = InfoOf(work.table);
   const std::string expression = Translator(resolver_).CheckExpression(constraint.text, info);
   const std::string column_name = constraint.columns.empty() ? "" : constraint.columns[0].name;
   const CatalogColumn* column = work.table.FindColumn(column_name);
@@ -310,18 +304,7 @@ void TableDefinition::AddForeignKey(Work& work, const Constraint& constraint, bo
 }
 
 void TableDefinition::CheckForeignKey(Work& work, const CatalogForeignKey& key) {
-  std::string given;
-  std::string match;
-  for (std::size_t i = 0; i < key.child_columns.size(); ++i) {
-    const std::string child = "c." + QuoteName(key.child_columns[i]);
-    given += child + " is not null and ";
-    match += (i == 0 ? "" : " and ") + ("p." + QuoteName(key.parent_columns[i])) + " = " + child;
-  }
-  const std::int64_t orphan = workspace_.connection().IntegerOf(
-      0, "select 1 from " + work.catalog.Path(key.child_table) + " c where " + given +
-             "not exists (select 1 from " + work.catalog.Path(key.parent_table) + " p where " +
-             match + ") limit 1");
-  if (orphan == 0) return;
+  if (workspace_.connection().IntegerOf(0, work.catalog.OrphanSql(key)) == 0) return;
   const bool single = key.child_columns.size() == 1;
   Fail(547, {"ALTER TABLE", single ? "COLUMN FOREIGN KEY" : "TABLE FOREIGN KEY", key.name,
              work.found.database.name, key.parent_table,
@@ -404,8 +387,7 @@ void TableDefinition::Truncate(const TruncateStatement& statement) {
   if (!catalog.ReferencesTo(found->object.id).empty()) Fail(4712, {statement.table.Text()});
   WriteScope scope(workspace_, found->database, found->alias, found->object.id);
   workspace_.connection().Execute("delete from " + catalog.Path(found->object.name));
-  workspace_.connection().Run(
-      "update " + catalog.Path("#identity") + " set last = null where id = ?", found->object.id);
+  catalog.Run("update {}\"#identity\" set last = null where id = ?", found->object.id);
   scope.Commit();
 }
 
@@ -419,11 +401,8 @@ CatalogObject TableDefinition::MakeFromColumns(const FoundObject& place, const s
   for (const ResultColumn& source : columns) {
     if (source.name.empty()) Fail(8155, {std::to_string(table.columns.size() + 1), name});
     if (table.FindColumn(source.name) != nullptr) Fail(2705, {source.name, name});
-    CatalogColumn column;
-    column.name = source.name;
-    column.colid = static_cast<std::int64_t>(table.columns.size()) + 1;
-    column.type = source.type;
-    if (FamilyOf(column.type.id) == TypeFamily::kText) column.collation = kDefaultCollation;
+    CatalogColumn column =
+        PlainColumn(source.name, static_cast<std::int64_t>(table.columns.size()) + 1, source.type);
     if (source.identity) column.identity = CatalogIdentity{};
     catalog.AddColumn(table.object.id, column);
     table.columns.push_back(std::move(column));

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <thread>
 
-#include "server/catalog/new_database.h"
 #include "server/catalog/system_tables.h"
 #include "server/types/messages.h"
 
@@ -17,17 +16,9 @@ constexpr std::size_t kMostAttached = 9;
 
 std::string AliasOf(int dbid) { return dbid == kMasterId ? "main" : "d" + std::to_string(dbid); }
 
-// The file for ATTACH, which must be there already.
-std::string UriOf(const std::filesystem::path& file) {
-  std::string uri = "file:";
-  for (const char c : file.string()) {
-    if (c == '%' || c == '?' || c == '#') {
-      uri += c == '%' ? "%25" : c == '?' ? "%3f" : "%23";
-    } else {
-      uri += c;
-    }
-  }
-  return uri + "?mode=rw";
+std::optional<DatabaseInfo> ReadDatabase(SqliteStatement& row) {
+  if (!row.Step()) return std::nullopt;
+  return DatabaseInfo{static_cast<int>(row.Integer(0)), row.Text(1), row.Integer(2)};
 }
 
 }  // namespace
@@ -61,19 +52,16 @@ std::optional<DatabaseInfo> Workspace::LookUpDatabase(std::string_view name) {
     database_by_name_ =
         connection_.Prepare("select dbid, name, status from main.sysdatabases where name = ?1");
   }
-  SqliteStatement& row = *database_by_name_;
-  row.Bind(1, name);
-  std::optional<DatabaseInfo> info;
-  if (row.Step()) info = {static_cast<int>(row.Integer(0)), row.Text(1), row.Integer(2)};
-  row.Reset();
+  database_by_name_->Bind(1, name);
+  std::optional<DatabaseInfo> info = ReadDatabase(*database_by_name_);
+  database_by_name_->Reset();
   return info;
 }
 
 std::optional<DatabaseInfo> Workspace::LookUpDatabase(int dbid) {
   SqliteStatement row =
       connection_.Prepare("select dbid, name, status from main.sysdatabases where dbid = ?1", dbid);
-  if (!row.Step()) return std::nullopt;
-  return DatabaseInfo{static_cast<int>(row.Integer(0)), row.Text(1), row.Integer(2)};
+  return ReadDatabase(row);
 }
 
 DatabaseInfo Workspace::FindDatabase(std::string_view name) {
@@ -99,17 +87,16 @@ std::string Workspace::Open(const DatabaseInfo& database) {
   }
   Detach(database.dbid);
   MakeRoomToAttach();
-  connection_.Run("attach ?1 as " + alias, UriOf(instance_.FileOf(database.dbid)));
+  connection_.Run("attach ?1 as " + alias, FileUri(instance_.FileOf(database.dbid), "mode=rw"));
   attached_.push_back({database.dbid, file.generation});
   if (!login_.sysadmin) {
     const bool known =
-        connection_.IntegerOf(0,
-                              "select count(*) from " + alias +
-                                  ".sysusers where hasdbaccess = 1 and (name = 'guest' or sid = "
-                                  "(select sid from main.syslogins where name = ?1))",
-                              login_.name) > 0;
-    const bool open_to_all = database.dbid <= 4;
-    if (!known && !open_to_all) {
+        Catalog(connection_, alias)
+            .IntegerOf(0,
+                       "select count(*) from {}sysusers where hasdbaccess = 1 and (name = 'guest' "
+                       "or sid = (select sid from main.syslogins where name = ?1))",
+                       login_.name) > 0;
+    if (!known && !database.IsSystem()) {
       Detach(database.dbid);
       Fail(916, {login_.name, database.name});
     }
@@ -161,13 +148,13 @@ void Workspace::SetCurrent(const DatabaseInfo& database) {
 
 bool Workspace::IsOwner(const DatabaseInfo& database) {
   if (login_.sysadmin) return true;
-  const std::string users = QuoteName(Open(database)) + ".";
-  return connection_.IntegerOf(
-             0,
-             "select count(*) from " + users + "sysusers u left join " + users +
-                 "sysmembers m on m.memberuid = u.uid and m.groupuid = 16384 where u.sid = (select "
-                 "sid from main.syslogins where name = ?1) and (u.uid = 1 or m.groupuid = 16384)",
-             login_.name) > 0;
+  return Catalog(connection_, Open(database))
+             .IntegerOf(
+                 0,
+                 "select count(*) from {}sysusers u left join {}sysmembers m on m.memberuid = "
+                 "u.uid and m.groupuid = 16384 where u.sid = (select sid from main.syslogins where "
+                 "name = ?1) and (u.uid = 1 or m.groupuid = 16384)",
+                 login_.name) > 0;
 }
 
 bool Workspace::Holds(int dbid, std::int64_t object_id) const {
@@ -216,9 +203,9 @@ std::int64_t Workspace::NextIdentity(const std::string& alias, std::int64_t tabl
   const auto [found, is_new] = identities_.try_emplace({alias, table});
   Counter& counter = found->second;
   if (is_new) {
-    SqliteStatement row = connection_.Prepare(
-        "select seed, increment, last from " + QuoteName(alias) + ".\"#identity\" where id = ?1",
-        table);
+    SqliteStatement row =
+        Catalog(connection_, alias)
+            .Prepare("select seed, increment, last from {}\"#identity\" where id = ?1", table);
     if (!row.Step()) throw std::runtime_error("identity column without a counter");
     counter.increment = row.Integer(1);
     counter.next = row.IsNull(2) ? row.Integer(0) : row.Integer(2) + counter.increment;
@@ -241,6 +228,10 @@ void Workspace::SaveIdentities() {
 void Workspace::Interrupt() {
   interrupted_ = true;
   sqlite3_interrupt(connection_.handle());
+}
+
+void Workspace::StopIfInterrupted() const {
+  if (interrupted_) Fail(3617);
 }
 
 int Workspace::OnBusy(void* self, int calls) {

@@ -36,6 +36,8 @@ struct DatabaseInfo {
   std::string name;
   std::int64_t status = 0;
   bool Has(std::int64_t bit) const { return (status & bit) != 0; }
+  // master, tempdb, model, msdb
+  bool IsSystem() const { return dbid <= 4; }
 };
 
 struct SessionOptions {
@@ -112,6 +114,8 @@ class Workspace {
   void Interrupt();
   void ClearInterrupt() { interrupted_ = false; }
   bool interrupted() const { return interrupted_; }
+  // Throws SqlError 3617.
+  void StopIfInterrupted() const;
 
   std::int64_t last_row_count = 0;
   int last_error = 0;

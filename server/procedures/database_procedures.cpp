@@ -1,9 +1,10 @@
-// Databases as a whole: properties, sizes, options.
+// Databases as a whole: properties, sizes, options, files, backup devices and history.
 #include <array>
 #include <cstdio>
 
 #include "server/engine/database_definition.h"
-#include "server/procedures/procedure_table.h"
+#include "server/engine/host_file.h"
+#include "server/procedures/procedure_call.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {
@@ -21,12 +22,6 @@ std::string Megabytes(std::int64_t bytes) {
   std::snprintf(text.data(), text.size(), "%.2f MB",
                 static_cast<double>(bytes) / (kKilobyte * kKilobyte));
   return text.data();
-}
-
-std::int64_t FileBytes(const std::string& path) {
-  std::error_code ignored;
-  const auto size = std::filesystem::file_size(path, ignored);
-  return ignored ? 0 : static_cast<std::int64_t>(size);
 }
 
 constexpr std::string_view kDatabases = R"(
@@ -127,9 +122,9 @@ void SpaceUsed(ProcedureCall& call) {
   const std::int64_t pages = Pragma(call, alias, "page_count");
   const std::int64_t free = Pragma(call, alias, "freelist_count");
   const std::string file = call.workspace().instance().FileOf(database.dbid).string();
-  call.Rows("database_name sysname, database_size nvarchar(18), [unallocated space] nvarchar(18)",
-            {{database.name, Megabytes(pages * page + FileBytes(file + "-wal")),
-              Megabytes(free * page)}});
+  call.Rows(
+      "database_name sysname, database_size nvarchar(18), [unallocated space] nvarchar(18)",
+      {{database.name, Megabytes(pages * page + BytesOf(file + "-wal")), Megabytes(free * page)}});
   PageUse use;
   SqliteStatement part = call.sqlite().Prepare(
       "select coalesce(m.type, 'table'), sum(s.pgsize) from dbstat s left join " + schema +
@@ -182,10 +177,88 @@ void SetOption(ProcedureCall& call) {
   Fail(15011, {call.Text("@optname")});
 }
 
+void AttachDatabase(ProcedureCall& call) {
+  DatabaseDefinition(call.workspace())
+      .Attach(call.Text("@dbname"), call.Text("@filename1"), call.Text("@filename2"), call.sink());
+}
+
+void AttachSingleFile(ProcedureCall& call) {
+  DatabaseDefinition(call.workspace())
+      .Attach(call.Text("@dbname"), call.Text("@physname"), "", call.sink());
+}
+
+void DetachDatabase(ProcedureCall& call) {
+  const std::string name = call.Text("@dbname");
+  DatabaseDefinition(call.workspace()).Detach(name);
+  ServerMessage message;
+  message.severity = 0;
+  message.text = "Successfully detached database '" + name + "'.";
+  call.sink().OnMessage(message);
+}
+
+// sysdevices: status of a backup device, control types of a disk and a tape.
+constexpr int kBackupDevice = 16;
+constexpr int kDisk = 2;
+constexpr int kTape = 5;
+
+void AddDevice(ProcedureCall& call) {
+  call.NeedAdministrator();
+  const std::string type = call.Text("@devtype");
+  const std::string name = call.Text("@logicalname");
+  const std::string path = call.Text("@physicalname");
+  if (!SameName(type, "disk") && !SameName(type, "tape")) Fail(15600, {"sp_addumpdevice"});
+  if (name.empty()) Fail(15006, {name});
+  if (call.Exists("select 1 from main.sysdevices where name = ?1", name)) Fail(15026, {name});
+  if (call.Exists("select 1 from main.sysdevices where phyname = ?1", path)) Fail(15061, {path});
+  call.ChangeMaster("insert into main.sysdevices values (?, 0, 0, 0, ?, ?, ?)", name, kBackupDevice,
+                    SameName(type, "disk") ? kDisk : kTape, path);
+  ServerMessage message;
+  message.severity = 0;
+  message.text = SameName(type, "disk") ? "'Disk' device added." : "'Tape' device added.";
+  call.sink().OnMessage(message);
+}
+
+void DropDevice(ProcedureCall& call) {
+  call.NeedAdministrator();
+  const std::string name = call.Text("@logicalname");
+  if (!call.Exists("select 1 from main.sysdevices where name = ?1", name)) Fail(15012, {name});
+  if (call.Has("@delfile")) Fail(50001, {"sp_dropdevice with @delfile"});
+  call.ChangeMaster("delete from main.sysdevices where name = ?1", name);
+  call.Inform(15463);
+}
+
+void CheckDevice(ProcedureCall& call) {
+  const std::string name = call.Text("@devname");
+  if (!name.empty() && !call.Exists("select 1 from main.sysdevices where name = ?1", name)) {
+    Fail(15012, {name});
+  }
+}
+
 constexpr ProcedureRow kProcedures[] = {
     {"sp_helpdb", "@dbname=", HelpDatabase},
     {"sp_spaceused", "@objname=, @updateusage=", SpaceUsed},
     {"sp_dboption", "@dbname, @optname, @optvalue", SetOption},
+    {"sp_attach_db", "@dbname, @filename1, @filename2=", AttachDatabase},
+    {"sp_attach_single_file_db", "@dbname, @physname", AttachSingleFile},
+    {"sp_detach_db", "@dbname, @skipchecks=", DetachDatabase},
+    {"sp_delete_backuphistory", "@oldest_date", nullptr, R"(
+delete from msdb.dbo.backupfile where backup_set_id in
+  (select backup_set_id from msdb.dbo.backupset
+   where backup_finish_date < convert(datetime, @oldest_date))
+delete from msdb.dbo.backupset where backup_finish_date < convert(datetime, @oldest_date)
+delete from msdb.dbo.backupmediafamily where media_set_id not in
+  (select media_set_id from msdb.dbo.backupset)
+delete from msdb.dbo.backupmediaset where media_set_id not in
+  (select media_set_id from msdb.dbo.backupset))"},
+    {"sp_addumpdevice",
+     "@devtype, @logicalname, @physicalname, @cntrltype=, @devstatus=", AddDevice},
+    {"sp_dropdevice", "@logicalname, @delfile=", DropDevice},
+    {"sp_helpdevice", "@devname=", CheckDevice, R"(
+select name as device_name, phyname as physical_name,
+  convert(nvarchar(255), case cntrltype when 2 then 'disk, backup device'
+    else 'tape, backup device' end) as description,
+  convert(int, status) as status, cntrltype, size
+from master.dbo.sysdevices where @devname is null or name = @devname order by name)"},
 };
 
 }  // namespace

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <chrono>
 
-#include "server/procedures/procedure_table.h"
+#include "server/procedures/procedure_call.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {
@@ -13,7 +13,6 @@ using std::chrono::year_month_day;
 
 // What the agent's tables keep of a schedule; dates as yyyymmdd, times as hhmmss.
 struct Schedule {
-  std::int64_t id = 0;
   int freq_type = 0;
   int freq_interval = 0;
   int start_date = 0;
@@ -71,50 +70,35 @@ std::pair<int, int> NextRun(const Schedule& schedule) {
   return {0, 0};
 }
 
-class Agent {
- public:
-  explicit Agent(ProcedureCall& call) : call_(call), catalog_(call.workspace().CatalogOf("msdb")) {}
-
-  std::string Path(std::string_view table) const { return catalog_.Path(table); }
-  const std::string& alias() const { return catalog_.alias(); }
-
-  // The job that @job_id or @job_name means; throws 14294, 14262.
-  Cell NeedJob() {
-    if (call_.Has("@job_id") == call_.Has("@job_name")) Fail(14294, {"@job_id", "@job_name"});
-    const bool by_name = call_.Has("@job_name");
-    SqliteStatement row =
-        call_.sqlite().Prepare("select job_id from " + Path("sysjobs") +
-                                   (by_name ? " where name = ?1" : " where job_id = ?1"),
-                               call_.Value(by_name ? "@job_name" : "@job_id"));
-    if (!row.Step()) {
-      Fail(14262, {by_name ? "@job_name" : "@job_id", by_name ? call_.Text("@job_name") : ""});
-    }
-    return row.Value(0);
+// The job that @job_id or @job_name means; throws 14294, 14262.
+Cell NeedJob(ProcedureCall& call, Catalog& agent) {
+  if (call.Has("@job_id") == call.Has("@job_name")) Fail(14294, {"@job_id", "@job_name"});
+  SqliteStatement row = agent.Prepare("select job_id from {}sysjobs where job_id = ?1 or name = ?2",
+                                      call.Value("@job_id"), call.Value("@job_name"));
+  if (!row.Step()) {
+    Fail(14262, {call.Has("@job_name") ? "@job_name" : "@job_id", call.Text("@job_name")});
   }
+  return row.Value(0);
+}
 
-  std::pair<Cell, std::pair<int, int>> NextOf(const Cell& job) {
-    std::pair<int, int> next{0, 0};
-    Cell id = std::int64_t{0};
-    SqliteStatement row = call_.sqlite().Prepare(
-        "select schedule_id, freq_type, freq_interval, active_start_date, active_start_time from " +
-            Path("sysjobschedules") + " where job_id = ?1 and enabled = 1",
-        job);
-    while (row.Step()) {
-      const Schedule schedule{row.Integer(0), static_cast<int>(row.Integer(1)),
-                              static_cast<int>(row.Integer(2)), static_cast<int>(row.Integer(3)),
-                              static_cast<int>(row.Integer(4))};
-      const std::pair<int, int> run = NextRun(schedule);
-      if (run.first == 0 || (next.first != 0 && run >= next)) continue;
-      next = run;
-      id = schedule.id;
-    }
-    return {id, next};
+// Puts the date, the time and the schedule of the job's next run into three cells.
+void SetNextRun(Catalog& agent, const Cell& job, Cell* cells) {
+  std::pair<int, int> next{0, 0};
+  SqliteStatement row = agent.Prepare(
+      "select schedule_id, freq_type, freq_interval, active_start_date, active_start_time from "
+      "{}sysjobschedules where job_id = ?1 and enabled = 1",
+      job);
+  while (row.Step()) {
+    const Schedule schedule{static_cast<int>(row.Integer(1)), static_cast<int>(row.Integer(2)),
+                            static_cast<int>(row.Integer(3)), static_cast<int>(row.Integer(4))};
+    const std::pair<int, int> run = NextRun(schedule);
+    if (run.first == 0 || (next.first != 0 && run >= next)) continue;
+    next = run;
+    cells[2] = row.Integer(0);
   }
-
- private:
-  ProcedureCall& call_;
-  Catalog catalog_;
-};
+  cells[0] = std::int64_t{next.first};
+  cells[1] = std::int64_t{next.second};
+}
 
 // The columns of sp_help_job; those from last_run_date on are worked out.
 constexpr std::string_view kJobColumns =
@@ -129,24 +113,22 @@ constexpr std::string_view kJobColumns =
     "has_step int, has_schedule int, has_target int, type int";
 
 void HelpJob(ProcedureCall& call) {
-  Agent agent(call);
+  Catalog agent = call.workspace().CatalogOf("msdb");
   Cell wanted;
-  if (call.Has("@job_id") || call.Has("@job_name")) wanted = agent.NeedJob();
+  if (call.Has("@job_id") || call.Has("@job_name")) wanted = NeedJob(call, agent);
   // 5: the outcome is not known; 4: the job is idle, since nothing runs jobs here.
-  SqliteStatement job = call.sqlite().Prepare(
+  SqliteStatement job = agent.Prepare(
       "select j.job_id, j.originating_server, j.name, j.enabled, j.description, j.start_step_id, "
       "coalesce(c.name, '[Uncategorized (Local)]'), coalesce(l.name, 'sa'), "
       "j.notify_level_eventlog, j.notify_level_email, j.notify_level_netsend, j.notify_level_page, "
       "'(unknown)', '(unknown)', '(unknown)', j.delete_level, j.date_created, j.date_modified, "
       "j.version_number, coalesce(s.last_run_date, 0), coalesce(s.last_run_time, 0), "
-      "coalesce(s.last_run_outcome, 5), 0, 0, 0, 4, '0 (unknown)', 0, (select count(*) from " +
-          agent.Path("sysjobsteps") + " t where t.job_id = j.job_id), (select count(*) from " +
-          agent.Path("sysjobschedules") +
-          " t where t.job_id = j.job_id), s.job_id is not null, s.job_id is not null from " +
-          agent.Path("sysjobs") + " j left join " + agent.Path("sysjobservers") +
-          " s on s.job_id = j.job_id left join " + agent.Path("syscategories") +
-          " c on c.category_id = j.category_id left join main.syslogins l on l.sid = j.owner_sid "
-          "where ?1 is null or j.job_id = ?1 order by j.name",
+      "coalesce(s.last_run_outcome, 5), 0, 0, 0, 4, '0 (unknown)', 0, (select count(*) from "
+      "{}sysjobsteps t where t.job_id = j.job_id), (select count(*) from {}sysjobschedules t where "
+      "t.job_id = j.job_id), s.job_id is not null, s.job_id is not null from {}sysjobs j left join "
+      "{}sysjobservers s on s.job_id = j.job_id left join {}syscategories c on c.category_id = "
+      "j.category_id left join main.syslogins l on l.sid = j.owner_sid where ?1 is null or "
+      "j.job_id = ?1 order by j.name",
       wanted);
   constexpr std::size_t kNextDate = 22;
   constexpr std::size_t kHasTarget = 30;
@@ -156,49 +138,45 @@ void HelpJob(ProcedureCall& call) {
     cells.reserve(static_cast<std::size_t>(job.ColumnCount()));
     for (int i = 0; i < job.ColumnCount(); ++i) cells.push_back(job.Value(i));
     if (cells[kHasTarget] == Cell(std::int64_t{1})) {
-      const auto [schedule, next] = agent.NextOf(cells[0]);
-      cells[kNextDate] = std::int64_t{next.first};
-      cells[kNextDate + 1] = std::int64_t{next.second};
-      cells[kNextDate + 2] = schedule;
+      SetNextRun(agent, cells[0], &cells[kNextDate]);
     }
     rows.push_back(std::move(cells));
   }
   call.Rows(kJobColumns, rows);
 }
 
+bool IsTargeted(Catalog& agent, const Cell& job) {
+  return agent.IntegerOf(0, "select 1 from {}sysjobservers where job_id = ?1", job) != 0;
+}
+
 void AddJobServer(ProcedureCall& call) {
-  Agent agent(call);
-  const Cell job = agent.NeedJob();
-  const std::string server = call.Text("@server_name", "(local)");
-  if (call.Exists("select 1 from " + agent.Path("sysjobservers") + " where job_id = ?1", job)) {
-    Fail(14269, {call.Text("@job_name"), server});
+  DatabaseChange change(call, "msdb");
+  const Cell job = NeedJob(call, change.catalog);
+  if (IsTargeted(change.catalog, job)) {
+    Fail(14269, {call.Text("@job_name"), call.Text("@server_name", "(local)")});
   }
-  WriteScope scope(call.workspace(), call.workspace().FindDatabase("msdb"), agent.alias());
-  call.sqlite().Run(
-      "insert into " + agent.Path("sysjobservers") + " values (?1, 0, 5, null, 0, 0, 0)", job);
-  scope.Commit();
+  change.catalog.Run("insert into {}sysjobservers values (?1, 0, 5, null, 0, 0, 0)", job);
+  change.scope.Commit();
 }
 
 void DeleteJobServer(ProcedureCall& call) {
-  Agent agent(call);
-  const Cell job = agent.NeedJob();
-  if (!call.Exists("select 1 from " + agent.Path("sysjobservers") + " where job_id = ?1", job)) {
+  DatabaseChange change(call, "msdb");
+  const Cell job = NeedJob(call, change.catalog);
+  if (!IsTargeted(change.catalog, job)) {
     Fail(14270, {call.Text("@job_name"), call.Text("@server_name")});
   }
-  WriteScope scope(call.workspace(), call.workspace().FindDatabase("msdb"), agent.alias());
-  call.sqlite().Run("delete from " + agent.Path("sysjobservers") + " where job_id = ?1", job);
-  scope.Commit();
+  change.catalog.Run("delete from {}sysjobservers where job_id = ?1", job);
+  change.scope.Commit();
 }
 
 void DeleteJob(ProcedureCall& call) {
-  Agent agent(call);
-  const Cell job = agent.NeedJob();
-  WriteScope scope(call.workspace(), call.workspace().FindDatabase("msdb"), agent.alias());
+  DatabaseChange change(call, "msdb");
+  const Cell job = NeedJob(call, change.catalog);
   for (const char* table :
        {"sysjobhistory", "sysjobsteps", "sysjobschedules", "sysjobservers", "sysjobs"}) {
-    call.sqlite().Run("delete from " + agent.Path(table) + " where job_id = ?1", job);
+    call.sqlite().Run("delete from " + change.catalog.Path(table) + " where job_id = ?1", job);
   }
-  scope.Commit();
+  change.scope.Commit();
 }
 
 constexpr ProcedureRow kProcedures[] = {

@@ -1,6 +1,6 @@
 // Logins of the instance.
 #include "server/catalog/login_store.h"
-#include "server/procedures/procedure_table.h"
+#include "server/procedures/procedure_call.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {

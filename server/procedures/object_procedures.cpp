@@ -4,7 +4,7 @@
 #include "server/engine/database_definition.h"
 #include "server/engine/state_functions.h"
 #include "server/engine/table_definition.h"
-#include "server/procedures/procedure_table.h"
+#include "server/procedures/procedure_call.h"
 #include "server/sql/parser.h"
 #include "server/types/conversion.h"
 #include "server/types/messages.h"
@@ -95,12 +95,11 @@ void RenameIndex(ProcedureCall& call, const std::string& new_name) {
   if (index == nullptr) Fail(15248, {"INDEX"});
   if (definition.FindIndex(new_name) != nullptr) Fail(15335, {new_name, "index"});
   WriteScope scope(call.workspace(), table.database, table.alias, table.object.id);
-  call.sqlite().Run(
-      "update " + catalog.Path("sysindexes") + " set name = ? where id = ? and indid = ?", new_name,
-      table.object.id, index->indid);
-  call.sqlite().Run(
-      "update " + catalog.Path("sysobjects") +
-          " set name = ?1 where parent_obj = ?2 and name = ?3 and xtype in ('PK', 'UQ')",
+  catalog.Run("update {}sysindexes set name = ? where id = ? and indid = ?", new_name,
+              table.object.id, index->indid);
+  catalog.Run(
+      "update {}sysobjects set name = ?1 where parent_obj = ?2 and name = ?3 and xtype in ('PK', "
+      "'UQ')",
       new_name, table.object.id, index->name);
   scope.Commit();
 }
@@ -114,12 +113,10 @@ void RenameObject(ProcedureCall& call, const std::string& new_name) {
     return;
   }
   WriteScope scope(call.workspace(), found.database, found.alias, found.object.id);
-  call.sqlite().Run("update " + catalog.Path("sysobjects") + " set name = ? where id = ?", new_name,
-                    found.object.id);
+  catalog.Run("update {}sysobjects set name = ? where id = ?", new_name, found.object.id);
   if (found.object.xtype == "PK" || found.object.xtype == "UQ") {
-    call.sqlite().Run(
-        "update " + catalog.Path("sysindexes") + " set name = ?1 where id = ?2 and name = ?3",
-        new_name, found.object.parent, found.object.name);
+    catalog.Run("update {}sysindexes set name = ?1 where id = ?2 and name = ?3", new_name,
+                found.object.parent, found.object.name);
   }
   if (const auto parent = catalog.FindObject(found.object.parent)) {
     // Checks and foreign keys stand under their names in SQLite's definition.

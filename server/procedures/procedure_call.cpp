@@ -111,13 +111,7 @@ FoundObject ProcedureCall::Object(std::string_view parameter, std::string_view x
 void ProcedureCall::Run(std::string_view text) { session_.RunInside(text, arguments_, sink_); }
 
 void ProcedureCall::Rows(std::string_view columns, const std::vector<std::vector<Cell>>& rows) {
-  const std::vector<Statement> table = ParseBatch("create table t (" + std::string(columns) + ")");
-  std::vector<ResultColumn> described;
-  for (const ColumnDefinition& column : std::get<CreateTableStatement>(table[0].node).columns) {
-    described.emplace_back().name = column.name;
-    described.back().type = column.type;
-  }
-  sink_.OnColumns(described);
+  sink_.OnColumns(DeclaredColumns(columns));
   for (const std::vector<Cell>& cells : rows) {
     if (!sink_.OnRow(CellRow(cells))) break;
   }
@@ -134,6 +128,23 @@ void ProcedureCall::NeedAdministrator(bool or_has) {
 
 void ProcedureCall::NeedOwner() {
   if (!workspace().IsOwner(database())) Fail(15247);
+}
+
+const ProcedureRow* FindProcedure(std::string_view name) {
+  for (const auto family : {DatabaseProcedures, JobProcedures, LoginProcedures, MetadataProcedures,
+                            ObjectProcedures, PropertyProcedures, UserProcedures}) {
+    for (const ProcedureRow& row : family()) {
+      if (SameName(row.name, name)) return &row;
+    }
+  }
+  return nullptr;
+}
+
+void RunSystemProcedure(const ProcedureRow& row, EngineSession& session,
+                        const Parameters& arguments, ResultSink& sink) {
+  ProcedureCall call(row, session, arguments, sink);
+  if (row.run != nullptr) row.run(call);
+  if (!row.text.empty()) call.Run(row.text);
 }
 
 }  // namespace dbkeeper::server

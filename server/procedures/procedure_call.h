@@ -1,8 +1,9 @@
-// One call of a system procedure, and the row of the table that it is found by.
+// The system procedures: the rows of their tables, and one call of a procedure.
 #pragma once
 
 #include <cstdint>
 #include <initializer_list>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -83,5 +84,32 @@ class ProcedureCall {
   Parameters arguments_;  // one for each parameter in order, then the further ones
   ResultSink& sink_;
 };
+
+// A change of the database the procedure runs in, or of another: made whole when it is committed.
+struct DatabaseChange {
+  explicit DatabaseChange(ProcedureCall& call, std::string_view database = {})
+      : catalog(call.workspace().CatalogOf(database)),
+        scope(call.workspace(),
+              database.empty() ? call.database() : call.workspace().FindDatabase(database),
+              catalog.alias()) {}
+  Catalog catalog;
+  WriteScope scope;
+};
+
+// Null when there is no system procedure of that name.
+const ProcedureRow* FindProcedure(std::string_view name);
+
+// Binds the arguments and runs it. Throws SqlError.
+void RunSystemProcedure(const ProcedureRow& row, EngineSession& session,
+                        const Parameters& arguments, ResultSink& sink);
+
+// The families, one source each.
+std::span<const ProcedureRow> DatabaseProcedures();
+std::span<const ProcedureRow> JobProcedures();
+std::span<const ProcedureRow> LoginProcedures();
+std::span<const ProcedureRow> MetadataProcedures();
+std::span<const ProcedureRow> ObjectProcedures();
+std::span<const ProcedureRow> PropertyProcedures();
+std::span<const ProcedureRow> UserProcedures();
 
 }  // namespace dbkeeper::server

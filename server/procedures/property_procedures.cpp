@@ -1,5 +1,5 @@
 // Extended properties.
-#include "server/procedures/procedure_table.h"
+#include "server/procedures/procedure_call.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {
@@ -66,7 +66,6 @@ enum class Change { kAdd, kUpdate, kDrop };
 void ChangeProperty(ProcedureCall& call, Change change) {
   call.NeedOwner();
   constexpr std::size_t kLongestValue = 7500;
-  const DatabaseInfo database = call.database();
   Catalog catalog = call.catalog();
   const Place place = PlaceOf(call, catalog);
   const std::string name = call.Text("@name");
@@ -76,7 +75,7 @@ void ChangeProperty(ProcedureCall& call, Change change) {
       call.Exists("select 1 from " + properties + which, place.id, place.part, place.type, name);
   if (change == Change::kAdd && exists) Fail(15233, {name, place.name});
   if (change != Change::kAdd && !exists) Fail(15217, {name, place.name});
-  WriteScope scope(call.workspace(), database, catalog.alias());
+  DatabaseChange changed(call);
   if (change == Change::kDrop) {
     call.sqlite().Run("delete from " + properties + which, place.id, place.part, place.type, name);
   } else {
@@ -87,7 +86,7 @@ void ChangeProperty(ProcedureCall& call, Change change) {
                           : "update " + properties + " set value = ?5" + which,
                       place.id, place.part, place.type, name, value);
   }
-  scope.Commit();
+  changed.scope.Commit();
 }
 
 constexpr std::string_view kWithValue =
