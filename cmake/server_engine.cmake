@@ -4,7 +4,6 @@ find_package(Threads REQUIRED)
 
 # The language: lexer, parser, translator to SQLite, data types and their functions.
 add_library(dbkeeper_server_sql STATIC
-  server/sql/bind_conversion.cpp
   server/sql/bind_expression.cpp
   server/sql/bind_function.cpp
   server/sql/bind_operator.cpp

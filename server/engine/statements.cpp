@@ -147,7 +147,7 @@ void RunOne(const Context& c, const ExecuteStatement& statement) {
   Parameters arguments;
   for (const ProcedureArgument& argument : statement.arguments) {
     if (argument.output) throw Unsupported("output parameters");
-    if (std::holds_alternative<DefaultValue>(argument.value->node)) {
+    if (argument.value->kind == ExpressionKind::kDefault) {
       if (argument.name.empty()) arguments.push_back({});
       continue;
     }

@@ -5,9 +5,9 @@
 
 #include "server/sql/binder.h"
 #include "server/sql/function_table.h"
-#include "server/sql/lexer.h"
 #include "server/types/datetime.h"
 #include "server/types/messages.h"
+#include "server/types/text.h"
 #include "server/types/type_rules.h"
 
 namespace dbkeeper::server {
@@ -35,14 +35,6 @@ SqlType SumType(const SqlType& type) {
   }
 }
 
-std::string Code(const SqlType& type) { return std::to_string(EncodeType(type)); }
-
-std::string Joined(const std::vector<std::string>& arguments) {
-  std::string list;
-  for (const std::string& argument : arguments) list += (list.empty() ? "" : ", ") + argument;
-  return list;
-}
-
 SqlType NumberType(const SqlType& first) {
   if (FamilyOf(first.id) == TypeFamily::kInteger) {
     return first.id == TypeId::kBigInt ? first : kIntType;
@@ -60,7 +52,7 @@ SqlType TextType(const SqlType& first, bool widest) {
     return type;
   }
   type.id = IsNationalText(type.id) ? TypeId::kNVarChar : TypeId::kVarChar;
-  const int most = IsNationalText(type.id) ? 4000 : 8000;
+  const int most = LongestOf(type.id);
   type.length = widest ? most : std::min(type.length, most);
   return type;
 }
@@ -116,68 +108,57 @@ void CheckCount(std::string_view name, std::size_t count, int least, int most, i
 }  // namespace
 
 bool IsAggregate(std::string_view lower_name) {
-  return std::find(std::begin(kAggregates), std::end(kAggregates), lower_name) !=
-         std::end(kAggregates);
+  return std::ranges::find(kAggregates, lower_name) != std::end(kAggregates);
 }
 
-Bound Binder::BindCall(const FunctionCall& call, int line, const Scope& scope) {
-  const std::string name = ToLowerAscii(call.name);
-  if (IsAggregate(name)) return BindAggregate(call, line, scope);
-  if (std::find(std::begin(kRefusedAggregates), std::end(kRefusedAggregates), name) !=
-      std::end(kRefusedAggregates)) {
-    throw Unsupported("the function " + name + "()", line);
+Bound Binder::BindCall(const Expression& call, const Scope& scope) {
+  const std::string name = ToLowerAscii(call.text);
+  if (IsAggregate(name)) return BindAggregate(name, call, scope);
+  if (std::ranges::find(kRefusedAggregates, name) != std::end(kRefusedAggregates)) {
+    throw Unsupported("the function " + name + "()", call.line);
   }
   if (name == "coalesce" || name == "isnull" || name == "nullif" || name == "datalength") {
-    return BindChoice(name, call, line, scope);
+    return BindChoice(name, call, scope);
   }
   const FunctionRow* row = FindFunction(name);
-  if (row == nullptr) throw MakeError(195, {call.name, "function name"}, line);
-  return BindListed(*row, call, line, scope);
+  if (row == nullptr) throw MakeError(195, {call.text, "function name"}, call.line);
+  return BindListed(*row, call, scope);
 }
 
 // ---- aggregates --------------------------------------------------------------------------------
 
-Bound Binder::BindAggregate(const FunctionCall& call, int line, const Scope& scope) {
-  const std::string name = ToLowerAscii(call.name);
+Bound Binder::BindAggregate(const std::string& name, const Expression& call, const Scope& scope) {
+  const int line = call.line;
   if (!scope.aggregates_allowed) throw MakeError(147, {}, line);
-  CheckCount(name, call.arguments.size(), 1, 1, line);
+  CheckCount(name, call.operands.size(), 1, 1, line);
+  const Expression& operand = *call.operands[0];
   scope.has_aggregate = true;
   const bool count = name == "count" || name == "count_big";
   Bound result;
   result.type = name == "count_big" ? SqlType{TypeId::kBigInt, 8, 19, 0, true} : kIntType;
-  if (std::holds_alternative<Star>(call.arguments[0]->node)) {
+  if (operand.kind == ExpressionKind::kStar) {
     if (!count) throw MakeError(170, {"*", std::to_string(line)}, line);
     result.sql = "count(*)";
     return result;
   }
   const std::size_t loose = scope.loose_columns.size();
-  const Bound value = Bind(*call.arguments[0], scope);
+  const Bound value = Bind(operand, scope);
   scope.loose_columns.resize(loose);
-  const TypeFamily family = FamilyOf(value.type.id);
-  if (IsLargeObject(value.type.id)) {
-    throw MakeError(409, {name + " aggregate", NameOf(value.type.id)}, line);
+  const TypeId id = value.type.id;
+  const TypeFamily family = FamilyOf(id);
+  const bool exact = family == TypeFamily::kDecimal || family == TypeFamily::kMoney;
+  const bool number = exact || family == TypeFamily::kInteger || family == TypeFamily::kReal;
+  const bool extreme = name == "min" || name == "max";
+  if (IsLargeObject(id) || (!count && id == TypeId::kBit) || (!count && !extreme && !number)) {
+    throw MakeError(409, {name + " aggregate", NameOf(id)}, line);
   }
-  const std::string argument =
-      (call.distinct ? "(DISTINCT " : "(") + Collated(value.sql, value.type.id) + ')';
-  if (count) {
-    result.sql = "count" + argument;
-    return result;
-  }
-  if (name == "min" || name == "max") {
-    if (value.type.id == TypeId::kBit) {
-      throw MakeError(409, {name + " aggregate", "bit"}, line);
-    }
-    result.sql = name + argument;
-    result.type = value.type;
+  const std::string argument = (call.distinct ? "(DISTINCT " : "(") + Collated(value.sql, id) + ')';
+  if (count || extreme) {
+    result.sql = (count ? "count" : name) + argument;
+    if (extreme) result.type = value.type;
     result.type.nullable = true;
     return result;
   }
-  if (value.type.id == TypeId::kBit ||
-      (family != TypeFamily::kInteger && family != TypeFamily::kReal &&
-       family != TypeFamily::kDecimal && family != TypeFamily::kMoney)) {
-    throw MakeError(409, {name + " aggregate", NameOf(value.type.id)}, line);
-  }
-  const bool exact = family == TypeFamily::kDecimal || family == TypeFamily::kMoney;
   result.type = SumType(value.type);
   const std::string sum = (exact ? "ms_sum" : "sum") + argument;
   const std::string counted = "count" + argument;
@@ -197,59 +178,49 @@ Bound Binder::BindAggregate(const FunctionCall& call, int line, const Scope& sco
 
 // ---- choices and conversions -------------------------------------------------------------------
 
-Bound Binder::BindChoice(std::string_view name, const FunctionCall& call, int line,
-                         const Scope& scope) {
+Bound Binder::BindChoice(std::string_view name, const Expression& call, const Scope& scope) {
   const bool single = name == "datalength";
   const int most = single ? 1 : name == "coalesce" ? 1000 : 2;
-  CheckCount(name, call.arguments.size(), single ? 1 : 2, most, line);
+  CheckCount(name, call.operands.size(), single ? 1 : 2, most, call.line);
   std::vector<Bound> values;
-  for (const ExpressionPtr& argument : call.arguments) values.push_back(Bind(*argument, scope));
+  for (const ExpressionPtr& argument : call.operands) values.push_back(Bind(*argument, scope));
   Bound result = values[0];
   result.column = nullptr;
   result.is_integer = false;
   if (single) {
-    result.sql = "ms_datalength(" + values[0].sql + ", " + Code(values[0].type) + ')';
-    result.type = kIntType;
-    result.is_null = false;
-    return result;
+    return {"ms_datalength(" + values[0].sql + ", " + Code(values[0].type) + ')', kIntType};
   }
   if (name == "nullif") {
-    result.sql = "CASE WHEN " + Compare(BinaryOperator::kEqual, values[0], values[1], line) +
+    result.sql = "CASE WHEN " + Compare(OperatorOf("="), values[0], values[1], call.line) +
                  " THEN NULL ELSE " + values[0].sql + " END";
     result.type.nullable = true;
     return result;
   }
   const bool first_decides = name == "isnull" && !values[0].is_null;
-  for (std::size_t i = 1; i < values.size() && !first_decides; ++i) {
-    if (values[i].is_null) continue;
-    result.type = result.is_null ? values[i].type : CommonType(result.type, values[i].type);
-    result.is_null = false;
-  }
-  result.sql = "coalesce(";
+  for (std::size_t i = 1; i < values.size() && !first_decides; ++i) Widen(result, values[i]);
+  std::string arguments;
   bool nullable = true;
-  for (std::size_t i = 0; i < values.size(); ++i) {
-    result.sql += (i == 0 ? "" : ", ") + ConvertTo(values[i], result.type);
-    nullable = nullable && (values[i].is_null || values[i].type.nullable);
+  for (const Bound& value : values) {
+    arguments += (arguments.empty() ? "" : ", ") + ConvertTo(value, result.type);
+    nullable = nullable && (value.is_null || value.type.nullable);
   }
-  result.sql += ')';
+  result.sql = "coalesce(" + arguments + ')';
   result.type.nullable = nullable;
   return result;
 }
 
-Bound Binder::BindCast(const Cast& cast, int line, const Scope& scope) {
-  const Bound value = Bind(*cast.value, scope);
+Bound Binder::BindCast(const Expression& cast, const Scope& scope) {
+  const Bound value = Bind(*cast.operands[0], scope);
   Bound result;
   result.type = cast.type;
   result.type.nullable = value.is_null || value.type.nullable;
-  if (cast.style == nullptr) {
-    result.sql = value.is_null ? "NULL" : ConvertTo(value, result.type);
-    return result;
-  }
-  const Bound style = Bind(*cast.style, scope);
-  if (style.is_null) throw MakeError(8116, {"NULL", "3", "convert"}, line);
-  result.sql = value.is_null ? "NULL"
-                             : "ms_convert(" + value.sql + ", " + Code(value.type) + ", " +
-                                   Code(result.type) + ", " + ConvertTo(style, kIntType) + ')';
+  result.sql = value.is_null ? "NULL" : ConvertTo(value, result.type);
+  if (cast.operands.size() == 1) return result;
+  const Bound style = Bind(*cast.operands[1], scope);
+  if (style.is_null) throw MakeError(8116, {"NULL", "3", "convert"}, cast.line);
+  if (value.is_null) return result;
+  result.sql = "ms_convert(" + value.sql + ", " + Code(value.type) + ", " + Code(result.type) +
+               ", " + ConvertTo(style, kIntType) + ')';
   return result;
 }
 
@@ -259,10 +230,9 @@ Bound Binder::BindCast(const Cast& cast, int line, const Scope& scope) {
 Bound Binder::BindArgument(char kind, const FunctionRow& row, const Expression& argument, int line,
                            const Scope& scope) {
   if (kind == 'p') {
-    const auto* word = std::get_if<ColumnReference>(&argument.node);
-    const std::string_view part =
-        word == nullptr || word->parts.size() != 1 ? "" : DatePartName(word->parts[0]);
-    if (part.empty()) throw MakeError(155, {word == nullptr ? "" : word->parts[0], row.name}, line);
+    const std::vector<std::string>& word = argument.name;
+    const std::string_view part = word.size() == 1 ? DatePartName(word[0]) : "";
+    if (part.empty()) throw MakeError(155, {word.empty() ? "" : word[0], row.name}, line);
     return {QuoteText(part), SqlType{TypeId::kVarChar, 20, 0, 0, false}};
   }
   Bound value = Bind(argument, scope);
@@ -291,7 +261,7 @@ std::string Binder::FillCall(std::string_view form, const std::vector<std::strin
     const char place = form[++i];
     const auto index = static_cast<std::size_t>(place - '1');
     if (place == '*') {
-      sql += Joined(arguments);
+      sql += Joined(arguments, ", ");
     } else if (place == 'd') {
       sql += resolver_.CurrentSchema();
     } else if (place == 't') {
@@ -303,9 +273,9 @@ std::string Binder::FillCall(std::string_view form, const std::vector<std::strin
   return sql;
 }
 
-Bound Binder::BindListed(const FunctionRow& row, const FunctionCall& call, int line,
-                         const Scope& scope) {
-  CheckCount(row.name, call.arguments.size(), row.least, row.most, line);
+Bound Binder::BindListed(const FunctionRow& row, const Expression& call, const Scope& scope) {
+  const int line = call.line;
+  CheckCount(row.name, call.operands.size(), row.least, row.most, line);
   const bool state = row.sql == "state";
   const bool asks = row.sql.find("(select") != std::string_view::npos;
   if (asks && !subqueries_allowed) throw MakeError(1046, {}, line);
@@ -313,9 +283,9 @@ Bound Binder::BindListed(const FunctionRow& row, const FunctionCall& call, int l
   if (state) arguments.push_back(QuoteText(row.name));
   SqlType first;
   bool nullable = row.least == 0 || state || asks;
-  for (std::size_t i = 0; i < call.arguments.size(); ++i) {
+  for (std::size_t i = 0; i < call.operands.size(); ++i) {
     const char kind = row.arguments[std::min(i, row.arguments.size() - 1)];
-    const Bound value = BindArgument(kind, row, *call.arguments[i], line, scope);
+    const Bound value = BindArgument(kind, row, *call.operands[i], line, scope);
     nullable = nullable || value.type.nullable;
     if (i == 0) first = value.type;
     arguments.push_back(value.sql);

@@ -6,10 +6,10 @@
 #include <string_view>
 #include <vector>
 
-#include "server/sql/parser.h"
-#include "server/types/text.h"
-
 namespace dbkeeper::server {
+
+// Whether "x" is a name (as drivers set it) or a string.
+enum class QuotedIdentifiers { kOn, kOff };
 
 enum class TokenKind {
   kWord,        // a name or a keyword

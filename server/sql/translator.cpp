@@ -202,7 +202,7 @@ class ChangeBuilder {
       return source;
     }
     for (std::size_t i = 0; i < insert.values.size(); ++i) {
-      const bool is_default = std::holds_alternative<DefaultValue>(insert.values[i]->node);
+      const bool is_default = insert.values[i]->kind == ExpressionKind::kDefault;
       if (is_default && i < columns.size()) {
         source.items.push_back({"", Default(*columns[i])});
       } else {
@@ -214,8 +214,8 @@ class ChangeBuilder {
 
   // A value of an insert may not name columns.
   Bound BindConstant(const Expression& value) {
-    if (const auto* column = std::get_if<ColumnReference>(&value.node)) {
-      throw MakeError(128, {column->parts.back()}, value.line);
+    if (value.kind == ExpressionKind::kColumn) {
+      throw MakeError(128, {value.name.back()}, value.line);
     }
     return binder_.Bind(value, Scope{});
   }
@@ -266,7 +266,7 @@ class ChangeBuilder {
 
   std::string AssignedValue(const ColumnInfo& column, const Assignment& assignment,
                             const Scope& scope) {
-    if (std::holds_alternative<DefaultValue>(assignment.value->node)) {
+    if (assignment.value->kind == ExpressionKind::kDefault) {
       return binder_.AssignTo(Default(column), column.type);
     }
     return binder_.AssignTo(binder_.Bind(*assignment.value, scope), column.type);
