@@ -16,11 +16,6 @@ namespace {
 constexpr std::string_view kAggregates[] = {"count", "count_big", "sum", "avg", "min", "max"};
 constexpr std::string_view kRefusedAggregates[] = {"stdev", "stdevp",       "var",
                                                    "varp",  "checksum_agg", "grouping"};
-const SqlType kIntType{TypeId::kInt, 4, 10, 0, true};
-const SqlType kFloatType{TypeId::kFloat, 8, 53, 0, true};
-const SqlType kDateTimeType{TypeId::kDateTime, 8, 23, 3, true};
-const SqlType kNameType{TypeId::kNVarChar, 128, 0, 0, true};
-
 // The type that sum and avg of `type` have.
 SqlType SumType(const SqlType& type) {
   switch (FamilyOf(type.id)) {
@@ -57,32 +52,8 @@ SqlType TextType(const SqlType& first, bool widest) {
   return type;
 }
 
-SqlType ResultType(const FunctionRow& row, const SqlType& first) {
-  switch (row.result) {
-    case ResultRule::kInt:
-      return kIntType;
-    case ResultRule::kBigInt:
-      return SqlType{TypeId::kBigInt, 8, 19, 0, true};
-    case ResultRule::kFloat:
-      return kFloatType;
-    case ResultRule::kDateTime:
-      return kDateTimeType;
-    case ResultRule::kGuid:
-      return SqlType{TypeId::kUniqueIdentifier, 16, 0, 0, true};
-    case ResultRule::kIdentity:
-      return SqlType{TypeId::kNumeric, 0, 38, 0, true};
-    case ResultRule::kName:
-      return kNameType;
-    case ResultRule::kVarChar:
-      return SqlType{TypeId::kVarChar, row.length, 0, 0, true};
-    case ResultRule::kNVarChar:
-      return SqlType{TypeId::kNVarChar, row.length, 0, 0, true};
-    case ResultRule::kVariant:
-      return SqlType{TypeId::kSqlVariant, 8016, 0, 0, true};
-    case ResultRule::kBinary:
-      return SqlType{TypeId::kVarBinary, row.length, 0, 0, true};
-    case ResultRule::kFirst:
-      return first;
+SqlType ResultType(const FunctionResult& result, const SqlType& first) {
+  switch (result.rule) {
     case ResultRule::kNumber:
       return NumberType(first);
     case ResultRule::kWhole: {
@@ -91,11 +62,12 @@ SqlType ResultType(const FunctionRow& row, const SqlType& first) {
       return type;
     }
     case ResultRule::kText:
-      return TextType(first, false);
     case ResultRule::kWideText:
-      return TextType(first, true);
+      return TextType(first, result.rule == ResultRule::kWideText);
+    case ResultRule::kFixed:
+      break;
   }
-  return first;
+  return result.type;
 }
 
 void CheckCount(std::string_view name, std::size_t count, int least, int most, int line) {
@@ -135,7 +107,7 @@ Bound Binder::BindAggregate(const std::string& name, const Expression& call, con
   scope.has_aggregate = true;
   const bool count = name == "count" || name == "count_big";
   Bound result;
-  result.type = name == "count_big" ? SqlType{TypeId::kBigInt, 8, 19, 0, true} : kIntType;
+  result.type = name == "count_big" ? kBigIntType : kIntType;
   if (operand.kind == ExpressionKind::kStar) {
     if (!count) throw MakeError(170, {"*", std::to_string(line)}, line);
     result.sql = "count(*)";
@@ -275,16 +247,17 @@ std::string Binder::FillCall(std::string_view form, const std::vector<std::strin
 
 Bound Binder::BindListed(const FunctionRow& row, const Expression& call, const Scope& scope) {
   const int line = call.line;
-  CheckCount(row.name, call.operands.size(), row.least, row.most, line);
+  CheckCount(row.name, call.operands.size(), row.least(), row.most(), line);
   const bool state = row.sql == "state";
   const bool asks = row.sql.find("(select") != std::string_view::npos;
   if (asks && !subqueries_allowed) throw MakeError(1046, {}, line);
   std::vector<std::string> arguments;
   if (state) arguments.push_back(QuoteText(row.name));
   SqlType first;
-  bool nullable = row.least == 0 || state || asks;
+  bool nullable = row.least() == 0 || state || asks;
   for (std::size_t i = 0; i < call.operands.size(); ++i) {
-    const char kind = row.arguments[std::min(i, row.arguments.size() - 1)];
+    const bool optional = static_cast<int>(i) >= row.least();
+    const char kind = row.arguments[i + (optional ? 1 : 0)];
     const Bound value = BindArgument(kind, row, *call.operands[i], line, scope);
     nullable = nullable || value.type.nullable;
     if (i == 0) first = value.type;
@@ -292,12 +265,12 @@ Bound Binder::BindListed(const FunctionRow& row, const Expression& call, const S
   }
   const std::string own = state ? "ms_state($*)" : "ms_" + std::string(row.name) + "($*)";
   Bound result;
-  result.type = ResultType(row, first);
+  result.type = ResultType(row.result, first);
   result.type.nullable = nullable;
   result.sql = FillCall(state || row.sql.empty() ? own : row.sql, arguments);
-  if (row.result == ResultRule::kIdentity) result.sql = "CAST(" + result.sql + " AS TEXT)";
+  if (row.result.type.id == TypeId::kNumeric) result.sql = "CAST(" + result.sql + " AS TEXT)";
   // What the function computed as a number is brought to the type that was promised.
-  if (row.result == ResultRule::kNumber || row.result == ResultRule::kWhole) {
+  if (row.result.rule == ResultRule::kNumber || row.result.rule == ResultRule::kWhole) {
     result.sql = "ms_number(" + result.sql + ", " + Code(result.type) + ')';
   }
   return result;

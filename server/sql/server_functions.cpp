@@ -8,37 +8,18 @@
 #include <new>
 #include <string>
 
-#include "server/sql/function_list.h"
+#include "server/sql/function_table.h"
+#include "server/types/conversion.h"
 #include "server/types/decimal.h"
 #include "server/types/messages.h"
 #include "server/types/text.h"
+#include "server/types/type_rules.h"
 
 namespace dbkeeper::server {
 namespace {
 
 // An error on its way through SQLite: "MS:8134:16:1:Divide by zero error encountered."
 constexpr std::string_view kErrorMark = "MS:";
-
-Cell CellOf(sqlite3_value* value) {
-  const auto bytes = [value] {
-    return std::string(static_cast<const char*>(sqlite3_value_blob(value)) == nullptr
-                           ? ""
-                           : static_cast<const char*>(sqlite3_value_blob(value)),
-                       static_cast<std::size_t>(sqlite3_value_bytes(value)));
-  };
-  switch (sqlite3_value_type(value)) {
-    case SQLITE_INTEGER:
-      return static_cast<std::int64_t>(sqlite3_value_int64(value));
-    case SQLITE_FLOAT:
-      return sqlite3_value_double(value);
-    case SQLITE_TEXT:
-      return bytes();
-    case SQLITE_BLOB:
-      return Blob{bytes()};
-    default:
-      return {};
-  }
-}
 
 void SetResult(sqlite3_context* context, const Cell& cell) {
   if (const auto* integer = std::get_if<std::int64_t>(&cell)) {
@@ -75,27 +56,22 @@ void Guarded(sqlite3_context* context, const Body& body) {
   }
 }
 
-std::vector<Cell> CellsOf(int count, sqlite3_value** values) {
-  std::vector<Cell> cells;
-  cells.reserve(static_cast<std::size_t>(count));
-  for (int i = 0; i < count; ++i) cells.push_back(CellOf(values[i]));
-  return cells;
-}
-
-void RunEntry(sqlite3_context* context, int count, sqlite3_value** values) {
-  const auto& entry = *static_cast<const FunctionEntry*>(sqlite3_user_data(context));
-  for (int i = 0; i < count && entry.nulls == NullRule::kNullGivesNull; ++i) {
-    if (sqlite3_value_type(values[i]) == SQLITE_NULL) return sqlite3_result_null(context);
+void RunFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+  const auto& function = *static_cast<const SqlFunction*>(sqlite3_user_data(context));
+  for (int i = 0; i < count && function.kind == FunctionKind::kPlain; ++i) {
+    if (IsNullValue(values[i])) return sqlite3_result_null(context);
   }
-  Guarded(context, [&] { SetResult(context, entry.run(CellsOf(count, values))); });
+  Guarded(context, [&] { SetResult(context, function.run(count, values)); });
 }
 
 // ms_state(function, arguments ...)
 void RunState(sqlite3_context* context, int count, sqlite3_value** values) {
   auto& state = *static_cast<ServerState*>(sqlite3_user_data(context));
   Guarded(context, [&] {
-    const std::vector<Cell> cells = CellsOf(count - 1, values + 1);
-    SetResult(context, state.Evaluate(std::get<std::string>(CellOf(values[0])), cells));
+    std::vector<Cell> cells;
+    cells.reserve(static_cast<std::size_t>(count));
+    for (int i = 1; i < count; ++i) cells.push_back(Take<Cell>(values[i]));
+    SetResult(context, state.Evaluate(Take<std::string_view>(values[0]), cells));
   });
 }
 
@@ -117,9 +93,9 @@ struct Sum {
 };
 
 void StepSum(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
-  if (sqlite3_value_type(values[0]) == SQLITE_NULL) return;
+  if (IsNullValue(values[0])) return;
   Guarded(context, [&] {
-    const Cell cell = CellOf(values[0]);
+    const Cell cell = Take<Cell>(values[0]);
     const auto* text = std::get_if<std::string>(&cell);
     const std::optional<Decimal> number =
         text != nullptr ? ParseDecimal(*text) : Decimal{sqlite3_value_int64(values[0]), 0};
@@ -148,7 +124,7 @@ void StepSingle(sqlite3_context* context, int /*count*/, sqlite3_value** values)
   Guarded(context, [&] {
     if (StateOf<Single>(context, false) != nullptr) throw MakeError(512, {});
     Single* single = StateOf<Single>(context, true);
-    if (single != nullptr) single->value = CellOf(values[0]);
+    if (single != nullptr) single->value = Take<Cell>(values[0]);
   });
 }
 
@@ -173,13 +149,16 @@ int CollateDecimal(void* /*data*/, int left_length, const void* left, int right_
   return CompareDecimalText(ViewOf(left_length, left), ViewOf(right_length, right));
 }
 
-void RegisterEntries(sqlite3* connection, std::span<const FunctionEntry> entries) {
-  for (const FunctionEntry& entry : entries) {
-    const int flags = SQLITE_UTF8 | (entry.deterministic ? SQLITE_DETERMINISTIC : 0);
+void Register(sqlite3* connection, std::span<const FunctionRow> rows) {
+  for (const FunctionRow& row : rows) {
+    if (row.function.run == nullptr) continue;
+    const std::string name = "ms_" + std::string(row.name);
+    const bool random = row.function.kind == FunctionKind::kRandom;
     // SQLite hands the row back as it was given; it is never changed through this pointer.
-    sqlite3_create_function_v2(connection, entry.name, entry.arguments, flags,
-                               const_cast<FunctionEntry*>(&entry), RunEntry, nullptr, nullptr,
-                               nullptr);
+    sqlite3_create_function_v2(connection, name.c_str(), row.function.arguments,
+                               SQLITE_UTF8 | (random ? 0 : SQLITE_DETERMINISTIC),
+                               const_cast<SqlFunction*>(&row.function), RunFunction, nullptr,
+                               nullptr, nullptr);
   }
 }
 
@@ -207,27 +186,68 @@ ServerMessage ParseRaised(std::string_view text) {
 
 }  // namespace
 
-std::int64_t IntegerAt(Cells arguments, std::size_t index) {
-  if (const auto* value = std::get_if<std::int64_t>(&arguments[index])) return *value;
-  if (const auto* real = std::get_if<double>(&arguments[index])) {
-    return static_cast<std::int64_t>(*real);
-  }
-  return 0;
+// ---- arguments ---------------------------------------------------------------------------------
+
+bool IsNullValue(sqlite3_value* value) { return sqlite3_value_type(value) == SQLITE_NULL; }
+
+template <>
+std::string_view Take<std::string_view>(sqlite3_value* value) {
+  const int type = sqlite3_value_type(value);
+  if (type != SQLITE_TEXT && type != SQLITE_BLOB) return "";
+  const auto* bytes = static_cast<const char*>(sqlite3_value_blob(value));
+  if (bytes == nullptr) return "";
+  return {bytes, static_cast<std::size_t>(sqlite3_value_bytes(value))};
 }
 
-double DoubleAt(Cells arguments, std::size_t index) {
-  if (const auto* real = std::get_if<double>(&arguments[index])) return *real;
-  if (const auto* value = std::get_if<std::int64_t>(&arguments[index])) {
-    return static_cast<double>(*value);
+template <>
+Cell Take<Cell>(sqlite3_value* value) {
+  switch (sqlite3_value_type(value)) {
+    case SQLITE_INTEGER:
+      return static_cast<Integer>(sqlite3_value_int64(value));
+    case SQLITE_FLOAT:
+      return sqlite3_value_double(value);
+    case SQLITE_TEXT:
+      return std::string(Take<std::string_view>(value));
+    case SQLITE_BLOB:
+      return Blob{std::string(Take<std::string_view>(value))};
+    default:
+      return {};
   }
-  const std::optional<Decimal> number = ParseDecimal(TextAt(arguments, index));
+}
+
+template <>
+Integer Take<Integer>(sqlite3_value* value) {
+  switch (sqlite3_value_type(value)) {
+    case SQLITE_INTEGER:
+      return sqlite3_value_int64(value);
+    case SQLITE_FLOAT:
+      return static_cast<Integer>(sqlite3_value_double(value));
+    default:
+      return 0;
+  }
+}
+
+template <>
+double Take<double>(sqlite3_value* value) {
+  const int type = sqlite3_value_type(value);
+  if (type == SQLITE_FLOAT || type == SQLITE_INTEGER) return sqlite3_value_double(value);
+  const std::optional<Decimal> number = ParseDecimal(Take<std::string_view>(value));
   return number ? ToDouble(*number) : 0;
 }
 
-std::string_view TextAt(Cells arguments, std::size_t index) {
-  if (const auto* text = std::get_if<std::string>(&arguments[index])) return *text;
-  if (const auto* blob = std::get_if<Blob>(&arguments[index])) return blob->bytes;
-  return "";
+template <>
+std::u32string Take<std::u32string>(sqlite3_value* value) {
+  return DecodeUtf8(Take<std::string_view>(value));
+}
+
+template <>
+Decimal Take<Decimal>(sqlite3_value* value) {
+  return DecimalOfCell(Take<Cell>(value));
+}
+
+template <>
+SqlType Take<SqlType>(sqlite3_value* value) {
+  return DecodeType(Take<Integer>(value));
 }
 
 void RegisterServerFunctions(sqlite3* connection, ServerState* state) {
@@ -237,10 +257,9 @@ void RegisterServerFunctions(sqlite3* connection, ServerState* state) {
   sqlite3_test_control(SQLITE_TESTCTRL_OPTIMIZATIONS, connection, kBloomFilters);
   sqlite3_create_collation(connection, "MSTEXT", SQLITE_UTF8, nullptr, CollateText);
   sqlite3_create_collation(connection, "MSDECIMAL", SQLITE_UTF8, nullptr, CollateDecimal);
-  RegisterEntries(connection, ConversionFunctions());
-  RegisterEntries(connection, NumberFunctions());
-  RegisterEntries(connection, TextFunctions());
-  RegisterEntries(connection, DateFunctions());
+  Register(connection, NumberFunctions());
+  Register(connection, TextFunctions());
+  Register(connection, DateFunctions());
   sqlite3_create_function_v2(connection, "ms_state", -1, SQLITE_UTF8, state, RunState, nullptr,
                              nullptr, nullptr);
   sqlite3_create_function_v2(connection, "ms_sum", 1, SQLITE_UTF8, nullptr, nullptr, StepSum,
