@@ -9,7 +9,6 @@ add_library(dbkeeper_server_sql STATIC
   server/sql/bind_operator.cpp
   server/sql/bind_query.cpp
   server/sql/bind_table.cpp
-  server/sql/constraint_errors.cpp
   server/sql/date_functions.cpp
   server/sql/function_table.cpp
   server/sql/lexer.cpp

@@ -5,7 +5,7 @@
 
 #include "server/engine/permissions.h"
 #include "server/engine/table_definition.h"
-#include "server/sql/constraint_errors.h"
+#include "server/sql/server_functions.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {

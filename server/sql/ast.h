@@ -220,16 +220,17 @@ struct ColumnDefinition {
   int line = 1;
 };
 
-struct CreateTableStatement {
-  ObjectName table;
+// What a table is made of, and what alter table ... add brings to it.
+struct TableParts {
   std::vector<ColumnDefinition> columns;
   std::vector<Constraint> constraints;
 };
 
-// alter table ... add.
-struct AddColumns {
-  std::vector<ColumnDefinition> columns;
-  std::vector<Constraint> constraints;
+struct CreateTableStatement : TableParts {
+  ObjectName table;
+};
+
+struct AddColumns : TableParts {
   bool check_existing = true;  // false after "with nocheck"
 };
 

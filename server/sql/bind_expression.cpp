@@ -33,6 +33,49 @@ bool Matches(const ScopeTable& table, std::span<const std::string> qualifier) {
   return true;
 }
 
+Bound BindLiteral(const Expression& literal) {
+  const std::string& text = literal.text;
+  switch (literal.literal) {
+    case TokenKind::kInteger:
+    case TokenKind::kDecimal: {
+      const std::optional<Decimal> value = ParseDecimal(text);
+      if (!value) throw MakeError(1007, {text}, literal.line);
+      const int precision = PrecisionOf(*value);
+      if (literal.literal == TokenKind::kInteger && FitsInteger(*value, TypeId::kInt)) {
+        return {FormatDecimal(*value), {TypeId::kInt, 4, precision, 0, false}, false, true};
+      }
+      return {QuoteText(FormatDecimal(*value)),
+              {TypeId::kNumeric, 0, precision, value->scale, false}};
+    }
+    case TokenKind::kFloat: {
+      std::string sql = FloatLiteral(text);
+      if (sql.empty()) throw MakeError(8115, {"numeric", "float"}, literal.line);
+      return {std::move(sql), {TypeId::kFloat, 8, 53, 0, false}};
+    }
+    case TokenKind::kMoney: {
+      const std::optional<Decimal> value = ParseDecimal(text.empty() ? "0" : text);
+      if (!value) throw MakeError(8115, {"numeric", "money"}, literal.line);
+      return {QuoteText(FormatDecimal(Rescale(*value, 4).value_or(Decimal{}))),
+              {TypeId::kMoney, 8, 19, 4, false}};
+    }
+    case TokenKind::kString:
+      return {QuoteText(text), SizedType(TypeId::kVarChar, TypeId::kText, CodePageLength(text))};
+    case TokenKind::kNationalString:
+      return {QuoteText(text), SizedType(TypeId::kNVarChar, TypeId::kNText, Utf16Length(text))};
+    case TokenKind::kBinary:
+      return {QuoteBytes(text),
+              SizedType(TypeId::kVarBinary, TypeId::kImage, static_cast<int>(text.size()))};
+    default:
+      return kNull;
+  }
+}
+
+std::string InText(const Expression& node, const Bound& value, const SqlType& common,
+                   const std::string& list) {
+  return '(' + Collated(ConvertTo(value, common), common.id) +
+         (node.negated ? " NOT IN (" : " IN (") + list + "))";
+}
+
 }  // namespace
 
 Bound Binder::Bind(const Expression& expression, const Scope& scope) {
@@ -80,43 +123,6 @@ Bound Binder::BindNode(const Expression& node, const Scope& scope) {
 std::pair<Bound, Bound> Binder::BindBoth(const Expression& node, const Scope& scope) {
   Bound right = Bind(*node.operands[1], scope);
   return {Bind(*node.operands[0], scope), std::move(right)};
-}
-
-Bound Binder::BindLiteral(const Expression& literal) {
-  const std::string& text = literal.text;
-  switch (literal.literal) {
-    case TokenKind::kInteger:
-    case TokenKind::kDecimal: {
-      const std::optional<Decimal> value = ParseDecimal(text);
-      if (!value) throw MakeError(1007, {text}, literal.line);
-      const int precision = PrecisionOf(*value);
-      if (literal.literal == TokenKind::kInteger && FitsInteger(*value, TypeId::kInt)) {
-        return {FormatDecimal(*value), {TypeId::kInt, 4, precision, 0, false}, false, true};
-      }
-      return {QuoteText(FormatDecimal(*value)),
-              {TypeId::kNumeric, 0, precision, value->scale, false}};
-    }
-    case TokenKind::kFloat: {
-      std::string sql = FloatLiteral(text);
-      if (sql.empty()) throw MakeError(8115, {"numeric", "float"}, literal.line);
-      return {std::move(sql), {TypeId::kFloat, 8, 53, 0, false}};
-    }
-    case TokenKind::kMoney: {
-      const std::optional<Decimal> value = ParseDecimal(text.empty() ? "0" : text);
-      if (!value) throw MakeError(8115, {"numeric", "money"}, literal.line);
-      return {QuoteText(FormatDecimal(Rescale(*value, 4).value_or(Decimal{}))),
-              {TypeId::kMoney, 8, 19, 4, false}};
-    }
-    case TokenKind::kString:
-      return {QuoteText(text), SizedType(TypeId::kVarChar, TypeId::kText, CodePageLength(text))};
-    case TokenKind::kNationalString:
-      return {QuoteText(text), SizedType(TypeId::kNVarChar, TypeId::kNText, Utf16Length(text))};
-    case TokenKind::kBinary:
-      return {QuoteBytes(text),
-              SizedType(TypeId::kVarBinary, TypeId::kImage, static_cast<int>(text.size()))};
-    default:
-      return kNull;
-  }
 }
 
 Bound Binder::BindColumn(const Expression& reference, const Scope& scope) {
@@ -280,12 +286,6 @@ std::string Binder::BindInQuery(const Expression& node, const Scope& scope) {
   const SqlType common = column.is_null ? value.type : CommonType(value.type, column.type);
   const std::vector<SqlType> types = {common};
   return InText(node, value, common, TextOf(query, ColumnNames::kNone, &types));
-}
-
-std::string Binder::InText(const Expression& node, const Bound& value, const SqlType& common,
-                           const std::string& list) const {
-  return '(' + Collated(ConvertTo(value, common), common.id) +
-         (node.negated ? " NOT IN (" : " IN (") + list + "))";
 }
 
 std::string Binder::BindLike(const Expression& like, const Scope& scope) {

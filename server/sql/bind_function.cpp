@@ -5,6 +5,7 @@
 
 #include "server/sql/binder.h"
 #include "server/sql/function_table.h"
+#include "server/sql/lexer.h"
 #include "server/types/datetime.h"
 #include "server/types/messages.h"
 #include "server/types/text.h"
@@ -13,9 +14,9 @@
 namespace dbkeeper::server {
 namespace {
 
-constexpr std::string_view kAggregates[] = {"count", "count_big", "sum", "avg", "min", "max"};
-constexpr std::string_view kRefusedAggregates[] = {"stdev", "stdevp",       "var",
-                                                   "varp",  "checksum_agg", "grouping"};
+constexpr std::string_view kAggregates = " COUNT COUNT_BIG SUM AVG MIN MAX ";
+constexpr std::string_view kRefused = " STDEV STDEVP VAR VARP CHECKSUM_AGG GROUPING ";
+
 // The type that sum and avg of `type` have.
 SqlType SumType(const SqlType& type) {
   switch (FamilyOf(type.id)) {
@@ -79,16 +80,10 @@ void CheckCount(std::string_view name, std::size_t count, int least, int most, i
 
 }  // namespace
 
-bool IsAggregate(std::string_view lower_name) {
-  return std::ranges::find(kAggregates, lower_name) != std::end(kAggregates);
-}
-
 Bound Binder::BindCall(const Expression& call, const Scope& scope) {
   const std::string name = ToLowerAscii(call.text);
-  if (IsAggregate(name)) return BindAggregate(name, call, scope);
-  if (std::ranges::find(kRefusedAggregates, name) != std::end(kRefusedAggregates)) {
-    throw Unsupported("the function " + name + "()", call.line);
-  }
+  if (HasWord(kAggregates, name)) return BindAggregate(name, call, scope);
+  if (HasWord(kRefused, name)) throw Unsupported("the function " + name + "()", call.line);
   if (name == "coalesce" || name == "isnull" || name == "nullif" || name == "datalength") {
     return BindChoice(name, call, scope);
   }

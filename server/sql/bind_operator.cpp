@@ -82,20 +82,93 @@ std::string OperatorCall(std::string_view function, const Operator& op, const st
          ", " + Code(type) + ')';
 }
 
-}  // namespace
-
-std::string Binder::Collated(const std::string& sql, TypeId type) {
-  const std::string_view collation = CollationOf(type);
-  return collation.empty() ? sql : sql + " COLLATE " + std::string(collation);
-}
-
-std::string Binder::Converted(const char* function, const Bound& value, const SqlType& type) {
+std::string Converted(const char* function, const Bound& value, const SqlType& type) {
   if (value.is_null || StoredAlike(value.type, type)) return value.sql;
   return std::string(function) + '(' + value.sql + ", " + Code(value.type) + ", " + Code(type) +
          ')';
 }
 
-void Binder::Widen(Bound& common, const Bound& other) {
+bool IsOfBits(const Operator& op) { return op.name.starts_with("boolean"); }
+
+Bound IntegerArithmetic(const Operator& op, const Bound& left_operand, const Bound& right_operand) {
+  Bound result;
+  result.type = CommonType(left_operand.type, right_operand.type);
+  if (result.type.id == TypeId::kBit && !IsOfBits(op)) {
+    result.type = SqlType{TypeId::kInt, 4, 10, 0, result.type.nullable};
+  }
+  const std::string left = ConvertTo(left_operand, result.type);
+  const std::string right = ConvertTo(right_operand, result.type);
+  const std::string plain = '(' + left + ' ' + std::string(op.sqlite) + ' ' + right + ')';
+  const char symbol = op.sqlite[0];
+  if (symbol == '^') {
+    result.sql = "((" + left + " | " + right + ") - (" + left + " & " + right + "))";
+  } else if (IsOfBits(op)) {
+    result.sql = plain;
+  } else if (symbol == '/' || symbol == '%' || result.type.id == TypeId::kBigInt) {
+    result.sql = OperatorCall("ms_integer", op, left, right, result.type);
+  } else {
+    // Two ints never leave the 64 bits of SQLite: the range is checked behind it.
+    result.sql = "ms_range(" + plain + ", " + Code(result.type) + ')';
+  }
+  return result;
+}
+
+Bound DecimalArithmetic(const Operator& op, const Bound& left, const Bound& right) {
+  // A text takes the type of the decimal beside it.
+  const bool left_text = FamilyOf(left.type.id) == TypeFamily::kText;
+  const bool right_text = FamilyOf(right.type.id) == TypeFamily::kText;
+  SqlType left_type = left_text ? right.type : left.type;
+  SqlType right_type = right_text ? left.type : right.type;
+  left_type.id = right_type.id = TypeId::kNumeric;
+  Bound result;
+  result.type = ResultOf(op.sqlite[0], left_type, right_type);
+  result.type.nullable = left.type.nullable || right.type.nullable;
+  result.sql = OperatorCall("ms_decimal", op, left_text ? ConvertTo(left, left_type) : left.sql,
+                            right_text ? ConvertTo(right, right_type) : right.sql, result.type);
+  return result;
+}
+
+Bound Concatenate(const Bound& left, const Bound& right) {
+  const bool binary = FamilyOf(left.type.id) == TypeFamily::kBinary &&
+                      FamilyOf(right.type.id) == TypeFamily::kBinary;
+  Bound result;
+  result.type = CommonType(left.type, right.type);
+  if (binary) result.type.id = TypeId::kVarBinary;
+  const int maximum = LongestOf(result.type.id);
+  const int length = left.type.length + right.type.length;
+  if (FamilyOf(result.type.id) == TypeFamily::kText && !binary) {
+    SqlType piece = result.type;
+    piece.id = IsNationalText(piece.id) ? TypeId::kNVarChar : TypeId::kVarChar;
+    piece.length = maximum;
+    result.sql = '(' + ConvertTo(left, piece) + " || " + ConvertTo(right, piece) + ')';
+  } else {
+    result.sql = "ms_join(" + left.sql + ", " + right.sql + ')';
+  }
+  result.type.length = std::max(1, std::min(maximum, length));
+  if (length > maximum) {
+    Bound whole = result;
+    whole.type.length = length;
+    result.sql = ConvertTo(whole, result.type);
+  }
+  return result;
+}
+
+}  // namespace
+
+std::string Collated(const std::string& sql, TypeId type) {
+  const std::string_view collation = CollationOf(type);
+  return collation.empty() ? sql : sql + " COLLATE " + std::string(collation);
+}
+
+std::string ConvertTo(const Bound& value, const SqlType& type) {
+  return Converted("ms_convert", value, type);
+}
+
+std::string AssignTo(const Bound& value, const SqlType& type) {
+  return Converted("ms_assign", value, type);
+}
+
+void Widen(Bound& common, const Bound& other) {
   if (other.is_null) {
     common.type.nullable = true;
     return;
@@ -104,7 +177,7 @@ void Binder::Widen(Bound& common, const Bound& other) {
   common.is_null = false;
 }
 
-Bound Binder::Arithmetic(const Operator& op, Bound left, Bound right, int line) const {
+Bound Arithmetic(const Operator& op, Bound left, Bound right, int line) {
   if (left.is_null) left.type = right.is_null ? SqlType{} : right.type;
   if (right.is_null) right.type = left.type;
   const SqlType common = CommonType(left.type, right.type);
@@ -142,74 +215,7 @@ Bound Binder::Arithmetic(const Operator& op, Bound left, Bound right, int line) 
   throw MakeError(403, {op.name, NameOf(common.id)}, line);
 }
 
-bool Binder::IsOfBits(const Operator& op) { return op.name.starts_with("boolean"); }
-
-Bound Binder::IntegerArithmetic(const Operator& op, const Bound& left_operand,
-                                const Bound& right_operand) const {
-  Bound result;
-  result.type = CommonType(left_operand.type, right_operand.type);
-  if (result.type.id == TypeId::kBit && !IsOfBits(op)) {
-    result.type = SqlType{TypeId::kInt, 4, 10, 0, result.type.nullable};
-  }
-  const std::string left = ConvertTo(left_operand, result.type);
-  const std::string right = ConvertTo(right_operand, result.type);
-  const std::string plain = '(' + left + ' ' + std::string(op.sqlite) + ' ' + right + ')';
-  const char symbol = op.sqlite[0];
-  if (symbol == '^') {
-    result.sql = "((" + left + " | " + right + ") - (" + left + " & " + right + "))";
-  } else if (IsOfBits(op)) {
-    result.sql = plain;
-  } else if (symbol == '/' || symbol == '%' || result.type.id == TypeId::kBigInt) {
-    result.sql = OperatorCall("ms_integer", op, left, right, result.type);
-  } else {
-    // Two ints never leave the 64 bits of SQLite: the range is checked behind it.
-    result.sql = "ms_range(" + plain + ", " + Code(result.type) + ')';
-  }
-  return result;
-}
-
-Bound Binder::DecimalArithmetic(const Operator& op, const Bound& left, const Bound& right) const {
-  // A text takes the type of the decimal beside it.
-  const bool left_text = FamilyOf(left.type.id) == TypeFamily::kText;
-  const bool right_text = FamilyOf(right.type.id) == TypeFamily::kText;
-  SqlType left_type = left_text ? right.type : left.type;
-  SqlType right_type = right_text ? left.type : right.type;
-  left_type.id = right_type.id = TypeId::kNumeric;
-  Bound result;
-  result.type = ResultOf(op.sqlite[0], left_type, right_type);
-  result.type.nullable = left.type.nullable || right.type.nullable;
-  result.sql = OperatorCall("ms_decimal", op, left_text ? ConvertTo(left, left_type) : left.sql,
-                            right_text ? ConvertTo(right, right_type) : right.sql, result.type);
-  return result;
-}
-
-Bound Binder::Concatenate(const Bound& left, const Bound& right) const {
-  const bool binary = FamilyOf(left.type.id) == TypeFamily::kBinary &&
-                      FamilyOf(right.type.id) == TypeFamily::kBinary;
-  Bound result;
-  result.type = CommonType(left.type, right.type);
-  if (binary) result.type.id = TypeId::kVarBinary;
-  const int maximum = LongestOf(result.type.id);
-  const int length = left.type.length + right.type.length;
-  if (FamilyOf(result.type.id) == TypeFamily::kText && !binary) {
-    SqlType piece = result.type;
-    piece.id = IsNationalText(piece.id) ? TypeId::kNVarChar : TypeId::kVarChar;
-    piece.length = maximum;
-    result.sql = '(' + ConvertTo(left, piece) + " || " + ConvertTo(right, piece) + ')';
-  } else {
-    result.sql = "ms_join(" + left.sql + ", " + right.sql + ')';
-  }
-  result.type.length = std::max(1, std::min(maximum, length));
-  if (length > maximum) {
-    Bound whole = result;
-    whole.type.length = length;
-    result.sql = ConvertTo(whole, result.type);
-  }
-  return result;
-}
-
-std::string Binder::Compare(const Operator& op, const Bound& left, const Bound& right,
-                            int line) const {
+std::string Compare(const Operator& op, const Bound& left, const Bound& right, int line) {
   SqlType common = left.is_null ? right.type : left.type;
   if (!left.is_null && !right.is_null) common = CommonType(left.type, right.type);
   if (IsLargeObject(common.id)) throw MakeError(306, {}, line);
@@ -225,7 +231,7 @@ std::string Binder::Compare(const Operator& op, const Bound& left, const Bound& 
   return '(' + Collated(left_sql, common.id) + ' ' + std::string(op.sqlite) + ' ' + right_sql + ')';
 }
 
-Bound Binder::Negate(const Bound& operand, int line) const {
+Bound Negate(const Bound& operand, int line) {
   Bound result{"NULL", operand.type, operand.is_null, operand.is_integer};
   if (operand.is_null) return result;
   const auto subtracted = [&](std::string_view function) {

@@ -52,8 +52,8 @@ BoundQuery Binder::BindCore(const SelectCore& core, const std::vector<OrderItem>
     }
   }
   bound.order_by = BindOrderBy(order_by, &scope, bound);
-  bound.grouped = !core.group_by.empty() || scope.has_aggregate || core.having != nullptr;
-  if (bound.grouped) {
+  const bool grouped = !core.group_by.empty() || scope.has_aggregate || core.having != nullptr;
+  if (grouped) {
     if (!scope.loose_columns.empty()) throw MakeError(8127, {scope.loose_columns[0]}, core.line);
     if (!loose_items.empty()) {
       throw MakeError(core.group_by.empty() ? 8118 : 8120, {loose_items[0]}, core.line);
@@ -65,7 +65,7 @@ BoundQuery Binder::BindCore(const SelectCore& core, const std::vector<OrderItem>
     if (IsInteger(*core.top) && core.top->text == "1") bound.single_row = true;
   }
   if (core.from.empty()) bound.single_row = true;
-  const bool row_by_row = !bound.grouped && !bound.distinct && scope.tables.size() == 1;
+  const bool row_by_row = !grouped && !bound.distinct && scope.tables.size() == 1;
   if (row_by_row && scope.tables[0].object) bound.single_table = scope.tables[0];
   bound.tables = std::make_shared<const std::deque<ScopeTable>>(std::move(scope.tables));
   return bound;

@@ -71,7 +71,7 @@ ScopeTable& Binder::AddTable(const ObjectInfo& object, const std::string& name,
 
 // The text of a query as a table. `names` are its columns' names; empty: their own.
 std::string Binder::AddDerived(const BoundQuery& query, const std::vector<std::string>& names,
-                               ObjectName full_name, const std::string& alias, int line,
+                               const ObjectName& full_name, const std::string& alias, int line,
                                Scope& scope) {
   if (!names.empty() && names.size() != query.items.size()) {
     throw MakeError(names.size() < query.items.size() ? 8158 : 8159, {alias}, line);

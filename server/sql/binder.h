@@ -69,7 +69,6 @@ struct BoundQuery {
   std::string limit;     // " LIMIT n" or empty
   bool distinct = false;
   bool collated = false;    // a term of a union
-  bool grouped = false;     // grouped or aggregated
   bool single_row = false;  // gives one row at most
   // Set when the query reads one base table row by row.
   std::optional<ScopeTable> single_table;
@@ -88,6 +87,20 @@ inline std::string Code(const SqlType& type) { return std::to_string(EncodeType(
 // The length of the longest text or binary that is no large object.
 inline int LongestOf(TypeId id) { return IsNationalText(id) ? 4000 : 8000; }
 
+// ---- bind_operator.cpp
+
+// `value` as SQLite text in the storage form of `type`; the second for an assignment to a column,
+// which refuses to cut texts short.
+std::string ConvertTo(const Bound& value, const SqlType& type);
+std::string AssignTo(const Bound& value, const SqlType& type);
+// With the collation that values of the type are compared by.
+std::string Collated(const std::string& sql, TypeId type);
+// Brings `common` to a type that holds the other value too; nulls take any type.
+void Widen(Bound& common, const Bound& other);
+Bound Arithmetic(const Operator& op, Bound left, Bound right, int line);
+std::string Compare(const Operator& op, const Bound& left, const Bound& right, int line);
+Bound Negate(const Bound& operand, int line);
+
 enum class QueryPlace { kTop, kSubquery, kExists };
 
 class Binder {
@@ -98,16 +111,6 @@ class Binder {
   // ---- bind_expression.cpp
   Bound Bind(const Expression& expression, const Scope& scope);
   std::string BindCondition(const Expression& expression, const Scope& scope);
-
-  // ---- bind_operator.cpp
-  // `value` as SQLite text in the storage form of `type`.
-  static std::string ConvertTo(const Bound& value, const SqlType& type) {
-    return Converted("ms_convert", value, type);
-  }
-  // The same for an assignment to a column, which refuses to cut texts short.
-  static std::string AssignTo(const Bound& value, const SqlType& type) {
-    return Converted("ms_assign", value, type);
-  }
 
   // ---- bind_query.cpp
   BoundQuery BindQuery(const Query& query, const Scope* outer, QueryPlace place);
@@ -123,8 +126,6 @@ class Binder {
                        const ObjectName& full_name, Scope& scope);
   ObjectInfo Resolve(const ObjectName& name, int line);
 
-  static std::string Collated(const std::string& sql, TypeId type);
-
   // In which database names without one stand; empty: the current.
   std::string default_database;
   bool subqueries_allowed = true;
@@ -133,7 +134,6 @@ class Binder {
   // ---- bind_expression.cpp
   Bound BindNode(const Expression& node, const Scope& scope);
   std::pair<Bound, Bound> BindBoth(const Expression& node, const Scope& scope);
-  static Bound BindLiteral(const Expression& literal);
   Bound BindColumn(const Expression& reference, const Scope& scope);
   Bound BindVariable(const Expression& variable);
   Bound BindUnary(const Expression& unary, const Scope& scope);
@@ -142,23 +142,9 @@ class Binder {
   std::string BindBetween(const Expression& node, const Scope& scope);
   std::string BindInList(const Expression& node, const Scope& scope);
   std::string BindInQuery(const Expression& node, const Scope& scope);
-  std::string InText(const Expression& node, const Bound& value, const SqlType& common,
-                     const std::string& list) const;
   std::string BindLike(const Expression& like, const Scope& scope);
   std::string BindQuantified(const Expression& node, const Scope& scope);
   BoundQuery BindSubqueryColumn(const Expression& node, const Scope& scope);
-
-  // ---- bind_operator.cpp
-  static std::string Converted(const char* function, const Bound& value, const SqlType& type);
-  // Brings `common` to a type that holds the other value too; nulls take any type.
-  static void Widen(Bound& common, const Bound& other);
-  static bool IsOfBits(const Operator& op);
-  Bound Arithmetic(const Operator& op, Bound left, Bound right, int line) const;
-  Bound IntegerArithmetic(const Operator& op, const Bound& left, const Bound& right) const;
-  Bound DecimalArithmetic(const Operator& op, const Bound& left, const Bound& right) const;
-  Bound Concatenate(const Bound& left, const Bound& right) const;
-  std::string Compare(const Operator& op, const Bound& left, const Bound& right, int line) const;
-  Bound Negate(const Bound& operand, int line) const;
 
   // ---- bind_function.cpp
   Bound BindCall(const Expression& call, const Scope& scope);
@@ -188,7 +174,8 @@ class Binder {
   std::string BindFunction(const TableSource& source, Scope& scope);
   std::string BindJoin(const TableSource& join, Scope& scope);
   std::string AddDerived(const BoundQuery& query, const std::vector<std::string>& names,
-                         ObjectName full_name, const std::string& alias, int line, Scope& scope);
+                         const ObjectName& full_name, const std::string& alias, int line,
+                         Scope& scope);
   ScopeTable& NewTable(const std::string& name, const ObjectName& full_name, Scope& scope);
 
   NameResolver& resolver_;
@@ -196,8 +183,5 @@ class Binder {
   int alias_count_ = 0;
   int view_depth_ = 0;
 };
-
-// Whether a call of that name is an aggregate.
-bool IsAggregate(std::string_view lower_name);
 
 }  // namespace dbkeeper::server

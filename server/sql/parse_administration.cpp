@@ -19,7 +19,7 @@ Parser::Node Parser::ParseSet() {
     while (IsKeyword("ISOLATION") || IsKeyword("LEVEL")) option += ' ' + ExpectWord();
     set.options.push_back(option);
     set.value = ExpectWord();
-    const bool goes_on = IsKeyword("READ") || StatementHere() == nullptr;
+    const bool goes_on = IsKeyword("READ") || !AtStatementStart();
     if (goes_on && Current().kind == TokenKind::kWord) set.value += ' ' + ExpectWord();
     return set;
   }

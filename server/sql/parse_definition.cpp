@@ -173,8 +173,7 @@ std::string Parser::ParseCollation() {
 
 std::string Parser::ParseDatabaseOption() {
   std::string option = ExpectWord();
-  const bool valued = kValuedOptions.find(' ' + option + ' ') != std::string_view::npos;
-  return valued ? option + ' ' + ExpectWord() : option;
+  return HasWord(kValuedOptions, option) ? option + ' ' + ExpectWord() : option;
 }
 
 Parser::Node Parser::ParseAlterDatabase() {

@@ -39,9 +39,9 @@ constexpr Operator kOperators[] = {
 };
 
 // Reserved words that begin a call with parentheses, and those that are a call without.
-constexpr std::string_view kCallWords[] = {"LEFT", "RIGHT", "COALESCE", "NULLIF", "USER"};
-constexpr std::string_view kNiladicWords[] = {"CURRENT_TIMESTAMP", "CURRENT_USER", "SESSION_USER",
-                                              "SYSTEM_USER", "USER"};
+constexpr std::string_view kCallWords = " LEFT RIGHT COALESCE NULLIF USER ";
+constexpr std::string_view kNiladicWords =
+    " CURRENT_TIMESTAMP CURRENT_USER SESSION_USER SYSTEM_USER USER ";
 
 ExpressionKind KindOf(OperatorLevel level) {
   if (level <= OperatorLevel::kAnd) return kLogical;
@@ -282,11 +282,8 @@ ExpressionPtr Parser::ParseKeywordExpression() {
   if (IsKeyword("CONVERT")) return ParseCast();
   if (IsKeyword("IDENTITYCOL") || IsKeyword("ROWGUIDCOL")) Refuse(Current().text);
   if (IsKeyword("IDENTITY") && IsSymbolAt(1, "(")) Refuse("the function identity()");
-  const auto is_one_of = [&](std::span<const std::string_view> words) {
-    return std::ranges::any_of(words, [&](std::string_view word) { return IsKeyword(word); });
-  };
-  const bool with_arguments = IsSymbolAt(1, "(") && is_one_of(kCallWords);
-  if (!with_arguments && !is_one_of(kNiladicWords)) Fail();
+  const bool with_arguments = IsSymbolAt(1, "(") && HasWord(kCallWords, Current().text);
+  if (!with_arguments && !HasWord(kNiladicWords, Current().text)) Fail();
   ExpressionPtr call = TakeToken(kCall);
   call->text = ToLowerAscii(call->text);
   return with_arguments ? ParseCall({std::move(call->text)}) : std::move(call);

@@ -13,14 +13,12 @@ namespace {
 constexpr int kMaximumTerms = 400;
 
 // Hints change nothing here: locks are those of SQLite.
-constexpr std::string_view kHints[] = {
-    "NOLOCK",          "HOLDLOCK",       "UPDLOCK",      "TABLOCK", "TABLOCKX",
-    "PAGLOCK",         "ROWLOCK",        "READPAST",     "XLOCK",   "READCOMMITTED",
-    "READUNCOMMITTED", "REPEATABLEREAD", "SERIALIZABLE", "INDEX",   "FASTFIRSTROW"};
+constexpr std::string_view kHints =
+    " NOLOCK HOLDLOCK UPDLOCK TABLOCK TABLOCKX PAGLOCK ROWLOCK READPAST XLOCK READCOMMITTED "
+    "READUNCOMMITTED REPEATABLEREAD SERIALIZABLE INDEX FASTFIRSTROW ";
 
 bool IsHint(const Token& token) {
-  return token.kind == TokenKind::kWord &&
-         std::ranges::any_of(kHints, [&](auto hint) { return EqualsKeyword(token.text, hint); });
+  return token.kind == TokenKind::kWord && HasWord(kHints, token.text);
 }
 
 }  // namespace

@@ -29,16 +29,21 @@ Parser::Node Parser::ParseCreateTable() {
   create.table = ExpectObjectName();
   Enclosed([&] {
     List([&] {
-      if (IsSymbol(")") && !create.columns.empty()) return;
-      if (AtConstraint()) {
-        create.constraints.push_back(ParseConstraint());
-      } else {
-        create.columns.push_back(ParseColumnDefinition());
-      }
+      if (!IsSymbol(")") || create.columns.empty()) ParseTablePart(create);
     });
   });
   while (!AcceptAny({"ON", "TEXTIMAGE_ON"}).empty()) ExpectName();
   return create;
+}
+
+bool Parser::ParseTablePart(TableParts& parts) {
+  const bool column = !AtConstraint();
+  if (column) {
+    parts.columns.push_back(ParseColumnDefinition());
+  } else {
+    parts.constraints.push_back(ParseConstraint());
+  }
+  return column;
 }
 
 ColumnDefinition Parser::ParseColumnDefinition() {
@@ -225,7 +230,13 @@ Parser::Node Parser::ParseAlterTable() {
   const std::string_view verb =
       AcceptAny({"ADD", "ALTER", "DROP", "CHECK", "NOCHECK", "ENABLE", "DISABLE"});
   if (verb == "ADD") {
-    alter.action = ParseAddColumns(check_existing);
+    AddColumns add;
+    add.check_existing = check_existing;
+    List([&] {
+      const bool column = ParseTablePart(add);
+      if (column && AcceptKeyword("WITH")) ExpectKeyword("VALUES");
+    });
+    alter.action = std::move(add);
   } else if (verb == "ALTER") {
     ExpectKeyword("COLUMN");
     if (IsKeywordAt(1, "ADD") || IsKeywordAt(1, "DROP")) Refuse("ALTER COLUMN ADD and DROP");
@@ -242,20 +253,6 @@ Parser::Node Parser::ParseAlterTable() {
     Fail();
   }
   return alter;
-}
-
-AddColumns Parser::ParseAddColumns(bool check_existing) {
-  AddColumns add;
-  add.check_existing = check_existing;
-  List([&] {
-    if (AtConstraint()) {
-      add.constraints.push_back(ParseConstraint());
-    } else {
-      add.columns.push_back(ParseColumnDefinition());
-      if (AcceptKeyword("WITH")) ExpectKeyword("VALUES");
-    }
-  });
-  return add;
 }
 
 DropParts Parser::ParseDropParts() {

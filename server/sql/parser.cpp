@@ -13,10 +13,13 @@ namespace {
 
 constexpr int kMaximumDepth = 120;
 
+// What the server has and this one refuses, so that the operator reads which word it was.
+constexpr std::string_view kRefused =
+    " BREAK BULK CLOSE CONTINUE DEALLOCATE DECLARE DISK DUMP ELSE FETCH GOTO IF LOAD OPEN READTEXT "
+    "RECONFIGURE RETURN SAVE SETUSER UPDATETEXT WHILE WRITETEXT ";
+
 }  // namespace
 
-// In the order of their frequency; the last ones the server has and this one refuses, so that the
-// operator reads which word it was.
 const Parser::StatementRow Parser::kStatements[] = {
     {"SELECT", [](Parser& p) -> Node { return SelectStatement{p.ParseQuery()}; }},
     {"INSERT", Call<&Parser::ParseInsert>},
@@ -58,28 +61,6 @@ const Parser::StatementRow Parser::kStatements[] = {
     {"GRANT", [](Parser& p) { return p.ParsePermission(PermissionVerb::kGrant); }},
     {"REVOKE", [](Parser& p) { return p.ParsePermission(PermissionVerb::kRevoke); }},
     {"DENY", [](Parser& p) { return p.ParsePermission(PermissionVerb::kDeny); }},
-    {"BREAK"},
-    {"BULK"},
-    {"CLOSE"},
-    {"CONTINUE"},
-    {"DEALLOCATE"},
-    {"DECLARE"},
-    {"DISK"},
-    {"DUMP"},
-    {"ELSE"},
-    {"FETCH"},
-    {"GOTO"},
-    {"IF"},
-    {"LOAD"},
-    {"OPEN"},
-    {"READTEXT"},
-    {"RECONFIGURE"},
-    {"RETURN"},
-    {"SAVE"},
-    {"SETUSER"},
-    {"UPDATETEXT"},
-    {"WHILE"},
-    {"WRITETEXT"},
 };
 
 std::string ObjectName::Text() const {
@@ -306,18 +287,23 @@ bool Parser::OpenOrCloseBlock() {
 }
 
 const Parser::StatementRow* Parser::StatementHere() const {
-  if (Current().kind != TokenKind::kWord) return nullptr;
   const auto* row = std::ranges::find_if(
       kStatements, [&](const StatementRow& candidate) { return IsKeyword(candidate.keyword); });
   return row == std::end(kStatements) ? nullptr : row;
 }
 
+bool Parser::AtRefused() const {
+  return Current().kind == TokenKind::kWord && HasWord(kRefused, Current().text);
+}
+
+bool Parser::AtStatementStart() const { return StatementHere() != nullptr || AtRefused(); }
+
 Parser::Node Parser::ParseStatementNode(bool first) {
   if (const StatementRow* row = StatementHere()) {
-    if (row->parse == nullptr) Refuse(row->keyword);
     if (row->keyword != "SELECT") Advance();
     return row->parse(*this);
   }
+  if (AtRefused()) Refuse(ToUpperAscii(Current().text));
   if (IsSymbol("(") && (IsKeywordAt(1, "SELECT") || IsSymbolAt(1, "("))) {
     return SelectStatement{ParseQuery()};
   }

@@ -30,7 +30,7 @@ class Parser {
   // What begins with the word is parsed from behind it.
   struct StatementRow {
     std::string_view keyword;
-    Node (*parse)(Parser&) = nullptr;  // null: refused by name
+    Node (*parse)(Parser&);
   };
   static const StatementRow kStatements[];
 
@@ -109,11 +109,13 @@ class Parser {
   bool OpenOrCloseBlock();
   bool AtBlockEnd() const { return block_depth_ > 0 && IsKeyword("END"); }
   bool AtStatementEnd() const {
-    return Current().kind == TokenKind::kEnd || IsSymbol(";") || StatementHere() != nullptr;
+    return Current().kind == TokenKind::kEnd || IsSymbol(";") || AtStatementStart();
   }
   Node ParseStatementNode(bool first);
   void ExpectStatementEnd() const;
   const StatementRow* StatementHere() const;
+  bool AtRefused() const;
+  bool AtStatementStart() const;
   template <auto Method>
   static Node Call(Parser& parser) {
     return (parser.*Method)();
@@ -178,7 +180,7 @@ class Parser {
   // ---- tables: parse_table.cpp
   Node ParseCreateTable();
   Node ParseAlterTable();
-  AddColumns ParseAddColumns(bool check_existing);
+  bool ParseTablePart(TableParts& parts);  // true: a column
   DropParts ParseDropParts();
   ColumnDefinition ParseColumnDefinition();
   bool ParseColumnOption(ColumnDefinition& column);

@@ -87,51 +87,57 @@ State* StateOf(sqlite3_context* context, bool make) {
   return *place;
 }
 
-struct Sum {
-  Decimal total;
-  bool any = false;
-};
+// What an aggregate keeps of the rows that it has seen.
+template <typename State>
+void RegisterAggregate(sqlite3* connection, const char* name) {
+  const auto step = [](sqlite3_context* context, int /*count*/, sqlite3_value** values) {
+    Guarded(context, [&] {
+      State* state = StateOf<State>(context, true);
+      if (state == nullptr) throw std::bad_alloc();
+      state->Step(values[0]);
+    });
+  };
+  const auto finish = [](sqlite3_context* context) {
+    const std::unique_ptr<State> state(StateOf<State>(context, false));
+    SetResult(context, state == nullptr ? Cell() : state->Result());
+  };
+  sqlite3_create_function_v2(connection, name, 1, SQLITE_UTF8, nullptr, nullptr, step, finish,
+                             nullptr);
+}
 
-void StepSum(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
-  if (IsNullValue(values[0])) return;
-  Guarded(context, [&] {
-    const Cell cell = Take<Cell>(values[0]);
-    const auto* text = std::get_if<std::string>(&cell);
-    const std::optional<Decimal> number =
-        text != nullptr ? ParseDecimal(*text) : Decimal{sqlite3_value_int64(values[0]), 0};
-    Sum* sum = StateOf<Sum>(context, true);
-    if (!number || sum == nullptr) throw MakeError(8114, {"expression", "numeric"});
-    const std::optional<Decimal> total =
-        Add(sum->total, *number, std::max(sum->total.scale, number->scale));
+class Sum {
+ public:
+  void Step(sqlite3_value* value) {
+    if (IsNullValue(value)) return;
+    const std::optional<Decimal> number = sqlite3_value_type(value) == SQLITE_TEXT
+                                              ? ParseDecimal(Take<std::string_view>(value))
+                                              : Decimal{sqlite3_value_int64(value), 0};
+    if (!number) throw MakeError(8114, {"expression", "numeric"});
+    const auto total = Add(total_, *number, std::max(total_.scale, number->scale));
     if (!total) throw MakeError(8115, {"expression", "numeric"});
-    sum->total = *total;
-    sum->any = true;
-  });
-}
+    total_ = *total;
+    any_ = true;
+  }
+  Cell Result() const { return any_ ? FormatDecimal(total_) : Cell(); }
 
-void FinishSum(sqlite3_context* context) {
-  const std::unique_ptr<Sum> sum(StateOf<Sum>(context, false));
-  if (sum == nullptr || !sum->any) return sqlite3_result_null(context);
-  SetResult(context, FormatDecimal(sum->total));
-}
-
-struct Single {
-  Cell value;
+ private:
+  Decimal total_;
+  bool any_ = false;
 };
 
-// ms_single: the value of the one row; 512 at the second.
-void StepSingle(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
-  Guarded(context, [&] {
-    if (StateOf<Single>(context, false) != nullptr) throw MakeError(512, {});
-    Single* single = StateOf<Single>(context, true);
-    if (single != nullptr) single->value = Take<Cell>(values[0]);
-  });
-}
+// The value of the one row; 512 at the second.
+class Single {
+ public:
+  void Step(sqlite3_value* value) {
+    if (std::exchange(any_, true)) throw MakeError(512, {});
+    value_ = Take<Cell>(value);
+  }
+  Cell Result() const { return value_; }
 
-void FinishSingle(sqlite3_context* context) {
-  const std::unique_ptr<Single> single(StateOf<Single>(context, false));
-  SetResult(context, single == nullptr ? Cell{} : single->value);
-}
+ private:
+  Cell value_;
+  bool any_ = false;
+};
 
 // ---- collations --------------------------------------------------------------------------------
 
@@ -171,6 +177,18 @@ constexpr CodeRow kCodes[] = {
     {SQLITE_NOMEM, 701},   {SQLITE_FULL, 1105},   {SQLITE_READONLY, 3906},
     {SQLITE_TOOBIG, 8152}, {SQLITE_CORRUPT, 823}, {SQLITE_IOERR, 823},
 };
+
+// Splits "t.a, t.b".
+std::vector<std::string> ColumnsOf(std::string_view details) {
+  std::vector<std::string> columns;
+  while (!details.empty()) {
+    const std::size_t comma = std::min(details.find(", "), details.size());
+    const std::string_view item = details.substr(0, comma);
+    details.remove_prefix(std::min(comma + 2, details.size()));
+    columns.emplace_back(item.substr(item.find('.') + 1));
+  }
+  return columns;
+}
 
 // Takes "number:severity:state:text" apart.
 ServerMessage ParseRaised(std::string_view text) {
@@ -262,10 +280,8 @@ void RegisterServerFunctions(sqlite3* connection, ServerState* state) {
   Register(connection, DateFunctions());
   sqlite3_create_function_v2(connection, "ms_state", -1, SQLITE_UTF8, state, RunState, nullptr,
                              nullptr, nullptr);
-  sqlite3_create_function_v2(connection, "ms_sum", 1, SQLITE_UTF8, nullptr, nullptr, StepSum,
-                             FinishSum, nullptr);
-  sqlite3_create_function_v2(connection, "ms_single", 1, SQLITE_UTF8, nullptr, nullptr, StepSingle,
-                             FinishSingle, nullptr);
+  RegisterAggregate<Sum>(connection, "ms_sum");
+  RegisterAggregate<Single>(connection, "ms_single");
 }
 
 ServerMessage MessageOfFailure(sqlite3* connection) {
@@ -274,6 +290,27 @@ ServerMessage MessageOfFailure(sqlite3* connection) {
   if (text == "integer overflow") return MakeMessage(8115, {"expression", "int"});
   const auto* row = std::ranges::find(kCodes, sqlite3_errcode(connection) & 0xFF, &CodeRow::code);
   return row == std::end(kCodes) ? MakeMessage(50002, {text}) : MakeMessage(row->number);
+}
+
+ConstraintFailure FailedConstraint(sqlite3* connection) {
+  // "UNIQUE constraint failed: t.a, t.b"
+  std::string_view details = sqlite3_errmsg(connection);
+  const std::size_t colon = details.find(": ");
+  details = colon == std::string_view::npos ? "" : details.substr(colon + 2);
+  switch (sqlite3_extended_errcode(connection)) {
+    case SQLITE_CONSTRAINT_UNIQUE:
+    case SQLITE_CONSTRAINT_PRIMARYKEY:
+    case SQLITE_CONSTRAINT_ROWID:
+      return {ConstraintFailureKind::kUnique, ColumnsOf(details), ""};
+    case SQLITE_CONSTRAINT_NOTNULL:
+      return {ConstraintFailureKind::kNotNull, ColumnsOf(details), ""};
+    case SQLITE_CONSTRAINT_CHECK:
+      return {ConstraintFailureKind::kCheck, {}, std::string(details)};
+    case SQLITE_CONSTRAINT_FOREIGNKEY:
+      return {ConstraintFailureKind::kForeignKey, {}, ""};
+    default:
+      return {};
+  }
 }
 
 }  // namespace dbkeeper::server
