@@ -6,13 +6,11 @@ find_package(ZLIB REQUIRED)
 
 # The language: lexer, parser, translator to SQLite, data types and their functions.
 add_library(dbkeeper_server_sql STATIC
-  server/sql/bind_conversion.cpp
   server/sql/bind_expression.cpp
   server/sql/bind_function.cpp
   server/sql/bind_operator.cpp
   server/sql/bind_query.cpp
   server/sql/bind_table.cpp
-  server/sql/constraint_errors.cpp
   server/sql/date_functions.cpp
   server/sql/function_table.cpp
   server/sql/lexer.cpp

@@ -265,40 +265,28 @@ void DatabaseDefinition::Alter(const AlterDatabaseStatement& statement) {
   const std::optional<DatabaseInfo> database = workspace_.LookUpDatabase(statement.name);
   if (!database) Fail(5011, {statement.name});
   NeedOwner(*database);
-  if (const auto* rename = std::get_if<ModifyDatabaseName>(&statement.action)) {
-    if (workspace_.LookUpDatabase(rename->name)) Fail(1801, {rename->name});
-    workspace_.connection().Run("update main.sysdatabases set name = ? where dbid = ?",
-                                rename->name, database->dbid);
-    if (database->dbid == workspace_.dbid()) {
-      workspace_.SetCurrent(workspace_.FindDatabase(rename->name));
-    }
+  if (const std::string& name = statement.new_name; !name.empty()) {
+    if (workspace_.LookUpDatabase(name)) Fail(1801, {name});
+    workspace_.connection().Run("update main.sysdatabases set name = ? where dbid = ?", name,
+                                database->dbid);
+    if (database->dbid == workspace_.dbid()) workspace_.SetCurrent(workspace_.FindDatabase(name));
     return;
   }
-  NeedListedFile(*database, statement);
-  const auto* set = std::get_if<DatabaseOptions>(&statement.action);
-  if (set == nullptr) throw Unsupported("this form of alter database");
+  if (statement.file) NeedListedFile(*database, *statement.file);
+  if (statement.options.empty()) throw Unsupported("this form of alter database");
   NeedNoTransaction("ALTER DATABASE");
   WriteScope scope(workspace_, workspace_.FindDatabase("master"), "main");
-  for (const std::string& option : set->options) {
+  for (const std::string& option : statement.options) {
     if (!SetOption(*database, option)) throw Unsupported("the database option " + option);
   }
   scope.Commit();
   // Who may come in is looked at when a session opens the database again.
-  if (std::ranges::find(set->options, "RESTRICTED_USER") != set->options.end()) {
+  if (std::ranges::find(statement.options, "RESTRICTED_USER") != statement.options.end()) {
     workspace_.instance().NewGeneration(database->dbid);
   }
 }
 
-void DatabaseDefinition::NeedListedFile(const DatabaseInfo& database,
-                                        const AlterDatabaseStatement& statement) {
-  std::string wanted;
-  if (const auto* modify = std::get_if<ModifyDatabaseFile>(&statement.action)) {
-    wanted = modify->file.logical_name;
-  } else if (const auto* remove = std::get_if<RemoveDatabaseFile>(&statement.action)) {
-    wanted = remove->logical_name;
-  } else {
-    return;
-  }
+void DatabaseDefinition::NeedListedFile(const DatabaseInfo& database, const std::string& wanted) {
   const auto files = FilesOf(workspace_, database, workspace_.Open(database));
   if (std::ranges::none_of(
           files, [&](const ListedFile& file) { return SameName(file.logical_name, wanted); })) {

@@ -41,7 +41,7 @@ class DatabaseDefinition {
   // Throws 3703 (or the number) when a session has the database as its current one.
   void NeedUnused(const DatabaseInfo& database, int number);
   // Throws 5009 when a file is to be changed that the database does not have.
-  void NeedListedFile(const DatabaseInfo& database, const AlterDatabaseStatement& statement);
+  void NeedListedFile(const DatabaseInfo& database, const std::string& wanted);
   void NeedNoTransaction(std::string_view statement);
 
   Workspace& workspace_;

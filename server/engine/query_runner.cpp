@@ -5,8 +5,8 @@
 
 #include "server/engine/state_functions.h"
 #include "server/engine/table_definition.h"
-#include "server/sql/constraint_errors.h"
 #include "server/sql/parser.h"
+#include "server/sql/server_functions.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {

@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "server/engine/result_sink.h"
-#include "server/sql/constraint_errors.h"
 #include "server/sql/server_functions.h"
 #include "server/types/messages.h"
 #include "server/types/text.h"

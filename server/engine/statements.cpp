@@ -15,6 +15,14 @@ namespace dbkeeper::server {
 
 namespace {
 
+// A visitor made of one function for each alternative.
+template <typename... Functions>
+struct Overloaded : Functions... {
+  using Functions::operator()...;
+};
+template <typename... Functions>
+Overloaded(Functions...) -> Overloaded<Functions...>;
+
 // What a statement works with, and how it ended. Each goes to the class that carries it out.
 struct Context {
   EngineSession& session;
@@ -90,7 +98,7 @@ void RunOne(const Context& c, const ExecuteStatement& statement) {
   Parameters arguments;
   for (const ProcedureArgument& argument : statement.arguments) {
     if (argument.output) throw Unsupported("output parameters");
-    if (std::holds_alternative<DefaultValue>(argument.value->node)) {
+    if (argument.value->kind == ExpressionKind::kDefault) {
       if (argument.name.empty()) arguments.push_back({});
       continue;
     }

@@ -168,10 +168,8 @@ void SetOption(ProcedureCall& call) {
   if (!on && !SameName(value, "false") && !SameName(value, "off")) Fail(15241);
   for (const OldOption& option : kOldOptions) {
     if (!SameName(option.name, call.Text("@optname"))) continue;
-    AlterDatabaseStatement statement{name, DatabaseOptions{}};
-    std::get<DatabaseOptions>(statement.action)
-        .options.emplace_back(on ? option.when_true : option.when_false);
-    DatabaseDefinition(call.workspace()).Alter(statement);
+    const std::string word(on ? option.when_true : option.when_false);
+    DatabaseDefinition(call.workspace()).Alter({name, {word}, {}, {}});
     return;
   }
   Fail(15011, {call.Text("@optname")});

@@ -137,8 +137,7 @@ void Rename(ProcedureCall& call) {
   } else if (SameName(type, "OBJECT")) {
     RenameObject(call, new_name);
   } else if (SameName(type, "DATABASE")) {
-    DatabaseDefinition(call.workspace())
-        .Alter({call.Text("@objname"), ModifyDatabaseName{new_name}});
+    DatabaseDefinition(call.workspace()).Alter({call.Text("@objname"), {}, new_name, {}});
   } else {
     Fail(15249, {type, std::to_string(type.size())});
   }

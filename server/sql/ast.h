@@ -6,20 +6,14 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
+#include "server/sql/lexer.h"
 #include "server/types/sql_type.h"
 
 namespace dbkeeper::server {
-
-// A visitor made of one function for each alternative.
-template <typename... Functions>
-struct Overloaded : Functions... {
-  using Functions::operator()...;
-};
-template <typename... Functions>
-Overloaded(Functions...) -> Overloaded<Functions...>;
 
 struct Expression;
 struct Query;
@@ -40,182 +34,81 @@ struct ObjectName {
 
 // ---- expressions -------------------------------------------------------------------------------
 
-enum class LiteralKind {
-  kNull,
-  kInteger,
-  kDecimal,
-  kFloat,
-  kMoney,
-  kString,
-  kNationalString,
-  kBinary,
+// What binds how tight: the levels of the grammar, the loosest first.
+enum class OperatorLevel { kOr, kAnd, kComparison, kAdditive, kMultiplicative };
+
+// An operator between two operands: a row of the one table in parse_expression.cpp.
+struct Operator {
+  std::string_view word;  // as it is written
+  OperatorLevel level;
+  std::string_view sqlite;  // as SQLite and the server's functions write it
+  std::string_view name;    // in messages
 };
 
-struct Literal {
-  LiteralKind kind = LiteralKind::kNull;
-  std::string
-      text;  // digits as written; a string's characters; a binary's bytes; money without sign
+// The row of an operator that is written so.
+const Operator& OperatorOf(std::string_view word);
+
+enum class ExpressionKind {
+  // Values.
+  kLiteral,   // `literal`, `text`
+  kColumn,    // `name`: at most four parts, the column last
+  kStar,      // "*" or "t.*", `name` before the star; only in a select list and in count(*)
+  kVariable,  // `text`: "@p1", "@@rowcount"
+  kDefault,   // the word `default` as a value of an insert, an update or a procedure's argument
+  kUnary,     // `text`: "-", "+", "~"
+  kBinary,    // arithmetic
+  kCall,      // `text`: the function
+  kCast,      // cast(x as t), convert(t, x, style): the value and, if given, the style; `type`
+  kCase,      // what is compared or null, a condition and a result each, what `else` gives or null
+  kSubquery,  // `query` of one value
+  // Predicates: true, false or unknown, but no value.
+  kComparison,
+  kLogical,     // and, or
+  kNot,         //
+  kIn,          // the value, the list; or the value and `query`
+  kExists,      // `query`
+  kQuantified,  // the value; `op` any (query), `op` all (query)
+  kBetween,     // the value, the low and the high bound
+  kLike,        // the text, the pattern and, if given, the escape character
+  kIsNull,      //
 };
-
-struct ColumnReference {
-  std::vector<std::string> parts;  // at most four, the column last
-};
-
-// "*" or "t.*"; only in a select list and in count(*).
-struct Star {
-  std::vector<std::string> qualifier;
-};
-
-struct Variable {
-  std::string name;  // "@p1", "@@rowcount"
-};
-
-enum class UnaryOperator { kMinus, kPlus, kNot, kBitNot };
-
-struct Unary {
-  UnaryOperator op;
-  ExpressionPtr operand;
-};
-
-enum class BinaryOperator {
-  kAdd,
-  kSubtract,
-  kMultiply,
-  kDivide,
-  kModulo,
-  kBitAnd,
-  kBitOr,
-  kBitXor,
-  kEqual,
-  kNotEqual,
-  kLess,
-  kLessOrEqual,
-  kGreater,
-  kGreaterOrEqual,
-  kAnd,
-  kOr,
-};
-
-struct Binary {
-  BinaryOperator op;
-  ExpressionPtr left;
-  ExpressionPtr right;
-};
-
-struct FunctionCall {
-  std::string name;
-  std::vector<ExpressionPtr> arguments;
-  bool distinct = false;  // count(distinct x)
-};
-
-// cast(x as t) and convert(t, x, style).
-struct Cast {
-  ExpressionPtr value;
-  SqlType type;
-  ExpressionPtr style;  // null: none given
-};
-
-struct Case {
-  ExpressionPtr operand;  // null for the searched form
-  struct When {
-    ExpressionPtr condition;
-    ExpressionPtr result;
-  };
-  std::vector<When> whens;
-  ExpressionPtr otherwise;  // null: none given
-};
-
-struct InList {
-  ExpressionPtr value;
-  std::vector<ExpressionPtr> list;
-  bool negated = false;
-};
-
-struct InQuery {
-  ExpressionPtr value;
-  QueryPtr query;
-  bool negated = false;
-};
-
-struct Exists {
-  QueryPtr query;
-};
-
-// value op any (query), value op all (query).
-struct Quantified {
-  ExpressionPtr value;
-  BinaryOperator op;
-  bool all = false;
-  QueryPtr query;
-};
-
-struct ScalarSubquery {
-  QueryPtr query;
-};
-
-struct Between {
-  ExpressionPtr value;
-  ExpressionPtr low;
-  ExpressionPtr high;
-  bool negated = false;
-};
-
-struct Like {
-  ExpressionPtr value;
-  ExpressionPtr pattern;
-  ExpressionPtr escape;  // null: none given
-  bool negated = false;
-};
-
-struct IsNull {
-  ExpressionPtr value;
-  bool negated = false;
-};
-
-// The word `default` as a value of an insert, an update or a procedure's argument.
-struct DefaultValue {};
 
 struct Expression {
-  std::variant<Literal, ColumnReference, Star, Variable, Unary, Binary, FunctionCall, Cast, Case,
-               InList, InQuery, Exists, Quantified, ScalarSubquery, Between, Like, IsNull,
-               DefaultValue>
-      node;
+  ExpressionKind kind = ExpressionKind::kLiteral;
   int line = 1;
-};
+  TokenKind literal = TokenKind::kWord;  // what the literal is; kWord: null
+  bool negated = false;                  // not in, not between, not like, is not null
+  bool distinct = false;                 // count(distinct x)
+  bool all = false;                      // of a quantified comparison: all, not any
+  // Of a literal: digits as written; a string's characters; a binary's bytes; money without sign.
+  std::string text;
+  std::vector<std::string> name;
+  const Operator* op = nullptr;  // of kBinary, kComparison, kLogical, kQuantified
+  std::vector<ExpressionPtr> operands;
+  QueryPtr query;
+  SqlType type;
 
-// Whether it is a predicate: true, false or unknown, but no value.
-bool IsPredicate(const Expression& expression);
+  bool IsPredicate() const { return kind >= ExpressionKind::kComparison; }
+};
 
 // ---- queries -----------------------------------------------------------------------------------
 
-struct NamedTable {
-  ObjectName name;
-};
-
-// ::fn_x(...), as a table.
-struct FunctionTable {
-  ObjectName name;
-  std::vector<ExpressionPtr> arguments;
-};
-
-struct DerivedTable {
-  QueryPtr query;
-  std::vector<std::string> column_names;  // empty: those of the query
-};
-
 enum class JoinKind { kInner, kLeft, kRight, kFull, kCross };
 
-struct JoinedTable {
-  JoinKind kind;
+// A table, view or function by its name; a query in parentheses; or a join.
+struct TableSource {
+  enum class Kind { kNamed, kFunction, kDerived, kJoined };
+  Kind kind = Kind::kNamed;
+  int line = 1;
+  ObjectName name;
+  std::vector<ExpressionPtr> arguments;  // of ::fn_x(...)
+  QueryPtr query;
+  std::vector<std::string> column_names;  // of a query; empty: its own
+  std::string alias;
+  JoinKind join = JoinKind::kInner;
   TableSourcePtr left;
   TableSourcePtr right;
   ExpressionPtr condition;  // null for a cross join
-};
-
-struct TableSource {
-  std::variant<NamedTable, FunctionTable, DerivedTable, JoinedTable> node;
-  std::string alias;
-  int line = 1;
 };
 
 struct SelectItem {
@@ -327,16 +220,17 @@ struct ColumnDefinition {
   int line = 1;
 };
 
-struct CreateTableStatement {
-  ObjectName table;
+// What a table is made of, and what alter table ... add brings to it.
+struct TableParts {
   std::vector<ColumnDefinition> columns;
   std::vector<Constraint> constraints;
 };
 
-// alter table ... add.
-struct AddColumns {
-  std::vector<ColumnDefinition> columns;
-  std::vector<Constraint> constraints;
+struct CreateTableStatement : TableParts {
+  ObjectName table;
+};
+
+struct AddColumns : TableParts {
   bool check_existing = true;  // false after "with nocheck"
 };
 
@@ -423,38 +317,13 @@ struct CreateDatabaseStatement {
   bool for_attach = false;
 };
 
-// alter database ... set. Each in capitals: "ONLINE", "READ_ONLY", "RECOVERY SIMPLE",
-// "AUTO_SHRINK ON".
-struct DatabaseOptions {
-  std::vector<std::string> options;
-};
-
-struct ModifyDatabaseName {
-  std::string name;
-};
-
-struct ModifyDatabaseCollation {
-  std::string collation;
-};
-
-struct AddDatabaseFiles {
-  std::vector<DatabaseFile> files;
-  bool log = false;
-};
-
-struct ModifyDatabaseFile {
-  DatabaseFile file;
-};
-
-struct RemoveDatabaseFile {
-  std::string logical_name;
-};
-
+// One of the three; none is a form that the engine refuses.
 struct AlterDatabaseStatement {
   std::string name;
-  std::variant<DatabaseOptions, ModifyDatabaseName, ModifyDatabaseCollation, AddDatabaseFiles,
-               ModifyDatabaseFile, RemoveDatabaseFile>
-      action;
+  // Of set, in capitals: "ONLINE", "READ_ONLY", "RECOVERY SIMPLE", "AUTO_SHRINK ON".
+  std::vector<std::string> options;
+  std::string new_name;             // of modify name
+  std::optional<std::string> file;  // of modify file, remove file: its logical name
 };
 
 // ---- the rest ----------------------------------------------------------------------------------
@@ -516,26 +385,26 @@ struct BackupOption {
   std::string target;  // of move
 };
 
-struct BackupStatement {
-  bool log = false;
+// What backup and restore share.
+struct BackupBody {
   std::string database;
   std::vector<BackupDevice> devices;
   std::vector<BackupOption> options;
 };
 
+struct BackupStatement : BackupBody {
+  bool log = false;
+};
+
 enum class RestoreKind { kDatabase, kLog, kHeaderOnly, kFileListOnly, kLabelOnly, kVerifyOnly };
 
-struct RestoreStatement {
+struct RestoreStatement : BackupBody {
   RestoreKind kind = RestoreKind::kDatabase;
-  std::string database;
-  std::vector<BackupDevice> devices;
-  std::vector<BackupOption> options;
 };
 
 struct DbccStatement {
   std::string command;                 // in capitals: "SHRINKDATABASE"
   std::vector<std::string> arguments;  // texts of words, strings and numbers
-  std::vector<std::string> options;    // of with, in capitals
 };
 
 struct KillStatement {

@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "server/sql/binder.h"
-#include "server/sql/lexer.h"
 #include "server/types/conversion.h"
 #include "server/types/decimal.h"
 #include "server/types/messages.h"
@@ -13,15 +12,17 @@
 namespace dbkeeper::server {
 namespace {
 
+using enum ExpressionKind;
+
 // The type of a literal of that length: a large one when it is too long for the other.
 SqlType SizedType(TypeId id, TypeId large, int length) {
-  const int most = IsNationalText(id) ? 4000 : 8000;
+  const int most = LongestOf(id);
   if (length > most) return SqlType{large, 2147483647 / (IsNationalText(id) ? 2 : 1), 0, 0, false};
   return SqlType{id, std::max(length, 1), 0, 0, false};
 }
 
 // Whether "a.b.c.column" may mean a column of `table`.
-bool Matches(const ScopeTable& table, const std::vector<std::string>& qualifier) {
+bool Matches(const ScopeTable& table, std::span<const std::string> qualifier) {
   if (qualifier.empty()) return true;
   if (!SameName(qualifier.back(), table.name)) return false;
   const std::string* wanted[] = {&table.full_name.owner, &table.full_name.database};
@@ -32,18 +33,50 @@ bool Matches(const ScopeTable& table, const std::vector<std::string>& qualifier)
   return true;
 }
 
-std::string Joined(const std::vector<std::string>& parts) {
-  std::string text;
-  for (const std::string& part : parts) text += (text.empty() ? "" : ".") + part;
-  return text;
+Bound BindLiteral(const Expression& literal) {
+  const std::string& text = literal.text;
+  switch (literal.literal) {
+    case TokenKind::kInteger:
+    case TokenKind::kDecimal: {
+      const std::optional<Decimal> value = ParseDecimal(text);
+      if (!value) throw MakeError(1007, {text}, literal.line);
+      const int precision = PrecisionOf(*value);
+      if (literal.literal == TokenKind::kInteger && FitsInteger(*value, TypeId::kInt)) {
+        return {FormatDecimal(*value), {TypeId::kInt, 4, precision, 0, false}, false, true};
+      }
+      return {QuoteText(FormatDecimal(*value)),
+              {TypeId::kNumeric, 0, precision, value->scale, false}};
+    }
+    case TokenKind::kFloat: {
+      std::string sql = FloatLiteral(text);
+      if (sql.empty()) throw MakeError(8115, {"numeric", "float"}, literal.line);
+      return {std::move(sql), {TypeId::kFloat, 8, 53, 0, false}};
+    }
+    case TokenKind::kMoney: {
+      const std::optional<Decimal> value = ParseDecimal(text.empty() ? "0" : text);
+      if (!value) throw MakeError(8115, {"numeric", "money"}, literal.line);
+      return {QuoteText(FormatDecimal(Rescale(*value, 4).value_or(Decimal{}))),
+              {TypeId::kMoney, 8, 19, 4, false}};
+    }
+    case TokenKind::kString:
+      return {QuoteText(text), SizedType(TypeId::kVarChar, TypeId::kText, CodePageLength(text))};
+    case TokenKind::kNationalString:
+      return {QuoteText(text), SizedType(TypeId::kNVarChar, TypeId::kNText, Utf16Length(text))};
+    case TokenKind::kBinary:
+      return {QuoteBytes(text),
+              SizedType(TypeId::kVarBinary, TypeId::kImage, static_cast<int>(text.size()))};
+    default:
+      return kNull;
+  }
+}
+
+std::string InText(const Expression& node, const Bound& value, const SqlType& common,
+                   const std::string& list) {
+  return '(' + Collated(ConvertTo(value, common), common.id) +
+         (node.negated ? " NOT IN (" : " IN (") + list + "))";
 }
 
 }  // namespace
-
-std::string Binder::Collated(const std::string& sql, TypeId type) {
-  const std::string_view collation = CollationOf(type);
-  return collation.empty() ? sql : sql + " COLLATE " + std::string(collation);
-}
 
 Bound Binder::Bind(const Expression& expression, const Scope& scope) {
   const std::size_t loose = scope.loose_columns.size();
@@ -55,83 +88,46 @@ Bound Binder::Bind(const Expression& expression, const Scope& scope) {
   return bound;
 }
 
-Bound Binder::BindNode(const Expression& expression, const Scope& scope) {
-  const int line = expression.line;
-  if (IsPredicate(expression)) throw MakeError(170, {"=", std::to_string(line)}, line);
-  return std::visit(
-      Overloaded{[&](const Literal& node) { return BindLiteral(node, line); },
-                 [&](const ColumnReference& node) { return BindColumn(node, line, scope); },
-                 [&](const Variable& node) { return BindVariable(node, line); },
-                 [&](const Unary& node) { return BindUnary(node, line, scope); },
-                 [&](const Binary& node) { return BindBinary(node, line, scope); },
-                 [&](const FunctionCall& node) { return BindCall(node, line, scope); },
-                 [&](const Cast& node) { return BindCast(node, line, scope); },
-                 [&](const Case& node) { return BindCase(node, scope); },
-                 [&](const ScalarSubquery& node) { return BindScalarSubquery(node, scope, line); },
-                 [&](const DefaultValue&) -> Bound { throw MakeError(156, {"default"}, line); },
-                 [&](const auto&) -> Bound {
-                   throw MakeError(170, {"*", std::to_string(line)}, line);
-                 }},
-      expression.node);
-}
-
-Bound Binder::BindLiteral(const Literal& literal, int line) const {
-  Bound bound;
-  bound.type.nullable = false;
-  switch (literal.kind) {
-    case LiteralKind::kNull:
-      bound.sql = "NULL";
-      bound.is_null = true;
-      bound.type.nullable = true;
-      return bound;
-    case LiteralKind::kInteger:
-    case LiteralKind::kDecimal: {
-      const std::optional<Decimal> value = ParseDecimal(literal.text);
-      if (!value) throw MakeError(1007, {literal.text}, line);
-      const int precision = PrecisionOf(*value);
-      if (literal.kind == LiteralKind::kInteger && FitsInteger(*value, TypeId::kInt)) {
-        bound.type = SqlType{TypeId::kInt, 4, precision, 0, false};
-        bound.is_integer = true;
-        bound.sql = FormatDecimal(*value);
-        return bound;
-      }
-      bound.type = SqlType{TypeId::kNumeric, 0, precision, value->scale, false};
-      bound.sql = QuoteText(FormatDecimal(*value));
-      return bound;
+Bound Binder::BindNode(const Expression& node, const Scope& scope) {
+  switch (node.kind) {
+    case kLiteral:
+      return BindLiteral(node);
+    case kColumn:
+      return BindColumn(node, scope);
+    case kVariable:
+      return BindVariable(node);
+    case kUnary:
+      return BindUnary(node, scope);
+    case kBinary: {
+      const auto [left, right] = BindBoth(node, scope);
+      return Arithmetic(*node.op, left, right, node.line);
     }
-    case LiteralKind::kFloat: {
-      bound.type = SqlType{TypeId::kFloat, 8, 53, 0, false};
-      bound.sql = FloatLiteral(literal.text);
-      if (bound.sql.empty()) throw MakeError(8115, {"numeric", "float"}, line);
-      return bound;
-    }
-    case LiteralKind::kMoney: {
-      const std::optional<Decimal> value = ParseDecimal(literal.text.empty() ? "0" : literal.text);
-      if (!value) throw MakeError(8115, {"numeric", "money"}, line);
-      bound.type = SqlType{TypeId::kMoney, 8, 19, 4, false};
-      bound.sql = QuoteText(FormatDecimal(Rescale(*value, 4).value_or(Decimal{})));
-      return bound;
-    }
-    case LiteralKind::kString:
-      bound.type = SizedType(TypeId::kVarChar, TypeId::kText, CodePageLength(literal.text));
-      bound.sql = QuoteText(literal.text);
-      return bound;
-    case LiteralKind::kNationalString:
-      bound.type = SizedType(TypeId::kNVarChar, TypeId::kNText, Utf16Length(literal.text));
-      bound.sql = QuoteText(literal.text);
-      return bound;
-    case LiteralKind::kBinary:
-      bound.type =
-          SizedType(TypeId::kVarBinary, TypeId::kImage, static_cast<int>(literal.text.size()));
-      bound.sql = QuoteBytes(literal.text);
-      return bound;
+    case kCall:
+      return BindCall(node, scope);
+    case kCast:
+      return BindCast(node, scope);
+    case kCase:
+      return BindCase(node, scope);
+    case kSubquery:
+      return BindScalarSubquery(node, scope);
+    case kDefault:
+      throw MakeError(156, {"default"}, node.line);
+    case kStar:
+      throw MakeError(170, {"*", std::to_string(node.line)}, node.line);
+    default:
+      throw MakeError(170, {"=", std::to_string(node.line)}, node.line);
   }
-  return bound;
 }
 
-Bound Binder::BindColumn(const ColumnReference& reference, int line, const Scope& scope) {
-  const std::string& name = reference.parts.back();
-  const std::vector<std::string> qualifier(reference.parts.begin(), reference.parts.end() - 1);
+// The right operand first: where both are at fault, it is the one that is told.
+std::pair<Bound, Bound> Binder::BindBoth(const Expression& node, const Scope& scope) {
+  Bound right = Bind(*node.operands[1], scope);
+  return {Bind(*node.operands[0], scope), std::move(right)};
+}
+
+Bound Binder::BindColumn(const Expression& reference, const Scope& scope) {
+  const std::string& name = reference.name.back();
+  const std::span qualifier(reference.name.data(), reference.name.size() - 1);
   bool prefix_known = qualifier.empty();
   for (const Scope* level = &scope; level != nullptr; level = level->outer) {
     const ScopeColumn* found = nullptr;
@@ -140,82 +136,66 @@ Bound Binder::BindColumn(const ColumnReference& reference, int line, const Scope
       prefix_known = true;
       for (const ScopeColumn& column : table.columns) {
         if (!SameName(column.name, name)) continue;
-        if (found != nullptr) throw MakeError(209, {name}, line);
+        if (found != nullptr) throw MakeError(209, {name}, reference.line);
         found = &column;
       }
     }
     if (found != nullptr) {
-      level->loose_columns.push_back(qualifier.empty() ? name : Joined(reference.parts));
+      level->loose_columns.push_back(Joined(reference.name, "."));
       return Bound{found->sql, found->type, false, false, found};
     }
   }
-  if (!prefix_known) throw MakeError(107, {Joined(qualifier)}, line);
-  throw MakeError(207, {name}, line);
+  if (!prefix_known) throw MakeError(107, {Joined(qualifier, ".")}, reference.line);
+  throw MakeError(207, {name}, reference.line);
 }
 
-Bound Binder::BindVariable(const Variable& variable, int line) {
+Bound Binder::BindVariable(const Expression& variable) {
   for (std::size_t i = 0; i < parameters_.size(); ++i) {
-    if (!SameName(parameters_[i].name, variable.name)) continue;
+    if (!SameName(parameters_[i].name, variable.text)) continue;
     return Bound{"?" + std::to_string(i + 1), parameters_[i].type};
   }
-  if (variable.name.substr(0, 2) == "@@") {
-    const FunctionCall call{variable.name, {}, false};
-    return BindCall(call, line, Scope{});
-  }
-  throw MakeError(137, {variable.name}, line);
+  // A global variable is a function without arguments.
+  if (variable.text.starts_with("@@")) return BindCall(variable, Scope{});
+  throw MakeError(137, {variable.text}, variable.line);
 }
 
-Bound Binder::BindUnary(const Unary& unary, int line, const Scope& scope) {
-  Bound operand = Bind(*unary.operand, scope);
+Bound Binder::BindUnary(const Expression& unary, const Scope& scope) {
+  Bound operand = Bind(*unary.operands[0], scope);
   operand.column = nullptr;
-  if (unary.op == UnaryOperator::kPlus) return operand;
-  if (unary.op == UnaryOperator::kMinus) return Negate(operand, line);
-  if (FamilyOf(operand.type.id) != TypeFamily::kInteger) {
-    throw MakeError(8117, {NameOf(operand.type.id), "'~'"}, line);
+  if (unary.text == "+") return operand;
+  if (unary.text == "-") return Negate(operand, unary.line);
+  const TypeId id = operand.type.id;
+  if (FamilyOf(id) != TypeFamily::kInteger) {
+    throw MakeError(8117, {NameOf(id), "'~'"}, unary.line);
   }
-  if (operand.type.id == TypeId::kBit) {
-    operand.sql = "(1 - " + operand.sql + ")";
-  } else if (operand.type.id == TypeId::kTinyInt) {
-    operand.sql = "(255 - " + operand.sql + ")";
-  } else {
-    operand.sql = "(~" + operand.sql + ")";
-  }
+  const std::string_view before = id == TypeId::kBit       ? "(1 - "
+                                  : id == TypeId::kTinyInt ? "(255 - "
+                                                           : "(~";
+  operand.sql = std::string(before) + operand.sql + ')';
   operand.is_integer = false;
   return operand;
 }
 
-Bound Binder::BindCase(const Case& node, const Scope& scope) {
+Bound Binder::BindCase(const Expression& node, const Scope& scope) {
+  const std::vector<ExpressionPtr>& operands = node.operands;
   std::vector<std::pair<std::string, Bound>> branches;
   std::optional<Bound> operand;
-  if (node.operand != nullptr) operand = Bind(*node.operand, scope);
-  for (const Case::When& when : node.whens) {
-    std::string condition;
-    if (operand) {
-      condition = Compare(BinaryOperator::kEqual, *operand, Bind(*when.condition, scope),
-                          when.condition->line);
-    } else {
-      condition = BindCondition(*when.condition, scope);
-    }
-    branches.emplace_back(std::move(condition), Bind(*when.result, scope));
+  if (operands[0] != nullptr) operand = Bind(*operands[0], scope);
+  for (std::size_t i = 1; i + 1 < operands.size(); i += 2) {
+    const Expression& when = *operands[i];
+    std::string condition = operand
+                                ? Compare(OperatorOf("="), *operand, Bind(when, scope), when.line)
+                                : BindCondition(when, scope);
+    branches.emplace_back(std::move(condition), Bind(*operands[i + 1], scope));
   }
-  Bound otherwise = Bound{"NULL", SqlType{}, true, false, nullptr};
-  if (node.otherwise != nullptr) otherwise = Bind(*node.otherwise, scope);
+  const Bound otherwise = operands.back() == nullptr ? kNull : Bind(*operands.back(), scope);
 
-  Bound result;
-  result.is_null = true;
-  const auto widen = [&result](const Bound& branch) {
-    if (branch.is_null) {
-      result.type.nullable = true;
-    } else {
-      result.type = result.is_null ? branch.type : CommonType(result.type, branch.type);
-      result.is_null = false;
-    }
-  };
-  for (const auto& [condition, value] : branches) widen(value);
-  widen(otherwise);
+  Bound result = kNull;
+  for (const auto& [condition, value] : branches) Widen(result, value);
+  Widen(result, otherwise);
   if (result.is_null) result.type = SqlType{};
   result.is_null = false;
-  if (node.otherwise == nullptr) result.type.nullable = true;
+  if (operands.back() == nullptr) result.type.nullable = true;
   result.sql = "CASE";
   for (const auto& [condition, value] : branches) {
     result.sql += " WHEN " + condition + " THEN " + ConvertTo(value, result.type);
@@ -224,14 +204,14 @@ Bound Binder::BindCase(const Case& node, const Scope& scope) {
   return result;
 }
 
-BoundQuery Binder::BindSubqueryColumn(const Query& query, const Scope& scope, int line) {
-  BoundQuery bound = BindQuery(query, &scope, QueryPlace::kSubquery);
-  if (bound.items.size() != 1) throw MakeError(116, {}, line);
+BoundQuery Binder::BindSubqueryColumn(const Expression& node, const Scope& scope) {
+  BoundQuery bound = BindQuery(*node.query, &scope, QueryPlace::kSubquery);
+  if (bound.items.size() != 1) throw MakeError(116, {}, node.line);
   return bound;
 }
 
-Bound Binder::BindScalarSubquery(const ScalarSubquery& node, const Scope& scope, int line) {
-  const BoundQuery bound = BindSubqueryColumn(*node.query, scope, line);
+Bound Binder::BindScalarSubquery(const Expression& node, const Scope& scope) {
+  const BoundQuery bound = BindSubqueryColumn(node, scope);
   Bound result = bound.items[0].value;
   result.column = nullptr;
   result.is_integer = false;
@@ -247,95 +227,87 @@ Bound Binder::BindScalarSubquery(const ScalarSubquery& node, const Scope& scope,
 
 // ---- predicates --------------------------------------------------------------------------------
 
-std::string Binder::BindCondition(const Expression& expression, const Scope& scope) {
-  const int line = expression.line;
-  return std::visit(
-      Overloaded{
-          [&](const Binary& node) { return BindBinaryCondition(node, line, scope); },
-          [&](const Unary& node) { return "(NOT " + BindCondition(*node.operand, scope) + ')'; },
-          [&](const IsNull& node) {
-            return '(' + Bind(*node.value, scope).sql +
-                   (node.negated ? " IS NOT NULL)" : " IS NULL)");
-          },
-          [&](const Between& node) { return BindBetween(node, line, scope); },
-          [&](const InList& node) { return BindInList(node, scope); },
-          [&](const InQuery& node) { return BindInQuery(node, line, scope); },
-          [&](const Exists& node) {
-            const BoundQuery query = BindQuery(*node.query, &scope, QueryPlace::kExists);
-            return "EXISTS (" + TextOf(query, ColumnNames::kNone) + ')';
-          },
-          [&](const Quantified& node) { return BindQuantified(node, line, scope); },
-          [&](const Like& node) { return BindLike(node, scope); },
-          [&](const auto&) -> std::string {
-            throw MakeError(170, {")", std::to_string(line)}, line);
-          }},
-      expression.node);
-}
-
-std::string Binder::BindBinaryCondition(const Binary& node, int line, const Scope& scope) {
-  if (node.op != BinaryOperator::kAnd && node.op != BinaryOperator::kOr) {
-    return Compare(node.op, Bind(*node.left, scope), Bind(*node.right, scope), line);
+std::string Binder::BindCondition(const Expression& node, const Scope& scope) {
+  const std::vector<ExpressionPtr>& operands = node.operands;
+  switch (node.kind) {
+    case kLogical:
+      return '(' + BindCondition(*operands[0], scope) + ' ' + std::string(node.op->sqlite) + ' ' +
+             BindCondition(*operands[1], scope) + ')';
+    case kComparison: {
+      const auto [left, right] = BindBoth(node, scope);
+      return Compare(*node.op, left, right, node.line);
+    }
+    case kNot:
+      return "(NOT " + BindCondition(*operands[0], scope) + ')';
+    case kIsNull:
+      return '(' + Bind(*operands[0], scope).sql + (node.negated ? " IS NOT NULL)" : " IS NULL)");
+    case kBetween:
+      return BindBetween(node, scope);
+    case kIn:
+      return node.query == nullptr ? BindInList(node, scope) : BindInQuery(node, scope);
+    case kExists:
+      return "EXISTS (" +
+             TextOf(BindQuery(*node.query, &scope, QueryPlace::kExists), ColumnNames::kNone) + ')';
+    case kQuantified:
+      return BindQuantified(node, scope);
+    case kLike:
+      return BindLike(node, scope);
+    default:
+      throw MakeError(170, {")", std::to_string(node.line)}, node.line);
   }
-  return '(' + BindCondition(*node.left, scope) +
-         (node.op == BinaryOperator::kAnd ? " AND " : " OR ") + BindCondition(*node.right, scope) +
-         ')';
 }
 
-std::string Binder::BindBetween(const Between& node, int line, const Scope& scope) {
-  const Bound value = Bind(*node.value, scope);
+std::string Binder::BindBetween(const Expression& node, const Scope& scope) {
+  const Bound value = Bind(*node.operands[0], scope);
   const std::string low =
-      Compare(BinaryOperator::kGreaterOrEqual, value, Bind(*node.low, scope), line);
+      Compare(OperatorOf(">="), value, Bind(*node.operands[1], scope), node.line);
   const std::string high =
-      Compare(BinaryOperator::kLessOrEqual, value, Bind(*node.high, scope), line);
+      Compare(OperatorOf("<="), value, Bind(*node.operands[2], scope), node.line);
   return (node.negated ? "(NOT (" : "((") + low + " AND " + high + "))";
 }
 
-std::string Binder::BindInList(const InList& node, const Scope& scope) {
-  const Bound value = Bind(*node.value, scope);
+std::string Binder::BindInList(const Expression& node, const Scope& scope) {
+  const Bound value = Bind(*node.operands[0], scope);
   std::vector<Bound> list;
   SqlType common = value.type;
-  for (const ExpressionPtr& item : node.list) {
-    list.push_back(Bind(*item, scope));
+  for (std::size_t i = 1; i < node.operands.size(); ++i) {
+    list.push_back(Bind(*node.operands[i], scope));
     if (!list.back().is_null) common = CommonType(common, list.back().type);
   }
-  std::string text =
-      '(' + Collated(ConvertTo(value, common), common.id) + (node.negated ? " NOT IN (" : " IN (");
-  for (std::size_t i = 0; i < list.size(); ++i) {
-    text += (i == 0 ? "" : ", ") + ConvertTo(list[i], common);
-  }
-  return text + "))";
+  std::string text;
+  for (const Bound& item : list) text += (text.empty() ? "" : ", ") + ConvertTo(item, common);
+  return InText(node, value, common, text);
 }
 
-std::string Binder::BindLike(const Like& like, const Scope& scope) {
-  const auto as_text = [this](const Bound& value) {
-    if (value.is_null || FamilyOf(value.type.id) == TypeFamily::kText) return value.sql;
-    return ConvertTo(value, SqlType{TypeId::kNVarChar, 4000, 0, 0, true});
-  };
-  std::string text =
-      "ms_like(" + as_text(Bind(*like.value, scope)) + ", " + as_text(Bind(*like.pattern, scope));
-  if (like.escape != nullptr) text += ", " + as_text(Bind(*like.escape, scope));
-  text += ')';
-  return like.negated ? "(NOT " + text + ')' : text;
-}
-
-std::string Binder::BindInQuery(const InQuery& in, int line, const Scope& scope) {
-  const Bound value = Bind(*in.value, scope);
-  const BoundQuery query = BindSubqueryColumn(*in.query, scope, line);
-  const SqlType common =
-      query.items[0].value.is_null ? value.type : CommonType(value.type, query.items[0].value.type);
+std::string Binder::BindInQuery(const Expression& node, const Scope& scope) {
+  const Bound value = Bind(*node.operands[0], scope);
+  const BoundQuery query = BindSubqueryColumn(node, scope);
+  const Bound& column = query.items[0].value;
+  const SqlType common = column.is_null ? value.type : CommonType(value.type, column.type);
   const std::vector<SqlType> types = {common};
-  return '(' + Collated(ConvertTo(value, common), common.id) + (in.negated ? " NOT" : "") +
-         " IN (" + TextOf(query, ColumnNames::kNone, &types) + "))";
+  return InText(node, value, common, TextOf(query, ColumnNames::kNone, &types));
+}
+
+std::string Binder::BindLike(const Expression& like, const Scope& scope) {
+  const auto text_of = [](const Bound& value) {
+    const bool text = value.is_null || FamilyOf(value.type.id) == TypeFamily::kText;
+    return text ? value.sql : ConvertTo(value, {TypeId::kNVarChar, 4000, 0, 0, true});
+  };
+  const auto [value, pattern] = BindBoth(like, scope);
+  std::string call = "ms_like(" + text_of(value) + ", " + text_of(pattern);
+  if (like.operands.size() > 2) call += ", " + text_of(Bind(*like.operands[2], scope));
+  call += ')';
+  return like.negated ? "(NOT " + call + ')' : call;
 }
 
 // any: some row compares true; all: no row compares false or unknown.
-std::string Binder::BindQuantified(const Quantified& node, int line, const Scope& scope) {
-  const Bound value = Bind(*node.value, scope);
-  const BoundQuery query = BindSubqueryColumn(*node.query, scope, line);
+std::string Binder::BindQuantified(const Expression& node, const Scope& scope) {
+  const Bound value = Bind(*node.operands[0], scope);
+  const BoundQuery query = BindSubqueryColumn(node, scope);
   Bound column = query.items[0].value;
   column.sql = "c1";
   column.is_integer = false;
-  const std::string comparison = Compare(node.op, value, column, line);
+  const std::string comparison = Compare(*node.op, value, column, node.line);
   const std::string from = "SELECT 1 FROM (" + TextOf(query, ColumnNames::kNumbered) + ") WHERE ";
   if (!node.all) return "EXISTS (" + from + comparison + ')';
   return "(NOT EXISTS (" + from + "ifnull(NOT " + comparison + ", 1)))";

@@ -8,18 +8,14 @@
 #include "server/sql/lexer.h"
 #include "server/types/datetime.h"
 #include "server/types/messages.h"
+#include "server/types/text.h"
 #include "server/types/type_rules.h"
 
 namespace dbkeeper::server {
 namespace {
 
-constexpr std::string_view kAggregates[] = {"count", "count_big", "sum", "avg", "min", "max"};
-constexpr std::string_view kRefusedAggregates[] = {"stdev", "stdevp",       "var",
-                                                   "varp",  "checksum_agg", "grouping"};
-const SqlType kIntType{TypeId::kInt, 4, 10, 0, true};
-const SqlType kFloatType{TypeId::kFloat, 8, 53, 0, true};
-const SqlType kDateTimeType{TypeId::kDateTime, 8, 23, 3, true};
-const SqlType kNameType{TypeId::kNVarChar, 128, 0, 0, true};
+constexpr std::string_view kAggregates = " COUNT COUNT_BIG SUM AVG MIN MAX ";
+constexpr std::string_view kRefused = " STDEV STDEVP VAR VARP CHECKSUM_AGG GROUPING ";
 
 // The type that sum and avg of `type` have.
 SqlType SumType(const SqlType& type) {
@@ -33,14 +29,6 @@ SqlType SumType(const SqlType& type) {
     default:
       return SqlType{TypeId::kDecimal, 0, 38, type.scale, true};
   }
-}
-
-std::string Code(const SqlType& type) { return std::to_string(EncodeType(type)); }
-
-std::string Joined(const std::vector<std::string>& arguments) {
-  std::string list;
-  for (const std::string& argument : arguments) list += (list.empty() ? "" : ", ") + argument;
-  return list;
 }
 
 SqlType NumberType(const SqlType& first) {
@@ -60,37 +48,13 @@ SqlType TextType(const SqlType& first, bool widest) {
     return type;
   }
   type.id = IsNationalText(type.id) ? TypeId::kNVarChar : TypeId::kVarChar;
-  const int most = IsNationalText(type.id) ? 4000 : 8000;
+  const int most = LongestOf(type.id);
   type.length = widest ? most : std::min(type.length, most);
   return type;
 }
 
-SqlType ResultType(const FunctionRow& row, const SqlType& first) {
-  switch (row.result) {
-    case ResultRule::kInt:
-      return kIntType;
-    case ResultRule::kBigInt:
-      return SqlType{TypeId::kBigInt, 8, 19, 0, true};
-    case ResultRule::kFloat:
-      return kFloatType;
-    case ResultRule::kDateTime:
-      return kDateTimeType;
-    case ResultRule::kGuid:
-      return SqlType{TypeId::kUniqueIdentifier, 16, 0, 0, true};
-    case ResultRule::kIdentity:
-      return SqlType{TypeId::kNumeric, 0, 38, 0, true};
-    case ResultRule::kName:
-      return kNameType;
-    case ResultRule::kVarChar:
-      return SqlType{TypeId::kVarChar, row.length, 0, 0, true};
-    case ResultRule::kNVarChar:
-      return SqlType{TypeId::kNVarChar, row.length, 0, 0, true};
-    case ResultRule::kVariant:
-      return SqlType{TypeId::kSqlVariant, 8016, 0, 0, true};
-    case ResultRule::kBinary:
-      return SqlType{TypeId::kVarBinary, row.length, 0, 0, true};
-    case ResultRule::kFirst:
-      return first;
+SqlType ResultType(const FunctionResult& result, const SqlType& first) {
+  switch (result.rule) {
     case ResultRule::kNumber:
       return NumberType(first);
     case ResultRule::kWhole: {
@@ -99,11 +63,12 @@ SqlType ResultType(const FunctionRow& row, const SqlType& first) {
       return type;
     }
     case ResultRule::kText:
-      return TextType(first, false);
     case ResultRule::kWideText:
-      return TextType(first, true);
+      return TextType(first, result.rule == ResultRule::kWideText);
+    case ResultRule::kFixed:
+      break;
   }
-  return first;
+  return result.type;
 }
 
 void CheckCount(std::string_view name, std::size_t count, int least, int most, int line) {
@@ -115,69 +80,52 @@ void CheckCount(std::string_view name, std::size_t count, int least, int most, i
 
 }  // namespace
 
-bool IsAggregate(std::string_view lower_name) {
-  return std::find(std::begin(kAggregates), std::end(kAggregates), lower_name) !=
-         std::end(kAggregates);
-}
-
-Bound Binder::BindCall(const FunctionCall& call, int line, const Scope& scope) {
-  const std::string name = ToLowerAscii(call.name);
-  if (IsAggregate(name)) return BindAggregate(call, line, scope);
-  if (std::find(std::begin(kRefusedAggregates), std::end(kRefusedAggregates), name) !=
-      std::end(kRefusedAggregates)) {
-    throw Unsupported("the function " + name + "()", line);
-  }
+Bound Binder::BindCall(const Expression& call, const Scope& scope) {
+  const std::string name = ToLowerAscii(call.text);
+  if (HasWord(kAggregates, name)) return BindAggregate(name, call, scope);
+  if (HasWord(kRefused, name)) throw Unsupported("the function " + name + "()", call.line);
   if (name == "coalesce" || name == "isnull" || name == "nullif" || name == "datalength") {
-    return BindChoice(name, call, line, scope);
+    return BindChoice(name, call, scope);
   }
   const FunctionRow* row = FindFunction(name);
-  if (row == nullptr) throw MakeError(195, {call.name, "function name"}, line);
-  return BindListed(*row, call, line, scope);
+  if (row == nullptr) throw MakeError(195, {call.text, "function name"}, call.line);
+  return BindListed(*row, call, scope);
 }
 
 // ---- aggregates --------------------------------------------------------------------------------
 
-Bound Binder::BindAggregate(const FunctionCall& call, int line, const Scope& scope) {
-  const std::string name = ToLowerAscii(call.name);
+Bound Binder::BindAggregate(const std::string& name, const Expression& call, const Scope& scope) {
+  const int line = call.line;
   if (!scope.aggregates_allowed) throw MakeError(147, {}, line);
-  CheckCount(name, call.arguments.size(), 1, 1, line);
+  CheckCount(name, call.operands.size(), 1, 1, line);
+  const Expression& operand = *call.operands[0];
   scope.has_aggregate = true;
   const bool count = name == "count" || name == "count_big";
   Bound result;
-  result.type = name == "count_big" ? SqlType{TypeId::kBigInt, 8, 19, 0, true} : kIntType;
-  if (std::holds_alternative<Star>(call.arguments[0]->node)) {
+  result.type = name == "count_big" ? kBigIntType : kIntType;
+  if (operand.kind == ExpressionKind::kStar) {
     if (!count) throw MakeError(170, {"*", std::to_string(line)}, line);
     result.sql = "count(*)";
     return result;
   }
   const std::size_t loose = scope.loose_columns.size();
-  const Bound value = Bind(*call.arguments[0], scope);
+  const Bound value = Bind(operand, scope);
   scope.loose_columns.resize(loose);
-  const TypeFamily family = FamilyOf(value.type.id);
-  if (IsLargeObject(value.type.id)) {
-    throw MakeError(409, {name + " aggregate", NameOf(value.type.id)}, line);
+  const TypeId id = value.type.id;
+  const TypeFamily family = FamilyOf(id);
+  const bool exact = family == TypeFamily::kDecimal || family == TypeFamily::kMoney;
+  const bool number = exact || family == TypeFamily::kInteger || family == TypeFamily::kReal;
+  const bool extreme = name == "min" || name == "max";
+  if (IsLargeObject(id) || (!count && id == TypeId::kBit) || (!count && !extreme && !number)) {
+    throw MakeError(409, {name + " aggregate", NameOf(id)}, line);
   }
-  const std::string argument =
-      (call.distinct ? "(DISTINCT " : "(") + Collated(value.sql, value.type.id) + ')';
-  if (count) {
-    result.sql = "count" + argument;
-    return result;
-  }
-  if (name == "min" || name == "max") {
-    if (value.type.id == TypeId::kBit) {
-      throw MakeError(409, {name + " aggregate", "bit"}, line);
-    }
-    result.sql = name + argument;
-    result.type = value.type;
+  const std::string argument = (call.distinct ? "(DISTINCT " : "(") + Collated(value.sql, id) + ')';
+  if (count || extreme) {
+    result.sql = (count ? "count" : name) + argument;
+    if (extreme) result.type = value.type;
     result.type.nullable = true;
     return result;
   }
-  if (value.type.id == TypeId::kBit ||
-      (family != TypeFamily::kInteger && family != TypeFamily::kReal &&
-       family != TypeFamily::kDecimal && family != TypeFamily::kMoney)) {
-    throw MakeError(409, {name + " aggregate", NameOf(value.type.id)}, line);
-  }
-  const bool exact = family == TypeFamily::kDecimal || family == TypeFamily::kMoney;
   result.type = SumType(value.type);
   const std::string sum = (exact ? "ms_sum" : "sum") + argument;
   const std::string counted = "count" + argument;
@@ -197,59 +145,49 @@ Bound Binder::BindAggregate(const FunctionCall& call, int line, const Scope& sco
 
 // ---- choices and conversions -------------------------------------------------------------------
 
-Bound Binder::BindChoice(std::string_view name, const FunctionCall& call, int line,
-                         const Scope& scope) {
+Bound Binder::BindChoice(std::string_view name, const Expression& call, const Scope& scope) {
   const bool single = name == "datalength";
   const int most = single ? 1 : name == "coalesce" ? 1000 : 2;
-  CheckCount(name, call.arguments.size(), single ? 1 : 2, most, line);
+  CheckCount(name, call.operands.size(), single ? 1 : 2, most, call.line);
   std::vector<Bound> values;
-  for (const ExpressionPtr& argument : call.arguments) values.push_back(Bind(*argument, scope));
+  for (const ExpressionPtr& argument : call.operands) values.push_back(Bind(*argument, scope));
   Bound result = values[0];
   result.column = nullptr;
   result.is_integer = false;
   if (single) {
-    result.sql = "ms_datalength(" + values[0].sql + ", " + Code(values[0].type) + ')';
-    result.type = kIntType;
-    result.is_null = false;
-    return result;
+    return {"ms_datalength(" + values[0].sql + ", " + Code(values[0].type) + ')', kIntType};
   }
   if (name == "nullif") {
-    result.sql = "CASE WHEN " + Compare(BinaryOperator::kEqual, values[0], values[1], line) +
+    result.sql = "CASE WHEN " + Compare(OperatorOf("="), values[0], values[1], call.line) +
                  " THEN NULL ELSE " + values[0].sql + " END";
     result.type.nullable = true;
     return result;
   }
   const bool first_decides = name == "isnull" && !values[0].is_null;
-  for (std::size_t i = 1; i < values.size() && !first_decides; ++i) {
-    if (values[i].is_null) continue;
-    result.type = result.is_null ? values[i].type : CommonType(result.type, values[i].type);
-    result.is_null = false;
-  }
-  result.sql = "coalesce(";
+  for (std::size_t i = 1; i < values.size() && !first_decides; ++i) Widen(result, values[i]);
+  std::string arguments;
   bool nullable = true;
-  for (std::size_t i = 0; i < values.size(); ++i) {
-    result.sql += (i == 0 ? "" : ", ") + ConvertTo(values[i], result.type);
-    nullable = nullable && (values[i].is_null || values[i].type.nullable);
+  for (const Bound& value : values) {
+    arguments += (arguments.empty() ? "" : ", ") + ConvertTo(value, result.type);
+    nullable = nullable && (value.is_null || value.type.nullable);
   }
-  result.sql += ')';
+  result.sql = "coalesce(" + arguments + ')';
   result.type.nullable = nullable;
   return result;
 }
 
-Bound Binder::BindCast(const Cast& cast, int line, const Scope& scope) {
-  const Bound value = Bind(*cast.value, scope);
+Bound Binder::BindCast(const Expression& cast, const Scope& scope) {
+  const Bound value = Bind(*cast.operands[0], scope);
   Bound result;
   result.type = cast.type;
   result.type.nullable = value.is_null || value.type.nullable;
-  if (cast.style == nullptr) {
-    result.sql = value.is_null ? "NULL" : ConvertTo(value, result.type);
-    return result;
-  }
-  const Bound style = Bind(*cast.style, scope);
-  if (style.is_null) throw MakeError(8116, {"NULL", "3", "convert"}, line);
-  result.sql = value.is_null ? "NULL"
-                             : "ms_convert(" + value.sql + ", " + Code(value.type) + ", " +
-                                   Code(result.type) + ", " + ConvertTo(style, kIntType) + ')';
+  result.sql = value.is_null ? "NULL" : ConvertTo(value, result.type);
+  if (cast.operands.size() == 1) return result;
+  const Bound style = Bind(*cast.operands[1], scope);
+  if (style.is_null) throw MakeError(8116, {"NULL", "3", "convert"}, cast.line);
+  if (value.is_null) return result;
+  result.sql = "ms_convert(" + value.sql + ", " + Code(value.type) + ", " + Code(result.type) +
+               ", " + ConvertTo(style, kIntType) + ')';
   return result;
 }
 
@@ -259,10 +197,9 @@ Bound Binder::BindCast(const Cast& cast, int line, const Scope& scope) {
 Bound Binder::BindArgument(char kind, const FunctionRow& row, const Expression& argument, int line,
                            const Scope& scope) {
   if (kind == 'p') {
-    const auto* word = std::get_if<ColumnReference>(&argument.node);
-    const std::string_view part =
-        word == nullptr || word->parts.size() != 1 ? "" : DatePartName(word->parts[0]);
-    if (part.empty()) throw MakeError(155, {word == nullptr ? "" : word->parts[0], row.name}, line);
+    const std::vector<std::string>& word = argument.name;
+    const std::string_view part = word.size() == 1 ? DatePartName(word[0]) : "";
+    if (part.empty()) throw MakeError(155, {word.empty() ? "" : word[0], row.name}, line);
     return {QuoteText(part), SqlType{TypeId::kVarChar, 20, 0, 0, false}};
   }
   Bound value = Bind(argument, scope);
@@ -291,7 +228,7 @@ std::string Binder::FillCall(std::string_view form, const std::vector<std::strin
     const char place = form[++i];
     const auto index = static_cast<std::size_t>(place - '1');
     if (place == '*') {
-      sql += Joined(arguments);
+      sql += Joined(arguments, ", ");
     } else if (place == 'd') {
       sql += resolver_.CurrentSchema();
     } else if (place == 't') {
@@ -303,31 +240,32 @@ std::string Binder::FillCall(std::string_view form, const std::vector<std::strin
   return sql;
 }
 
-Bound Binder::BindListed(const FunctionRow& row, const FunctionCall& call, int line,
-                         const Scope& scope) {
-  CheckCount(row.name, call.arguments.size(), row.least, row.most, line);
+Bound Binder::BindListed(const FunctionRow& row, const Expression& call, const Scope& scope) {
+  const int line = call.line;
+  CheckCount(row.name, call.operands.size(), row.least(), row.most(), line);
   const bool state = row.sql == "state";
   const bool asks = row.sql.find("(select") != std::string_view::npos;
   if (asks && !subqueries_allowed) throw MakeError(1046, {}, line);
   std::vector<std::string> arguments;
   if (state) arguments.push_back(QuoteText(row.name));
   SqlType first;
-  bool nullable = row.least == 0 || state || asks;
-  for (std::size_t i = 0; i < call.arguments.size(); ++i) {
-    const char kind = row.arguments[std::min(i, row.arguments.size() - 1)];
-    const Bound value = BindArgument(kind, row, *call.arguments[i], line, scope);
+  bool nullable = row.least() == 0 || state || asks;
+  for (std::size_t i = 0; i < call.operands.size(); ++i) {
+    const bool optional = static_cast<int>(i) >= row.least();
+    const char kind = row.arguments[i + (optional ? 1 : 0)];
+    const Bound value = BindArgument(kind, row, *call.operands[i], line, scope);
     nullable = nullable || value.type.nullable;
     if (i == 0) first = value.type;
     arguments.push_back(value.sql);
   }
   const std::string own = state ? "ms_state($*)" : "ms_" + std::string(row.name) + "($*)";
   Bound result;
-  result.type = ResultType(row, first);
+  result.type = ResultType(row.result, first);
   result.type.nullable = nullable;
   result.sql = FillCall(state || row.sql.empty() ? own : row.sql, arguments);
-  if (row.result == ResultRule::kIdentity) result.sql = "CAST(" + result.sql + " AS TEXT)";
+  if (row.result.type.id == TypeId::kNumeric) result.sql = "CAST(" + result.sql + " AS TEXT)";
   // What the function computed as a number is brought to the type that was promised.
-  if (row.result == ResultRule::kNumber || row.result == ResultRule::kWhole) {
+  if (row.result.rule == ResultRule::kNumber || row.result.rule == ResultRule::kWhole) {
     result.sql = "ms_number(" + result.sql + ", " + Code(result.type) + ')';
   }
   return result;

@@ -1,4 +1,4 @@
-// Arithmetic, joining of texts, comparison.
+// Conversions, arithmetic, joining of texts, comparison.
 #include <algorithm>
 
 #include "server/sql/binder.h"
@@ -8,40 +8,42 @@
 namespace dbkeeper::server {
 namespace {
 
-struct OperatorRow {
-  BinaryOperator op;
-  std::string_view symbol;  // of SQLite and of the server's functions
-  std::string_view name;    // in messages
-};
-constexpr OperatorRow kOperators[] = {
-    {BinaryOperator::kAdd, "+", "add"},
-    {BinaryOperator::kSubtract, "-", "subtract"},
-    {BinaryOperator::kMultiply, "*", "multiply"},
-    {BinaryOperator::kDivide, "/", "divide"},
-    {BinaryOperator::kModulo, "%", "modulo"},
-    {BinaryOperator::kBitAnd, "&", "boolean AND"},
-    {BinaryOperator::kBitOr, "|", "boolean OR"},
-    {BinaryOperator::kBitXor, "^", "boolean XOR"},
-    {BinaryOperator::kEqual, "=", "equal to"},
-    {BinaryOperator::kNotEqual, "<>", "not equal to"},
-    {BinaryOperator::kLess, "<", "less than"},
-    {BinaryOperator::kLessOrEqual, "<=", "less than or equal to"},
-    {BinaryOperator::kGreater, ">", "greater than"},
-    {BinaryOperator::kGreaterOrEqual, ">=", "greater than or equal to"},
-};
-
-const OperatorRow& RowOf(BinaryOperator op) { return kOperators[static_cast<std::size_t>(op)]; }
-
-bool IsBitOperator(BinaryOperator op) {
-  return op == BinaryOperator::kBitAnd || op == BinaryOperator::kBitOr ||
-         op == BinaryOperator::kBitXor;
+bool IsFixed(TypeId id) {
+  return id == TypeId::kChar || id == TypeId::kNChar || id == TypeId::kBinary;
 }
 
-// An operand as a decimal; an integer literal has only the digits that it was written with.
-SqlType DecimalOf(const SqlType& type) {
-  SqlType decimal = type;
-  decimal.id = TypeId::kNumeric;
-  return decimal;
+// Whether every value of `from` is stored as the same value of `to` is.
+bool StoredAlike(const SqlType& from, const SqlType& to) {
+  if (FamilyOf(from.id) != FamilyOf(to.id)) return false;
+  const bool holds_length = IsFixed(to.id) ? from.id == to.id && from.length == to.length
+                                           : IsLargeObject(to.id) || from.length <= to.length;
+  switch (FamilyOf(to.id)) {
+    case TypeFamily::kInteger:
+    case TypeFamily::kReal:
+      return from.id <= to.id;
+    case TypeFamily::kDecimal:
+      return from.scale == to.scale && from.precision <= to.precision;
+    case TypeFamily::kMoney:
+      return from.id == to.id || to.id == TypeId::kMoney;
+    case TypeFamily::kDateTime:
+      return from.id == to.id || to.id == TypeId::kDateTime;
+    case TypeFamily::kText:
+      // A national text may hold twice as many bytes in the other form.
+      if (!IsFixed(to.id) && IsNationalText(from.id) && !IsNationalText(to.id)) {
+        return to.id == TypeId::kText;
+      }
+      return holds_length;
+    case TypeFamily::kBinary:
+      if (to.id == TypeId::kTimestamp || from.id == TypeId::kTimestamp) return from.id == to.id;
+      return holds_length;
+    default:
+      return true;
+  }
+}
+
+bool IsExact(const SqlType& type) {
+  const TypeFamily family = FamilyOf(type.id);
+  return family == TypeFamily::kDecimal || family == TypeFamily::kMoney;
 }
 
 SqlType Limited(int precision, int scale) {
@@ -54,139 +56,85 @@ SqlType Limited(int precision, int scale) {
   return type;
 }
 
-SqlType ResultOf(BinaryOperator op, const SqlType& left, const SqlType& right) {
+// The decimal that an operator gives.
+SqlType ResultOf(char op, const SqlType& left, const SqlType& right) {
   const int left_whole = left.precision - left.scale;
   const int right_whole = right.precision - right.scale;
+  const int scale = std::max(left.scale, right.scale);
   switch (op) {
-    case BinaryOperator::kMultiply:
+    case '*':
       return Limited(left.precision + right.precision + 1, left.scale + right.scale);
-    case BinaryOperator::kDivide: {
-      const int scale = std::max(6, left.scale + right.precision + 1);
-      return Limited(left_whole + right.scale + scale, scale);
+    case '/': {
+      const int decimals = std::max(6, left.scale + right.precision + 1);
+      return Limited(left_whole + right.scale + decimals, decimals);
     }
-    case BinaryOperator::kModulo: {
-      const int scale = std::max(left.scale, right.scale);
+    case '%':
       return Limited(std::min(left_whole, right_whole) + scale, scale);
-    }
-    default: {
-      const int scale = std::max(left.scale, right.scale);
-      return Limited(std::max(left_whole, right_whole) + scale + 1, scale);
-    }
-  }
-}
-
-}  // namespace
-
-Bound Binder::BindBinary(const Binary& binary, int line, const Scope& scope) {
-  return Arithmetic(binary.op, Bind(*binary.left, scope), Bind(*binary.right, scope), line);
-}
-
-Bound Binder::Arithmetic(BinaryOperator op, const Bound& left, const Bound& right, int line) const {
-  Bound typed_left = left;
-  Bound typed_right = right;
-  if (left.is_null) typed_left.type = right.is_null ? SqlType{} : right.type;
-  if (right.is_null) typed_right.type = typed_left.type;
-  const SqlType common = CommonType(typed_left.type, typed_right.type);
-  const TypeFamily family = FamilyOf(common.id);
-  const OperatorRow& row = RowOf(op);
-  if (IsBitOperator(op)) {
-    if (family != TypeFamily::kInteger) {
-      throw MakeError(403, {row.name, NameOf(common.id)}, line);
-    }
-    return IntegerArithmetic(op, typed_left, typed_right);
-  }
-  Bound result;
-  result.type = common;
-  const std::string symbol = "'" + std::string(row.symbol) + "', ";
-  switch (family) {
-    case TypeFamily::kInteger:
-      return IntegerArithmetic(op, typed_left, typed_right);
-    case TypeFamily::kDecimal:
-      return DecimalArithmetic(op, typed_left, typed_right);
-    case TypeFamily::kReal:
-      if (op == BinaryOperator::kModulo) break;
-      result.sql = "ms_float(" + symbol + ConvertTo(typed_left, common) + ", " +
-                   ConvertTo(typed_right, common) + ')';
-      return result;
-    case TypeFamily::kMoney:
-      result.sql = "ms_decimal(" + symbol + ConvertTo(typed_left, common) + ", " +
-                   ConvertTo(typed_right, common) + ", " + std::to_string(EncodeType(common)) + ')';
-      return result;
-    case TypeFamily::kDateTime:
-      if (op != BinaryOperator::kAdd && op != BinaryOperator::kSubtract) break;
-      result.sql = "ms_datetime(" + symbol + ConvertTo(typed_left, common) + ", " +
-                   ConvertTo(typed_right, common) + ", " + std::to_string(EncodeType(common)) + ')';
-      return result;
-    case TypeFamily::kText:
-    case TypeFamily::kBinary:
-      if (op != BinaryOperator::kAdd || IsLargeObject(common.id)) break;
-      return Concatenate(typed_left, typed_right);
     default:
-      break;
+      return Limited(std::max(left_whole, right_whole) + scale + 1, scale);
   }
-  throw MakeError(403, {row.name, NameOf(common.id)}, line);
 }
 
-Bound Binder::IntegerArithmetic(BinaryOperator op, const Bound& left_operand,
-                                const Bound& right_operand) const {
+// ms_decimal('+', left, right, type) and the like.
+std::string OperatorCall(std::string_view function, const Operator& op, const std::string& left,
+                         const std::string& right, const SqlType& type) {
+  return std::string(function) + "('" + std::string(op.sqlite) + "', " + left + ", " + right +
+         ", " + Code(type) + ')';
+}
+
+std::string Converted(const char* function, const Bound& value, const SqlType& type) {
+  if (value.is_null || StoredAlike(value.type, type)) return value.sql;
+  return std::string(function) + '(' + value.sql + ", " + Code(value.type) + ", " + Code(type) +
+         ')';
+}
+
+bool IsOfBits(const Operator& op) { return op.name.starts_with("boolean"); }
+
+Bound IntegerArithmetic(const Operator& op, const Bound& left_operand, const Bound& right_operand) {
   Bound result;
   result.type = CommonType(left_operand.type, right_operand.type);
-  if (result.type.id == TypeId::kBit && !IsBitOperator(op)) {
+  if (result.type.id == TypeId::kBit && !IsOfBits(op)) {
     result.type = SqlType{TypeId::kInt, 4, 10, 0, result.type.nullable};
   }
-  Bound left = left_operand;
-  Bound right = right_operand;
-  left.sql = ConvertTo(left, result.type);
-  right.sql = ConvertTo(right, result.type);
-  const std::string symbol(RowOf(op).symbol);
-  const std::string plain = '(' + left.sql + ' ' + symbol + ' ' + right.sql + ')';
-  const std::string code = std::to_string(EncodeType(result.type));
-  if (op == BinaryOperator::kBitXor) {
-    result.sql =
-        "((" + left.sql + " | " + right.sql + ") - (" + left.sql + " & " + right.sql + "))";
-  } else if (IsBitOperator(op)) {
+  const std::string left = ConvertTo(left_operand, result.type);
+  const std::string right = ConvertTo(right_operand, result.type);
+  const std::string plain = '(' + left + ' ' + std::string(op.sqlite) + ' ' + right + ')';
+  const char symbol = op.sqlite[0];
+  if (symbol == '^') {
+    result.sql = "((" + left + " | " + right + ") - (" + left + " & " + right + "))";
+  } else if (IsOfBits(op)) {
     result.sql = plain;
-  } else if (op == BinaryOperator::kDivide || op == BinaryOperator::kModulo ||
-             result.type.id == TypeId::kBigInt) {
-    result.sql = "ms_integer('" + symbol + "', " + left.sql + ", " + right.sql + ", " + code + ')';
+  } else if (symbol == '/' || symbol == '%' || result.type.id == TypeId::kBigInt) {
+    result.sql = OperatorCall("ms_integer", op, left, right, result.type);
   } else {
     // Two ints never leave the 64 bits of SQLite: the range is checked behind it.
-    result.sql = "ms_range(" + plain + ", " + code + ')';
+    result.sql = "ms_range(" + plain + ", " + Code(result.type) + ')';
   }
   return result;
 }
 
-Bound Binder::DecimalArithmetic(BinaryOperator op, const Bound& left, const Bound& right) const {
-  const auto as_decimal = [](const Bound& operand) {
-    if (FamilyOf(operand.type.id) == TypeFamily::kText) {
-      return SqlType{TypeId::kNumeric, 0, 18, 0, true};
-    }
-    return DecimalOf(operand.type);
-  };
+Bound DecimalArithmetic(const Operator& op, const Bound& left, const Bound& right) {
   // A text takes the type of the decimal beside it.
-  SqlType left_type = as_decimal(left);
-  SqlType right_type = as_decimal(right);
   const bool left_text = FamilyOf(left.type.id) == TypeFamily::kText;
   const bool right_text = FamilyOf(right.type.id) == TypeFamily::kText;
-  if (left_text) left_type = right_type;
-  if (right_text) right_type = left_type;
+  SqlType left_type = left_text ? right.type : left.type;
+  SqlType right_type = right_text ? left.type : right.type;
+  left_type.id = right_type.id = TypeId::kNumeric;
   Bound result;
-  result.type = ResultOf(op, left_type, right_type);
+  result.type = ResultOf(op.sqlite[0], left_type, right_type);
   result.type.nullable = left.type.nullable || right.type.nullable;
-  result.sql = "ms_decimal('" + std::string(RowOf(op).symbol) + "', " +
-               (left_text ? ConvertTo(left, left_type) : left.sql) + ", " +
-               (right_text ? ConvertTo(right, right_type) : right.sql) + ", " +
-               std::to_string(EncodeType(result.type)) + ')';
+  result.sql = OperatorCall("ms_decimal", op, left_text ? ConvertTo(left, left_type) : left.sql,
+                            right_text ? ConvertTo(right, right_type) : right.sql, result.type);
   return result;
 }
 
-Bound Binder::Concatenate(const Bound& left, const Bound& right) const {
+Bound Concatenate(const Bound& left, const Bound& right) {
   const bool binary = FamilyOf(left.type.id) == TypeFamily::kBinary &&
                       FamilyOf(right.type.id) == TypeFamily::kBinary;
   Bound result;
   result.type = CommonType(left.type, right.type);
   if (binary) result.type.id = TypeId::kVarBinary;
-  const int maximum = IsNationalText(result.type.id) ? 4000 : 8000;
+  const int maximum = LongestOf(result.type.id);
   const int length = left.type.length + right.type.length;
   if (FamilyOf(result.type.id) == TypeFamily::kText && !binary) {
     SqlType piece = result.type;
@@ -205,18 +153,74 @@ Bound Binder::Concatenate(const Bound& left, const Bound& right) const {
   return result;
 }
 
-std::string Binder::Compare(BinaryOperator op, const Bound& left, const Bound& right,
-                            int line) const {
-  const OperatorRow& row = RowOf(op);
+}  // namespace
+
+std::string Collated(const std::string& sql, TypeId type) {
+  const std::string_view collation = CollationOf(type);
+  return collation.empty() ? sql : sql + " COLLATE " + std::string(collation);
+}
+
+std::string ConvertTo(const Bound& value, const SqlType& type) {
+  return Converted("ms_convert", value, type);
+}
+
+std::string AssignTo(const Bound& value, const SqlType& type) {
+  return Converted("ms_assign", value, type);
+}
+
+void Widen(Bound& common, const Bound& other) {
+  if (other.is_null) {
+    common.type.nullable = true;
+    return;
+  }
+  common.type = common.is_null ? other.type : CommonType(common.type, other.type);
+  common.is_null = false;
+}
+
+Bound Arithmetic(const Operator& op, Bound left, Bound right, int line) {
+  if (left.is_null) left.type = right.is_null ? SqlType{} : right.type;
+  if (right.is_null) right.type = left.type;
+  const SqlType common = CommonType(left.type, right.type);
+  const char symbol = op.sqlite[0];
+  const bool sums = symbol == '+' || symbol == '-';
+  const auto call = [&](std::string_view function) {
+    return Bound{
+        OperatorCall(function, op, ConvertTo(left, common), ConvertTo(right, common), common),
+        common};
+  };
+  switch (FamilyOf(common.id)) {
+    case TypeFamily::kInteger:
+      return IntegerArithmetic(op, left, right);
+    case TypeFamily::kDecimal:
+      if (IsOfBits(op)) break;
+      return DecimalArithmetic(op, left, right);
+    case TypeFamily::kReal:
+      if (IsOfBits(op) || symbol == '%') break;
+      return Bound{"ms_float('" + std::string(op.sqlite) + "', " + ConvertTo(left, common) + ", " +
+                       ConvertTo(right, common) + ')',
+                   common};
+    case TypeFamily::kMoney:
+      if (IsOfBits(op)) break;
+      return call("ms_decimal");
+    case TypeFamily::kDateTime:
+      if (!sums) break;
+      return call("ms_datetime");
+    case TypeFamily::kText:
+    case TypeFamily::kBinary:
+      if (symbol != '+' || IsLargeObject(common.id)) break;
+      return Concatenate(left, right);
+    default:
+      break;
+  }
+  throw MakeError(403, {op.name, NameOf(common.id)}, line);
+}
+
+std::string Compare(const Operator& op, const Bound& left, const Bound& right, int line) {
   SqlType common = left.is_null ? right.type : left.type;
   if (!left.is_null && !right.is_null) common = CommonType(left.type, right.type);
   if (IsLargeObject(common.id)) throw MakeError(306, {}, line);
   // MSDECIMAL compares exact numbers of any scale, so a column stays bare and its index serves.
-  const auto exact = [](const Bound& value) {
-    const TypeFamily family = FamilyOf(value.type.id);
-    return family == TypeFamily::kDecimal || family == TypeFamily::kMoney;
-  };
-  const bool both_exact = exact(left) && exact(right);
+  const bool both_exact = IsExact(left.type) && IsExact(right.type);
   std::string left_sql = both_exact ? left.sql : ConvertTo(left, common);
   std::string right_sql = both_exact ? right.sql : ConvertTo(right, common);
   if (FamilyOf(common.id) == TypeFamily::kBinary) {
@@ -224,24 +228,18 @@ std::string Binder::Compare(BinaryOperator op, const Bound& left, const Bound& r
     left_sql = "ms_binary(" + left_sql + ')';
     right_sql = "ms_binary(" + right_sql + ')';
   }
-  return '(' + Collated(left_sql, common.id) + ' ' + std::string(row.symbol) + ' ' + right_sql +
-         ')';
+  return '(' + Collated(left_sql, common.id) + ' ' + std::string(op.sqlite) + ' ' + right_sql + ')';
 }
 
-Bound Binder::Negate(const Bound& operand, int line) const {
-  Bound result;
-  result.type = operand.type;
-  result.is_null = operand.is_null;
-  result.is_integer = operand.is_integer;
-  const std::string code = std::to_string(EncodeType(operand.type));
-  if (operand.is_null) {
-    result.sql = "NULL";
-    return result;
-  }
+Bound Negate(const Bound& operand, int line) {
+  Bound result{"NULL", operand.type, operand.is_null, operand.is_integer};
+  if (operand.is_null) return result;
+  const auto subtracted = [&](std::string_view function) {
+    return OperatorCall(function, OperatorOf("-"), "0", operand.sql, operand.type);
+  };
   switch (FamilyOf(operand.type.id)) {
     case TypeFamily::kInteger:
-      result.sql = operand.is_integer ? "(-" + operand.sql + ')'
-                                      : "ms_integer('-', 0, " + operand.sql + ", " + code + ')';
+      result.sql = operand.is_integer ? "(-" + operand.sql + ')' : subtracted("ms_integer");
       return result;
     case TypeFamily::kReal:
       result.sql = "(-" + operand.sql + ')';
@@ -253,7 +251,7 @@ Bound Binder::Negate(const Bound& operand, int line) const {
           operand.sql.find_first_not_of("'0.") != std::string::npos) {
         result.sql = "'-" + operand.sql.substr(1);
       } else {
-        result.sql = "ms_decimal('-', 0, " + operand.sql + ", " + code + ')';
+        result.sql = subtracted("ms_decimal");
       }
       return result;
     default:

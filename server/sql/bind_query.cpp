@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "server/sql/binder.h"
-#include "server/sql/lexer.h"
 #include "server/types/messages.h"
 #include "server/types/text.h"
 #include "server/types/type_rules.h"
@@ -11,15 +10,8 @@
 namespace dbkeeper::server {
 namespace {
 
-// The word by which an order by item may mean a column of the select list.
-const std::string* PlainName(const Expression& expression) {
-  const auto* column = std::get_if<ColumnReference>(&expression.node);
-  return column != nullptr && column->parts.size() == 1 ? &column->parts[0] : nullptr;
-}
-
-const Literal* IntegerLiteral(const Expression& expression) {
-  const auto* literal = std::get_if<Literal>(&expression.node);
-  return literal != nullptr && literal->kind == LiteralKind::kInteger ? literal : nullptr;
+bool IsInteger(const Expression& expression) {
+  return expression.kind == ExpressionKind::kLiteral && expression.literal == TokenKind::kInteger;
 }
 
 }  // namespace
@@ -60,9 +52,9 @@ BoundQuery Binder::BindCore(const SelectCore& core, const std::vector<OrderItem>
     }
   }
   bound.order_by = BindOrderBy(order_by, &scope, bound);
-  bound.grouped = !core.group_by.empty() || scope.has_aggregate || core.having != nullptr;
-  if (bound.grouped) {
-    RequireGrouped(scope, 8127, core.line);
+  const bool grouped = !core.group_by.empty() || scope.has_aggregate || core.having != nullptr;
+  if (grouped) {
+    if (!scope.loose_columns.empty()) throw MakeError(8127, {scope.loose_columns[0]}, core.line);
     if (!loose_items.empty()) {
       throw MakeError(core.group_by.empty() ? 8118 : 8120, {loose_items[0]}, core.line);
     }
@@ -70,24 +62,19 @@ BoundQuery Binder::BindCore(const SelectCore& core, const std::vector<OrderItem>
   }
   if (core.top != nullptr) {
     bound.limit = BindTop(*core.top);
-    const Literal* count = IntegerLiteral(*core.top);
-    if (count != nullptr && count->text == "1") bound.single_row = true;
+    if (IsInteger(*core.top) && core.top->text == "1") bound.single_row = true;
   }
   if (core.from.empty()) bound.single_row = true;
-  const bool row_by_row = !bound.grouped && !bound.distinct && scope.tables.size() == 1;
+  const bool row_by_row = !grouped && !bound.distinct && scope.tables.size() == 1;
   if (row_by_row && scope.tables[0].object) bound.single_table = scope.tables[0];
   bound.tables = std::make_shared<const std::deque<ScopeTable>>(std::move(scope.tables));
   return bound;
 }
 
-void Binder::RequireGrouped(const Scope& scope, int number, int line) {
-  if (!scope.loose_columns.empty()) throw MakeError(number, {scope.loose_columns[0]}, line);
-}
-
 void Binder::BindGroups(const SelectCore& core, Scope& scope, BoundQuery& bound) {
   std::vector<std::string> grouped;
   for (const ExpressionPtr& item : core.group_by) {
-    if (std::holds_alternative<Literal>(item->node)) throw MakeError(164, {}, item->line);
+    if (item->kind == ExpressionKind::kLiteral) throw MakeError(164, {}, item->line);
     const Bound group = Bind(*item, scope);
     if (IsLargeObject(group.type.id)) throw MakeError(306, {}, item->line);
     bound.tail += (grouped.empty() ? " GROUP BY " : ", ") + Collated(group.sql, group.type.id);
@@ -100,52 +87,47 @@ void Binder::BindGroups(const SelectCore& core, Scope& scope, BoundQuery& bound)
 void Binder::BindItems(const SelectCore& core, const Scope& scope, QueryPlace place,
                        BoundQuery& bound) {
   for (const SelectItem& item : core.items) {
-    if (const auto* star = std::get_if<Star>(&item.value->node)) {
+    const Expression& expression = *item.value;
+    if (expression.kind == ExpressionKind::kStar) {
       // exists (select * ...) asks for no columns.
-      if (place == QueryPlace::kExists && star->qualifier.empty()) {
+      if (place == QueryPlace::kExists && expression.name.empty()) {
         bound.items.push_back({"", Bound{"1", SqlType{}}});
       } else {
-        ExpandStar(*star, item.value->line, scope, bound);
+        ExpandStar(expression, scope, bound);
       }
       continue;
     }
-    Bound value = Bind(*item.value, scope);
+    Bound value = Bind(expression, scope);
     if (core.distinct && IsLargeObject(value.type.id)) {
-      throw MakeError(421, {NameOf(value.type.id)}, item.value->line);
+      throw MakeError(421, {NameOf(value.type.id)}, expression.line);
     }
-    std::string name = item.alias;
-    if (name.empty() && std::holds_alternative<ColumnReference>(item.value->node)) {
-      name = value.column->name;
-    }
-    bound.items.push_back({std::move(name), std::move(value)});
+    const bool own_name = item.alias.empty() && expression.kind == ExpressionKind::kColumn;
+    bound.items.push_back({own_name ? value.column->name : item.alias, std::move(value)});
   }
 }
 
-void Binder::ExpandStar(const Star& star, int line, const Scope& scope, BoundQuery& bound) const {
+void Binder::ExpandStar(const Expression& star, const Scope& scope, BoundQuery& bound) const {
+  const std::string qualifier = star.name.empty() ? "" : star.name.back();
   bool found = false;
   for (const ScopeTable& table : scope.tables) {
-    if (!star.qualifier.empty() && !SameName(star.qualifier.back(), table.name)) continue;
+    if (!star.name.empty() && !SameName(qualifier, table.name)) continue;
     found = true;
     for (const ScopeColumn& column : table.columns) {
-      scope.loose_columns.push_back(column.name);
       bound.items.push_back({column.name, Bound{column.sql, column.type, false, false, &column}});
-      for (const std::string& grouped : scope.grouped) {
-        if (grouped != column.sql) continue;
-        scope.loose_columns.pop_back();
-        break;
+      if (std::ranges::find(scope.grouped, column.sql) == scope.grouped.end()) {
+        scope.loose_columns.push_back(column.name);
       }
     }
   }
   if (found) return;
-  if (star.qualifier.empty()) throw MakeError(263, {}, line);
-  throw MakeError(107, {star.qualifier.back()}, line);
+  if (star.name.empty()) throw MakeError(263, {}, star.line);
+  throw MakeError(107, {qualifier}, star.line);
 }
 
 std::string Binder::BindTop(const Expression& count) {
-  if (const Literal* number = IntegerLiteral(count)) return " LIMIT " + number->text;
-  const auto* variable = std::get_if<Variable>(&count.node);
-  if (variable == nullptr) throw MakeError(170, {"top", std::to_string(count.line)}, count.line);
-  return " LIMIT " + BindVariable(*variable, count.line).sql;
+  if (IsInteger(count)) return " LIMIT " + count.text;
+  if (count.kind == ExpressionKind::kVariable) return " LIMIT " + BindVariable(count).sql;
+  throw MakeError(170, {"top", std::to_string(count.line)}, count.line);
 }
 
 // An item is a position, a name of the select list, an expression of it, or one of its own.
@@ -157,22 +139,24 @@ std::string Binder::BindOrderBy(const std::vector<OrderItem>& order_by, const Sc
     std::size_t position = 0;
     std::string sql;
     SqlType type;
-    if (const Literal* number = IntegerLiteral(*item.value)) {
-      if (number->text.size() < 6) position = static_cast<std::size_t>(std::stoul(number->text));
-      if (position < 1 || position > bound.items.size()) {
-        throw MakeError(108, {number->text}, line);
+    const auto find = [&](const auto& is_meant) {
+      const auto found = std::ranges::find_if(bound.items, is_meant);
+      if (found != bound.items.end()) {
+        position = static_cast<std::size_t>(found - bound.items.begin()) + 1;
       }
-    } else if (const std::string* name = PlainName(*item.value)) {
-      for (std::size_t i = 0; i < bound.items.size() && position == 0; ++i) {
-        if (SameName(bound.items[i].name, *name)) position = i + 1;
-      }
+    };
+    const std::vector<std::string>& name = item.value->name;
+    if (IsInteger(*item.value)) {
+      const std::string& digits = item.value->text;
+      if (digits.size() < 6) position = static_cast<std::size_t>(std::stoul(digits));
+      if (position < 1 || position > bound.items.size()) throw MakeError(108, {digits}, line);
+    } else if (item.value->kind == ExpressionKind::kColumn && name.size() == 1) {
+      find([&](const BoundQuery::Item& other) { return SameName(other.name, name[0]); });
     }
     if (position == 0) {
       if (scope == nullptr) throw MakeError(104, {}, line);
       const Bound value = Bind(*item.value, *scope);
-      for (std::size_t i = 0; i < bound.items.size() && position == 0; ++i) {
-        if (bound.items[i].value.sql == value.sql) position = i + 1;
-      }
+      find([&](const BoundQuery::Item& other) { return other.value.sql == value.sql; });
       if (position == 0 && bound.distinct) throw MakeError(145, {}, line);
       // An expression without a column would be taken for a position by SQLite.
       sql = "ifnull(" + value.sql + ", NULL)";
@@ -208,15 +192,7 @@ BoundQuery Binder::BindUnion(const Query& query, const Scope* outer, QueryPlace 
   std::vector<SqlType> types;
   for (std::size_t i = 0; i < terms[0].items.size(); ++i) {
     Bound column = terms[0].items[i].value;
-    for (const BoundQuery& term : terms) {
-      const Bound& other = term.items[i].value;
-      if (other.is_null) {
-        column.type.nullable = true;
-        continue;
-      }
-      column.type = column.is_null ? other.type : CommonType(column.type, other.type);
-      column.is_null = false;
-    }
+    for (const BoundQuery& term : terms) Widen(column, term.items[i].value);
     column.sql = "c" + std::to_string(i + 1);
     column.column = nullptr;
     column.is_integer = false;

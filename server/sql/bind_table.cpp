@@ -2,7 +2,6 @@
 #include <utility>
 
 #include "server/sql/binder.h"
-#include "server/sql/lexer.h"
 #include "server/sql/parser.h"
 #include "server/types/messages.h"
 #include "server/types/text.h"
@@ -25,7 +24,7 @@ std::string Binder::BindFrom(const std::vector<TableSourcePtr>& from, Scope& sco
   for (const TableSourcePtr& source : from) {
     if (!text.empty()) text += ", ";
     std::string item = BindSource(*source, scope);
-    const bool joined = std::holds_alternative<JoinedTable>(source->node);
+    const bool joined = source->kind == TableSource::Kind::kJoined;
     text += joined && from.size() > 1 ? '(' + item + ')' : item;
   }
   return text;
@@ -37,13 +36,7 @@ ObjectInfo Binder::Resolve(const ObjectName& name, int line) {
     wanted.database = default_database;
   }
   std::optional<ObjectInfo> object;
-  try {
-    object = resolver_.ResolveObject(wanted);
-  } catch (const SqlError& error) {
-    ServerMessage message = error.message();
-    message.line = line;
-    throw SqlError(message);
-  }
+  AtLine(line, [&] { object = resolver_.ResolveObject(wanted); });
   if (!object) throw MakeError(208, {name.Text()}, line);
   return *std::move(object);
 }
@@ -76,12 +69,14 @@ ScopeTable& Binder::AddTable(const ObjectInfo& object, const std::string& name,
   return table;
 }
 
-ScopeTable& Binder::AddDerived(const BoundQuery& query, const std::vector<std::string>& names,
-                               const std::string& alias, int line, Scope& scope) {
+// The text of a query as a table. `names` are its columns' names; empty: their own.
+std::string Binder::AddDerived(const BoundQuery& query, const std::vector<std::string>& names,
+                               const ObjectName& full_name, const std::string& alias, int line,
+                               Scope& scope) {
   if (!names.empty() && names.size() != query.items.size()) {
     throw MakeError(names.size() < query.items.size() ? 8158 : 8159, {alias}, line);
   }
-  ScopeTable& table = NewTable(alias, ObjectName{"", "", "", alias}, scope);
+  ScopeTable& table = NewTable(alias, full_name, scope);
   for (std::size_t i = 0; i < query.items.size(); ++i) {
     ScopeColumn column;
     column.name = names.empty() ? query.items[i].name : names[i];
@@ -93,25 +88,28 @@ ScopeTable& Binder::AddDerived(const BoundQuery& query, const std::vector<std::s
     column.type = query.items[i].value.type;
     table.columns.push_back(std::move(column));
   }
-  return table;
+  return '(' + TextOf(query, ColumnNames::kNumbered) + ") AS " + table.sqlite_alias;
 }
 
 std::string Binder::BindSource(const TableSource& source, Scope& scope) {
-  if (const auto* table = std::get_if<NamedTable>(&source.node)) {
-    return BindNamed(*table, source, scope);
+  switch (source.kind) {
+    case TableSource::Kind::kNamed:
+      return BindNamed(source, scope);
+    case TableSource::Kind::kFunction:
+      return BindFunction(source, scope);
+    case TableSource::Kind::kDerived:
+      return AddDerived(BindQuery(*source.query, nullptr, QueryPlace::kSubquery),
+                        source.column_names, {"", "", "", source.alias}, source.alias, source.line,
+                        scope);
+    case TableSource::Kind::kJoined:
+      break;
   }
-  if (const auto* function = std::get_if<FunctionTable>(&source.node)) {
-    return BindFunction(*function, source, scope);
-  }
-  if (const auto* derived = std::get_if<DerivedTable>(&source.node)) {
-    return BindDerived(*derived, source, scope);
-  }
-  return BindJoin(std::get<JoinedTable>(source.node), scope);
+  return BindJoin(source, scope);
 }
 
-std::string Binder::BindNamed(const NamedTable& table, const TableSource& source, Scope& scope) {
-  const ObjectInfo object = Resolve(table.name, source.line);
-  const std::string name = source.alias.empty() ? table.name.name : source.alias;
+std::string Binder::BindNamed(const TableSource& source, Scope& scope) {
+  const ObjectInfo object = Resolve(source.name, source.line);
+  const std::string& name = source.alias.empty() ? source.name.name : source.alias;
   for (const ScopeTable& other : scope.tables) {
     if (!SameName(other.name, name)) continue;
     if (!source.alias.empty()) throw MakeError(1011, {name}, source.line);
@@ -119,15 +117,13 @@ std::string Binder::BindNamed(const NamedTable& table, const TableSource& source
       throw MakeError(1013, {name}, source.line);
     }
   }
+  if (object.kind == ObjectKind::kView) return BindView(object, name, scope);
   const ObjectName full_name{"", object.database, object.owner, object.name};
-  if (object.kind == ObjectKind::kView) return BindView(object, name, full_name, scope);
-  const ScopeTable& added = AddTable(object, name, full_name, scope);
-  return object.sqlite_from + " AS " + added.sqlite_alias;
+  return object.sqlite_from + " AS " + AddTable(object, name, full_name, scope).sqlite_alias;
 }
 
 // A view is its query, bound anew; names in it belong to its own database.
-std::string Binder::BindView(const ObjectInfo& view, const std::string& name,
-                             const ObjectName& full_name, Scope& scope) {
+std::string Binder::BindView(const ObjectInfo& view, const std::string& name, Scope& scope) {
   if (++view_depth_ > kMaximumViewDepth) throw MakeError(4407, {view.name});
   const std::vector<Statement> statements = ParseBatch(view.view_text);
   const auto* definition =
@@ -137,48 +133,36 @@ std::string Binder::BindView(const ObjectInfo& view, const std::string& name,
   const BoundQuery query = BindQuery(*definition->query, nullptr, QueryPlace::kSubquery);
   default_database = outer_database;
   --view_depth_;
-  ScopeTable& table = AddDerived(query, definition->columns, name, 1, scope);
-  table.full_name = full_name;
-  return '(' + TextOf(query, ColumnNames::kNumbered) + ") AS " + table.sqlite_alias;
+  return AddDerived(query, definition->columns, {"", view.database, view.owner, view.name}, name, 1,
+                    scope);
 }
 
-std::string Binder::BindFunction(const FunctionTable& function, const TableSource& source,
-                                 Scope& scope) {
+std::string Binder::BindFunction(const TableSource& source, Scope& scope) {
   std::vector<std::string> arguments;
-  for (const ExpressionPtr& argument : function.arguments) {
-    const bool is_default = std::holds_alternative<DefaultValue>(argument->node);
+  for (const ExpressionPtr& argument : source.arguments) {
+    const bool is_default = argument->kind == ExpressionKind::kDefault;
     arguments.push_back(is_default ? "NULL" : Bind(*argument, Scope{}).sql);
   }
-  const std::optional<ObjectInfo> object = resolver_.ResolveTableFunction(function.name, arguments);
-  if (!object) throw MakeError(208, {function.name.Text()}, source.line);
-  const std::string name = source.alias.empty() ? function.name.name : source.alias;
-  const ScopeTable& added = AddTable(*object, name, function.name, scope);
-  return object->sqlite_from + " AS " + added.sqlite_alias;
+  const std::optional<ObjectInfo> object = resolver_.ResolveTableFunction(source.name, arguments);
+  if (!object) throw MakeError(208, {source.name.Text()}, source.line);
+  const std::string& name = source.alias.empty() ? source.name.name : source.alias;
+  return object->sqlite_from + " AS " + AddTable(*object, name, source.name, scope).sqlite_alias;
 }
 
-std::string Binder::BindDerived(const DerivedTable& derived, const TableSource& source,
-                                Scope& scope) {
-  const BoundQuery query = BindQuery(*derived.query, nullptr, QueryPlace::kSubquery);
-  const ScopeTable& table =
-      AddDerived(query, derived.column_names, source.alias, source.line, scope);
-  return '(' + TextOf(query, ColumnNames::kNumbered) + ") AS " + table.sqlite_alias;
-}
-
-std::string Binder::BindJoin(const JoinedTable& join, Scope& scope) {
+std::string Binder::BindJoin(const TableSource& join, Scope& scope) {
   constexpr std::string_view kWords[] = {" JOIN ", " LEFT JOIN ", " RIGHT JOIN ", " FULL JOIN ",
                                          " JOIN "};
   const std::size_t begin = scope.tables.size();
   std::string text = BindSource(*join.left, scope);
   const std::size_t middle = scope.tables.size();
   const std::string right = BindSource(*join.right, scope);
-  const bool nested = std::holds_alternative<JoinedTable>(join.right->node);
-  text += std::string(kWords[static_cast<std::size_t>(join.kind)]) +
+  const bool nested = join.right->kind == TableSource::Kind::kJoined;
+  text += std::string(kWords[static_cast<std::size_t>(join.join)]) +
           (nested ? '(' + right + ')' : right);
   if (join.condition != nullptr) text += " ON " + BindCondition(*join.condition, scope);
-  const bool keeps_left = join.kind == JoinKind::kLeft || join.kind == JoinKind::kFull;
-  const bool keeps_right = join.kind == JoinKind::kRight || join.kind == JoinKind::kFull;
-  if (keeps_left) MakeNullable(scope, middle, scope.tables.size());
-  if (keeps_right) MakeNullable(scope, begin, middle);
+  const bool full = join.join == JoinKind::kFull;
+  if (full || join.join == JoinKind::kLeft) MakeNullable(scope, middle, scope.tables.size());
+  if (full || join.join == JoinKind::kRight) MakeNullable(scope, begin, middle);
   return text;
 }
 

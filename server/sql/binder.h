@@ -13,6 +13,7 @@
 #include "server/sql/ast.h"
 #include "server/sql/translator.h"
 #include "server/types/sql_type.h"
+#include "server/types/type_rules.h"
 
 namespace dbkeeper::server {
 
@@ -68,7 +69,6 @@ struct BoundQuery {
   std::string limit;     // " LIMIT n" or empty
   bool distinct = false;
   bool collated = false;    // a term of a union
-  bool grouped = false;     // grouped or aggregated
   bool single_row = false;  // gives one row at most
   // Set when the query reads one base table row by row.
   std::optional<ScopeTable> single_table;
@@ -77,6 +77,29 @@ struct BoundQuery {
   // Keeps the columns that `items` point to.
   std::shared_ptr<const std::deque<ScopeTable>> tables;
 };
+
+// The literal NULL.
+inline const Bound kNull{"NULL", SqlType{}, true};
+
+// A type as an argument of the server's functions.
+inline std::string Code(const SqlType& type) { return std::to_string(EncodeType(type)); }
+
+// The length of the longest text or binary that is no large object.
+inline int LongestOf(TypeId id) { return IsNationalText(id) ? 4000 : 8000; }
+
+// ---- bind_operator.cpp
+
+// `value` as SQLite text in the storage form of `type`; the second for an assignment to a column,
+// which refuses to cut texts short.
+std::string ConvertTo(const Bound& value, const SqlType& type);
+std::string AssignTo(const Bound& value, const SqlType& type);
+// With the collation that values of the type are compared by.
+std::string Collated(const std::string& sql, TypeId type);
+// Brings `common` to a type that holds the other value too; nulls take any type.
+void Widen(Bound& common, const Bound& other);
+Bound Arithmetic(const Operator& op, Bound left, Bound right, int line);
+std::string Compare(const Operator& op, const Bound& left, const Bound& right, int line);
+Bound Negate(const Bound& operand, int line);
 
 enum class QueryPlace { kTop, kSubquery, kExists };
 
@@ -89,16 +112,10 @@ class Binder {
   Bound Bind(const Expression& expression, const Scope& scope);
   std::string BindCondition(const Expression& expression, const Scope& scope);
 
-  // ---- bind_conversion.cpp
-  // `value` as SQLite text in the storage form of `type`.
-  std::string ConvertTo(const Bound& value, const SqlType& type) const;
-  // The same for an assignment to a column, which refuses to cut texts short.
-  std::string AssignTo(const Bound& value, const SqlType& type) const;
-
   // ---- bind_query.cpp
   BoundQuery BindQuery(const Query& query, const Scope* outer, QueryPlace place);
   // The text of a bound query. `convert_to` gives the types that its columns are brought to; named
-  // columns are c1, c2 ...; `first_extra` is put before the items.
+  // columns are c1, c2 ...
   enum class ColumnNames { kNone, kNumbered };
   std::string TextOf(const BoundQuery& query, ColumnNames names,
                      const std::vector<SqlType>* convert_to = nullptr) const;
@@ -109,47 +126,35 @@ class Binder {
                        const ObjectName& full_name, Scope& scope);
   ObjectInfo Resolve(const ObjectName& name, int line);
 
-  static std::string Collated(const std::string& sql, TypeId type);
-
   // In which database names without one stand; empty: the current.
   std::string default_database;
   bool subqueries_allowed = true;
 
  private:
   // ---- bind_expression.cpp
-  Bound BindNode(const Expression& expression, const Scope& scope);
-  Bound BindLiteral(const Literal& literal, int line) const;
-  Bound BindColumn(const ColumnReference& reference, int line, const Scope& scope);
-  Bound BindVariable(const Variable& variable, int line);
-  Bound BindUnary(const Unary& unary, int line, const Scope& scope);
-  Bound BindCase(const Case& node, const Scope& scope);
-  Bound BindScalarSubquery(const ScalarSubquery& node, const Scope& scope, int line);
-  std::string BindBinaryCondition(const Binary& node, int line, const Scope& scope);
-  std::string BindBetween(const Between& node, int line, const Scope& scope);
-  std::string BindInList(const InList& node, const Scope& scope);
-  std::string BindLike(const Like& like, const Scope& scope);
-  std::string BindInQuery(const InQuery& in, int line, const Scope& scope);
-  std::string BindQuantified(const Quantified& node, int line, const Scope& scope);
-  BoundQuery BindSubqueryColumn(const Query& query, const Scope& scope, int line);
-
-  // ---- bind_operator.cpp
-  Bound BindBinary(const Binary& binary, int line, const Scope& scope);
-  Bound Arithmetic(BinaryOperator op, const Bound& left, const Bound& right, int line) const;
-  Bound IntegerArithmetic(BinaryOperator op, const Bound& left, const Bound& right) const;
-  Bound DecimalArithmetic(BinaryOperator op, const Bound& left, const Bound& right) const;
-  Bound Concatenate(const Bound& left, const Bound& right) const;
-  std::string Compare(BinaryOperator op, const Bound& left, const Bound& right, int line) const;
-  Bound Negate(const Bound& operand, int line) const;
+  Bound BindNode(const Expression& node, const Scope& scope);
+  std::pair<Bound, Bound> BindBoth(const Expression& node, const Scope& scope);
+  Bound BindColumn(const Expression& reference, const Scope& scope);
+  Bound BindVariable(const Expression& variable);
+  Bound BindUnary(const Expression& unary, const Scope& scope);
+  Bound BindCase(const Expression& node, const Scope& scope);
+  Bound BindScalarSubquery(const Expression& node, const Scope& scope);
+  std::string BindBetween(const Expression& node, const Scope& scope);
+  std::string BindInList(const Expression& node, const Scope& scope);
+  std::string BindInQuery(const Expression& node, const Scope& scope);
+  std::string BindLike(const Expression& like, const Scope& scope);
+  std::string BindQuantified(const Expression& node, const Scope& scope);
+  BoundQuery BindSubqueryColumn(const Expression& node, const Scope& scope);
 
   // ---- bind_function.cpp
-  Bound BindCall(const FunctionCall& call, int line, const Scope& scope);
-  Bound BindAggregate(const FunctionCall& call, int line, const Scope& scope);
-  Bound BindListed(const FunctionRow& row, const FunctionCall& call, int line, const Scope& scope);
+  Bound BindCall(const Expression& call, const Scope& scope);
+  Bound BindAggregate(const std::string& name, const Expression& call, const Scope& scope);
+  Bound BindListed(const FunctionRow& row, const Expression& call, const Scope& scope);
   Bound BindArgument(char kind, const FunctionRow& row, const Expression& argument, int line,
                      const Scope& scope);
   std::string FillCall(std::string_view form, const std::vector<std::string>& arguments);
-  Bound BindChoice(std::string_view name, const FunctionCall& call, int line, const Scope& scope);
-  Bound BindCast(const Cast& cast, int line, const Scope& scope);
+  Bound BindChoice(std::string_view name, const Expression& call, const Scope& scope);
+  Bound BindCast(const Expression& cast, const Scope& scope);
 
   // ---- bind_query.cpp
   BoundQuery BindCore(const SelectCore& core, const std::vector<OrderItem>& order_by,
@@ -157,22 +162,20 @@ class Binder {
   BoundQuery BindUnion(const Query& query, const Scope* outer, QueryPlace place);
   void BindItems(const SelectCore& core, const Scope& scope, QueryPlace place, BoundQuery& bound);
   void BindGroups(const SelectCore& core, Scope& scope, BoundQuery& bound);
-  void ExpandStar(const Star& star, int line, const Scope& scope, BoundQuery& bound) const;
+  void ExpandStar(const Expression& star, const Scope& scope, BoundQuery& bound) const;
   std::string BindOrderBy(const std::vector<OrderItem>& order_by, const Scope* scope,
                           const BoundQuery& bound);
   std::string BindTop(const Expression& count);
-  static void RequireGrouped(const Scope& scope, int number, int line);
 
   // ---- bind_table.cpp
   std::string BindSource(const TableSource& source, Scope& scope);
-  std::string BindNamed(const NamedTable& table, const TableSource& source, Scope& scope);
-  std::string BindView(const ObjectInfo& view, const std::string& name, const ObjectName& full_name,
-                       Scope& scope);
-  std::string BindFunction(const FunctionTable& function, const TableSource& source, Scope& scope);
-  std::string BindDerived(const DerivedTable& derived, const TableSource& source, Scope& scope);
-  std::string BindJoin(const JoinedTable& join, Scope& scope);
-  ScopeTable& AddDerived(const BoundQuery& query, const std::vector<std::string>& names,
-                         const std::string& alias, int line, Scope& scope);
+  std::string BindNamed(const TableSource& source, Scope& scope);
+  std::string BindView(const ObjectInfo& view, const std::string& name, Scope& scope);
+  std::string BindFunction(const TableSource& source, Scope& scope);
+  std::string BindJoin(const TableSource& join, Scope& scope);
+  std::string AddDerived(const BoundQuery& query, const std::vector<std::string>& names,
+                         const ObjectName& full_name, const std::string& alias, int line,
+                         Scope& scope);
   ScopeTable& NewTable(const std::string& name, const ObjectName& full_name, Scope& scope);
 
   NameResolver& resolver_;
@@ -180,8 +183,5 @@ class Binder {
   int alias_count_ = 0;
   int view_depth_ = 0;
 };
-
-// Whether a call of that name is an aggregate.
-bool IsAggregate(std::string_view lower_name);
 
 }  // namespace dbkeeper::server

@@ -1,9 +1,8 @@
 // Dates and times, and the conversions between types.
-#include <cstdint>
 #include <ctime>
 #include <limits>
 
-#include "server/sql/function_list.h"
+#include "server/sql/function_table.h"
 #include "server/types/conversion.h"
 #include "server/types/datetime.h"
 #include "server/types/messages.h"
@@ -12,30 +11,22 @@
 namespace dbkeeper::server {
 namespace {
 
-using Integer = std::int64_t;
-
-// ms_datetime(operator, left, right, type)
-Cell DateOperation(Cells arguments) {
-  const Integer left = IntegerAt(arguments, 1);
-  const Integer right = IntegerAt(arguments, 2);
-  const Integer result = TextAt(arguments, 0) == "+" ? left + right : left - right;
-  const SqlType type = DecodeType(IntegerAt(arguments, 3));
+Cell DateOperation(std::string_view op, Integer left, Integer right, const SqlType& type) {
+  const Integer result = op == "+" ? left + right : left - right;
   const bool fits =
       type.id == TypeId::kDateTime ? InDateTimeRange(result) : InSmallDateTimeRange(result);
   if (!fits) throw MakeError(8115, {"expression", NameOf(type.id)});
   return result;
 }
 
-Cell AddToDate(Cells arguments) {
-  const std::optional<Integer> result =
-      DateAdd(TextAt(arguments, 0), IntegerAt(arguments, 1), IntegerAt(arguments, 2));
+Cell AddToDate(std::string_view part, Integer count, Integer time) {
+  const std::optional<Integer> result = DateAdd(part, count, time);
   if (!result) throw MakeError(517, {"datetime"});
   return *result;
 }
 
-Cell Difference(Cells arguments) {
-  const Integer result =
-      DateDiff(TextAt(arguments, 0), IntegerAt(arguments, 1), IntegerAt(arguments, 2));
+Cell Difference(std::string_view part, Integer from, Integer to) {
+  const Integer result = DateDiff(part, from, to);
   if (result < std::numeric_limits<std::int32_t>::min() ||
       result > std::numeric_limits<std::int32_t>::max()) {
     throw MakeError(535, {});
@@ -43,48 +34,46 @@ Cell Difference(Cells arguments) {
   return result;
 }
 
-Cell Part(Cells arguments) {
-  return Integer{DatePart(TextAt(arguments, 0), IntegerAt(arguments, 1))};
-}
+Cell Part(std::string_view part, Integer time) { return Integer{DatePart(part, time)}; }
 
-Cell Name(Cells arguments) { return DateName(TextAt(arguments, 0), IntegerAt(arguments, 1)); }
+Cell Name(std::string_view part, Integer time) { return DateName(part, time); }
 
-// ms_utc(local time)
-Cell Utc(Cells arguments) {
+Cell Utc(Integer local_time) {
   const std::time_t now = std::time(nullptr);
   std::tm local{};
   localtime_r(&now, &local);
-  return IntegerAt(arguments, 0) - local.tm_gmtoff * kTicksPerSecond;
+  return local_time - local.tm_gmtoff * kTicksPerSecond;
 }
 
-// ms_convert(value, from, to [, style])
-Cell Convert(Cells arguments) {
-  const Integer style = arguments.size() > 3 ? IntegerAt(arguments, 3) : 0;
-  return ConvertCell(arguments[0], DecodeType(IntegerAt(arguments, 1)),
-                     DecodeType(IntegerAt(arguments, 2)), static_cast<int>(style),
+Cell Convert(const Cell& value, const SqlType& from, const SqlType& to,
+             std::optional<Integer> style) {
+  return ConvertCell(value, from, to, static_cast<int>(style.value_or(0)),
                      ConversionKind::kExplicit);
 }
 
-// ms_assign(value, from, to)
-Cell Assign(Cells arguments) {
-  return ConvertCell(arguments[0], DecodeType(IntegerAt(arguments, 1)),
-                     DecodeType(IntegerAt(arguments, 2)), 0, ConversionKind::kAssignment);
+Cell Assign(const Cell& value, const SqlType& from, const SqlType& to) {
+  return ConvertCell(value, from, to, 0, ConversionKind::kAssignment);
 }
 
-constexpr FunctionEntry kDateEntries[] = {
-    {"ms_datetime", 4, DateOperation}, {"ms_dateadd", 3, AddToDate}, {"ms_datediff", 3, Difference},
-    {"ms_datepart", 2, Part},          {"ms_datename", 2, Name},     {"ms_utc", 1, Utc},
-};
-
-constexpr FunctionEntry kConversionEntries[] = {
-    {"ms_convert", 3, Convert},
-    {"ms_convert", 4, Convert},
-    {"ms_assign", 3, Assign},
+constexpr FunctionRow kRows[] = {
+    {"getdate", "", kDateTimeType, "$t"},
+    {"getutcdate", "", kDateTimeType, "ms_utc($t)"},
+    {"current_timestamp", "", kDateTimeType, "$t"},
+    {"dateadd", "pid", kDateTimeType, kAdapted<AddToDate>},
+    {"datediff", "pdd", kIntType, kAdapted<Difference>},
+    {"datepart", "pd", kIntType, kAdapted<Part>},
+    {"datename", "pd", NVarChar(30), kAdapted<Name>},
+    {"day", "d", kIntType, "ms_datepart('day', $*)"},
+    {"month", "d", kIntType, "ms_datepart('month', $*)"},
+    {"year", "d", kIntType, "ms_datepart('year', $*)"},
+    {"datetime", kAdapted<DateOperation>},
+    {"utc", kAdapted<Utc>},
+    {"convert", kAdapted<Convert>},
+    {"assign", kAdapted<Assign>},
 };
 
 }  // namespace
 
-std::span<const FunctionEntry> DateFunctions() { return kDateEntries; }
-std::span<const FunctionEntry> ConversionFunctions() { return kConversionEntries; }
+std::span<const FunctionRow> DateFunctions() { return kRows; }
 
 }  // namespace dbkeeper::server

@@ -1,11 +1,9 @@
 // Arithmetic and mathematics.
-#include <array>
 #include <cmath>
-#include <cstdint>
 #include <limits>
 #include <random>
 
-#include "server/sql/function_list.h"
+#include "server/sql/function_table.h"
 #include "server/types/conversion.h"
 #include "server/types/decimal.h"
 #include "server/types/messages.h"
@@ -14,11 +12,7 @@
 namespace dbkeeper::server {
 namespace {
 
-using Integer = std::int64_t;
-
-SqlType TypeAt(Cells arguments, std::size_t index) {
-  return DecodeType(IntegerAt(arguments, index));
-}
+using enum ResultRule;
 
 [[noreturn]] void Overflow(const SqlType& type) {
   throw MakeError(8115, {"expression", NameOf(type.id)});
@@ -29,24 +23,19 @@ double Finite(double value) {
   throw MakeError(8115, {"expression", "float"});
 }
 
-// ms_range(value, type): an integer result that must fit its type. A sum that SQLite itself could
-// not hold has become a real.
-Cell Range(Cells arguments) {
-  const SqlType type = TypeAt(arguments, 1);
+// An integer result that must fit its type. A sum that SQLite itself could not hold has become a
+// real.
+Cell Range(const Cell& number, const SqlType& type) {
   if (FamilyOf(type.id) != TypeFamily::kInteger) {
-    return StoreDecimal(DecimalOfCell(arguments[0]), type, "numeric");
+    return StoreDecimal(DecimalOfCell(number), type, "numeric");
   }
-  const auto* value = std::get_if<Integer>(&arguments[0]);
+  const auto* value = std::get_if<Integer>(&number);
   if (value == nullptr || !FitsInteger(Decimal{*value, 0}, type.id)) Overflow(type);
   return *value;
 }
 
-// ms_integer(operator, left, right, type)
-Cell IntegerOperation(Cells arguments) {
-  const char op = TextAt(arguments, 0)[0];
-  const Integer left = IntegerAt(arguments, 1);
-  const Integer right = IntegerAt(arguments, 2);
-  const SqlType type = TypeAt(arguments, 3);
+Cell IntegerOperation(std::string_view symbol, Integer left, Integer right, const SqlType& type) {
+  const char op = symbol[0];
   Integer result = 0;
   bool overflow = false;
   if (op == '/' || op == '%') {
@@ -64,24 +53,18 @@ Cell IntegerOperation(Cells arguments) {
   return result;
 }
 
-// ms_float(operator, left, right)
-Cell FloatOperation(Cells arguments) {
-  const char op = TextAt(arguments, 0)[0];
-  const double left = DoubleAt(arguments, 1);
-  const double right = DoubleAt(arguments, 2);
-  if (op == '+') return Finite(left + right);
-  if (op == '-') return Finite(left - right);
-  if (op == '*') return Finite(left * right);
+Cell FloatOperation(std::string_view op, double left, double right) {
+  if (op == "+") return Finite(left + right);
+  if (op == "-") return Finite(left - right);
+  if (op == "*") return Finite(left * right);
   if (right == 0) throw MakeError(8134, {});
   return Finite(left / right);
 }
 
-// ms_decimal(operator, left, right, type): decimals and money.
-Cell DecimalOperation(Cells arguments) {
-  const char op = TextAt(arguments, 0)[0];
-  const Decimal left = DecimalOfCell(arguments[1]);
-  Decimal right = DecimalOfCell(arguments[2]);
-  const SqlType type = TypeAt(arguments, 3);
+// Decimals and money.
+Cell DecimalOperation(std::string_view symbol, const Decimal& left, Decimal right,
+                      const SqlType& type) {
+  const char op = symbol[0];
   if ((op == '/' || op == '%') && right.value == 0) throw MakeError(8134, {});
   std::optional<Decimal> result;
   if (op == '-') right.value = -right.value;
@@ -95,62 +78,62 @@ Cell DecimalOperation(Cells arguments) {
   return StoreDecimal(*result, type, "numeric");
 }
 
-// ms_number(value, type): what a function computed, as the type that its call has.
-Cell AsNumber(Cells arguments) {
-  const SqlType type = TypeAt(arguments, 1);
-  if (FamilyOf(type.id) == TypeFamily::kReal) return DoubleAt(arguments, 0);
-  if (const auto* real = std::get_if<double>(&arguments[0])) {
-    const std::optional<Decimal> number =
-        FromDouble(FamilyOf(type.id) == TypeFamily::kInteger ? std::trunc(*real) : *real,
-                   FamilyOf(type.id) == TypeFamily::kInteger ? 0 : type.scale);
-    if (!number) Overflow(type);
-    return StoreDecimal(*number, type, "expression");
+// What a function computed, as the type that its call has.
+Cell AsNumber(const Cell& value, const SqlType& type) {
+  const auto* real = std::get_if<double>(&value);
+  if (real == nullptr) {
+    const Decimal number = DecimalOfCell(value);
+    if (FamilyOf(type.id) == TypeFamily::kReal) return ToDouble(number);
+    return StoreDecimal(number, type, "expression");
   }
-  return StoreDecimal(DecimalOfCell(arguments[0]), type, "expression");
+  if (FamilyOf(type.id) == TypeFamily::kReal) return *real;
+  const bool whole = FamilyOf(type.id) == TypeFamily::kInteger;
+  const std::optional<Decimal> number =
+      FromDouble(whole ? std::trunc(*real) : *real, whole ? 0 : type.scale);
+  if (!number) Overflow(type);
+  return StoreDecimal(*number, type, "expression");
 }
 
-Cell Abs(Cells arguments) {
-  if (const auto* real = std::get_if<double>(&arguments[0])) return std::fabs(*real);
-  Decimal number = DecimalOfCell(arguments[0]);
+Cell Abs(const Cell& value) {
+  if (const auto* real = std::get_if<double>(&value)) return std::fabs(*real);
+  Decimal number = DecimalOfCell(value);
   if (number.value < 0) number.value = -number.value;
   return FormatDecimal(number);
 }
 
-Cell Sign(Cells arguments) {
-  if (const auto* real = std::get_if<double>(&arguments[0])) {
+Cell Sign(const Cell& value) {
+  if (const auto* real = std::get_if<double>(&value)) {
     return static_cast<double>((*real > 0) - (*real < 0));
   }
-  const Decimal number = DecimalOfCell(arguments[0]);
+  const Decimal number = DecimalOfCell(value);
   return static_cast<Integer>((number.value > 0) - (number.value < 0));
 }
 
-// The whole number at or beyond `arguments[0]` on the side of `direction`.
-Cell Whole(Cells arguments, int direction) {
-  if (const auto* real = std::get_if<double>(&arguments[0])) {
+// The whole number at or beyond `value` on the side of `direction`.
+Cell Whole(const Cell& value, int direction) {
+  if (const auto* real = std::get_if<double>(&value)) {
     return direction > 0 ? std::ceil(*real) : std::floor(*real);
   }
-  const Decimal number = DecimalOfCell(arguments[0]);
+  const Decimal number = DecimalOfCell(value);
   Decimal whole{Truncate(number), 0};
   const bool exact = Rescale(whole, number.scale).value_or(number).value == number.value;
   if (!exact && (number.value > 0) == (direction > 0)) whole.value += direction;
   return FormatDecimal(whole);
 }
 
-Cell Ceiling(Cells arguments) { return Whole(arguments, 1); }
-Cell Floor(Cells arguments) { return Whole(arguments, -1); }
+Cell Ceiling(const Cell& value) { return Whole(value, 1); }
+Cell Floor(const Cell& value) { return Whole(value, -1); }
 
-// round(number, digits [, cut])
-Cell Round(Cells arguments) {
-  const Integer digits = IntegerAt(arguments, 1);
-  const bool cut = arguments.size() > 2 && IntegerAt(arguments, 2) != 0;
-  if (const auto* real = std::get_if<double>(&arguments[0])) {
+Cell Round(const Cell& value, Integer digits, std::optional<Integer> function) {
+  const bool cut = function.value_or(0) != 0;
+  if (const auto* real = std::get_if<double>(&value)) {
     if (digits > 300 || digits < -300) return digits > 0 ? *real : 0.0;
     const double power = std::pow(10.0, static_cast<double>(digits));
     const double scaled = *real * power;
     if (!std::isfinite(scaled) || power == 0) return *real;
     return (cut ? std::trunc(scaled) : std::round(scaled)) / power;
   }
-  const Decimal number = DecimalOfCell(arguments[0]);
+  const Decimal number = DecimalOfCell(value);
   if (digits >= number.scale) return FormatDecimal(number);
   if (digits <= -38) return FormatDecimal(Decimal{0, number.scale});
   // Digits before the point are rounded as decimals of a number moved to the right.
@@ -168,61 +151,33 @@ Cell Round(Cells arguments) {
   return FormatDecimal(rounded);
 }
 
-Cell Power(Cells arguments) {
-  const double exponent = DoubleAt(arguments, 1);
-  const double base = DoubleAt(arguments, 0);
-  // Whole powers of whole numbers are exact as long as a double is.
-  return Finite(std::pow(base, exponent));
+Cell Power(double base, double exponent) { return Finite(std::pow(base, exponent)); }
+
+constexpr double kPi = 3.14159265358979323846;
+
+template <double (*Function)(double)>
+Cell Math(double x) {
+  const double result = Function(x);
+  if (!std::isfinite(result)) throw MakeError(3623);
+  return result;
 }
+template <double (*Function)(double)>
+constexpr SqlFunction kMath = kAdapted<Math<Function>>;
 
-struct MathRow {
-  std::string_view name;
-  double (*function)(double);
-};
-constexpr MathRow kMath[] = {
-    {"sqrt", [](double x) { return std::sqrt(x); }},
-    {"square", [](double x) { return x * x; }},
-    {"exp", [](double x) { return std::exp(x); }},
-    {"log", [](double x) { return std::log(x); }},
-    {"log10", [](double x) { return std::log10(x); }},
-    {"sin", [](double x) { return std::sin(x); }},
-    {"cos", [](double x) { return std::cos(x); }},
-    {"tan", [](double x) { return std::tan(x); }},
-    {"cot", [](double x) { return 1 / std::tan(x); }},
-    {"asin", [](double x) { return std::asin(x); }},
-    {"acos", [](double x) { return std::acos(x); }},
-    {"atan", [](double x) { return std::atan(x); }},
-    {"degrees", [](double x) { return x * 180 / 3.14159265358979323846; }},
-    {"radians", [](double x) { return x * 3.14159265358979323846 / 180; }},
-};
-
-// ms_math(name, x)
-Cell Math(Cells arguments) {
-  for (const MathRow& row : kMath) {
-    if (row.name != TextAt(arguments, 0)) continue;
-    const double result = row.function(DoubleAt(arguments, 1));
-    if (!std::isfinite(result)) throw MakeError(3623);
-    return result;
-  }
-  throw Unsupported("this function");
-}
-
-Cell Atn2(Cells arguments) { return std::atan2(DoubleAt(arguments, 0), DoubleAt(arguments, 1)); }
+Cell Atn2(double y, double x) { return std::atan2(y, x); }
 
 std::mt19937_64& Generator() {
   thread_local std::mt19937_64 generator{std::random_device{}()};
   return generator;
 }
 
-Cell Rand(Cells arguments) {
-  if (!arguments.empty() && !IsNullCell(arguments[0])) {
-    Generator().seed(static_cast<std::uint64_t>(IntegerAt(arguments, 0)));
-  }
+Cell Rand(std::optional<Integer> seed) {
+  if (seed) Generator().seed(static_cast<std::uint64_t>(*seed));
   return std::uniform_real_distribution<double>(0, 1)(Generator());
 }
 
 // A random identifier (version 4).
-Cell NewId(Cells /*arguments*/) {
+Cell NewId() {
   std::string bytes;
   for (int half = 0; half < 2; ++half) {
     std::uint64_t value = Generator()();
@@ -233,28 +188,47 @@ Cell NewId(Cells /*arguments*/) {
   return Blob{bytes};
 }
 
-constexpr FunctionEntry kEntries[] = {
-    {"ms_range", 2, Range},
-    {"ms_integer", 4, IntegerOperation},
-    {"ms_float", 3, FloatOperation},
-    {"ms_decimal", 4, DecimalOperation},
-    {"ms_number", 2, AsNumber},
-    {"ms_abs", 1, Abs},
-    {"ms_sign", 1, Sign},
-    {"ms_ceiling", 1, Ceiling},
-    {"ms_floor", 1, Floor},
-    {"ms_round", 2, Round},
-    {"ms_round", 3, Round},
-    {"ms_power", 2, Power},
-    {"ms_math", 2, Math},
-    {"ms_atn2", 2, Atn2},
-    {"ms_rand", 0, Rand, NullRule::kSeesNulls, false},
-    {"ms_rand", 1, Rand, NullRule::kSeesNulls, false},
-    {"ms_newid", 0, NewId, NullRule::kSeesNulls, false},
+// ms_math('sqrt', x): so it stands in check constraints of databases that earlier versions made.
+Cell RunNamed(int count, sqlite3_value** values) {
+  return FindFunction(Take<std::string_view>(values[0]))->function.run(count - 1, values + 1);
+}
+
+constexpr FunctionRow kRows[] = {
+    {"abs", "n", kNumber, kAdapted<Abs>},
+    {"ceiling", "n", kWhole, kAdapted<Ceiling>},
+    {"floor", "n", kWhole, kAdapted<Floor>},
+    {"round", "ni[i", kNumber, kAdapted<Round>},
+    {"sign", "n", kNumber, kAdapted<Sign>},
+    {"power", "nf", kNumber, kAdapted<Power>},
+    {"sqrt", "f", kFloatType, kMath<[](double x) { return std::sqrt(x); }>},
+    {"square", "f", kFloatType, kMath<[](double x) { return x * x; }>},
+    {"exp", "f", kFloatType, kMath<[](double x) { return std::exp(x); }>},
+    {"log", "f", kFloatType, kMath<[](double x) { return std::log(x); }>},
+    {"log10", "f", kFloatType, kMath<[](double x) { return std::log10(x); }>},
+    {"sin", "f", kFloatType, kMath<[](double x) { return std::sin(x); }>},
+    {"cos", "f", kFloatType, kMath<[](double x) { return std::cos(x); }>},
+    {"tan", "f", kFloatType, kMath<[](double x) { return std::tan(x); }>},
+    {"cot", "f", kFloatType, kMath<[](double x) { return 1 / std::tan(x); }>},
+    {"asin", "f", kFloatType, kMath<[](double x) { return std::asin(x); }>},
+    {"acos", "f", kFloatType, kMath<[](double x) { return std::acos(x); }>},
+    {"atan", "f", kFloatType, kMath<[](double x) { return std::atan(x); }>},
+    {"atn2", "ff", kFloatType, kAdapted<Atn2>},
+    {"degrees", "f", kFloatType, kMath<[](double x) { return x * 180 / kPi; }>},
+    {"radians", "f", kFloatType, kMath<[](double x) { return x * kPi / 180; }>},
+    {"pi", "", kFloatType, "3.1415926535897931"},
+    {"rand", "[i", kFloatType, kAdapted<Rand, FunctionKind::kRandom>},
+    {"newid", "", SqlType{TypeId::kUniqueIdentifier, 16, 0, 0, true},
+     kAdapted<NewId, FunctionKind::kRandom>},
+    {"range", kAdapted<Range>},
+    {"integer", kAdapted<IntegerOperation>},
+    {"float", kAdapted<FloatOperation>},
+    {"decimal", kAdapted<DecimalOperation>},
+    {"number", kAdapted<AsNumber>},
+    {"math", SqlFunction{RunNamed, 2}},
 };
 
 }  // namespace
 
-std::span<const FunctionEntry> NumberFunctions() { return kEntries; }
+std::span<const FunctionRow> NumberFunctions() { return kRows; }
 
 }  // namespace dbkeeper::server

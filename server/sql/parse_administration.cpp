@@ -1,28 +1,13 @@
-// Use, set, transactions, messages, procedure calls, backups, permissions and the like.
+// Set, transactions, messages, procedure calls, backups, permissions and the like.
 #include <algorithm>
 #include <iterator>
 #include <utility>
 
 #include "server/sql/parser_core.h"
 #include "server/types/messages.h"
+#include "server/types/text.h"
 
 namespace dbkeeper::server {
-namespace {
-
-// Restore's words that are no database's name.
-struct RestoreRow {
-  std::string_view word;
-  RestoreKind kind;
-};
-constexpr RestoreRow kRestoreKinds[] = {
-    {"HEADERONLY", RestoreKind::kHeaderOnly}, {"FILELISTONLY", RestoreKind::kFileListOnly},
-    {"LABELONLY", RestoreKind::kLabelOnly},   {"VERIFYONLY", RestoreKind::kVerifyOnly},
-    {"DATABASE", RestoreKind::kDatabase},     {"LOG", RestoreKind::kLog},
-};
-
-}  // namespace
-
-Parser::Node Parser::ParseUse() { return UseStatement{ExpectName()}; }
 
 // set nocount on; set ansi_nulls, ansi_padding on; set rowcount 10; set transaction isolation level
 // read committed; set identity_insert t on; set statistics io on; set language us_english.
@@ -34,9 +19,8 @@ Parser::Node Parser::ParseSet() {
     while (IsKeyword("ISOLATION") || IsKeyword("LEVEL")) option += ' ' + ExpectWord();
     set.options.push_back(option);
     set.value = ExpectWord();
-    if (!AtStatementStart() || IsKeyword("READ")) {
-      if (Current().kind == TokenKind::kWord) set.value += ' ' + ExpectWord();
-    }
+    const bool goes_on = IsKeyword("READ") || !AtStatementStart();
+    if (goes_on && Current().kind == TokenKind::kWord) set.value += ' ' + ExpectWord();
     return set;
   }
   if (option == "IDENTITY_INSERT") {
@@ -47,8 +31,7 @@ Parser::Node Parser::ParseSet() {
   set.options.push_back(option);
   while (AcceptSymbol(",")) set.options.push_back(ExpectWord());
   const bool is_switch = IsKeyword("ON") || IsKeyword("OFF");
-  if (AcceptSymbol("-")) set.value = '-';
-  set.value += ParseMeasure();
+  set.value = ParseSignedMeasure();
   if (is_switch) set.value = ToUpperAscii(set.value);
   return set;
 }
@@ -66,39 +49,32 @@ Parser::Node Parser::ParseBegin() {
 
 Parser::Node Parser::ParseTransactionEnd(TransactionAction action) {
   TransactionStatement end{action, ""};
-  if (AcceptKeyword("WORK")) return end;
-  if ((AcceptKeyword("TRAN") || AcceptKeyword("TRANSACTION")) && IsName()) end.name = ExpectName();
+  const std::string_view word = AcceptAny({"WORK", "TRAN", "TRANSACTION"});
+  if (word.starts_with("TRAN") && IsName()) end.name = ExpectName();
   return end;
 }
 
 // ---- messages and calls ------------------------------------------------------------------------
 
-Parser::Node Parser::ParsePrint() { return PrintStatement{ParseValue()}; }
-
 Parser::Node Parser::ParseRaiseError() {
   RaiseErrorStatement raise;
   // The old form: raiserror 50001 'text'.
-  if (!AcceptSymbol("(")) Refuse("RAISERROR without parentheses");
-  raise.message = ParseValue();
-  ExpectSymbol(",");
-  raise.severity = ParseValue();
-  ExpectSymbol(",");
-  raise.state = ParseValue();
-  while (AcceptSymbol(",")) raise.arguments.push_back(ParseValue());
-  ExpectSymbol(")");
-  if (AcceptKeyword("WITH")) {
-    do {
-      ExpectWord();
-    } while (AcceptSymbol(","));
-  }
+  if (!IsSymbol("(")) Refuse("RAISERROR without parentheses");
+  Enclosed([&] {
+    raise.message = ParseValue();
+    ExpectSymbol(",");
+    raise.severity = ParseValue();
+    ExpectSymbol(",");
+    raise.state = ParseValue();
+    while (AcceptSymbol(",")) raise.arguments.push_back(ParseValue());
+  });
+  if (AcceptKeyword("WITH")) ListOf(&Parser::ExpectWord);
   return raise;
 }
 
 Parser::Node Parser::ParseExecute() {
-  if (AcceptSymbol("(")) {
-    ExecuteTextStatement execute{ParseValue()};
-    ExpectSymbol(")");
-    return execute;
+  if (IsSymbol("(")) {
+    return ExecuteTextStatement{Enclosed([&] { return ParseValue(); })};
   }
   if (Current().kind == TokenKind::kVariable) Refuse("variables");
   return ParseProcedureCall();
@@ -108,26 +84,17 @@ Parser::Node Parser::ParseProcedureCall() {
   ExecuteStatement execute;
   execute.procedure = ExpectObjectName();
   // p;2 names one of a group of procedures.
-  if (IsSymbol(";") && Ahead().kind == TokenKind::kInteger) {
-    Advance();
-    Advance();
-  }
-  if (Current().kind == TokenKind::kEnd || IsSymbol(";") || AtStatementStart() ||
-      (IsKeyword("END") && block_depth_ > 0)) {
-    return execute;
-  }
+  if (IsSymbol(";") && Ahead().kind == TokenKind::kInteger) position_ += 2;
+  if (AtStatementEnd() || AtBlockEnd()) return execute;
   bool named = false;
-  if (!IsKeyword("WITH")) {
-    do {
-      const int line = Current().line;
-      execute.arguments.push_back(ParseProcedureArgument());
-      const bool has_name = !execute.arguments.back().name.empty();
-      if (named && !has_name) {
-        throw MakeError(119, {std::to_string(execute.arguments.size())}, line);
-      }
-      named = named || has_name;
-    } while (AcceptSymbol(","));
-  }
+  const auto parse_argument = [&] {
+    const int line = Current().line;
+    execute.arguments.push_back(ParseProcedureArgument());
+    const bool has_name = !execute.arguments.back().name.empty();
+    if (named && !has_name) throw MakeError(119, {std::to_string(execute.arguments.size())}, line);
+    named = named || has_name;
+  };
+  if (!IsKeyword("WITH")) List(parse_argument);
   if (AcceptKeyword("WITH")) ExpectKeyword("RECOMPILE");
   return execute;
 }
@@ -135,18 +102,15 @@ Parser::Node Parser::ParseProcedureCall() {
 ProcedureArgument Parser::ParseProcedureArgument() {
   ProcedureArgument argument;
   if (Current().kind == TokenKind::kVariable && IsSymbolAt(1, "=")) {
-    argument.name = Current().text;
-    Advance();
+    argument.name = TakeText();
     Advance();
   }
-  const std::size_t first = position_;
-  if (AcceptKeyword("DEFAULT")) {
-    argument.value = Make(DefaultValue{}, first);
+  if (IsKeyword("DEFAULT")) {
+    argument.value = TakeToken(ExpressionKind::kDefault);
   } else if (IsName()) {
     // A bare or bracketed word is a string.
-    Literal literal{LiteralKind::kNationalString, Current().text};
-    Advance();
-    argument.value = Make(std::move(literal), first);
+    argument.value = TakeToken(ExpressionKind::kLiteral);
+    argument.value->literal = TokenKind::kNationalString;
   } else if (IsSymbol("-") || IsSymbol("+")) {
     argument.value = ParseUnary();
   } else if (Current().kind == TokenKind::kSymbol) {
@@ -154,7 +118,7 @@ ProcedureArgument Parser::ParseProcedureArgument() {
   } else {
     argument.value = ParsePrimary();
   }
-  argument.output = AcceptKeyword("OUTPUT") || AcceptKeyword("OUT");
+  argument.output = !AcceptAny({"OUTPUT", "OUT"}).empty();
   return argument;
 }
 
@@ -162,61 +126,52 @@ ProcedureArgument Parser::ParseProcedureArgument() {
 
 Parser::Node Parser::ParseBackup() {
   BackupStatement backup;
-  backup.log = AcceptKeyword("LOG") || AcceptKeyword("TRAN") || AcceptKeyword("TRANSACTION");
+  backup.log = !AcceptAny({"LOG", "TRAN", "TRANSACTION"}).empty();
   if (!backup.log) ExpectKeyword("DATABASE");
   backup.database = ExpectName();
   if (IsKeyword("FILE") || IsKeyword("FILEGROUP")) Refuse("BACKUP of files");
-  if (AcceptKeyword("TO")) backup.devices = ParseBackupDevices();
-  backup.options = ParseBackupOptions();
+  ParseDevicesAndOptions("TO", backup);
   return backup;
 }
 
 Parser::Node Parser::ParseRestore() {
+  // In the order of RestoreKind.
+  constexpr std::string_view kWords[] = {"DATABASE",     "LOG",       "HEADERONLY",
+                                         "FILELISTONLY", "LABELONLY", "VERIFYONLY"};
   RestoreStatement restore;
-  const auto* row = std::ranges::find_if(
-      kRestoreKinds, [&](const RestoreRow& candidate) { return AcceptKeyword(candidate.word); });
-  if (row == std::end(kRestoreKinds)) Fail();
-  restore.kind = row->kind;
-  if (restore.kind == RestoreKind::kDatabase || restore.kind == RestoreKind::kLog) {
-    restore.database = ExpectName();
-  }
-  if (AcceptKeyword("FROM")) restore.devices = ParseBackupDevices();
-  restore.options = ParseBackupOptions();
+  const auto* word =
+      std::ranges::find_if(kWords, [&](std::string_view kind) { return AcceptKeyword(kind); });
+  if (word == std::end(kWords)) Fail();
+  restore.kind = static_cast<RestoreKind>(word - std::begin(kWords));
+  if (restore.kind <= RestoreKind::kLog) restore.database = ExpectName();
+  ParseDevicesAndOptions("FROM", restore);
   return restore;
 }
 
-std::vector<BackupDevice> Parser::ParseBackupDevices() {
-  std::vector<BackupDevice> devices;
-  do {
-    BackupDevice device;
-    if ((IsKeyword("DISK") || IsKeyword("TAPE") || IsKeyword("PIPE")) && IsSymbolAt(1, "=")) {
-      device.kind = ExpectWord();
-      Advance();
-      device.name = ExpectString();
-    } else {
-      device.name = ExpectName();
-    }
-    devices.push_back(std::move(device));
-  } while (AcceptSymbol(","));
-  return devices;
+void Parser::ParseDevicesAndOptions(std::string_view before, BackupBody& body) {
+  if (AcceptKeyword(before)) body.devices = ListOf(&Parser::ParseBackupDevice);
+  if (AcceptKeyword("WITH")) body.options = ListOf(&Parser::ParseBackupOption);
 }
 
-std::vector<BackupOption> Parser::ParseBackupOptions() {
-  std::vector<BackupOption> options;
-  if (!AcceptKeyword("WITH")) return options;
-  do {
-    BackupOption option;
-    option.name = ExpectWord();
-    if (option.name == "MOVE") {
-      option.value = ExpectString();
-      ExpectKeyword("TO");
-      option.target = ExpectString();
-    } else if (AcceptSymbol("=")) {
-      option.value = ParseMeasure();
-    }
-    options.push_back(std::move(option));
-  } while (AcceptSymbol(","));
-  return options;
+BackupDevice Parser::ParseBackupDevice() {
+  if (!IsSymbolAt(1, "=")) return {"", ExpectName()};
+  const std::string_view kind = AcceptAny({"DISK", "TAPE", "PIPE"});
+  if (kind.empty()) return {"", ExpectName()};
+  Advance();
+  return {std::string(kind), ExpectString()};
+}
+
+BackupOption Parser::ParseBackupOption() {
+  BackupOption option;
+  option.name = ExpectWord();
+  if (option.name == "MOVE") {
+    option.value = ExpectString();
+    ExpectKeyword("TO");
+    option.target = ExpectString();
+  } else if (AcceptSymbol("=")) {
+    option.value = ParseMeasure();
+  }
+  return option;
 }
 
 // ---- the server --------------------------------------------------------------------------------
@@ -227,29 +182,11 @@ Parser::Node Parser::ParseDbcc() {
   if (AcceptSymbol("(")) {
     while (!AcceptSymbol(")")) {
       if (!dbcc.arguments.empty()) ExpectSymbol(",");
-      std::string argument(AcceptSymbol("-") ? 1 : 0, '-');
-      argument += ParseMeasure();
-      dbcc.arguments.push_back(std::move(argument));
+      dbcc.arguments.push_back(ParseSignedMeasure());
     }
   }
-  if (AcceptKeyword("WITH")) {
-    do {
-      dbcc.options.push_back(ExpectWord());
-    } while (AcceptSymbol(","));
-  }
+  if (AcceptKeyword("WITH")) ListOf(&Parser::ExpectWord);
   return dbcc;
-}
-
-// The id stands bare or in brackets.
-Parser::Node Parser::ParseKill() {
-  KillStatement kill{ParseMeasure()};
-  if (AcceptKeyword("WITH")) ExpectWord();
-  return kill;
-}
-
-Parser::Node Parser::ParseShutdown() {
-  AcceptKeywords({"WITH", "NOWAIT"});
-  return ShutdownStatement{};
 }
 
 Parser::Node Parser::ParseWaitFor() {
@@ -269,7 +206,7 @@ Parser::Node Parser::ParsePermission(PermissionVerb verb) {
   if (revoke && IsKeyword("GRANT")) Refuse("REVOKE GRANT OPTION FOR");
   ParsePermissionList(statement);
   if (!revoke || !AcceptKeyword("FROM")) ExpectKeyword("TO");
-  ParseGrantees(statement);
+  statement.grantees = ListOf(&Parser::ParseGrantee);
   if (verb == PermissionVerb::kGrant) {
     statement.with_grant_option = AcceptKeywords({"WITH", "GRANT", "OPTION"});
   } else {
@@ -280,35 +217,30 @@ Parser::Node Parser::ParsePermission(PermissionVerb verb) {
 }
 
 void Parser::ParsePermissionList(PermissionStatement& statement) {
-  if (AcceptKeyword("ALL")) {
-    statement.all = true;
+  const auto accept_columns = [&] {
+    if (IsSymbol("(")) statement.columns = EnclosedListOf(&Parser::ExpectName);
+  };
+  statement.all = AcceptKeyword("ALL");
+  if (statement.all) {
     AcceptKeyword("PRIVILEGES");
-    if (IsSymbol("(")) statement.columns = ParseNameList();
+    accept_columns();
   } else {
-    do {
+    List([&] {
       std::string permission = ExpectWord();
       if (permission == "EXEC") permission = "EXECUTE";
       if (permission == "REFERENCES" || permission == "SELECT" || permission == "UPDATE") {
-        if (IsSymbol("(")) statement.columns = ParseNameList();
+        accept_columns();
       } else if (permission == "CREATE" || permission == "BACKUP") {
         permission += ' ' + ExpectWord();
       }
       statement.permissions.push_back(std::move(permission));
-    } while (AcceptSymbol(","));
+    });
   }
   if (!AcceptKeyword("ON")) return;
   statement.object = ExpectObjectName();
-  if (IsSymbol("(")) statement.columns = ParseNameList();
+  accept_columns();
 }
 
-void Parser::ParseGrantees(PermissionStatement& statement) {
-  do {
-    if (AcceptKeyword("PUBLIC")) {
-      statement.grantees.emplace_back("public");
-    } else {
-      statement.grantees.push_back(ExpectName());
-    }
-  } while (AcceptSymbol(","));
-}
+std::string Parser::ParseGrantee() { return AcceptKeyword("PUBLIC") ? "public" : ExpectName(); }
 
 }  // namespace dbkeeper::server

@@ -5,6 +5,7 @@
 
 #include "server/sql/parser_core.h"
 #include "server/types/messages.h"
+#include "server/types/text.h"
 
 namespace dbkeeper::server {
 namespace {
@@ -20,6 +21,10 @@ constexpr ClassRow kClasses[] = {
     {"DATABASE", ObjectClass::kDatabase},
 };
 
+ObjectClass ClassOf(std::string_view word) {
+  return std::ranges::find(kClasses, word, &ClassRow::word)->object_class;
+}
+
 struct FileItem {
   std::string_view word;
   std::string DatabaseFile::*value;
@@ -31,27 +36,11 @@ constexpr FileItem kFileItems[] = {
 };
 
 // Options of alter database set that take a second word.
-constexpr std::string_view kValuedOptions[] = {"RECOVERY",
-                                               "CURSOR_DEFAULT",
-                                               "AUTO_CLOSE",
-                                               "AUTO_CREATE_STATISTICS",
-                                               "AUTO_SHRINK",
-                                               "AUTO_UPDATE_STATISTICS",
-                                               "ANSI_NULL_DEFAULT",
-                                               "ANSI_NULLS",
-                                               "ANSI_PADDING",
-                                               "ANSI_WARNINGS",
-                                               "ARITHABORT",
-                                               "CONCAT_NULL_YIELDS_NULL",
-                                               "NUMERIC_ROUNDABORT",
-                                               "QUOTED_IDENTIFIER",
-                                               "RECURSIVE_TRIGGERS",
-                                               "TORN_PAGE_DETECTION",
-                                               "CURSOR_CLOSE_ON_COMMIT"};
-
-bool TakesValue(std::string_view option) {
-  return std::ranges::find(kValuedOptions, option) != std::end(kValuedOptions);
-}
+constexpr std::string_view kValuedOptions =
+    " RECOVERY CURSOR_DEFAULT AUTO_CLOSE AUTO_CREATE_STATISTICS AUTO_SHRINK AUTO_UPDATE_STATISTICS "
+    "ANSI_NULL_DEFAULT ANSI_NULLS ANSI_PADDING ANSI_WARNINGS ARITHABORT CONCAT_NULL_YIELDS_NULL "
+    "NUMERIC_ROUNDABORT QUOTED_IDENTIFIER RECURSIVE_TRIGGERS TORN_PAGE_DETECTION "
+    "CURSOR_CLOSE_ON_COMMIT ";
 
 }  // namespace
 
@@ -59,9 +48,8 @@ Parser::Node Parser::ParseCreate() {
   if (AcceptKeyword("TABLE")) return ParseCreateTable();
   if (AcceptKeyword("VIEW")) return ParseView(false);
   if (AcceptKeyword("DATABASE")) return ParseCreateDatabase();
-  if (IsKeyword("UNIQUE") || IsKeyword("CLUSTERED") || IsKeyword("NONCLUSTERED") ||
-      IsKeyword("INDEX")) {
-    return ParseCreateIndex();
+  for (const std::string_view word : {"UNIQUE", "CLUSTERED", "NONCLUSTERED", "INDEX"}) {
+    if (IsKeyword(word)) return ParseCreateIndex();
   }
   return ParseModule(false);
 }
@@ -74,34 +62,22 @@ Parser::Node Parser::ParseAlter() {
 }
 
 Parser::Node Parser::ParseDrop() {
-  if (AcceptKeyword("INDEX")) return ParseDropIndex();
+  if (AcceptKeyword("INDEX")) return DropIndexStatement{ListOf(&Parser::ParseIndexName)};
   for (const ClassRow& row : kClasses) {
     if (!AcceptKeyword(row.word)) continue;
-    DropStatement drop{row.object_class, {}};
-    do {
-      drop.names.push_back(ExpectObjectName());
-    } while (AcceptSymbol(","));
-    return drop;
+    return DropStatement{row.object_class, ListOf(&Parser::ExpectObjectName)};
   }
-  for (const std::string_view word : {"DEFAULT", "RULE", "STATISTICS"}) {
-    if (IsKeyword(word)) Refuse("DROP " + std::string(word));
-  }
+  RefuseAny({"DEFAULT", "RULE", "STATISTICS"}, "DROP ");
   Fail();
 }
 
-Parser::Node Parser::ParseDropIndex() {
-  DropIndexStatement drop;
-  do {
-    const int line = Current().line;
-    std::vector<std::string> parts = ParseDottedName();
-    if (parts.size() < 2) Fail();
-    DropIndexStatement::Item item;
-    item.index = std::move(parts.back());
-    parts.pop_back();
-    item.table = ObjectNameOf(std::move(parts), line);
-    drop.items.push_back(std::move(item));
-  } while (AcceptSymbol(","));
-  return drop;
+DropIndexStatement::Item Parser::ParseIndexName() {
+  const int line = Current().line;
+  std::vector<std::string> parts = ParseDottedName();
+  if (parts.size() < 2) Fail();
+  std::string index = std::move(parts.back());
+  parts.pop_back();
+  return {ObjectNameOf(std::move(parts), line), std::move(index)};
 }
 
 // ---- views, procedures, triggers, functions ----------------------------------------------------
@@ -111,17 +87,13 @@ Parser::Node Parser::ParseView(bool alter) {
   view.alter = alter;
   if (statement_count_ > 1) throw MakeError(111, {alter ? "ALTER VIEW" : "CREATE VIEW"});
   view.name = ExpectObjectName();
-  if (IsSymbol("(")) view.columns = ParseNameList();
-  if (AcceptKeyword("WITH")) {
-    do {
-      ExpectWord();
-    } while (AcceptSymbol(","));
-  }
+  if (IsSymbol("(")) view.columns = EnclosedListOf(&Parser::ExpectName);
+  if (AcceptKeyword("WITH")) ListOf(&Parser::ExpectWord);
   ExpectKeyword("AS");
   view.query = ParseQuery();
   // Rows are never changed through a view, so there is nothing to check.
   AcceptKeywords({"WITH", "CHECK", "OPTION"});
-  view.text = TextBetween(0, text_.size());
+  view.text = text_;
   return view;
 }
 
@@ -130,28 +102,21 @@ Parser::Node Parser::ParseModule(bool alter) {
   const int line = Current().line;
   CreateModuleStatement module;
   module.alter = alter;
-  if (AcceptKeyword("PROCEDURE") || AcceptKeyword("PROC")) {
-    module.object_class = ObjectClass::kProcedure;
-  } else if (AcceptKeyword("TRIGGER")) {
-    module.object_class = ObjectClass::kTrigger;
-  } else if (AcceptKeyword("FUNCTION")) {
-    module.object_class = ObjectClass::kFunction;
-  } else {
-    for (const std::string_view word : {"DEFAULT", "RULE", "STATISTICS", "SCHEMA"}) {
-      if (IsKeyword(word)) Refuse("CREATE " + std::string(word));
-    }
+  const std::string_view word = AcceptAny({"PROCEDURE", "PROC", "TRIGGER", "FUNCTION"});
+  if (word.empty()) {
+    RefuseAny({"DEFAULT", "RULE", "STATISTICS", "SCHEMA"}, "CREATE ");
     Fail();
   }
+  module.object_class = ClassOf(word);
   if (statement_count_ > 1) throw MakeError(111, {"CREATE PROCEDURE"}, line);
   module.name = ExpectObjectName();
   if (module.object_class == ObjectClass::kTrigger) ParseTriggerHead(module);
   bool body = false;
-  while (Current().kind != TokenKind::kEnd) {
+  for (; Current().kind != TokenKind::kEnd; Advance()) {
     body = body || IsKeyword("AS") || IsKeyword("RETURNS");
-    Advance();
   }
   if (!body) Fail();
-  module.text = TextBetween(0, text_.size());
+  module.text = text_;
   return module;
 }
 
@@ -160,50 +125,40 @@ void Parser::ParseTriggerHead(CreateModuleStatement& module) {
   module.table = ExpectObjectName();
   if (AcceptKeyword("WITH")) ExpectWord();
   if (!AcceptKeywords({"INSTEAD", "OF"}) && !AcceptKeyword("FOR")) ExpectKeyword("AFTER");
-  do {
-    if (!IsKeyword("INSERT") && !IsKeyword("UPDATE") && !IsKeyword("DELETE")) Fail();
-    module.trigger_events.push_back(ToLowerAscii(ExpectWord()));
-  } while (AcceptSymbol(","));
+  List([&] {
+    const std::string_view event = AcceptAny({"INSERT", "UPDATE", "DELETE"});
+    if (event.empty()) Fail();
+    module.trigger_events.push_back(ToLowerAscii(event));
+  });
 }
 
 // ---- databases ---------------------------------------------------------------------------------
 
 DatabaseFile Parser::ParseDatabaseFile() {
   DatabaseFile file;
+  if (IsKeyword("FILEGROUP")) Refuse("FILEGROUP");
   AcceptKeyword("PRIMARY");
-  ExpectSymbol("(");
-  do {
-    const Token& item = Current();
-    const auto* row = std::ranges::find(kFileItems, ExpectWord(), &FileItem::word);
-    if (row == std::end(kFileItems)) FailAt(item);
-    ExpectSymbol("=");
-    file.*row->value = ParseMeasure();
-  } while (AcceptSymbol(","));
-  ExpectSymbol(")");
+  Enclosed([&] {
+    List([&] {
+      const Token& item = Current();
+      const auto* row = std::ranges::find(kFileItems, ExpectWord(), &FileItem::word);
+      if (row == std::end(kFileItems)) FailAt(item);
+      ExpectSymbol("=");
+      file.*row->value = ParseMeasure();
+    });
+  });
   return file;
-}
-
-std::vector<DatabaseFile> Parser::ParseDatabaseFiles() {
-  std::vector<DatabaseFile> files;
-  do {
-    if (IsKeyword("FILEGROUP")) Refuse("FILEGROUP");
-    files.push_back(ParseDatabaseFile());
-  } while (AcceptSymbol(","));
-  return files;
 }
 
 Parser::Node Parser::ParseCreateDatabase() {
   CreateDatabaseStatement create;
   create.name = ExpectName();
-  if (AcceptKeyword("ON")) create.data_files = ParseDatabaseFiles();
+  if (AcceptKeyword("ON")) create.data_files = ListOf(&Parser::ParseDatabaseFile);
   if (AcceptKeyword("LOG")) {
     ExpectKeyword("ON");
-    create.log_files = ParseDatabaseFiles();
+    create.log_files = ListOf(&Parser::ParseDatabaseFile);
   }
-  if (AcceptKeyword("COLLATE")) {
-    create.collation = Current().text;
-    ExpectWord();
-  }
+  if (AcceptKeyword("COLLATE")) create.collation = ParseCollation();
   if (AcceptKeyword("FOR")) {
     if (ExpectWord() != "ATTACH") Fail();
     create.for_attach = true;
@@ -211,47 +166,43 @@ Parser::Node Parser::ParseCreateDatabase() {
   return create;
 }
 
-std::vector<std::string> Parser::ParseDatabaseOptions() {
-  std::vector<std::string> options;
-  do {
-    std::string option = ExpectWord();
-    if (TakesValue(option)) option += ' ' + ExpectWord();
-    options.push_back(std::move(option));
-  } while (AcceptSymbol(","));
-  if (AcceptKeyword("WITH")) {
-    if (ExpectWord() == "ROLLBACK" && !AcceptKeyword("IMMEDIATE")) {
-      AcceptKeyword("AFTER");
-      ExpectInteger();
-      AcceptKeyword("SECONDS");
-    }
-  }
-  return options;
+std::string Parser::ParseCollation() {
+  if (Current().kind != TokenKind::kWord) Fail();
+  return TakeText();
+}
+
+std::string Parser::ParseDatabaseOption() {
+  std::string option = ExpectWord();
+  return HasWord(kValuedOptions, option) ? option + ' ' + ExpectWord() : option;
 }
 
 Parser::Node Parser::ParseAlterDatabase() {
   AlterDatabaseStatement alter;
   alter.name = ExpectName();
   if (AcceptKeyword("SET")) {
-    alter.action = DatabaseOptions{ParseDatabaseOptions()};
+    alter.options = ListOf(&Parser::ParseDatabaseOption);
+    if (AcceptKeyword("WITH") && ExpectWord() == "ROLLBACK" && !AcceptKeyword("IMMEDIATE")) {
+      AcceptKeyword("AFTER");
+      ExpectInteger();
+      AcceptKeyword("SECONDS");
+    }
   } else if (AcceptKeyword("COLLATE")) {
-    alter.action = ModifyDatabaseCollation{ExpectWord()};
+    ExpectWord();
   } else if (AcceptKeyword("ADD")) {
-    const bool log = AcceptKeyword("LOG");
+    AcceptKeyword("LOG");
     ExpectKeyword("FILE");
-    alter.action = AddDatabaseFiles{ParseDatabaseFiles(), log};
+    ListOf(&Parser::ParseDatabaseFile);
   } else if (AcceptKeyword("REMOVE")) {
     ExpectKeyword("FILE");
-    alter.action = RemoveDatabaseFile{ExpectName()};
-  } else if (AcceptKeyword("MODIFY")) {
-    if (AcceptKeyword("NAME")) {
-      ExpectSymbol("=");
-      alter.action = ModifyDatabaseName{ExpectName()};
-    } else {
-      ExpectKeyword("FILE");
-      alter.action = ModifyDatabaseFile{ParseDatabaseFile()};
-    }
+    alter.file = ExpectName();
+  } else if (AcceptKeywords({"MODIFY", "NAME"})) {
+    ExpectSymbol("=");
+    alter.new_name = ExpectName();
   } else {
-    Fail();
+    ExpectKeyword("MODIFY");
+    ExpectKeyword("FILE");
+    if (IsKeyword("FILEGROUP")) Fail();
+    alter.file = ParseDatabaseFile().logical_name;
   }
   return alter;
 }

@@ -1,278 +1,219 @@
 // Expressions: values and predicates in one grammar, told apart where only one may stand.
+#include <algorithm>
 #include <iterator>
 #include <utility>
 
 #include "server/sql/parser_core.h"
 #include "server/types/messages.h"
+#include "server/types/text.h"
 #include "server/types/type_rules.h"
 
 namespace dbkeeper::server {
 namespace {
 
+using enum ExpressionKind;
+
 // A chain of operators is a tree as deep as it is long, and SQLite refuses deep trees.
 constexpr int kMaximumChain = 900;
 
-struct ComparisonRow {
-  std::string_view symbol;
-  BinaryOperator op;
-};
-constexpr ComparisonRow kComparisons[] = {
-    {"=", BinaryOperator::kEqual},           {"<>", BinaryOperator::kNotEqual},
-    {"!=", BinaryOperator::kNotEqual},       {"<", BinaryOperator::kLess},
-    {"<=", BinaryOperator::kLessOrEqual},    {">", BinaryOperator::kGreater},
-    {">=", BinaryOperator::kGreaterOrEqual}, {"!<", BinaryOperator::kGreaterOrEqual},
-    {"!>", BinaryOperator::kLessOrEqual},
-};
-constexpr ComparisonRow kAdditives[] = {
-    {"+", BinaryOperator::kAdd},   {"-", BinaryOperator::kSubtract}, {"&", BinaryOperator::kBitAnd},
-    {"|", BinaryOperator::kBitOr}, {"^", BinaryOperator::kBitXor},
-};
-constexpr ComparisonRow kMultiplicatives[] = {
-    {"*", BinaryOperator::kMultiply},
-    {"/", BinaryOperator::kDivide},
-    {"%", BinaryOperator::kModulo},
+constexpr Operator kOperators[] = {
+    {"OR", OperatorLevel::kOr, "OR", ""},
+    {"AND", OperatorLevel::kAnd, "AND", ""},
+    {"=", OperatorLevel::kComparison, "=", "equal to"},
+    {"<>", OperatorLevel::kComparison, "<>", "not equal to"},
+    {"!=", OperatorLevel::kComparison, "<>", "not equal to"},
+    {"<", OperatorLevel::kComparison, "<", "less than"},
+    {"<=", OperatorLevel::kComparison, "<=", "less than or equal to"},
+    {">", OperatorLevel::kComparison, ">", "greater than"},
+    {">=", OperatorLevel::kComparison, ">=", "greater than or equal to"},
+    {"!<", OperatorLevel::kComparison, ">=", "greater than or equal to"},
+    {"!>", OperatorLevel::kComparison, "<=", "less than or equal to"},
+    {"+", OperatorLevel::kAdditive, "+", "add"},
+    {"-", OperatorLevel::kAdditive, "-", "subtract"},
+    {"&", OperatorLevel::kAdditive, "&", "boolean AND"},
+    {"|", OperatorLevel::kAdditive, "|", "boolean OR"},
+    {"^", OperatorLevel::kAdditive, "^", "boolean XOR"},
+    {"*", OperatorLevel::kMultiplicative, "*", "multiply"},
+    {"/", OperatorLevel::kMultiplicative, "/", "divide"},
+    {"%", OperatorLevel::kMultiplicative, "%", "modulo"},
 };
 
 // Reserved words that begin a call with parentheses, and those that are a call without.
-constexpr std::string_view kCallWords[] = {"LEFT", "RIGHT", "COALESCE", "NULLIF", "USER"};
-constexpr std::string_view kNiladicWords[] = {"CURRENT_TIMESTAMP", "CURRENT_USER", "SESSION_USER",
-                                              "SYSTEM_USER", "USER"};
+constexpr std::string_view kCallWords = " LEFT RIGHT COALESCE NULLIF USER ";
+constexpr std::string_view kNiladicWords =
+    " CURRENT_TIMESTAMP CURRENT_USER SESSION_USER SYSTEM_USER USER ";
 
-template <std::size_t Size>
-std::optional<BinaryOperator> Find(const ComparisonRow (&rows)[Size], const Token& token) {
-  if (token.kind != TokenKind::kSymbol) return std::nullopt;
-  for (const ComparisonRow& row : rows) {
-    if (row.symbol == token.text) return row.op;
-  }
-  return std::nullopt;
-}
-
-LiteralKind LiteralKindOf(TokenKind kind) {
-  switch (kind) {
-    case TokenKind::kInteger:
-      return LiteralKind::kInteger;
-    case TokenKind::kDecimal:
-      return LiteralKind::kDecimal;
-    case TokenKind::kFloat:
-      return LiteralKind::kFloat;
-    case TokenKind::kMoney:
-      return LiteralKind::kMoney;
-    case TokenKind::kString:
-      return LiteralKind::kString;
-    case TokenKind::kNationalString:
-      return LiteralKind::kNationalString;
-    case TokenKind::kBinary:
-      return LiteralKind::kBinary;
-    default:
-      return LiteralKind::kNull;
-  }
+ExpressionKind KindOf(OperatorLevel level) {
+  if (level <= OperatorLevel::kAnd) return kLogical;
+  return level == OperatorLevel::kComparison ? kComparison : kBinary;
 }
 
 }  // namespace
 
-bool IsPredicate(const Expression& expression) {
-  if (const auto* binary = std::get_if<Binary>(&expression.node)) {
-    return binary->op >= BinaryOperator::kEqual;
-  }
-  if (const auto* unary = std::get_if<Unary>(&expression.node)) {
-    return unary->op == UnaryOperator::kNot;
-  }
-  const auto& node = expression.node;
-  return std::holds_alternative<InList>(node) || std::holds_alternative<InQuery>(node) ||
-         std::holds_alternative<Exists>(node) || std::holds_alternative<Quantified>(node) ||
-         std::holds_alternative<Between>(node) || std::holds_alternative<Like>(node) ||
-         std::holds_alternative<IsNull>(node);
+const Operator& OperatorOf(std::string_view word) {
+  return *std::ranges::find(kOperators, word, &Operator::word);
 }
 
-ExpressionPtr Parser::Make(decltype(Expression::node) node, std::size_t first_token) const {
+ExpressionPtr Parser::Make(ExpressionKind kind) const {
   auto expression = std::make_unique<Expression>();
-  expression->node = std::move(node);
-  expression->line = tokens_[first_token].line;
+  expression->kind = kind;
+  expression->line = Current().line;
   return expression;
 }
 
-ExpressionPtr Parser::Join(ExpressionPtr left, BinaryOperator op, ExpressionPtr right) {
+ExpressionPtr Parser::TakeToken(ExpressionKind kind) {
+  ExpressionPtr leaf = Make(kind);
+  leaf->literal = Current().kind;
+  leaf->text = Current().text;
+  Advance();
+  return leaf;
+}
+
+ExpressionPtr Parser::Join(ExpressionPtr left, const Operator& op, ExpressionPtr right) {
   if (++chain_ > kMaximumChain) throw MakeError(191, {}, Current().line);
-  const int line = left->line;
-  ExpressionPtr joined = Make(Binary{op, std::move(left), std::move(right)}, position_);
-  joined->line = line;
+  ExpressionPtr joined = Make(KindOf(op.level));
+  joined->line = left->line;
+  joined->op = &op;
+  joined->operands.push_back(std::move(left));
+  joined->operands.push_back(std::move(right));
   return joined;
+}
+
+ExpressionPtr Parser::Required(ExpressionPtr expression, Wanted wanted) const {
+  if (expression->IsPredicate() != (wanted == Wanted::kPredicate)) Fail();
+  return expression;
 }
 
 ExpressionPtr Parser::ParseValue() {
   const Depth depth(*this);
-  ExpressionPtr value = ParseAdditive();
-  RequireValue(*value);
-  return value;
+  return Required(ParseChain(OperatorLevel::kAdditive), Wanted::kValue);
 }
 
-ExpressionPtr Parser::ParseCondition() {
-  ExpressionPtr condition = ParseAny();
-  if (!IsPredicate(*condition)) Fail();
-  return condition;
-}
-
-void Parser::RequireValue(const Expression& expression) const {
-  if (IsPredicate(expression)) Fail();
-}
+ExpressionPtr Parser::ParseCondition() { return Required(ParseAny(), Wanted::kPredicate); }
 
 ExpressionPtr Parser::ParseAny() {
   const Depth depth(*this);
-  ExpressionPtr left = ParseAnd();
-  while (IsKeyword("OR")) {
-    if (!IsPredicate(*left)) Fail();
+  return ParseChain(OperatorLevel::kOr);
+}
+
+const Operator* Parser::OperatorHere(OperatorLevel level) const {
+  const bool word = level <= OperatorLevel::kAnd;
+  if (Current().kind != (word ? TokenKind::kWord : TokenKind::kSymbol)) return nullptr;
+  for (const Operator& row : kOperators) {
+    if (row.level == level && EqualsKeyword(Current().text, row.word)) return &row;
+  }
+  return nullptr;
+}
+
+// Operators of one level between operands of the next.
+ExpressionPtr Parser::ParseChain(OperatorLevel level) {
+  const Wanted wanted = level <= OperatorLevel::kAnd ? Wanted::kPredicate : Wanted::kValue;
+  ExpressionPtr left = ParseOperand(level);
+  while (const Operator* op = OperatorHere(level)) {
+    left = Required(std::move(left), wanted);
     Advance();
-    ExpressionPtr right = ParseAnd();
-    if (!IsPredicate(*right)) Fail();
-    left = Join(std::move(left), BinaryOperator::kOr, std::move(right));
+    left = Join(std::move(left), *op, Required(ParseOperand(level), wanted));
   }
   return left;
 }
 
-ExpressionPtr Parser::ParseAnd() {
-  ExpressionPtr left = ParseNot();
-  while (IsKeyword("AND")) {
-    if (!IsPredicate(*left)) Fail();
-    Advance();
-    ExpressionPtr right = ParseNot();
-    if (!IsPredicate(*right)) Fail();
-    left = Join(std::move(left), BinaryOperator::kAnd, std::move(right));
-  }
-  return left;
+ExpressionPtr Parser::ParseOperand(OperatorLevel level) {
+  if (level == OperatorLevel::kOr) return ParseChain(OperatorLevel::kAnd);
+  if (level == OperatorLevel::kAnd) return ParseNot();
+  return level == OperatorLevel::kAdditive ? ParseChain(OperatorLevel::kMultiplicative)
+                                           : ParseUnary();
 }
 
 ExpressionPtr Parser::ParseNot() {
-  const std::size_t first = position_;
-  if (!AcceptKeyword("NOT")) return ParsePredicate();
+  if (!IsKeyword("NOT")) return ParsePredicate();
+  ExpressionPtr negation = Make(kNot);
+  Advance();
   const Depth depth(*this);
-  ExpressionPtr operand = ParseNot();
-  if (!IsPredicate(*operand)) Fail();
-  return Make(Unary{UnaryOperator::kNot, std::move(operand)}, first);
+  negation->operands.push_back(Required(ParseNot(), Wanted::kPredicate));
+  return negation;
 }
 
 ExpressionPtr Parser::ParsePredicate() {
-  const std::size_t first = position_;
-  if (AcceptKeyword("EXISTS")) {
-    ExpectSymbol("(");
-    QueryPtr query = ParseQuery();
-    ExpectSymbol(")");
-    return Make(Exists{std::move(query)}, first);
+  if (IsKeyword("EXISTS")) {
+    ExpressionPtr exists = Make(kExists);
+    Advance();
+    exists->query = ParseEnclosedQuery();
+    return exists;
   }
-  for (const std::string_view word : {"CONTAINS", "FREETEXT", "TSEQUAL"}) {
-    if (IsKeyword(word)) Refuse(word);
-  }
-  ExpressionPtr value = ParseAdditive();
+  RefuseAny({"CONTAINS", "FREETEXT", "TSEQUAL"});
+  ExpressionPtr value = ParseChain(OperatorLevel::kAdditive);
   if (IsSymbol("*=")) Refuse("the outer join *=");
-  if (const auto op = ComparisonOperator()) {
-    RequireValue(*value);
+  if (const Operator* op = OperatorHere(OperatorLevel::kComparison)) {
+    value = Required(std::move(value), Wanted::kValue);
     Advance();
     return ParseComparison(std::move(value), *op);
   }
   return ParseNegatable(std::move(value));
 }
 
-std::optional<BinaryOperator> Parser::ComparisonOperator() const {
-  return Find(kComparisons, Current());
-}
-
-ExpressionPtr Parser::ParseComparison(ExpressionPtr left, BinaryOperator op) {
-  const bool all = IsKeyword("ALL");
-  if (all || IsKeyword("ANY") || IsKeyword("SOME")) {
-    const std::size_t first = position_;
+ExpressionPtr Parser::ParseComparison(ExpressionPtr left, const Operator& op) {
+  if (IsKeyword("ALL") || IsKeyword("ANY") || IsKeyword("SOME")) {
+    ExpressionPtr quantified = Make(kQuantified);
+    quantified->op = &op;
+    quantified->all = IsKeyword("ALL");
     Advance();
-    ExpectSymbol("(");
-    QueryPtr query = ParseQuery();
-    ExpectSymbol(")");
-    return Make(Quantified{std::move(left), op, all, std::move(query)}, first);
+    quantified->operands.push_back(std::move(left));
+    quantified->query = ParseEnclosedQuery();
+    return quantified;
   }
   if (IsSymbol("*")) Refuse("the outer join =*");
   return Join(std::move(left), op, ParseValue());
 }
 
+// What may stand behind a value: is null, in, between, like, the last three with a `not` before.
 ExpressionPtr Parser::ParseNegatable(ExpressionPtr value) {
-  const std::size_t first = position_;
-  if (AcceptKeyword("IS")) {
-    RequireValue(*value);
-    const bool negated = AcceptKeyword("NOT");
+  const bool negated = IsKeyword("NOT") && !IsKeywordAt(1, "IS");
+  const std::size_t ahead = negated ? 1 : 0;
+  const auto is = [&](std::string_view word) { return IsKeywordAt(ahead, word); };
+  const ExpressionKind kind = is("IS")        ? kIsNull
+                              : is("IN")      ? kIn
+                              : is("BETWEEN") ? kBetween
+                              : is("LIKE")    ? kLike
+                                              : kLiteral;
+  if (kind == kLiteral) return value;
+  ExpressionPtr predicate = Make(kind);
+  predicate->negated = negated;
+  std::vector<ExpressionPtr>& operands = predicate->operands;
+  // A predicate before `is` is refused at the word behind it.
+  if (kind == kIsNull) Advance();
+  operands.push_back(Required(std::move(value), Wanted::kValue));
+  if (kind != kIsNull) position_ += ahead + 1;
+  if (kind == kIsNull) {
+    predicate->negated = AcceptKeyword("NOT");
     ExpectKeyword("NULL");
-    return Make(IsNull{std::move(value), negated}, first);
-  }
-  const bool negated = IsKeyword("NOT") && (IsKeywordAt(1, "IN") || IsKeywordAt(1, "BETWEEN") ||
-                                            IsKeywordAt(1, "LIKE"));
-  if (!negated && !IsKeyword("IN") && !IsKeyword("BETWEEN") && !IsKeyword("LIKE")) return value;
-  RequireValue(*value);
-  if (negated) Advance();
-  if (AcceptKeyword("IN")) return ParseIn(std::move(value), negated);
-  if (AcceptKeyword("BETWEEN")) {
-    ExpressionPtr low = ParseValue();
+  } else if (kind == kBetween) {
+    operands.push_back(ParseValue());
     ExpectKeyword("AND");
-    ExpressionPtr high = ParseValue();
-    return Make(Between{std::move(value), std::move(low), std::move(high), negated}, first);
+    operands.push_back(ParseValue());
+  } else if (kind == kLike) {
+    operands.push_back(ParseValue());
+    const bool braced = AcceptSymbol("{");
+    if (braced && !IsKeyword("ESCAPE")) Fail();
+    if (AcceptKeyword("ESCAPE")) operands.push_back(ParseValue());
+    if (braced) ExpectSymbol("}");
+  } else {
+    // The errors of what is searched have the line of the list.
+    predicate->line = Current().line;
+    if (IsSymbol("(") && IsKeywordAt(1, "SELECT")) {
+      predicate->query = ParseEnclosedQuery();
+    } else {
+      Enclosed([&] { List([&] { operands.push_back(ParseValue()); }); });
+    }
   }
-  ExpectKeyword("LIKE");
-  Like like{std::move(value), ParseValue(), nullptr, negated};
-  if (AcceptKeyword("ESCAPE")) {
-    like.escape = ParseValue();
-  } else if (AcceptSymbol("{")) {
-    ExpectKeyword("ESCAPE");
-    like.escape = ParseValue();
-    ExpectSymbol("}");
-  }
-  return Make(std::move(like), first);
-}
-
-ExpressionPtr Parser::ParseIn(ExpressionPtr value, bool negated) {
-  const std::size_t first = position_;
-  ExpectSymbol("(");
-  if (IsKeyword("SELECT")) {
-    QueryPtr query = ParseQuery();
-    ExpectSymbol(")");
-    return Make(InQuery{std::move(value), std::move(query), negated}, first);
-  }
-  InList in{std::move(value), {}, negated};
-  do {
-    in.list.push_back(ParseValue());
-  } while (AcceptSymbol(","));
-  ExpectSymbol(")");
-  return Make(std::move(in), first);
-}
-
-ExpressionPtr Parser::ParseAdditive() {
-  ExpressionPtr left = ParseMultiplicative();
-  while (const auto op = Find(kAdditives, Current())) {
-    RequireValue(*left);
-    Advance();
-    ExpressionPtr right = ParseMultiplicative();
-    RequireValue(*right);
-    left = Join(std::move(left), *op, std::move(right));
-  }
-  return left;
-}
-
-ExpressionPtr Parser::ParseMultiplicative() {
-  ExpressionPtr left = ParseUnary();
-  while (const auto op = Find(kMultiplicatives, Current())) {
-    RequireValue(*left);
-    Advance();
-    ExpressionPtr right = ParseUnary();
-    RequireValue(*right);
-    left = Join(std::move(left), *op, std::move(right));
-  }
-  return left;
+  return predicate;
 }
 
 ExpressionPtr Parser::ParseUnary() {
-  const std::size_t first = position_;
-  std::optional<UnaryOperator> op;
-  if (IsSymbol("-")) op = UnaryOperator::kMinus;
-  if (IsSymbol("+")) op = UnaryOperator::kPlus;
-  if (IsSymbol("~")) op = UnaryOperator::kBitNot;
-  if (op) {
+  if (IsSymbol("-") || IsSymbol("+") || IsSymbol("~")) {
     const Depth depth(*this);
-    Advance();
-    ExpressionPtr operand = ParseUnary();
-    RequireValue(*operand);
-    return Make(Unary{*op, std::move(operand)}, first);
+    ExpressionPtr unary = TakeToken(kUnary);
+    unary->operands.push_back(Required(ParseUnary(), Wanted::kValue));
+    return unary;
   }
   ExpressionPtr primary = ParsePrimary();
   // Every column has the one collation of this server.
@@ -281,155 +222,116 @@ ExpressionPtr Parser::ParseUnary() {
 }
 
 ExpressionPtr Parser::ParsePrimary() {
-  const std::size_t first = position_;
-  const Token& token = Current();
-  switch (token.kind) {
-    case TokenKind::kInteger:
-    case TokenKind::kDecimal:
-    case TokenKind::kFloat:
-    case TokenKind::kMoney:
-    case TokenKind::kString:
-    case TokenKind::kNationalString:
-    case TokenKind::kBinary: {
-      Literal literal{LiteralKindOf(token.kind), token.text};
-      Advance();
-      return Make(std::move(literal), first);
-    }
-    case TokenKind::kVariable: {
-      Variable variable{token.text};
-      Advance();
-      return Make(std::move(variable), first);
-    }
+  switch (Current().kind) {
+    case TokenKind::kVariable:
+      return TakeToken(kVariable);
     case TokenKind::kQuotedName:
       return ParseNameOrCall();
     case TokenKind::kWord:
-      return IsReservedWord(token.text) ? ParseKeywordExpression() : ParseNameOrCall();
+      return IsName() ? ParseNameOrCall() : ParseKeywordExpression();
     case TokenKind::kSymbol:
       if (IsSymbol("(")) return ParseParenthesised();
       if (IsSymbol("{")) return ParseOdbcEscape();
       Fail();
     case TokenKind::kEnd:
       Fail();
+    default:
+      return TakeToken(kLiteral);
   }
-  Fail();
 }
 
 ExpressionPtr Parser::ParseParenthesised() {
-  const std::size_t first = position_;
   const Depth depth(*this);
-  ExpectSymbol("(");
-  if (IsKeyword("SELECT")) {
-    QueryPtr query = ParseQuery();
-    ExpectSymbol(")");
-    return Make(ScalarSubquery{std::move(query)}, first);
+  if (!IsKeywordAt(1, "SELECT")) {
+    return Enclosed([&] { return ParseAny(); });
   }
-  ExpressionPtr inner = ParseAny();
-  ExpectSymbol(")");
-  return inner;
+  ExpressionPtr subquery = Make(kSubquery);
+  subquery->query = ParseEnclosedQuery();
+  return subquery;
 }
 
 ExpressionPtr Parser::ParseNameOrCall() {
-  const std::size_t first = position_;
   if (IsKeyword("CAST") && IsSymbolAt(1, "(")) return ParseCast();
-  std::vector<std::string> parts = ParseDottedName();
-  if (IsSymbol("(")) return ParseCall(std::move(parts));
-  if (parts.size() > 4) FailAt(tokens_[position_ - 1]);
-  return Make(ColumnReference{std::move(parts)}, first);
+  ExpressionPtr column = Make(kColumn);
+  column->name = ParseDottedName();
+  if (IsSymbol("(")) return ParseCall(std::move(column->name));
+  if (column->name.size() > 4) FailAt(tokens_[position_ - 1]);
+  return column;
 }
 
 ExpressionPtr Parser::ParseCall(std::vector<std::string> name) {
-  const std::size_t first = position_;
   const Depth depth(*this);
   if (name.size() > 1) Refuse("user functions");
-  FunctionCall call{std::move(name.back()), {}, false};
-  ExpectSymbol("(");
-  if (AcceptKeyword("DISTINCT")) {
-    call.distinct = true;
-  } else {
-    AcceptKeyword("ALL");
-  }
-  if (IsSymbol("*") && IsSymbolAt(1, ")")) {
-    const std::size_t star = position_;
-    Advance();
-    call.arguments.push_back(Make(Star{}, star));
-  } else if (!IsSymbol(")")) {
-    do {
-      call.arguments.push_back(ParseValue());
-    } while (AcceptSymbol(","));
-  }
-  ExpectSymbol(")");
-  return Make(std::move(call), first);
+  ExpressionPtr call = Make(kCall);
+  call->text = std::move(name[0]);
+  Enclosed([&] {
+    call->distinct = AcceptKeyword("DISTINCT");
+    if (!call->distinct) AcceptKeyword("ALL");
+    if (IsSymbol("*") && IsSymbolAt(1, ")")) {
+      call->operands.push_back(TakeToken(kStar));
+    } else if (!IsSymbol(")")) {
+      call->operands = ListOf(&Parser::ParseValue);
+    }
+  });
+  return call;
 }
 
 ExpressionPtr Parser::ParseKeywordExpression() {
-  const std::size_t first = position_;
-  if (AcceptKeyword("NULL")) return Make(Literal{LiteralKind::kNull, ""}, first);
+  if (IsKeyword("NULL")) return TakeToken(kLiteral);
   if (IsKeyword("CASE")) return ParseCase();
-  if (IsKeyword("CONVERT")) return ParseConvert();
+  if (IsKeyword("CONVERT")) return ParseCast();
   if (IsKeyword("IDENTITYCOL") || IsKeyword("ROWGUIDCOL")) Refuse(Current().text);
   if (IsKeyword("IDENTITY") && IsSymbolAt(1, "(")) Refuse("the function identity()");
-  const std::string word = ToLowerAscii(Current().text);
-  if (IsSymbolAt(1, "(")) {
-    for (const std::string_view candidate : kCallWords) {
-      if (!IsKeyword(candidate)) continue;
-      Advance();
-      return ParseCall({word});
-    }
-  }
-  for (const std::string_view candidate : kNiladicWords) {
-    if (!AcceptKeyword(candidate)) continue;
-    return Make(FunctionCall{word, {}, false}, first);
-  }
-  Fail();
+  const bool with_arguments = IsSymbolAt(1, "(") && HasWord(kCallWords, Current().text);
+  if (!with_arguments && !HasWord(kNiladicWords, Current().text)) Fail();
+  ExpressionPtr call = TakeToken(kCall);
+  call->text = ToLowerAscii(call->text);
+  return with_arguments ? ParseCall({std::move(call->text)}) : std::move(call);
 }
 
 ExpressionPtr Parser::ParseCase() {
-  const std::size_t first = position_;
   const Depth depth(*this);
+  ExpressionPtr expression = Make(kCase);
+  std::vector<ExpressionPtr>& operands = expression->operands;
   ExpectKeyword("CASE");
-  Case expression;
-  if (!IsKeyword("WHEN")) expression.operand = ParseValue();
-  const bool searched = expression.operand == nullptr;
+  const bool searched = IsKeyword("WHEN");
+  operands.push_back(searched ? nullptr : ParseValue());
+  if (!IsKeyword("WHEN")) Fail();
   while (AcceptKeyword("WHEN")) {
-    ExpressionPtr condition = searched ? ParseCondition() : ParseValue();
+    operands.push_back(searched ? ParseCondition() : ParseValue());
     ExpectKeyword("THEN");
-    expression.whens.push_back({std::move(condition), ParseValue()});
+    operands.push_back(ParseValue());
   }
-  if (expression.whens.empty()) Fail();
-  if (AcceptKeyword("ELSE")) expression.otherwise = ParseValue();
+  operands.push_back(AcceptKeyword("ELSE") ? ParseValue() : nullptr);
   ExpectKeyword("END");
-  return Make(std::move(expression), first);
+  return expression;
 }
 
+// cast(value as type), convert(type, value, style).
 ExpressionPtr Parser::ParseCast() {
-  const std::size_t first = position_;
   const Depth depth(*this);
+  ExpressionPtr cast = Make(kCast);
+  const bool converts = IsKeyword("CONVERT");
   Advance();
-  ExpectSymbol("(");
-  ExpressionPtr value = ParseValue();
-  ExpectKeyword("AS");
-  const SqlType type = ParseType(nullptr, true);
-  ExpectSymbol(")");
-  return Make(Cast{std::move(value), type, nullptr}, first);
-}
-
-ExpressionPtr Parser::ParseConvert() {
-  const std::size_t first = position_;
-  const Depth depth(*this);
-  Advance();
-  ExpectSymbol("(");
-  const SqlType type = ParseType(nullptr, true);
-  ExpectSymbol(",");
-  Cast cast{ParseValue(), type, nullptr};
-  if (AcceptSymbol(",")) cast.style = ParseValue();
-  ExpectSymbol(")");
-  return Make(std::move(cast), first);
+  Enclosed([&] {
+    if (converts) {
+      cast->type = ParseType(nullptr, true);
+      ExpectSymbol(",");
+      cast->operands.push_back(ParseValue());
+      if (AcceptSymbol(",")) cast->operands.push_back(ParseValue());
+    } else {
+      cast->operands.push_back(ParseValue());
+      ExpectKeyword("AS");
+      cast->type = ParseType(nullptr, true);
+    }
+  });
+  return cast;
 }
 
 // {ts '...'}, {d '...'}, {t '...'} and {fn f(...)}.
 ExpressionPtr Parser::ParseOdbcEscape() {
-  const std::size_t first = position_;
   const Depth depth(*this);
+  ExpressionPtr cast = Make(kCast);
   ExpectSymbol("{");
   if (AcceptKeyword("FN")) {
     ExpressionPtr call = ParsePrimary();
@@ -437,42 +339,34 @@ ExpressionPtr Parser::ParseOdbcEscape() {
     return call;
   }
   if (!AcceptKeyword("TS") && !AcceptKeyword("D") && !AcceptKeyword("T")) Fail();
-  const std::size_t literal = position_;
-  const std::string text = ExpectString();
+  cast->type = SqlType{TypeId::kDateTime, 8, 23, 3, true};
+  ExpressionPtr literal = Make(kLiteral);
+  literal->literal = TokenKind::kString;
+  literal->text = ExpectString();
+  cast->operands.push_back(std::move(literal));
   ExpectSymbol("}");
-  return Make(Cast{Make(Literal{LiteralKind::kString, text}, literal),
-                   SqlType{TypeId::kDateTime, 8, 23, 3, true}, nullptr},
-              first);
+  return cast;
 }
 
 SqlType Parser::ParseType(std::string* written_name, bool for_cast) {
   const Token& token = Current();
   if (token.kind != TokenKind::kWord && token.kind != TokenKind::kQuotedName) Fail();
-  std::string name = ToLowerAscii(token.text);
-  Advance();
+  std::string name = ToLowerAscii(TakeText());
   // A type may be written with its owner: dbo.sysname.
   if (AcceptSymbol(".")) name = ToLowerAscii(ExpectName());
   if (name == "double" && AcceptKeyword("PRECISION")) name += " precision";
   if (name == "national") name += ' ' + ToLowerAscii(ExpectWord());
   if (AcceptKeyword("VARYING")) name += " varying";
   std::vector<int> measures;
-  if (AcceptSymbol("(")) {
-    do {
-      const std::string digits = ExpectInteger();
-      if (digits.size() > 6) throw MakeError(1001, {digits, std::to_string(token.line)});
-      measures.push_back(std::stoi(digits));
-    } while (AcceptSymbol(","));
-    ExpectSymbol(")");
-  }
+  const auto measure = [&] {
+    const std::string digits = ExpectInteger();
+    if (digits.size() > 6) throw MakeError(1001, {digits, std::to_string(token.line)});
+    measures.push_back(std::stoi(digits));
+  };
+  if (IsSymbol("(")) Enclosed([&] { List(measure); });
   if (written_name != nullptr) *written_name = name;
   std::optional<SqlType> type;
-  try {
-    type = TypeByName(name, measures);
-  } catch (const SqlError& error) {
-    ServerMessage message = error.message();
-    message.line = token.line;
-    throw SqlError(message);
-  }
+  AtLine(token.line, [&] { type = TypeByName(name, measures); });
   if (!type) throw MakeError(2715, {"1", name}, token.line);
   const bool sized =
       FamilyOf(type->id) == TypeFamily::kText || FamilyOf(type->id) == TypeFamily::kBinary;

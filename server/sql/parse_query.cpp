@@ -1,4 +1,5 @@
-// Select, insert, update, delete, truncate.
+// Select, insert, update, delete.
+#include <algorithm>
 #include <iterator>
 #include <utility>
 
@@ -8,17 +9,16 @@
 namespace dbkeeper::server {
 namespace {
 
-// Hints change nothing here: locks are those of SQLite.
-constexpr std::string_view kHints[] = {
-    "NOLOCK",          "HOLDLOCK",       "UPDLOCK",      "TABLOCK", "TABLOCKX",
-    "PAGLOCK",         "ROWLOCK",        "READPAST",     "XLOCK",   "READCOMMITTED",
-    "READUNCOMMITTED", "REPEATABLEREAD", "SERIALIZABLE", "INDEX",   "FASTFIRSTROW"};
+// As deep as SQLite takes a chain of unions or joins.
+constexpr int kMaximumTerms = 400;
 
-bool IsHint(std::string_view word) {
-  for (const std::string_view hint : kHints) {
-    if (EqualsKeyword(word, hint)) return true;
-  }
-  return false;
+// Hints change nothing here: locks are those of SQLite.
+constexpr std::string_view kHints =
+    " NOLOCK HOLDLOCK UPDLOCK TABLOCK TABLOCKX PAGLOCK ROWLOCK READPAST XLOCK READCOMMITTED "
+    "READUNCOMMITTED REPEATABLEREAD SERIALIZABLE INDEX FASTFIRSTROW ";
+
+bool IsHint(const Token& token) {
+  return token.kind == TokenKind::kWord && HasWord(kHints, token.text);
 }
 
 }  // namespace
@@ -32,7 +32,7 @@ QueryPtr Parser::ParseQuery() {
   query->terms.push_back(ParseQueryTerm());
   while (AcceptKeyword("UNION")) {
     query->operators.push_back(AcceptKeyword("ALL") ? SetOperator::kUnionAll : SetOperator::kUnion);
-    if (++chain_ > 400) throw MakeError(191, {}, Current().line);
+    if (++chain_ > kMaximumTerms) throw MakeError(191, {}, Current().line);
     query->terms.push_back(ParseQueryTerm());
   }
   query->order_by = ParseOrderBy();
@@ -40,35 +40,30 @@ QueryPtr Parser::ParseQuery() {
   return query;
 }
 
+QueryPtr Parser::ParseEnclosedQuery() {
+  return Enclosed([&] { return ParseQuery(); });
+}
+
 Query::Term Parser::ParseQueryTerm() {
-  if (!AcceptSymbol("(")) return ParseSelectCore();
-  QueryPtr inner = ParseQuery();
-  ExpectSymbol(")");
-  return inner;
+  if (IsSymbol("(")) return ParseEnclosedQuery();
+  return ParseSelectCore();
 }
 
 SelectCore Parser::ParseSelectCore() {
   SelectCore core;
   core.line = Current().line;
   ExpectKeyword("SELECT");
-  if (AcceptKeyword("DISTINCT")) {
-    core.distinct = true;
-  } else {
-    AcceptKeyword("ALL");
-  }
-  if (IsKeyword("TOP")) core.top = ParseTop();
-  do {
-    core.items.push_back(ParseSelectItem());
-  } while (AcceptSymbol(","));
+  core.distinct = AcceptKeyword("DISTINCT");
+  if (!core.distinct) AcceptKeyword("ALL");
+  if (AcceptKeyword("TOP")) core.top = ParseTop();
+  core.items = ListOf(&Parser::ParseSelectItem);
   if (AcceptKeyword("INTO")) core.into = ExpectObjectName();
-  if (AcceptKeyword("FROM")) core.from = ParseFromList();
+  core.from = ParseFrom();
   core.where = ParseWhere();
   if (AcceptKeyword("GROUP")) {
     ExpectKeyword("BY");
     if (IsKeyword("ALL")) Refuse("GROUP BY ALL");
-    do {
-      core.group_by.push_back(ParseValue());
-    } while (AcceptSymbol(","));
+    core.group_by = ListOf(&Parser::ParseValue);
     if (IsKeyword("WITH") && (IsKeywordAt(1, "ROLLUP") || IsKeywordAt(1, "CUBE"))) {
       Refuse("WITH ROLLUP and WITH CUBE");
     }
@@ -78,7 +73,6 @@ SelectCore Parser::ParseSelectCore() {
 }
 
 ExpressionPtr Parser::ParseTop() {
-  ExpectKeyword("TOP");
   const bool parenthesised = AcceptSymbol("(");
   const TokenKind kind = Current().kind;
   if (kind != TokenKind::kInteger && kind != TokenKind::kDecimal && kind != TokenKind::kVariable) {
@@ -92,17 +86,10 @@ ExpressionPtr Parser::ParseTop() {
 }
 
 SelectItem Parser::ParseSelectItem() {
-  SelectItem item;
-  const std::size_t first = position_;
-  if (AcceptSymbol("*")) {
-    item.value = Make(Star{}, first);
-    return item;
-  }
+  if (IsSymbol("*")) return {TakeToken(ExpressionKind::kStar), ""};
   if (Current().kind == TokenKind::kVariable && IsSymbolAt(1, "=")) Refuse("variables");
-  const bool names = IsName() || Current().kind == TokenKind::kString;
-  if (names && IsSymbolAt(1, "=")) {
-    item.alias = Current().text;
-    Advance();
+  if ((IsName() || Current().kind == TokenKind::kString) && IsSymbolAt(1, "=")) {
+    SelectItem item{nullptr, TakeText()};
     Advance();
     item.value = ParseValue();
     return item;
@@ -114,91 +101,70 @@ SelectItem Parser::ParseSelectItem() {
       ahead += IsSymbolAt(ahead + 2, ".") ? 1 : 2;
     }
     if (IsSymbolAt(ahead + 1, ".") && IsSymbolAt(ahead + 2, "*")) {
-      Star star;
+      ExpressionPtr star = Make(ExpressionKind::kStar);
       while (!AcceptSymbol("*")) {
-        if (!AcceptSymbol(".")) star.qualifier.push_back(ExpectName());
+        if (!AcceptSymbol(".")) star->name.push_back(ExpectName());
       }
-      item.value = Make(std::move(star), first);
-      return item;
+      return {std::move(star), ""};
     }
   }
-  item.value = ParseValue();
+  SelectItem item{ParseValue(), ""};
   item.alias = ParseColumnAlias();
   return item;
 }
 
 std::string Parser::ParseColumnAlias() {
   const bool said = AcceptKeyword("AS");
-  if (Current().kind == TokenKind::kString || Current().kind == TokenKind::kNationalString) {
-    return ExpectString();
-  }
-  if (!said && !IsName()) return "";
-  return ExpectName();
+  if (IsString()) return TakeText();
+  return said || IsName() ? ExpectName() : "";
 }
 
 std::vector<OrderItem> Parser::ParseOrderBy() {
-  std::vector<OrderItem> items;
-  if (!IsKeyword("ORDER")) return items;
-  Advance();
+  if (!AcceptKeyword("ORDER")) return {};
   ExpectKeyword("BY");
-  do {
-    OrderItem item;
-    item.value = ParseValue();
-    item.descending = AcceptKeyword("DESC");
-    if (!item.descending) AcceptKeyword("ASC");
-    items.push_back(std::move(item));
-  } while (AcceptSymbol(","));
-  return items;
+  return ListOf(&Parser::ParseOrderItem);
 }
+
+OrderItem Parser::ParseOrderItem() {
+  OrderItem item{ParseValue()};
+  item.descending = AcceptDescending();
+  return item;
+}
+
+bool Parser::AcceptDescending() { return AcceptAny({"DESC", "ASC"}) == "DESC"; }
 
 void Parser::ParseQueryTail() {
   if (IsKeyword("COMPUTE")) Refuse("COMPUTE");
   if (IsKeyword("FOR")) {
     if (!IsKeywordAt(1, "BROWSE") && !IsKeywordAt(1, "READ")) Refuse("FOR XML");
     Advance();
-    if (AcceptKeyword("READ")) {
-      ExpectKeyword("ONLY");
-    } else {
+    if (!AcceptKeyword("BROWSE")) {
       Advance();
+      ExpectKeyword("ONLY");
     }
   }
   if (!IsKeyword("OPTION") || !IsSymbolAt(1, "(")) return;
   Advance();
-  Advance();
-  while (!AcceptSymbol(")")) {
-    if (Current().kind == TokenKind::kEnd) Fail();
-    Advance();
-  }
+  SkipOptions();
 }
 
 // ---- from --------------------------------------------------------------------------------------
 
-std::vector<TableSourcePtr> Parser::ParseFromList() {
-  std::vector<TableSourcePtr> sources;
-  do {
-    sources.push_back(ParseTableSource());
-  } while (AcceptSymbol(","));
-  return sources;
+std::vector<TableSourcePtr> Parser::ParseFrom() {
+  if (!AcceptKeyword("FROM")) return {};
+  return ListOf(&Parser::ParseTableSource);
 }
 
 std::optional<JoinKind> Parser::AcceptJoin() {
-  struct Row {
-    std::string_view word;
-    JoinKind kind;
-  };
-  constexpr Row kRows[] = {{"INNER", JoinKind::kInner},
-                           {"LEFT", JoinKind::kLeft},
-                           {"RIGHT", JoinKind::kRight},
-                           {"FULL", JoinKind::kFull},
-                           {"CROSS", JoinKind::kCross}};
+  constexpr std::string_view kWords[] = {"INNER", "LEFT", "RIGHT", "FULL", "CROSS"};
   if (AcceptKeyword("JOIN")) return JoinKind::kInner;
-  for (const Row& row : kRows) {
-    if (!AcceptKeyword(row.word)) continue;
+  for (std::size_t i = 0; i < std::size(kWords); ++i) {
+    if (!AcceptKeyword(kWords[i])) continue;
     AcceptKeyword("OUTER");
     // inner hash join: the way to join is SQLite's to choose.
-    if (IsKeyword("LOOP") || IsKeyword("HASH") || IsKeyword("MERGE")) Advance();
+    AcceptAny({"LOOP", "HASH", "MERGE"});
     ExpectKeyword("JOIN");
-    return row.kind;
+    return static_cast<JoinKind>(i);
   }
   return std::nullopt;
 }
@@ -213,62 +179,54 @@ TableSourcePtr Parser::ParseTableSource() {
 // What stands behind the word join; "a join b join c on .. on .." joins b and c first.
 TableSourcePtr Parser::ParseJoin(TableSourcePtr left, JoinKind kind) {
   const Depth depth(*this);
-  if (++chain_ > 400) throw MakeError(191, {}, Current().line);
+  if (++chain_ > kMaximumTerms) throw MakeError(191, {}, Current().line);
   auto joined = std::make_unique<TableSource>();
+  joined->kind = TableSource::Kind::kJoined;
   joined->line = left->line;
-  TableSourcePtr right = ParseTablePrimary();
-  ExpressionPtr condition;
-  if (kind != JoinKind::kCross) {
-    while (!AcceptKeyword("ON")) {
-      const auto inner = AcceptJoin();
-      if (!inner) Fail();
-      right = ParseJoin(std::move(right), *inner);
-    }
-    condition = ParseCondition();
+  joined->join = kind;
+  joined->left = std::move(left);
+  joined->right = ParseTablePrimary();
+  if (kind == JoinKind::kCross) return joined;
+  while (!AcceptKeyword("ON")) {
+    const auto inner = AcceptJoin();
+    if (!inner) Fail();
+    joined->right = ParseJoin(std::move(joined->right), *inner);
   }
-  joined->node = JoinedTable{kind, std::move(left), std::move(right), std::move(condition)};
+  joined->condition = ParseCondition();
   return joined;
 }
 
 TableSourcePtr Parser::ParseTablePrimary() {
   auto source = std::make_unique<TableSource>();
   source->line = Current().line;
-  for (const std::string_view word :
-       {"OPENROWSET", "OPENQUERY", "OPENDATASOURCE", "OPENXML", "CONTAINSTABLE", "FREETEXTTABLE"}) {
-    if (IsKeyword(word)) Refuse(word);
-  }
+  RefuseAny(
+      {"OPENROWSET", "OPENQUERY", "OPENDATASOURCE", "OPENXML", "CONTAINSTABLE", "FREETEXTTABLE"});
   if (AcceptSymbol("{")) {
     ExpectKeyword("OJ");
     source = ParseTableSource();
     ExpectSymbol("}");
     return source;
   }
-  if (AcceptSymbol("(")) {
-    if (!IsKeyword("SELECT") && !(IsSymbol("(") && IsKeywordAt(1, "SELECT"))) {
-      source = ParseTableSource();
-      ExpectSymbol(")");
-      return source;
+  if (IsSymbol("(")) {
+    if (!IsKeywordAt(1, "SELECT") && !(IsSymbolAt(1, "(") && IsKeywordAt(2, "SELECT"))) {
+      return Enclosed([&] { return ParseTableSource(); });
     }
-    source->node = DerivedTable{ParseQuery(), {}};
-    ExpectSymbol(")");
+    source->kind = TableSource::Kind::kDerived;
+    source->query = ParseEnclosedQuery();
     ParseTableAlias(*source);
     if (source->alias.empty()) Fail();
-    if (IsSymbol("(")) std::get<DerivedTable>(source->node).column_names = ParseNameList();
+    if (IsSymbol("(")) source->column_names = EnclosedListOf(&Parser::ExpectName);
     return source;
   }
   AcceptSymbol("::");
-  ObjectName name = ExpectObjectName();
-  const bool hint_only = IsSymbol("(") && Ahead().kind == TokenKind::kWord && IsHint(Ahead().text);
-  if (IsSymbol("(") && !hint_only) {
+  source->name = ExpectObjectName();
+  if (IsSymbol("(") && !IsHint(Ahead())) {
+    source->kind = TableSource::Kind::kFunction;
     Advance();
-    FunctionTable function{std::move(name), {}};
     while (!AcceptSymbol(")")) {
-      if (!function.arguments.empty()) ExpectSymbol(",");
-      function.arguments.push_back(ParseValueOrDefault());
+      if (!source->arguments.empty()) ExpectSymbol(",");
+      source->arguments.push_back(ParseValueOrDefault());
     }
-    source->node = std::move(function);
-  } else {
-    source->node = NamedTable{std::move(name)};
   }
   ParseTableHints();
   ParseTableAlias(*source);
@@ -277,26 +235,17 @@ TableSourcePtr Parser::ParseTablePrimary() {
 }
 
 void Parser::ParseTableAlias(TableSource& source) {
-  const bool said = AcceptKeyword("AS");
-  if (!said && !IsName()) return;
-  source.alias = ExpectName();
+  if (AcceptKeyword("AS") || IsName()) source.alias = ExpectName();
 }
 
 void Parser::ParseTableHints() {
-  const bool with = IsKeyword("WITH") && IsSymbolAt(1, "(");
-  const std::size_t open = with ? 1 : 0;
-  if (!IsSymbolAt(open, "(") || Ahead(open + 1).kind != TokenKind::kWord ||
-      !IsHint(Ahead(open + 1).text)) {
-    return;
-  }
-  if (with) Advance();
-  Advance();
-  int depth = 1;
-  while (depth > 0) {
+  const std::size_t open = IsKeyword("WITH") ? 1 : 0;
+  if (!IsSymbolAt(open, "(") || !IsHint(Ahead(open + 1))) return;
+  position_ += open + 1;
+  for (int depth = 1; depth > 0; Advance()) {
     if (Current().kind == TokenKind::kEnd) Fail();
     if (IsSymbol("(")) ++depth;
     if (IsSymbol(")")) --depth;
-    Advance();
   }
 }
 
@@ -306,14 +255,10 @@ ExpressionPtr Parser::ParseWhere() {
   return ParseCondition();
 }
 
-Parser::Node Parser::ParseSelect() { return SelectStatement{ParseQuery()}; }
-
 // ---- changes of rows ---------------------------------------------------------------------------
 
 ExpressionPtr Parser::ParseValueOrDefault() {
-  const std::size_t first = position_;
-  if (AcceptKeyword("DEFAULT")) return Make(DefaultValue{}, first);
-  return ParseValue();
+  return IsKeyword("DEFAULT") ? TakeToken(ExpressionKind::kDefault) : ParseValue();
 }
 
 Parser::Node Parser::ParseInsert() {
@@ -323,42 +268,26 @@ Parser::Node Parser::ParseInsert() {
   insert.table = ExpectObjectName();
   ParseTableHints();
   if (IsSymbol("(") && !IsKeywordAt(1, "SELECT")) {
-    insert.columns = ParseNameList();
+    insert.columns = EnclosedListOf(&Parser::ExpectName);
   }
   if (AcceptKeyword("DEFAULT")) {
     ExpectKeyword("VALUES");
     insert.default_values = true;
-    return insert;
+  } else if (AcceptKeyword("VALUES")) {
+    insert.values = EnclosedListOf(&Parser::ParseValueOrDefault);
+  } else {
+    if (IsKeyword("EXEC") || IsKeyword("EXECUTE")) Refuse("INSERT with EXECUTE");
+    if (!IsKeyword("SELECT") && !IsSymbol("(")) Fail();
+    insert.query = ParseQuery();
   }
-  if (AcceptKeyword("VALUES")) {
-    ExpectSymbol("(");
-    do {
-      insert.values.push_back(ParseValueOrDefault());
-    } while (AcceptSymbol(","));
-    ExpectSymbol(")");
-    return insert;
-  }
-  if (IsKeyword("EXEC") || IsKeyword("EXECUTE")) Refuse("INSERT with EXECUTE");
-  if (!IsKeyword("SELECT") && !IsSymbol("(")) Fail();
-  insert.query = ParseQuery();
   return insert;
 }
 
 Parser::Node Parser::ParseInsertBulk() {
   InsertBulkStatement bulk;
   bulk.table = ExpectObjectName();
-  if (AcceptSymbol("(")) {
-    do {
-      bulk.columns.push_back(ParseColumnDefinition());
-    } while (AcceptSymbol(","));
-    ExpectSymbol(")");
-  }
-  if (!AcceptKeyword("WITH")) return bulk;
-  ExpectSymbol("(");
-  while (!AcceptSymbol(")")) {
-    if (Current().kind == TokenKind::kEnd) Fail();
-    Advance();
-  }
+  if (IsSymbol("(")) bulk.columns = EnclosedListOf(&Parser::ParseColumnDefinition);
+  if (AcceptKeyword("WITH")) SkipOptions();
   return bulk;
 }
 
@@ -368,18 +297,19 @@ Parser::Node Parser::ParseUpdate() {
   update.table = ExpectObjectName();
   ParseTableHints();
   ExpectKeyword("SET");
-  do {
-    if (Current().kind == TokenKind::kVariable) Refuse("variables");
-    Assignment assignment;
-    assignment.column = ParseDottedName();
-    ExpectSymbol("=");
-    assignment.value = ParseValueOrDefault();
-    update.assignments.push_back(std::move(assignment));
-  } while (AcceptSymbol(","));
-  if (AcceptKeyword("FROM")) update.from = ParseFromList();
+  update.assignments = ListOf(&Parser::ParseAssignment);
+  update.from = ParseFrom();
   update.where = ParseWhere();
   ParseQueryTail();
   return update;
+}
+
+Assignment Parser::ParseAssignment() {
+  if (Current().kind == TokenKind::kVariable) Refuse("variables");
+  Assignment assignment{ParseDottedName(), nullptr};
+  ExpectSymbol("=");
+  assignment.value = ParseValueOrDefault();
+  return assignment;
 }
 
 Parser::Node Parser::ParseDelete() {
@@ -387,15 +317,10 @@ Parser::Node Parser::ParseDelete() {
   AcceptKeyword("FROM");
   statement.table = ExpectObjectName();
   ParseTableHints();
-  if (AcceptKeyword("FROM")) statement.from = ParseFromList();
+  statement.from = ParseFrom();
   statement.where = ParseWhere();
   ParseQueryTail();
   return statement;
-}
-
-Parser::Node Parser::ParseTruncate() {
-  ExpectKeyword("TABLE");
-  return TruncateStatement{ExpectObjectName()};
 }
 
 }  // namespace dbkeeper::server

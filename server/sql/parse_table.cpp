@@ -27,18 +27,23 @@ bool IsEnclosed(const std::vector<Token>& tokens, std::size_t first, std::size_t
 Parser::Node Parser::ParseCreateTable() {
   CreateTableStatement create;
   create.table = ExpectObjectName();
-  ExpectSymbol("(");
-  do {
-    if (IsSymbol(")") && !create.columns.empty()) break;
-    if (AtConstraint()) {
-      create.constraints.push_back(ParseConstraint());
-    } else {
-      create.columns.push_back(ParseColumnDefinition());
-    }
-  } while (AcceptSymbol(","));
-  ExpectSymbol(")");
-  while (AcceptKeyword("ON") || AcceptKeyword("TEXTIMAGE_ON")) ExpectName();
+  Enclosed([&] {
+    List([&] {
+      if (!IsSymbol(")") || create.columns.empty()) ParseTablePart(create);
+    });
+  });
+  while (!AcceptAny({"ON", "TEXTIMAGE_ON"}).empty()) ExpectName();
   return create;
+}
+
+bool Parser::ParseTablePart(TableParts& parts) {
+  const bool column = !AtConstraint();
+  if (column) {
+    parts.columns.push_back(ParseColumnDefinition());
+  } else {
+    parts.constraints.push_back(ParseConstraint());
+  }
+  return column;
 }
 
 ColumnDefinition Parser::ParseColumnDefinition() {
@@ -68,17 +73,16 @@ bool Parser::ParseColumnOption(ColumnDefinition& column) {
   }
   if (AcceptKeyword("IDENTITY")) {
     column.identity.emplace();
-    if (AcceptSymbol("(")) {
+    if (!IsSymbol("(")) return true;
+    Enclosed([&] {
       column.identity->seed = ExpectInteger();
       ExpectSymbol(",");
       column.identity->increment = ExpectInteger();
-      ExpectSymbol(")");
-    }
+    });
     return true;
   }
   if (AcceptKeyword("COLLATE")) {
-    column.collation = Current().text;
-    ExpectWord();
+    column.collation = ParseCollation();
     return true;
   }
   if (AcceptKeyword("ROWGUIDCOL")) {
@@ -117,7 +121,11 @@ Constraint Parser::ParseConstraint() {
     ParseKeyConstraint(constraint);
   } else if (IsKeyword("FOREIGN") || IsKeyword("REFERENCES")) {
     constraint.kind = ConstraintKind::kForeignKey;
-    ParseForeignKey(constraint);
+    if (AcceptKeyword("FOREIGN")) {
+      ExpectKeyword("KEY");
+      if (IsSymbol("(")) constraint.columns = EnclosedListOf(&Parser::ParseKeyColumn);
+    }
+    ParseReferences(constraint);
   } else if (AcceptKeyword("DEFAULT")) {
     constraint.kind = ConstraintKind::kDefault;
     constraint.text = ParseConstraintText();
@@ -127,11 +135,11 @@ Constraint Parser::ParseConstraint() {
     ExpectKeyword("CHECK");
     constraint.kind = ConstraintKind::kCheck;
     AcceptKeywords({"NOT", "FOR", "REPLICATION"});
-    ExpectSymbol("(");
-    const std::size_t begin = Current().begin;
-    ParseCondition();
-    constraint.text = '(' + TextBetween(begin, LastEnd()) + ')';
-    ExpectSymbol(")");
+    Enclosed([&] {
+      const std::size_t begin = Current().begin;
+      ParseCondition();
+      constraint.text = '(' + TextBetween(begin, LastEnd()) + ')';
+    });
   }
   return constraint;
 }
@@ -139,37 +147,27 @@ Constraint Parser::ParseConstraint() {
 void Parser::ParseKeyConstraint(Constraint& constraint) {
   if (AcceptKeyword("CLUSTERED")) constraint.clustered = true;
   if (AcceptKeyword("NONCLUSTERED")) constraint.clustered = false;
-  if (IsSymbol("(")) constraint.columns = ParseKeyColumns();
-  ParseIndexOptions(nullptr);
-}
-
-void Parser::ParseForeignKey(Constraint& constraint) {
-  if (AcceptKeyword("FOREIGN")) {
-    ExpectKeyword("KEY");
-    if (IsSymbol("(")) constraint.columns = ParseKeyColumns();
-  }
-  ParseReferences(constraint);
+  if (IsSymbol("(")) constraint.columns = EnclosedListOf(&Parser::ParseKeyColumn);
+  CreateIndexStatement ignored;
+  ParseIndexOptions(ignored);
 }
 
 void Parser::ParseReferences(Constraint& constraint) {
   ExpectKeyword("REFERENCES");
   constraint.referenced_table = ExpectObjectName();
-  if (IsSymbol("(")) constraint.referenced_columns = ParseNameList();
+  if (IsSymbol("(")) constraint.referenced_columns = EnclosedListOf(&Parser::ExpectName);
   for (;;) {
-    if (AcceptKeywords({"ON", "DELETE"})) {
-      constraint.delete_cascade = ParseReferenceAction();
-    } else if (AcceptKeywords({"ON", "UPDATE"})) {
-      constraint.update_cascade = ParseReferenceAction();
+    const bool of_delete = AcceptKeywords({"ON", "DELETE"});
+    if (of_delete || AcceptKeywords({"ON", "UPDATE"})) {
+      bool& cascade = of_delete ? constraint.delete_cascade : constraint.update_cascade;
+      cascade = AcceptKeyword("CASCADE");
+      if (cascade) continue;
+      ExpectKeyword("NO");
+      ExpectKeyword("ACTION");
     } else if (!AcceptKeywords({"NOT", "FOR", "REPLICATION"})) {
       return;
     }
   }
-}
-
-bool Parser::ParseReferenceAction() {
-  if (AcceptKeyword("CASCADE")) return true;
-  ExpectKeywords({"NO", "ACTION"});
-  return false;
 }
 
 // The text of a default, in parentheses.
@@ -181,30 +179,22 @@ std::string Parser::ParseConstraintText() {
   return IsEnclosed(tokens_, first, position_) ? text : '(' + text + ')';
 }
 
-std::vector<KeyColumn> Parser::ParseKeyColumns() {
-  std::vector<KeyColumn> columns;
-  ExpectSymbol("(");
-  do {
-    KeyColumn column{ExpectName(), false};
-    column.descending = AcceptKeyword("DESC");
-    if (!column.descending) AcceptKeyword("ASC");
-    columns.push_back(std::move(column));
-  } while (AcceptSymbol(","));
-  ExpectSymbol(")");
-  return columns;
+KeyColumn Parser::ParseKeyColumn() {
+  KeyColumn column{ExpectName()};
+  column.descending = AcceptDescending();
+  return column;
 }
 
-// with fillfactor = 90, pad_index ... on [PRIMARY]; `index` null: of a key constraint.
-void Parser::ParseIndexOptions(CreateIndexStatement* index) {
+// with fillfactor = 90, pad_index ... on [PRIMARY]
+void Parser::ParseIndexOptions(CreateIndexStatement& index) {
   if (IsKeyword("WITH") && !IsKeywordAt(1, "NOCHECK") && !IsKeywordAt(1, "CHECK")) {
     Advance();
-    do {
+    List([&] {
       const std::string option = ExpectWord();
       if (AcceptSymbol("=")) ExpectInteger();
-      if (index == nullptr) continue;
-      if (option == "IGNORE_DUP_KEY") index->ignore_duplicates = true;
-      if (option == "DROP_EXISTING") index->drop_existing = true;
-    } while (AcceptSymbol(","));
+      if (option == "IGNORE_DUP_KEY") index.ignore_duplicates = true;
+      if (option == "DROP_EXISTING") index.drop_existing = true;
+    });
   }
   if (IsKeyword("ON") && !IsKeywordAt(1, "DELETE") && !IsKeywordAt(1, "UPDATE")) {
     Advance();
@@ -215,16 +205,15 @@ void Parser::ParseIndexOptions(CreateIndexStatement* index) {
 Parser::Node Parser::ParseCreateIndex() {
   CreateIndexStatement index;
   index.unique = AcceptKeyword("UNIQUE");
-  index.clustered = AcceptKeyword("CLUSTERED");
-  if (!index.clustered) AcceptKeyword("NONCLUSTERED");
+  index.clustered = AcceptAny({"CLUSTERED", "NONCLUSTERED"}) == "CLUSTERED";
   // The server takes the two words in either order.
   if (!index.unique) index.unique = AcceptKeyword("UNIQUE");
   ExpectKeyword("INDEX");
   index.name = ExpectName();
   ExpectKeyword("ON");
   index.table = ExpectObjectName();
-  index.columns = ParseKeyColumns();
-  ParseIndexOptions(&index);
+  index.columns = EnclosedListOf(&Parser::ParseKeyColumn);
+  ParseIndexOptions(index);
   return index;
 }
 
@@ -238,71 +227,43 @@ Parser::Node Parser::ParseAlterTable() {
     check_existing = !AcceptKeyword("NOCHECK");
     if (check_existing) ExpectKeyword("CHECK");
   }
-  if (AcceptKeyword("ADD")) {
-    alter.action = ParseAddColumns(check_existing);
-  } else if (AcceptKeyword("ALTER")) {
-    alter.action = ParseAlterColumn();
-  } else if (AcceptKeyword("DROP")) {
+  const std::string_view verb =
+      AcceptAny({"ADD", "ALTER", "DROP", "CHECK", "NOCHECK", "ENABLE", "DISABLE"});
+  if (verb == "ADD") {
+    AddColumns add;
+    add.check_existing = check_existing;
+    List([&] {
+      const bool column = ParseTablePart(add);
+      if (column && AcceptKeyword("WITH")) ExpectKeyword("VALUES");
+    });
+    alter.action = std::move(add);
+  } else if (verb == "ALTER") {
+    ExpectKeyword("COLUMN");
+    if (IsKeywordAt(1, "ADD") || IsKeywordAt(1, "DROP")) Refuse("ALTER COLUMN ADD and DROP");
+    alter.action = AlterColumn{ParseColumnDefinition()};
+  } else if (verb == "DROP") {
     alter.action = ParseDropParts();
-  } else if (IsKeyword("CHECK") || IsKeyword("NOCHECK")) {
-    const bool enable = AcceptKeyword("CHECK");
-    if (!enable) Advance();
-    ExpectKeyword("CONSTRAINT");
-    alter.action = ParseSwitchParts(enable, false);
-  } else if (IsKeyword("ENABLE") || IsKeyword("DISABLE")) {
-    const bool enable = AcceptKeyword("ENABLE");
-    if (!enable) Advance();
-    ExpectKeyword("TRIGGER");
-    alter.action = ParseSwitchParts(enable, true);
+  } else if (!verb.empty()) {
+    const bool triggers = verb.ends_with("ABLE");
+    ExpectKeyword(triggers ? "TRIGGER" : "CONSTRAINT");
+    SwitchParts parts{triggers, verb == "CHECK" || verb == "ENABLE", {}};
+    if (!AcceptKeyword("ALL")) parts.names = ListOf(&Parser::ExpectName);
+    alter.action = std::move(parts);
   } else {
     Fail();
   }
   return alter;
 }
 
-AddColumns Parser::ParseAddColumns(bool check_existing) {
-  AddColumns add;
-  add.check_existing = check_existing;
-  do {
-    if (AtConstraint()) {
-      add.constraints.push_back(ParseConstraint());
-    } else {
-      add.columns.push_back(ParseColumnDefinition());
-      if (AcceptKeyword("WITH")) ExpectKeyword("VALUES");
-    }
-  } while (AcceptSymbol(","));
-  return add;
-}
-
-AlterColumn Parser::ParseAlterColumn() {
-  ExpectKeyword("COLUMN");
-  if (IsKeywordAt(1, "ADD") || IsKeywordAt(1, "DROP")) Refuse("ALTER COLUMN ADD and DROP");
-  return {ParseColumnDefinition()};
-}
-
 DropParts Parser::ParseDropParts() {
   DropParts drop;
-  bool column = false;
-  do {
-    if (AcceptKeyword("COLUMN")) {
-      column = true;
-    } else if (AcceptKeyword("CONSTRAINT")) {
-      column = false;
-    }
-    (column ? drop.columns : drop.constraints).push_back(ExpectName());
-  } while (AcceptSymbol(","));
+  std::vector<std::string>* parts = &drop.constraints;
+  List([&] {
+    const std::string_view kind = AcceptAny({"COLUMN", "CONSTRAINT"});
+    if (!kind.empty()) parts = kind == "COLUMN" ? &drop.columns : &drop.constraints;
+    parts->push_back(ExpectName());
+  });
   return drop;
-}
-
-SwitchParts Parser::ParseSwitchParts(bool enable, bool triggers) {
-  SwitchParts parts;
-  parts.triggers = triggers;
-  parts.enable = enable;
-  if (AcceptKeyword("ALL")) return parts;
-  do {
-    parts.names.push_back(ExpectName());
-  } while (AcceptSymbol(","));
-  return parts;
 }
 
 }  // namespace dbkeeper::server

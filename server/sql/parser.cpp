@@ -6,6 +6,7 @@
 
 #include "server/sql/parser_core.h"
 #include "server/types/messages.h"
+#include "server/types/text.h"
 
 namespace dbkeeper::server {
 namespace {
@@ -13,41 +14,53 @@ namespace {
 constexpr int kMaximumDepth = 120;
 
 // What the server has and this one refuses, so that the operator reads which word it was.
-constexpr std::string_view kRefusedStatements[] = {
-    "BREAK",  "BULK",  "CLOSE",   "CONTINUE",   "DEALLOCATE", "DECLARE",  "DISK",     "DUMP",
-    "ELSE",   "FETCH", "GOTO",    "IF",         "LOAD",       "OPEN",     "READTEXT", "RECONFIGURE",
-    "RETURN", "SAVE",  "SETUSER", "UPDATETEXT", "WHILE",      "WRITETEXT"};
+constexpr std::string_view kRefused =
+    " BREAK BULK CLOSE CONTINUE DEALLOCATE DECLARE DISK DUMP ELSE FETCH GOTO IF LOAD OPEN READTEXT "
+    "RECONFIGURE RETURN SAVE SETUSER UPDATETEXT WHILE WRITETEXT ";
 
 }  // namespace
 
 const Parser::StatementRow Parser::kStatements[] = {
-    {"SELECT", &Parser::ParseSelect},
-    {"INSERT", &Parser::ParseInsert},
-    {"UPDATE", &Parser::ParseUpdate},
-    {"DELETE", &Parser::ParseDelete},
-    {"TRUNCATE", &Parser::ParseTruncate},
-    {"CREATE", &Parser::ParseCreate},
-    {"ALTER", &Parser::ParseAlter},
-    {"DROP", &Parser::ParseDrop},
-    {"USE", &Parser::ParseUse},
-    {"SET", &Parser::ParseSet},
-    {"BEGIN", &Parser::ParseBegin},
-    {"COMMIT", &Parser::ParseCommit},
-    {"ROLLBACK", &Parser::ParseRollback},
-    {"PRINT", &Parser::ParsePrint},
-    {"RAISERROR", &Parser::ParseRaiseError},
-    {"EXECUTE", &Parser::ParseExecute},
-    {"EXEC", &Parser::ParseExecute},
-    {"BACKUP", &Parser::ParseBackup},
-    {"RESTORE", &Parser::ParseRestore},
-    {"DBCC", &Parser::ParseDbcc},
-    {"KILL", &Parser::ParseKill},
-    {"SHUTDOWN", &Parser::ParseShutdown},
-    {"CHECKPOINT", &Parser::ParseCheckpoint},
-    {"WAITFOR", &Parser::ParseWaitFor},
-    {"GRANT", &Parser::ParseGrant},
-    {"REVOKE", &Parser::ParseRevoke},
-    {"DENY", &Parser::ParseDeny},
+    {"SELECT", [](Parser& p) -> Node { return SelectStatement{p.ParseQuery()}; }},
+    {"INSERT", Call<&Parser::ParseInsert>},
+    {"UPDATE", Call<&Parser::ParseUpdate>},
+    {"DELETE", Call<&Parser::ParseDelete>},
+    {"TRUNCATE",
+     [](Parser& p) -> Node {
+       p.ExpectKeyword("TABLE");
+       return TruncateStatement{p.ExpectObjectName()};
+     }},
+    {"CREATE", Call<&Parser::ParseCreate>},
+    {"ALTER", Call<&Parser::ParseAlter>},
+    {"DROP", Call<&Parser::ParseDrop>},
+    {"USE", [](Parser& p) -> Node { return UseStatement{p.ExpectName()}; }},
+    {"SET", Call<&Parser::ParseSet>},
+    {"BEGIN", Call<&Parser::ParseBegin>},
+    {"COMMIT", [](Parser& p) { return p.ParseTransactionEnd(TransactionAction::kCommit); }},
+    {"ROLLBACK", [](Parser& p) { return p.ParseTransactionEnd(TransactionAction::kRollback); }},
+    {"PRINT", [](Parser& p) -> Node { return PrintStatement{p.ParseValue()}; }},
+    {"RAISERROR", Call<&Parser::ParseRaiseError>},
+    {"EXECUTE", Call<&Parser::ParseExecute>},
+    {"EXEC", Call<&Parser::ParseExecute>},
+    {"BACKUP", Call<&Parser::ParseBackup>},
+    {"RESTORE", Call<&Parser::ParseRestore>},
+    {"DBCC", Call<&Parser::ParseDbcc>},
+    {"KILL",
+     [](Parser& p) -> Node {
+       KillStatement kill{p.ParseMeasure()};  // the id stands bare or in brackets
+       if (p.AcceptKeyword("WITH")) p.ExpectWord();
+       return kill;
+     }},
+    {"SHUTDOWN",
+     [](Parser& p) -> Node {
+       p.AcceptKeywords({"WITH", "NOWAIT"});
+       return ShutdownStatement{};
+     }},
+    {"CHECKPOINT", [](Parser&) -> Node { return CheckpointStatement{}; }},
+    {"WAITFOR", Call<&Parser::ParseWaitFor>},
+    {"GRANT", [](Parser& p) { return p.ParsePermission(PermissionVerb::kGrant); }},
+    {"REVOKE", [](Parser& p) { return p.ParsePermission(PermissionVerb::kRevoke); }},
+    {"DENY", [](Parser& p) { return p.ParsePermission(PermissionVerb::kDeny); }},
 };
 
 std::string ObjectName::Text() const {
@@ -65,7 +78,7 @@ Parser::Depth::Depth(Parser& parser) : parser_(parser) {
 }
 
 Parser::Parser(std::string_view text, QuotedIdentifiers quoted)
-    : text_(text), quoted_(quoted), tokens_(Tokenize(text, quoted)) {}
+    : text_(text), tokens_(Tokenize(text, quoted)) {}
 
 // ---- tokens ------------------------------------------------------------------------------------
 
@@ -93,6 +106,10 @@ bool Parser::IsName() const {
          (token.kind == TokenKind::kWord && !IsReservedWord(token.text));
 }
 
+bool Parser::IsString() const {
+  return Current().kind == TokenKind::kString || Current().kind == TokenKind::kNationalString;
+}
+
 bool Parser::AcceptKeyword(std::string_view upper) {
   if (!IsKeyword(upper)) return false;
   Advance();
@@ -113,46 +130,45 @@ bool Parser::AcceptKeywords(std::initializer_list<std::string_view> words) {
   return true;
 }
 
-void Parser::ExpectKeyword(std::string_view upper) {
-  if (!AcceptKeyword(upper)) Fail();
+std::string_view Parser::AcceptAny(std::initializer_list<std::string_view> words) {
+  const auto* word = std::ranges::find_if(words, [&](auto w) { return AcceptKeyword(w); });
+  return word == words.end() ? "" : *word;
 }
 
-void Parser::ExpectKeywords(std::initializer_list<std::string_view> words) {
-  for (const std::string_view word : words) ExpectKeyword(word);
+void Parser::ExpectKeyword(std::string_view upper) {
+  if (!AcceptKeyword(upper)) Fail();
 }
 
 void Parser::ExpectSymbol(std::string_view symbol) {
   if (!AcceptSymbol(symbol)) Fail();
 }
 
-std::string Parser::ExpectName() {
-  if (!IsName()) Fail();
-  if (Current().text.empty()) throw MakeError(1038, {}, Current().line);
-  std::string name = Current().text;
-  Advance();
-  return name;
-}
-
-std::string Parser::ExpectWord() {
-  if (Current().kind != TokenKind::kWord) Fail();
-  std::string word = ToUpperAscii(Current().text);
-  Advance();
-  return word;
-}
-
-std::string Parser::ExpectString() {
-  if (Current().kind != TokenKind::kString && Current().kind != TokenKind::kNationalString) Fail();
+std::string Parser::TakeText() {
   std::string text = Current().text;
   Advance();
   return text;
 }
 
+std::string Parser::ExpectName() {
+  if (!IsName()) Fail();
+  if (Current().text.empty()) throw MakeError(1038, {}, Current().line);
+  return TakeText();
+}
+
+std::string Parser::ExpectWord() {
+  if (Current().kind != TokenKind::kWord) Fail();
+  return ToUpperAscii(TakeText());
+}
+
+std::string Parser::ExpectString() {
+  if (!IsString()) Fail();
+  return TakeText();
+}
+
 std::string Parser::ExpectInteger() {
-  std::string digits = AcceptSymbol("-") ? "-" : "";
+  const std::string sign = AcceptSymbol("-") ? "-" : "";
   if (Current().kind != TokenKind::kInteger) Fail();
-  digits += Current().text;
-  Advance();
-  return digits;
+  return sign + TakeText();
 }
 
 // One to four parts; a part between two points may be left out ("db..t").
@@ -165,11 +181,7 @@ std::vector<std::string> Parser::ParseDottedName() {
 
 ObjectName Parser::ObjectNameOf(std::vector<std::string> parts, int line) const {
   ObjectName name;
-  if (parts.size() > 4) {
-    std::string written;
-    for (const std::string& part : parts) written += (written.empty() ? "" : ".") + part;
-    throw MakeError(117, {"object", written}, line);
-  }
+  if (parts.size() > 4) throw MakeError(117, {"object", Joined(parts, ".")}, line);
   parts.insert(parts.begin(), 4 - parts.size(), "");
   name.server = std::move(parts[0]);
   name.database = std::move(parts[1]);
@@ -183,30 +195,27 @@ ObjectName Parser::ExpectObjectName() {
   return ObjectNameOf(ParseDottedName(), line);
 }
 
-std::vector<std::string> Parser::ParseNameList() {
-  std::vector<std::string> names;
-  ExpectSymbol("(");
-  do {
-    names.push_back(ExpectName());
-  } while (AcceptSymbol(","));
-  ExpectSymbol(")");
-  return names;
-}
-
 std::string Parser::ParseMeasure() {
   const TokenKind kind = Current().kind;
   if (kind == TokenKind::kEnd || kind == TokenKind::kSymbol) Fail();
-  std::string text = Current().text;
-  const bool number = kind == TokenKind::kInteger || kind == TokenKind::kDecimal;
-  Advance();
-  if (number && IsSymbol("%")) {
-    text += '%';
-    Advance();
-  } else if (number && Current().kind == TokenKind::kWord && Current().begin == LastEnd()) {
-    text += Current().text;
+  std::string text = TakeText();
+  if (kind != TokenKind::kInteger && kind != TokenKind::kDecimal) return text;
+  const bool unit = Current().kind == TokenKind::kWord && Current().begin == LastEnd();
+  if (unit || IsSymbol("%")) text += TakeText();
+  return text;
+}
+
+std::string Parser::ParseSignedMeasure() {
+  const std::string sign = AcceptSymbol("-") ? "-" : "";
+  return sign + ParseMeasure();
+}
+
+void Parser::SkipOptions() {
+  ExpectSymbol("(");
+  while (!AcceptSymbol(")")) {
+    if (Current().kind == TokenKind::kEnd) Fail();
     Advance();
   }
-  return text;
 }
 
 std::string Parser::TextBetween(std::size_t begin, std::size_t end) const {
@@ -228,6 +237,13 @@ void Parser::FailAt(const Token& token) const {
 
 void Parser::Refuse(std::string_view construct) const {
   throw Unsupported(construct, Current().line);
+}
+
+void Parser::RefuseAny(std::initializer_list<std::string_view> words,
+                       std::string_view before) const {
+  for (const std::string_view word : words) {
+    if (IsKeyword(word)) Refuse(std::string(before).append(word));
+  }
 }
 
 // ---- batches -----------------------------------------------------------------------------------
@@ -260,11 +276,9 @@ bool Parser::OpenOrCloseBlock() {
     ++block_depth_;
     return true;
   }
-  if (IsKeyword("END") && block_depth_ > 0) {
-    if (tokens_[position_ - 1].kind == TokenKind::kWord &&
-        EqualsKeyword(tokens_[position_ - 1].text, "BEGIN")) {
-      Fail();
-    }
+  if (AtBlockEnd()) {
+    const Token& before = tokens_[position_ - 1];
+    if (before.kind == TokenKind::kWord && EqualsKeyword(before.text, "BEGIN")) Fail();
     Advance();
     --block_depth_;
     return true;
@@ -272,40 +286,36 @@ bool Parser::OpenOrCloseBlock() {
   return false;
 }
 
+const Parser::StatementRow* Parser::StatementHere() const {
+  const auto* row = std::ranges::find_if(
+      kStatements, [&](const StatementRow& candidate) { return IsKeyword(candidate.keyword); });
+  return row == std::end(kStatements) ? nullptr : row;
+}
+
+bool Parser::AtRefused() const {
+  return Current().kind == TokenKind::kWord && HasWord(kRefused, Current().text);
+}
+
+bool Parser::AtStatementStart() const { return StatementHere() != nullptr || AtRefused(); }
+
 Parser::Node Parser::ParseStatementNode(bool first) {
-  if (Current().kind == TokenKind::kWord) {
-    for (const StatementRow& row : kStatements) {
-      if (!IsKeyword(row.keyword)) continue;
-      if (row.keyword != "SELECT") Advance();
-      return (this->*row.parse)();
-    }
-    RefuseByName();
+  if (const StatementRow* row = StatementHere()) {
+    if (row->keyword != "SELECT") Advance();
+    return row->parse(*this);
   }
-  if (IsSymbol("(") && (IsKeywordAt(1, "SELECT") || IsSymbolAt(1, "("))) return ParseSelect();
+  if (AtRefused()) Refuse(ToUpperAscii(Current().text));
+  if (IsSymbol("(") && (IsKeywordAt(1, "SELECT") || IsSymbolAt(1, "("))) {
+    return SelectStatement{ParseQuery()};
+  }
   // A batch may begin with a procedure's bare name.
   if (first && (IsName() || IsSymbol("."))) return ParseProcedureCall();
   Fail();
 }
 
-void Parser::RefuseByName() const {
-  for (const std::string_view word : kRefusedStatements) {
-    if (IsKeyword(word)) Refuse(word);
-  }
-}
-
-bool Parser::AtStatementStart() const {
-  if (Current().kind != TokenKind::kWord) return false;
-  const bool known = std::any_of(std::begin(kStatements), std::end(kStatements),
-                                 [&](const StatementRow& row) { return IsKeyword(row.keyword); });
-  return known || std::any_of(std::begin(kRefusedStatements), std::end(kRefusedStatements),
-                              [&](std::string_view word) { return IsKeyword(word); });
-}
-
 // Statements need no ";" between them, but what follows one must begin another.
 void Parser::ExpectStatementEnd() const {
-  if (Current().kind == TokenKind::kEnd || IsSymbol(";") || AtStatementStart()) return;
-  if (IsKeyword("END") && block_depth_ > 0) return;
-  if (IsSymbol("(") && IsKeywordAt(1, "SELECT")) return;
+  const bool query = IsSymbol("(") && IsKeywordAt(1, "SELECT");
+  if (AtStatementEnd() || AtBlockEnd() || query) return;
   Fail();
 }
 
@@ -326,16 +336,14 @@ ObjectName Parser::WholeName() {
 Parameters Parser::WholeParameterList() {
   Parameters declarations;
   if (Current().kind == TokenKind::kEnd) return declarations;
-  do {
+  List([&] {
     if (Current().kind != TokenKind::kVariable) Fail();
-    Parameter declaration;
-    declaration.name = Current().text;
-    Advance();
+    Parameter& declaration = declarations.emplace_back();
+    declaration.name = TakeText();
     AcceptKeyword("AS");
     declaration.type = ParseType(nullptr, false);
-    declaration.is_output = AcceptKeyword("OUTPUT") || AcceptKeyword("OUT");
-    declarations.push_back(std::move(declaration));
-  } while (AcceptSymbol(","));
+    declaration.is_output = !AcceptAny({"OUTPUT", "OUT"}).empty();
+  });
   if (Current().kind != TokenKind::kEnd) Fail();
   return declarations;
 }

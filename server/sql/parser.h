@@ -5,13 +5,11 @@
 #include <vector>
 
 #include "server/sql/ast.h"
+#include "server/sql/lexer.h"
 #include "server/types/messages.h"
 #include "server/types/parameter.h"
 
 namespace dbkeeper::server {
-
-// Whether "x" is a name (as drivers set it) or a string.
-enum class QuotedIdentifiers { kOn, kOff };
 
 // Parses a whole batch; a syntax error anywhere refuses the batch before anything of it runs, as
 // the server does. `text` is UTF-8. Throws SqlError.

@@ -4,12 +4,15 @@
 #pragma once
 
 #include <initializer_list>
+#include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "server/sql/ast.h"
 #include "server/sql/lexer.h"
+#include "server/types/parameter.h"
 
 namespace dbkeeper::server {
 
@@ -24,9 +27,10 @@ class Parser {
 
  private:
   using Node = decltype(Statement::node);
+  // What begins with the word is parsed from behind it.
   struct StatementRow {
     std::string_view keyword;
-    Node (Parser::*parse)();
+    Node (*parse)(Parser&);
   };
   static const StatementRow kStatements[];
 
@@ -39,12 +43,14 @@ class Parser {
   bool IsSymbol(std::string_view symbol) const { return IsSymbolAt(0, symbol); }
   bool IsSymbolAt(std::size_t ahead, std::string_view symbol) const;
   bool IsName() const;  // a quoted name or a word that is not reserved
+  bool IsString() const;
   bool AcceptKeyword(std::string_view upper);
   // All of them in a row, or nothing.
   bool AcceptKeywords(std::initializer_list<std::string_view> words);
+  // The first of them that stands here; empty: none.
+  std::string_view AcceptAny(std::initializer_list<std::string_view> words);
   bool AcceptSymbol(std::string_view symbol);
   void ExpectKeyword(std::string_view upper);
-  void ExpectKeywords(std::initializer_list<std::string_view> words);
   void ExpectSymbol(std::string_view symbol);
   std::string ExpectName();
   std::string ExpectWord();  // any word, in capitals
@@ -53,35 +59,79 @@ class Parser {
   ObjectName ExpectObjectName();
   ObjectName ObjectNameOf(std::vector<std::string> parts, int line) const;
   std::vector<std::string> ParseDottedName();
-  std::vector<std::string> ParseNameList();  // "(a, b)"
   // Numbers with unit, words, strings: "10", "10MB", "10%", "unlimited".
   std::string ParseMeasure();
+  std::string ParseSignedMeasure();
+  std::string TakeText();  // of the token that stands here
   std::string TextBetween(std::size_t begin, std::size_t end) const;
   std::size_t LastEnd() const { return position_ == 0 ? 0 : tokens_[position_ - 1].end; }
+  void SkipOptions();  // the rest up to the closing parenthesis
   [[noreturn]] void Fail() const;
   [[noreturn]] void FailAt(const Token& token) const;
   [[noreturn]] void Refuse(std::string_view construct) const;
+  // Refuses the word of the list that stands here, if one does.
+  void RefuseAny(std::initializer_list<std::string_view> words, std::string_view before = "") const;
+
+  // One or more, with commas between them.
+  template <typename Parse>
+  void List(const Parse& parse) {
+    do {
+      parse();
+    } while (AcceptSymbol(","));
+  }
+  template <typename Item>
+  std::vector<Item> ListOf(Item (Parser::*parse)()) {
+    std::vector<Item> items;
+    List([&] { items.push_back((this->*parse)()); });
+    return items;
+  }
+  // What stands in parentheses.
+  template <typename Parse>
+  auto Enclosed(const Parse& parse) {
+    ExpectSymbol("(");
+    if constexpr (std::is_void_v<decltype(parse())>) {
+      parse();
+      ExpectSymbol(")");
+    } else {
+      auto inner = parse();
+      ExpectSymbol(")");
+      return inner;
+    }
+  }
+  // "(a, b)"
+  template <typename Item>
+  std::vector<Item> EnclosedListOf(Item (Parser::*parse)()) {
+    return Enclosed([&] { return ListOf(parse); });
+  }
 
   // ---- batches: parser.cpp
   void ParseOneStatement(std::vector<Statement>& statements);
   bool OpenOrCloseBlock();
+  bool AtBlockEnd() const { return block_depth_ > 0 && IsKeyword("END"); }
+  bool AtStatementEnd() const {
+    return Current().kind == TokenKind::kEnd || IsSymbol(";") || AtStatementStart();
+  }
   Node ParseStatementNode(bool first);
-  void RefuseByName() const;
   void ExpectStatementEnd() const;
+  const StatementRow* StatementHere() const;
+  bool AtRefused() const;
   bool AtStatementStart() const;
+  template <auto Method>
+  static Node Call(Parser& parser) {
+    return (parser.*Method)();
+  }
 
   // ---- expressions: parse_expression.cpp
-  ExpressionPtr ParseValue();      // no predicate
-  ExpressionPtr ParseCondition();  // a predicate
+  enum class Wanted { kValue, kPredicate };
+  ExpressionPtr ParseValue();
+  ExpressionPtr ParseCondition();
   ExpressionPtr ParseAny();
-  ExpressionPtr ParseAnd();
+  ExpressionPtr ParseChain(OperatorLevel level);
+  ExpressionPtr ParseOperand(OperatorLevel level);
   ExpressionPtr ParseNot();
   ExpressionPtr ParsePredicate();
-  ExpressionPtr ParseComparison(ExpressionPtr left, BinaryOperator op);
+  ExpressionPtr ParseComparison(ExpressionPtr left, const Operator& op);
   ExpressionPtr ParseNegatable(ExpressionPtr value);
-  ExpressionPtr ParseIn(ExpressionPtr value, bool negated);
-  ExpressionPtr ParseAdditive();
-  ExpressionPtr ParseMultiplicative();
   ExpressionPtr ParseUnary();
   ExpressionPtr ParsePrimary();
   ExpressionPtr ParseParenthesised();
@@ -90,17 +140,19 @@ class Parser {
   ExpressionPtr ParseKeywordExpression();
   ExpressionPtr ParseCase();
   ExpressionPtr ParseCast();
-  ExpressionPtr ParseConvert();
   ExpressionPtr ParseOdbcEscape();
-  std::optional<BinaryOperator> ComparisonOperator() const;
-  void RequireValue(const Expression& expression) const;
-  ExpressionPtr Make(decltype(Expression::node) node, std::size_t first_token) const;
-  ExpressionPtr Join(ExpressionPtr left, BinaryOperator op, ExpressionPtr right);
+  const Operator* OperatorHere(OperatorLevel level) const;
+  ExpressionPtr Required(ExpressionPtr expression, Wanted wanted) const;
+  // An expression that begins here; the second makes the token that stands here one.
+  ExpressionPtr Make(ExpressionKind kind) const;
+  ExpressionPtr TakeToken(ExpressionKind kind);
+  ExpressionPtr Join(ExpressionPtr left, const Operator& op, ExpressionPtr right);
   // `for_cast`: char without a length has 30 characters there, elsewhere 1.
   SqlType ParseType(std::string* written_name, bool for_cast);
 
   // ---- queries and changes of rows: parse_query.cpp
   QueryPtr ParseQuery();
+  QueryPtr ParseEnclosedQuery();
   Query::Term ParseQueryTerm();
   SelectCore ParseSelectCore();
   ExpressionPtr ParseTop();
@@ -112,79 +164,67 @@ class Parser {
   void ParseTableAlias(TableSource& source);
   void ParseTableHints();
   std::optional<JoinKind> AcceptJoin();
-  std::vector<TableSourcePtr> ParseFromList();
+  std::vector<TableSourcePtr> ParseFrom();
   std::vector<OrderItem> ParseOrderBy();
+  OrderItem ParseOrderItem();
+  bool AcceptDescending();
   void ParseQueryTail();
-  Node ParseSelect();
   Node ParseInsert();
   Node ParseInsertBulk();
   Node ParseUpdate();
+  Assignment ParseAssignment();
   Node ParseDelete();
-  Node ParseTruncate();
   ExpressionPtr ParseValueOrDefault();
   ExpressionPtr ParseWhere();
 
   // ---- tables: parse_table.cpp
   Node ParseCreateTable();
   Node ParseAlterTable();
-  AddColumns ParseAddColumns(bool check_existing);
-  AlterColumn ParseAlterColumn();
+  bool ParseTablePart(TableParts& parts);  // true: a column
   DropParts ParseDropParts();
-  SwitchParts ParseSwitchParts(bool enable, bool triggers);
   ColumnDefinition ParseColumnDefinition();
   bool ParseColumnOption(ColumnDefinition& column);
   bool AtConstraint() const;
   Constraint ParseConstraint();
   void ParseKeyConstraint(Constraint& constraint);
-  void ParseForeignKey(Constraint& constraint);
   void ParseReferences(Constraint& constraint);
-  bool ParseReferenceAction();  // whether it cascades
   std::string ParseConstraintText();
-  std::vector<KeyColumn> ParseKeyColumns();
-  void ParseIndexOptions(CreateIndexStatement* index);
+  KeyColumn ParseKeyColumn();
+  void ParseIndexOptions(CreateIndexStatement& index);
   Node ParseCreateIndex();
 
   // ---- other definitions: parse_definition.cpp
   Node ParseCreate();
   Node ParseAlter();
   Node ParseDrop();
-  Node ParseDropIndex();
+  DropIndexStatement::Item ParseIndexName();
   Node ParseView(bool alter);
   Node ParseModule(bool alter);
   void ParseTriggerHead(CreateModuleStatement& module);
   Node ParseCreateDatabase();
   Node ParseAlterDatabase();
   DatabaseFile ParseDatabaseFile();
-  std::vector<DatabaseFile> ParseDatabaseFiles();
-  std::vector<std::string> ParseDatabaseOptions();
+  std::string ParseCollation();
+  std::string ParseDatabaseOption();
 
   // ---- administration: parse_administration.cpp
-  Node ParseUse();
   Node ParseSet();
   Node ParseBegin();
-  Node ParseCommit() { return ParseTransactionEnd(TransactionAction::kCommit); }
-  Node ParseRollback() { return ParseTransactionEnd(TransactionAction::kRollback); }
   Node ParseTransactionEnd(TransactionAction action);
-  Node ParsePrint();
   Node ParseRaiseError();
   Node ParseExecute();
   Node ParseProcedureCall();
   ProcedureArgument ParseProcedureArgument();
   Node ParseBackup();
   Node ParseRestore();
-  std::vector<BackupDevice> ParseBackupDevices();
-  std::vector<BackupOption> ParseBackupOptions();
+  void ParseDevicesAndOptions(std::string_view before, BackupBody& body);
+  BackupDevice ParseBackupDevice();
+  BackupOption ParseBackupOption();
   Node ParseDbcc();
-  Node ParseKill();
-  Node ParseShutdown();
-  Node ParseCheckpoint() { return CheckpointStatement{}; }
   Node ParseWaitFor();
-  Node ParseGrant() { return ParsePermission(PermissionVerb::kGrant); }
-  Node ParseRevoke() { return ParsePermission(PermissionVerb::kRevoke); }
-  Node ParseDeny() { return ParsePermission(PermissionVerb::kDeny); }
   Node ParsePermission(PermissionVerb verb);
   void ParsePermissionList(PermissionStatement& statement);
-  void ParseGrantees(PermissionStatement& statement);
+  std::string ParseGrantee();
 
   // Counts how deep the grammar stands, so that no input runs out of stack.
   class Depth {
@@ -199,7 +239,6 @@ class Parser {
   };
 
   std::string_view text_;
-  QuotedIdentifiers quoted_;
   std::vector<Token> tokens_;
   std::size_t position_ = 0;
   std::size_t statement_count_ = 0;

@@ -8,37 +8,18 @@
 #include <new>
 #include <string>
 
-#include "server/sql/function_list.h"
+#include "server/sql/function_table.h"
+#include "server/types/conversion.h"
 #include "server/types/decimal.h"
 #include "server/types/messages.h"
 #include "server/types/text.h"
+#include "server/types/type_rules.h"
 
 namespace dbkeeper::server {
 namespace {
 
 // An error on its way through SQLite: "MS:8134:16:1:Divide by zero error encountered."
 constexpr std::string_view kErrorMark = "MS:";
-
-Cell CellOf(sqlite3_value* value) {
-  const auto bytes = [value] {
-    return std::string(static_cast<const char*>(sqlite3_value_blob(value)) == nullptr
-                           ? ""
-                           : static_cast<const char*>(sqlite3_value_blob(value)),
-                       static_cast<std::size_t>(sqlite3_value_bytes(value)));
-  };
-  switch (sqlite3_value_type(value)) {
-    case SQLITE_INTEGER:
-      return static_cast<std::int64_t>(sqlite3_value_int64(value));
-    case SQLITE_FLOAT:
-      return sqlite3_value_double(value);
-    case SQLITE_TEXT:
-      return bytes();
-    case SQLITE_BLOB:
-      return Blob{bytes()};
-    default:
-      return {};
-  }
-}
 
 void SetResult(sqlite3_context* context, const Cell& cell) {
   if (const auto* integer = std::get_if<std::int64_t>(&cell)) {
@@ -75,27 +56,22 @@ void Guarded(sqlite3_context* context, const Body& body) {
   }
 }
 
-std::vector<Cell> CellsOf(int count, sqlite3_value** values) {
-  std::vector<Cell> cells;
-  cells.reserve(static_cast<std::size_t>(count));
-  for (int i = 0; i < count; ++i) cells.push_back(CellOf(values[i]));
-  return cells;
-}
-
-void RunEntry(sqlite3_context* context, int count, sqlite3_value** values) {
-  const auto& entry = *static_cast<const FunctionEntry*>(sqlite3_user_data(context));
-  for (int i = 0; i < count && entry.nulls == NullRule::kNullGivesNull; ++i) {
-    if (sqlite3_value_type(values[i]) == SQLITE_NULL) return sqlite3_result_null(context);
+void RunFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+  const auto& function = *static_cast<const SqlFunction*>(sqlite3_user_data(context));
+  for (int i = 0; i < count && function.kind == FunctionKind::kPlain; ++i) {
+    if (IsNullValue(values[i])) return sqlite3_result_null(context);
   }
-  Guarded(context, [&] { SetResult(context, entry.run(CellsOf(count, values))); });
+  Guarded(context, [&] { SetResult(context, function.run(count, values)); });
 }
 
 // ms_state(function, arguments ...)
 void RunState(sqlite3_context* context, int count, sqlite3_value** values) {
   auto& state = *static_cast<ServerState*>(sqlite3_user_data(context));
   Guarded(context, [&] {
-    const std::vector<Cell> cells = CellsOf(count - 1, values + 1);
-    SetResult(context, state.Evaluate(std::get<std::string>(CellOf(values[0])), cells));
+    std::vector<Cell> cells;
+    cells.reserve(static_cast<std::size_t>(count));
+    for (int i = 1; i < count; ++i) cells.push_back(Take<Cell>(values[i]));
+    SetResult(context, state.Evaluate(Take<std::string_view>(values[0]), cells));
   });
 }
 
@@ -111,51 +87,57 @@ State* StateOf(sqlite3_context* context, bool make) {
   return *place;
 }
 
-struct Sum {
-  Decimal total;
-  bool any = false;
-};
+// What an aggregate keeps of the rows that it has seen.
+template <typename State>
+void RegisterAggregate(sqlite3* connection, const char* name) {
+  const auto step = [](sqlite3_context* context, int /*count*/, sqlite3_value** values) {
+    Guarded(context, [&] {
+      State* state = StateOf<State>(context, true);
+      if (state == nullptr) throw std::bad_alloc();
+      state->Step(values[0]);
+    });
+  };
+  const auto finish = [](sqlite3_context* context) {
+    const std::unique_ptr<State> state(StateOf<State>(context, false));
+    SetResult(context, state == nullptr ? Cell() : state->Result());
+  };
+  sqlite3_create_function_v2(connection, name, 1, SQLITE_UTF8, nullptr, nullptr, step, finish,
+                             nullptr);
+}
 
-void StepSum(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
-  if (sqlite3_value_type(values[0]) == SQLITE_NULL) return;
-  Guarded(context, [&] {
-    const Cell cell = CellOf(values[0]);
-    const auto* text = std::get_if<std::string>(&cell);
-    const std::optional<Decimal> number =
-        text != nullptr ? ParseDecimal(*text) : Decimal{sqlite3_value_int64(values[0]), 0};
-    Sum* sum = StateOf<Sum>(context, true);
-    if (!number || sum == nullptr) throw MakeError(8114, {"expression", "numeric"});
-    const std::optional<Decimal> total =
-        Add(sum->total, *number, std::max(sum->total.scale, number->scale));
+class Sum {
+ public:
+  void Step(sqlite3_value* value) {
+    if (IsNullValue(value)) return;
+    const std::optional<Decimal> number = sqlite3_value_type(value) == SQLITE_TEXT
+                                              ? ParseDecimal(Take<std::string_view>(value))
+                                              : Decimal{sqlite3_value_int64(value), 0};
+    if (!number) throw MakeError(8114, {"expression", "numeric"});
+    const auto total = Add(total_, *number, std::max(total_.scale, number->scale));
     if (!total) throw MakeError(8115, {"expression", "numeric"});
-    sum->total = *total;
-    sum->any = true;
-  });
-}
+    total_ = *total;
+    any_ = true;
+  }
+  Cell Result() const { return any_ ? FormatDecimal(total_) : Cell(); }
 
-void FinishSum(sqlite3_context* context) {
-  const std::unique_ptr<Sum> sum(StateOf<Sum>(context, false));
-  if (sum == nullptr || !sum->any) return sqlite3_result_null(context);
-  SetResult(context, FormatDecimal(sum->total));
-}
-
-struct Single {
-  Cell value;
+ private:
+  Decimal total_;
+  bool any_ = false;
 };
 
-// ms_single: the value of the one row; 512 at the second.
-void StepSingle(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
-  Guarded(context, [&] {
-    if (StateOf<Single>(context, false) != nullptr) throw MakeError(512, {});
-    Single* single = StateOf<Single>(context, true);
-    if (single != nullptr) single->value = CellOf(values[0]);
-  });
-}
+// The value of the one row; 512 at the second.
+class Single {
+ public:
+  void Step(sqlite3_value* value) {
+    if (std::exchange(any_, true)) throw MakeError(512, {});
+    value_ = Take<Cell>(value);
+  }
+  Cell Result() const { return value_; }
 
-void FinishSingle(sqlite3_context* context) {
-  const std::unique_ptr<Single> single(StateOf<Single>(context, false));
-  SetResult(context, single == nullptr ? Cell{} : single->value);
-}
+ private:
+  Cell value_;
+  bool any_ = false;
+};
 
 // ---- collations --------------------------------------------------------------------------------
 
@@ -173,13 +155,16 @@ int CollateDecimal(void* /*data*/, int left_length, const void* left, int right_
   return CompareDecimalText(ViewOf(left_length, left), ViewOf(right_length, right));
 }
 
-void RegisterEntries(sqlite3* connection, std::span<const FunctionEntry> entries) {
-  for (const FunctionEntry& entry : entries) {
-    const int flags = SQLITE_UTF8 | (entry.deterministic ? SQLITE_DETERMINISTIC : 0);
+void Register(sqlite3* connection, std::span<const FunctionRow> rows) {
+  for (const FunctionRow& row : rows) {
+    if (row.function.run == nullptr) continue;
+    const std::string name = "ms_" + std::string(row.name);
+    const bool random = row.function.kind == FunctionKind::kRandom;
     // SQLite hands the row back as it was given; it is never changed through this pointer.
-    sqlite3_create_function_v2(connection, entry.name, entry.arguments, flags,
-                               const_cast<FunctionEntry*>(&entry), RunEntry, nullptr, nullptr,
-                               nullptr);
+    sqlite3_create_function_v2(connection, name.c_str(), row.function.arguments,
+                               SQLITE_UTF8 | (random ? 0 : SQLITE_DETERMINISTIC),
+                               const_cast<SqlFunction*>(&row.function), RunFunction, nullptr,
+                               nullptr, nullptr);
   }
 }
 
@@ -192,6 +177,26 @@ constexpr CodeRow kCodes[] = {
     {SQLITE_NOMEM, 701},   {SQLITE_FULL, 1105},   {SQLITE_READONLY, 3906},
     {SQLITE_TOOBIG, 8152}, {SQLITE_CORRUPT, 823}, {SQLITE_IOERR, 823},
 };
+
+// "index 'name'" gives the name; SQLite says so of an index of expressions.
+std::string IndexOf(std::string_view details) {
+  constexpr std::string_view kIndex = "index '";
+  if (!details.starts_with(kIndex)) return "";
+  details.remove_prefix(kIndex.size());
+  return std::string(details.substr(0, details.rfind('\'')));
+}
+
+// Splits "t.a, t.b".
+std::vector<std::string> ColumnsOf(std::string_view details) {
+  std::vector<std::string> columns;
+  while (!details.empty()) {
+    const std::size_t comma = std::min(details.find(", "), details.size());
+    const std::string_view item = details.substr(0, comma);
+    details.remove_prefix(std::min(comma + 2, details.size()));
+    columns.emplace_back(item.substr(item.find('.') + 1));
+  }
+  return columns;
+}
 
 // Takes "number:severity:state:text" apart.
 ServerMessage ParseRaised(std::string_view text) {
@@ -207,27 +212,68 @@ ServerMessage ParseRaised(std::string_view text) {
 
 }  // namespace
 
-std::int64_t IntegerAt(Cells arguments, std::size_t index) {
-  if (const auto* value = std::get_if<std::int64_t>(&arguments[index])) return *value;
-  if (const auto* real = std::get_if<double>(&arguments[index])) {
-    return static_cast<std::int64_t>(*real);
-  }
-  return 0;
+// ---- arguments ---------------------------------------------------------------------------------
+
+bool IsNullValue(sqlite3_value* value) { return sqlite3_value_type(value) == SQLITE_NULL; }
+
+template <>
+std::string_view Take<std::string_view>(sqlite3_value* value) {
+  const int type = sqlite3_value_type(value);
+  if (type != SQLITE_TEXT && type != SQLITE_BLOB) return "";
+  const auto* bytes = static_cast<const char*>(sqlite3_value_blob(value));
+  if (bytes == nullptr) return "";
+  return {bytes, static_cast<std::size_t>(sqlite3_value_bytes(value))};
 }
 
-double DoubleAt(Cells arguments, std::size_t index) {
-  if (const auto* real = std::get_if<double>(&arguments[index])) return *real;
-  if (const auto* value = std::get_if<std::int64_t>(&arguments[index])) {
-    return static_cast<double>(*value);
+template <>
+Cell Take<Cell>(sqlite3_value* value) {
+  switch (sqlite3_value_type(value)) {
+    case SQLITE_INTEGER:
+      return static_cast<Integer>(sqlite3_value_int64(value));
+    case SQLITE_FLOAT:
+      return sqlite3_value_double(value);
+    case SQLITE_TEXT:
+      return std::string(Take<std::string_view>(value));
+    case SQLITE_BLOB:
+      return Blob{std::string(Take<std::string_view>(value))};
+    default:
+      return {};
   }
-  const std::optional<Decimal> number = ParseDecimal(TextAt(arguments, index));
+}
+
+template <>
+Integer Take<Integer>(sqlite3_value* value) {
+  switch (sqlite3_value_type(value)) {
+    case SQLITE_INTEGER:
+      return sqlite3_value_int64(value);
+    case SQLITE_FLOAT:
+      return static_cast<Integer>(sqlite3_value_double(value));
+    default:
+      return 0;
+  }
+}
+
+template <>
+double Take<double>(sqlite3_value* value) {
+  const int type = sqlite3_value_type(value);
+  if (type == SQLITE_FLOAT || type == SQLITE_INTEGER) return sqlite3_value_double(value);
+  const std::optional<Decimal> number = ParseDecimal(Take<std::string_view>(value));
   return number ? ToDouble(*number) : 0;
 }
 
-std::string_view TextAt(Cells arguments, std::size_t index) {
-  if (const auto* text = std::get_if<std::string>(&arguments[index])) return *text;
-  if (const auto* blob = std::get_if<Blob>(&arguments[index])) return blob->bytes;
-  return "";
+template <>
+std::u32string Take<std::u32string>(sqlite3_value* value) {
+  return DecodeUtf8(Take<std::string_view>(value));
+}
+
+template <>
+Decimal Take<Decimal>(sqlite3_value* value) {
+  return DecimalOfCell(Take<Cell>(value));
+}
+
+template <>
+SqlType Take<SqlType>(sqlite3_value* value) {
+  return DecodeType(Take<Integer>(value));
 }
 
 void RegisterServerFunctions(sqlite3* connection, ServerState* state) {
@@ -237,16 +283,13 @@ void RegisterServerFunctions(sqlite3* connection, ServerState* state) {
   sqlite3_test_control(SQLITE_TESTCTRL_OPTIMIZATIONS, connection, kBloomFilters);
   sqlite3_create_collation(connection, "MSTEXT", SQLITE_UTF8, nullptr, CollateText);
   sqlite3_create_collation(connection, "MSDECIMAL", SQLITE_UTF8, nullptr, CollateDecimal);
-  RegisterEntries(connection, ConversionFunctions());
-  RegisterEntries(connection, NumberFunctions());
-  RegisterEntries(connection, TextFunctions());
-  RegisterEntries(connection, DateFunctions());
+  Register(connection, NumberFunctions());
+  Register(connection, TextFunctions());
+  Register(connection, DateFunctions());
   sqlite3_create_function_v2(connection, "ms_state", -1, SQLITE_UTF8, state, RunState, nullptr,
                              nullptr, nullptr);
-  sqlite3_create_function_v2(connection, "ms_sum", 1, SQLITE_UTF8, nullptr, nullptr, StepSum,
-                             FinishSum, nullptr);
-  sqlite3_create_function_v2(connection, "ms_single", 1, SQLITE_UTF8, nullptr, nullptr, StepSingle,
-                             FinishSingle, nullptr);
+  RegisterAggregate<Sum>(connection, "ms_sum");
+  RegisterAggregate<Single>(connection, "ms_single");
 }
 
 ServerMessage MessageOfFailure(sqlite3* connection) {
@@ -255,6 +298,27 @@ ServerMessage MessageOfFailure(sqlite3* connection) {
   if (text == "integer overflow") return MakeMessage(8115, {"expression", "int"});
   const auto* row = std::ranges::find(kCodes, sqlite3_errcode(connection) & 0xFF, &CodeRow::code);
   return row == std::end(kCodes) ? MakeMessage(50002, {text}) : MakeMessage(row->number);
+}
+
+ConstraintFailure FailedConstraint(sqlite3* connection) {
+  // "UNIQUE constraint failed: t.a, t.b"
+  std::string_view details = sqlite3_errmsg(connection);
+  const std::size_t colon = details.find(": ");
+  details = colon == std::string_view::npos ? "" : details.substr(colon + 2);
+  switch (sqlite3_extended_errcode(connection)) {
+    case SQLITE_CONSTRAINT_UNIQUE:
+    case SQLITE_CONSTRAINT_PRIMARYKEY:
+    case SQLITE_CONSTRAINT_ROWID:
+      return {ConstraintFailureKind::kUnique, ColumnsOf(details), IndexOf(details)};
+    case SQLITE_CONSTRAINT_NOTNULL:
+      return {ConstraintFailureKind::kNotNull, ColumnsOf(details), ""};
+    case SQLITE_CONSTRAINT_CHECK:
+      return {ConstraintFailureKind::kCheck, {}, std::string(details)};
+    case SQLITE_CONSTRAINT_FOREIGNKEY:
+      return {ConstraintFailureKind::kForeignKey, {}, ""};
+    default:
+      return {};
+  }
 }
 
 }  // namespace dbkeeper::server

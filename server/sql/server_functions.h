@@ -1,4 +1,4 @@
-// Functions that the translated statements call at run time.
+// Functions that the translated statements call at run time, and what SQLite's failures mean.
 #pragma once
 
 #include <string>
@@ -28,8 +28,22 @@ class ServerState {
 void RegisterServerFunctions(sqlite3* connection, ServerState* state = nullptr);
 
 // The server's message of a failed SQLite call: one that a function raised is given back as it was
-// raised (number, severity, state, text), anything else by its code (constraints: see
-// constraint_errors.h; SQLITE_FULL 1105, SQLITE_INTERRUPT 3617 ...).
+// raised (number, severity, state, text), anything else by its code (SQLITE_FULL 1105,
+// SQLITE_INTERRUPT 3617 ...).
 ServerMessage MessageOfFailure(sqlite3* connection);
+
+// What SQLite says when a constraint fails, taken apart; the engine finds the names for the
+// server's message in the catalog.
+enum class ConstraintFailureKind { kNone, kUnique, kNotNull, kCheck, kForeignKey };
+
+struct ConstraintFailure {
+  ConstraintFailureKind kind = ConstraintFailureKind::kNone;
+  std::vector<std::string> columns;  // of unique and not null
+  // Of a check: the constraint's name or its text; of unique: an index of expressions.
+  std::string name;
+};
+
+// The failure of the last call on `connection`; kNone when it was no constraint.
+ConstraintFailure FailedConstraint(sqlite3* connection);
 
 }  // namespace dbkeeper::server

@@ -18,6 +18,11 @@ std::string ColumnSql(const ColumnInfo& column) {
   return QuoteName(column.sqlite_name.empty() ? column.name : column.sqlite_name);
 }
 
+void Append(std::string& list, std::string_view item) {
+  if (!list.empty()) list += ", ";
+  list += item;
+}
+
 std::vector<ResultColumn> ColumnsOf(const BoundQuery& query) {
   std::vector<ResultColumn> columns;
   for (const BoundQuery::Item& item : query.items) {
@@ -52,148 +57,158 @@ void RequireTable(const ObjectInfo& object) {
 }  // namespace
 
 // Builds the statements that change rows.
-class ChangeBuilder {
+class ChangeBuilder : public Binder {
  public:
-  explicit ChangeBuilder(Binder& binder) : binder_(binder) {}
+  using Binder::Binder;
 
   Translation Insert(const InsertStatement& insert) {
-    ObjectInfo table = binder_.Resolve(insert.table, 1);
+    ObjectInfo table = Resolve(insert.table, 1);
     RequireTable(table);
     const std::vector<const ColumnInfo*> columns = InsertColumns(table, insert.columns);
     const BoundQuery source = insert.query != nullptr
-                                  ? binder_.BindQuery(*insert.query, nullptr, QueryPlace::kTop)
+                                  ? BindQuery(*insert.query, nullptr, QueryPlace::kTop)
                                   : BindValues(insert, columns);
     CheckCounts(insert, columns.size(), source.items.size());
     return Build(std::move(table), columns, source, insert.query != nullptr);
   }
 
-  // `source` gives one item for each of `columns`.
-  Translation Build(ObjectInfo table, const std::vector<const ColumnInfo*>& columns,
-                    const BoundQuery& source, bool from_query) {
-    Translation translation;
-    std::string names;
-    std::string values;
-    const auto add = [&](const ColumnInfo& column, const std::string& value) {
-      names += (names.empty() ? "" : ", ") + ColumnSql(column);
-      values += (values.empty() ? "" : ", ") + value;
-    };
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-      Bound value = source.items[i].value;
-      if (from_query) value.sql = "s.c" + std::to_string(i + 1);
-      if (columns[i]->type.id == TypeId::kTimestamp) {
-        if (!value.is_null) throw MakeError(273, {});
-        continue;
-      }
-      add(*columns[i], binder_.AssignTo(value, columns[i]->type));
+  Translation InsertBound(ObjectInfo table, const Parameters& values) {
+    BoundQuery source;
+    std::vector<const ColumnInfo*> columns;
+    for (const Parameter& value : values) {
+      columns.push_back(&FindColumn(table, value.name, 1));
+      source.items.push_back({"", Bound{Place(columns.size()), value.type}});
     }
-    for (const ColumnInfo& column : table.columns) {
-      if (column.type.id == TypeId::kTimestamp) {
-        add(column, "ms_state('next_timestamp')");
-        continue;
-      }
-      if (std::find(columns.begin(), columns.end(), &column) != columns.end()) continue;
-      if (!column.identity_sql.empty()) {
-        if (table.identity_insert) throw MakeError(545, {table.name});
-        add(column, column.identity_sql);
-        translation.takes_identity = true;
-      } else if (!column.default_text.empty()) {
-        add(column, DefaultOf(column.default_text, column.type));
-      }
-    }
-    translation.takes_identity = translation.takes_identity || table.identity_insert;
-    translation.sqlite_sql = "INSERT INTO " + table.sqlite_from;
-    if (names.empty()) {
-      translation.sqlite_sql += " DEFAULT VALUES";
-    } else {
-      translation.sqlite_sql += " (" + names + ") ";
-      translation.sqlite_sql +=
-          from_query ? "SELECT " + values + " FROM (" +
-                           binder_.TextOf(source, Binder::ColumnNames::kNumbered) + ") AS s"
-                     : "VALUES (" + values + ')';
-    }
-    translation.target = std::move(table);
-    return translation;
-  }
-
-  std::string DefaultOf(const std::string& text, const SqlType& type) {
-    const ExpressionPtr expression = ParseExpression(text);
-    return binder_.AssignTo(binder_.Bind(*expression, Scope{}), type);
+    return Build(std::move(table), columns, source, false);
   }
 
   Translation Update(const UpdateStatement& update) {
     Scope scope;
     std::string from;
     const ScopeTable& target = FindTarget(update.table, update.from, scope, from);
-    ObjectInfo table = *target.object;
-    std::string condition =
-        update.where == nullptr ? "" : " WHERE " + binder_.BindCondition(*update.where, scope);
-    Translation translation;
+    const ObjectInfo& table = *target.object;
+    const std::string condition = Where(update.where, scope);
+    const std::string alias = target.sqlite_alias;
+    Translation translation{"UPDATE " + table.sqlite_from, table};
     std::string set;  // from the row itself
     std::string values;
     std::vector<const ColumnInfo*> seen;
     for (const Assignment& assignment : update.assignments) {
       const ColumnInfo& column = AssignedColumn(table, assignment, seen);
-      const std::string value = AssignedValue(column, assignment, scope);
+      const Expression& given = *assignment.value;
+      const std::string value =
+          AssignTo(given.kind == ExpressionKind::kDefault ? Default(column) : Bind(given, scope),
+                   column.type);
       const std::string name = "c" + std::to_string(seen.size());
-      const std::string separator = set.empty() ? "" : ", ";
       values += ", " + value + " AS " + name;
-      set += separator + ColumnSql(column) + " = " + value;
-      translation.set_sql += separator + ColumnSql(column) + " = s." + name;
+      Append(set, ColumnSql(column) + " = " + value);
+      Append(translation.set_sql, ColumnSql(column) + " = s." + name);
       translation.assigned.push_back(column.name);
     }
-    for (const ColumnInfo& column : table.columns) {
-      if (column.type.id != TypeId::kTimestamp) continue;
-      const std::string next = ", " + ColumnSql(column) + " = ms_state('next_timestamp')";
-      set += next;
-      translation.set_sql += next;
-    }
-    translation.rows_sql =
-        "SELECT " + target.sqlite_alias + "._rowid_ AS r" + values + " FROM " +
-        (from.empty() ? table.sqlite_from + " AS " + target.sqlite_alias : from) + condition;
-    translation.sqlite_sql = "UPDATE " + table.sqlite_from;
-    if (from.empty()) {
-      translation.sqlite_sql += " AS " + target.sqlite_alias + " SET " + set + condition;
-    } else {
-      // A row that several rows of the join meet is changed once.
-      translation.sqlite_sql += " AS u SET " + translation.set_sql + " FROM (" +
-                                translation.rows_sql + ") AS s WHERE u._rowid_ = s.r";
-    }
-    translation.target = std::move(table);
+    StampRow(table, set);
+    StampRow(table, translation.set_sql);
+    translation.rows_sql = "SELECT " + alias + "._rowid_ AS r" + values + " FROM " +
+                           (from.empty() ? table.sqlite_from + " AS " + alias : from) + condition;
+    // A row that several rows of a join meet is changed once.
+    translation.sqlite_sql += from.empty()
+                                  ? " AS " + alias + " SET " + set + condition
+                                  : " AS u SET " + translation.set_sql + " FROM (" +
+                                        translation.rows_sql + ") AS s WHERE u._rowid_ = s.r";
     return translation;
+  }
+
+  Translation UpdateRow(const ObjectInfo& table, const Parameters& values) {
+    std::string set;
+    std::size_t count = 0;
+    for (const Parameter& value : values) {
+      const ColumnInfo& column = FindColumn(table, value.name, 1);
+      if (!column.identity_sql.empty()) throw MakeError(8102, {column.name});
+      const Bound bound{Place(++count), value.type};
+      Append(set, ColumnSql(column) + " = " + AssignTo(bound, column.type));
+    }
+    StampRow(table, set);
+    return {"UPDATE " + table.sqlite_from + " SET " + set + " WHERE _rowid_ = " + Place(count + 1),
+            table};
   }
 
   Translation Delete(const DeleteStatement& statement) {
     Scope scope;
     std::string from;
     const ScopeTable& target = FindTarget(statement.table, statement.from, scope, from);
-    const std::string condition = statement.where == nullptr
-                                      ? ""
-                                      : " WHERE " + binder_.BindCondition(*statement.where, scope);
-    Translation translation;
-    translation.target = *target.object;
-    translation.sqlite_sql = "DELETE FROM " + target.object->sqlite_from;
-    if (from.empty()) {
-      translation.sqlite_sql += " AS " + target.sqlite_alias + condition;
-    } else {
-      translation.sqlite_sql += " WHERE _rowid_ IN (SELECT " + target.sqlite_alias +
-                                "._rowid_ FROM " + from + condition + ')';
-    }
-    return translation;
+    const std::string& alias = target.sqlite_alias;
+    const std::string condition = Where(statement.where, scope);
+    return {"DELETE FROM " + target.object->sqlite_from +
+                (from.empty() ? " AS " + alias + condition
+                              : " WHERE _rowid_ IN (SELECT " + alias + "._rowid_ FROM " + from +
+                                    condition + ')'),
+            *target.object};
+  }
+
+  std::string DefaultOf(const std::string& text, const SqlType& type) {
+    return AssignTo(Bind(*ParseExpression(text), Scope{}), type);
   }
 
  private:
+  static constexpr std::string_view kNextTimestamp = "ms_state('next_timestamp')";
+
+  static std::string Place(std::size_t parameter) { return "?" + std::to_string(parameter); }
+
+  // `source` gives one item for each of `columns`.
+  Translation Build(ObjectInfo table, const std::vector<const ColumnInfo*>& columns,
+                    const BoundQuery& source, bool from_query) {
+    std::string names;
+    std::string values;
+    bool takes_identity = table.identity_insert;
+    const auto add = [&](const ColumnInfo& column, std::string_view value) {
+      Append(names, ColumnSql(column));
+      Append(values, value);
+    };
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+      Bound value = source.items[i].value;
+      if (from_query) value.sql = "s.c" + std::to_string(i + 1);
+      if (columns[i]->type.id != TypeId::kTimestamp) {
+        add(*columns[i], AssignTo(value, columns[i]->type));
+      } else if (!value.is_null) {
+        throw MakeError(273, {});
+      }
+    }
+    for (const ColumnInfo& column : table.columns) {
+      if (column.type.id == TypeId::kTimestamp) {
+        add(column, kNextTimestamp);
+        continue;
+      }
+      if (std::ranges::find(columns, &column) != columns.end()) continue;
+      if (!column.identity_sql.empty()) {
+        if (table.identity_insert) throw MakeError(545, {table.name});
+        add(column, column.identity_sql);
+        takes_identity = true;
+      } else if (!column.default_text.empty()) {
+        add(column, DefaultOf(column.default_text, column.type));
+      }
+    }
+    std::string sql = "INSERT INTO " + table.sqlite_from;
+    if (names.empty()) {
+      sql += " DEFAULT VALUES";
+    } else if (from_query) {
+      sql += " (" + names + ") SELECT " + values + " FROM (" +
+             TextOf(source, ColumnNames::kNumbered) + ") AS s";
+    } else {
+      sql += " (" + names + ") VALUES (" + values + ')';
+    }
+    Translation translation{std::move(sql), std::move(table)};
+    translation.takes_identity = takes_identity;
+    return translation;
+  }
+
   static std::vector<const ColumnInfo*> InsertColumns(const ObjectInfo& table,
                                                       const std::vector<std::string>& names) {
     std::vector<const ColumnInfo*> columns;
     for (const std::string& name : names) {
       const ColumnInfo& column = FindColumn(table, name, 1);
-      if (std::find(columns.begin(), columns.end(), &column) != columns.end()) {
-        throw MakeError(264, {column.name});
-      }
+      Note(column, columns, 1);
       if (!column.identity_sql.empty() && !table.identity_insert) {
         throw MakeError(544, {table.name});
       }
-      columns.push_back(&column);
     }
     if (!names.empty()) return columns;
     for (const ColumnInfo& column : table.columns) {
@@ -202,29 +217,28 @@ class ChangeBuilder {
     return columns;
   }
 
-  BoundQuery BindValues(const InsertStatement& insert, std::vector<const ColumnInfo*> columns) {
+  // No column is given twice.
+  static void Note(const ColumnInfo& column, std::vector<const ColumnInfo*>& seen, int line) {
+    if (std::ranges::find(seen, &column) != seen.end()) throw MakeError(264, {column.name}, line);
+    seen.push_back(&column);
+  }
+
+  BoundQuery BindValues(const InsertStatement& insert,
+                        const std::vector<const ColumnInfo*>& columns) {
     BoundQuery source;
     if (insert.default_values) {
       for (const ColumnInfo* column : columns) source.items.push_back({"", Default(*column)});
-      return source;
     }
-    for (std::size_t i = 0; i < insert.values.size(); ++i) {
-      const bool is_default = std::holds_alternative<DefaultValue>(insert.values[i]->node);
-      if (is_default && i < columns.size()) {
-        source.items.push_back({"", Default(*columns[i])});
-      } else {
-        source.items.push_back({"", BindConstant(*insert.values[i])});
+    for (const ExpressionPtr& value : insert.values) {
+      const std::size_t i = source.items.size();
+      const bool is_default = value->kind == ExpressionKind::kDefault && i < columns.size();
+      // A value of an insert may not name columns.
+      if (value->kind == ExpressionKind::kColumn) {
+        throw MakeError(128, {value->name.back()}, value->line);
       }
+      source.items.push_back({"", is_default ? Default(*columns[i]) : Bind(*value, Scope{})});
     }
     return source;
-  }
-
-  // A value of an insert may not name columns.
-  Bound BindConstant(const Expression& value) {
-    if (const auto* column = std::get_if<ColumnReference>(&value.node)) {
-      throw MakeError(128, {column->parts.back()}, value.line);
-    }
-    return binder_.Bind(value, Scope{});
   }
 
   Bound Default(const ColumnInfo& column) {
@@ -244,42 +258,41 @@ class ChangeBuilder {
   const ScopeTable& FindTarget(const ObjectName& name, const std::vector<TableSourcePtr>& sources,
                                Scope& scope, std::string& from) {
     if (sources.empty()) {
-      const ObjectInfo object = binder_.Resolve(name, 1);
+      const ObjectInfo object = Resolve(name, 1);
       RequireTable(object);
-      return binder_.AddTable(object, name.name, name, scope);
+      return AddTable(object, name.name, name, scope);
     }
-    from = binder_.BindFrom(sources, scope);
+    from = BindFrom(sources, scope);
     for (const ScopeTable& table : scope.tables) {
       if (!SameName(table.name, name.name) && !SameName(table.full_name.name, name.name)) continue;
       if (!table.object) throw Unsupported("changing rows through a view");
       return table;
     }
-    binder_.Resolve(name, 1);
+    Resolve(name, 1);
     throw Unsupported("UPDATE and DELETE of a table that its FROM does not name");
+  }
+
+  std::string Where(const ExpressionPtr& condition, const Scope& scope) {
+    return condition == nullptr ? "" : " WHERE " + BindCondition(*condition, scope);
   }
 
   static const ColumnInfo& AssignedColumn(const ObjectInfo& table, const Assignment& assignment,
                                           std::vector<const ColumnInfo*>& seen) {
     const int line = assignment.value->line;
     const ColumnInfo& column = FindColumn(table, assignment.column.back(), line);
-    if (std::find(seen.begin(), seen.end(), &column) != seen.end()) {
-      throw MakeError(264, {column.name}, line);
-    }
+    Note(column, seen, line);
     if (!column.identity_sql.empty()) throw MakeError(8102, {column.name}, line);
     if (column.type.id == TypeId::kTimestamp) throw MakeError(272, {}, line);
-    seen.push_back(&column);
     return column;
   }
 
-  std::string AssignedValue(const ColumnInfo& column, const Assignment& assignment,
-                            const Scope& scope) {
-    if (std::holds_alternative<DefaultValue>(assignment.value->node)) {
-      return binder_.AssignTo(Default(column), column.type);
+  // A changed row gets the next timestamp.
+  static void StampRow(const ObjectInfo& table, std::string& set) {
+    for (const ColumnInfo& column : table.columns) {
+      if (column.type.id != TypeId::kTimestamp) continue;
+      Append(set, ColumnSql(column) + " = " + std::string(kNextTimestamp));
     }
-    return binder_.AssignTo(binder_.Bind(*assignment.value, scope), column.type);
   }
-
-  Binder& binder_;
 };
 
 Translator::Translator(NameResolver& resolver) : Translator(resolver, kNoParameters) {}
@@ -304,76 +317,41 @@ Translation Translator::Select(const SelectStatement& statement, const Translate
 }
 
 Translation Translator::Insert(const InsertStatement& statement) {
-  Binder binder(resolver_, parameters_);
-  return ChangeBuilder(binder).Insert(statement);
+  return ChangeBuilder(resolver_, parameters_).Insert(statement);
 }
 
 Translation Translator::Update(const UpdateStatement& statement) {
-  Binder binder(resolver_, parameters_);
-  return ChangeBuilder(binder).Update(statement);
+  return ChangeBuilder(resolver_, parameters_).Update(statement);
 }
 
 Translation Translator::Delete(const DeleteStatement& statement) {
-  Binder binder(resolver_, parameters_);
-  return ChangeBuilder(binder).Delete(statement);
+  return ChangeBuilder(resolver_, parameters_).Delete(statement);
 }
 
 Translation Translator::ScalarText(const Expression& expression) {
   constexpr SqlType kText = {.id = TypeId::kNVarChar, .length = 4000};
-  Binder binder(resolver_, parameters_);
-  Translation translation;
-  translation.sqlite_sql = "SELECT " + binder.ConvertTo(binder.Bind(expression, Scope{}), kText);
-  return translation;
+  const Bound value = Binder(resolver_, parameters_).Bind(expression, Scope{});
+  return {"SELECT " + ConvertTo(value, kText)};
 }
 
 Translation Translator::Scalar(const Expression& expression) {
-  Binder binder(resolver_, parameters_);
   BoundQuery query;
-  query.items.push_back({"", binder.Bind(expression, Scope{})});
-  Translation translation;
-  translation.sqlite_sql = "SELECT " + query.items[0].value.sql;
+  query.items.push_back({"", Binder(resolver_, parameters_).Bind(expression, Scope{})});
+  Translation translation{"SELECT " + query.items[0].value.sql, {}};
   translation.columns = ColumnsOf(query);
   return translation;
 }
 
 Translation Translator::InsertBound(const ObjectInfo& table, const Parameters& columns) {
-  Binder binder(resolver_, parameters_);
-  ObjectInfo target = table;
-  BoundQuery source;
-  std::vector<const ColumnInfo*> infos;
-  for (std::size_t i = 0; i < columns.size(); ++i) {
-    infos.push_back(&FindColumn(target, columns[i].name, 1));
-    source.items.push_back({"", Bound{"?" + std::to_string(i + 1), columns[i].type}});
-  }
-  return ChangeBuilder(binder).Build(std::move(target), infos, source, false);
+  return ChangeBuilder(resolver_, parameters_).InsertBound(table, columns);
 }
 
 Translation Translator::UpdateRow(const ObjectInfo& table, const Parameters& columns) {
-  Binder binder(resolver_, parameters_);
-  Translation translation;
-  std::string set;
-  for (std::size_t i = 0; i < columns.size(); ++i) {
-    const ColumnInfo& column = FindColumn(table, columns[i].name, 1);
-    if (!column.identity_sql.empty()) throw MakeError(8102, {column.name});
-    const Bound value{"?" + std::to_string(i + 1), columns[i].type};
-    set +=
-        (set.empty() ? "" : ", ") + ColumnSql(column) + " = " + binder.AssignTo(value, column.type);
-  }
-  for (const ColumnInfo& column : table.columns) {
-    if (column.type.id != TypeId::kTimestamp) continue;
-    set += ", " + ColumnSql(column) + " = ms_state('next_timestamp')";
-  }
-  translation.sqlite_sql = "UPDATE " + table.sqlite_from + " SET " + set + " WHERE _rowid_ = ?" +
-                           std::to_string(columns.size() + 1);
-  translation.target = table;
-  return translation;
+  return ChangeBuilder(resolver_, parameters_).UpdateRow(table, columns);
 }
 
 Translation Translator::DeleteRow(const ObjectInfo& table) {
-  Translation translation;
-  translation.sqlite_sql = "DELETE FROM " + table.sqlite_from + " WHERE _rowid_ = ?1";
-  translation.target = table;
-  return translation;
+  return {"DELETE FROM " + table.sqlite_from + " WHERE _rowid_ = ?1", table};
 }
 
 std::vector<ResultColumn> Translator::ViewColumns(const CreateViewStatement& view) {
@@ -409,8 +387,7 @@ std::string Translator::CheckExpression(const std::string& text, const ObjectInf
 }
 
 std::string Translator::DefaultExpression(const std::string& text, const SqlType& type) {
-  Binder binder(resolver_, parameters_);
-  return ChangeBuilder(binder).DefaultOf(text, type);
+  return ChangeBuilder(resolver_, parameters_).DefaultOf(text, type);
 }
 
 }  // namespace dbkeeper::server

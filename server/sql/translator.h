@@ -83,20 +83,20 @@ struct TranslateOptions {
 // What the engine runs.
 struct Translation {
   std::string sqlite_sql;
-  std::vector<ResultColumn> columns;  // of a select
-  bool has_row_id = false;            // one more SQLite column behind `columns`
+  // The table that an insert, update or delete changes; the base table of a select with a row id.
+  std::optional<ObjectInfo> target = {};
+  std::vector<ResultColumn> columns = {};  // of a select
+  bool has_row_id = false;                 // one more SQLite column behind `columns`
   // select ... into: the engine makes this table from `columns`, then runs
   // "insert into <it> " + sqlite_sql.
-  std::optional<ObjectName> into;
-  // The table that an insert, update or delete changes; the base table of a select with a row id.
-  std::optional<ObjectInfo> target;
+  std::optional<ObjectName> into = {};
   // Of an insert: it gives the identity column a value of its own or takes the next.
   bool takes_identity = false;
   // Of an update: the same in two steps. A select of the rows to change, "r" the row's id and c1,
   // c2 ... the values of the columns `assigned`; and what sets them from such a row "s".
-  std::string rows_sql;
-  std::string set_sql;
-  std::vector<std::string> assigned;
+  std::string rows_sql = {};
+  std::string set_sql = {};
+  std::vector<std::string> assigned = {};
 };
 
 class Translator {

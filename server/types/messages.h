@@ -30,6 +30,18 @@ ServerMessage MakeMessage(int number, std::initializer_list<std::string_view> pa
 SqlError MakeError(int number, std::initializer_list<std::string_view> parts = {}, int line = 1);
 [[noreturn]] void Fail(int number, std::initializer_list<std::string_view> parts = {});
 
+// Runs `work`; an error of it is given the line.
+template <typename Work>
+void AtLine(int line, const Work& work) {
+  try {
+    work();
+  } catch (const SqlError& error) {
+    ServerMessage message = error.message();
+    message.line = line;
+    throw SqlError(message);
+  }
+}
+
 // "The local server does not support X.", number 50001.
 SqlError Unsupported(std::string_view construct, int line = 1);
 

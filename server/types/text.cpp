@@ -140,6 +140,15 @@ std::string ToUpperAscii(std::string_view text) { return Moved(text, 'a', 'A'); 
 
 std::string ToLowerAscii(std::string_view text) { return Moved(text, 'A', 'a'); }
 
+std::string Joined(std::span<const std::string> parts, std::string_view separator) {
+  std::string text;
+  for (const std::string& part : parts) {
+    if (!text.empty()) text += separator;
+    text += part;
+  }
+  return text;
+}
+
 std::string QuoteName(std::string_view name) { return Quoted(name, '"'); }
 
 std::string QuoteText(std::string_view text) {

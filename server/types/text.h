@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -19,6 +20,9 @@ bool SameName(std::string_view left, std::string_view right);
 // ASCII letters alone.
 std::string ToUpperAscii(std::string_view text);
 std::string ToLowerAscii(std::string_view text);
+
+// The parts with the separator between them; none before the first that is not empty.
+std::string Joined(std::span<const std::string> parts, std::string_view separator);
 
 // As SQLite writes a name, a text and bytes: "a""b", 'it''s', X'00FF'.
 std::string QuoteName(std::string_view name);

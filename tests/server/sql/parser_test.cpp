@@ -16,8 +16,7 @@ Node Parse(std::string_view text) {
 }
 
 std::string LiteralText(const ExpressionPtr& expression) {
-  const auto* literal = std::get_if<Literal>(&expression->node);
-  return literal == nullptr ? "?" : literal->text;
+  return expression->kind == ExpressionKind::kLiteral ? expression->text : "?";
 }
 
 TEST(Lexer, TokensKeepTheirContentPlaceAndLine) {
@@ -108,12 +107,10 @@ TEST(Parser, DatabasesAreCreatedWithTheirFilesAndOptions) {
   EXPECT_EQ(created.log_files.at(0).size, "5MB");
   const auto altered =
       Parse<AlterDatabaseStatement>("alter database [n] set ONLINE,MULTI_USER,READ_WRITE");
-  EXPECT_EQ(std::get<DatabaseOptions>(altered.action).options,
-            (std::vector<std::string>{"ONLINE", "MULTI_USER", "READ_WRITE"}));
+  EXPECT_EQ(altered.options, (std::vector<std::string>{"ONLINE", "MULTI_USER", "READ_WRITE"}));
   const auto recovery = Parse<AlterDatabaseStatement>(
       "alter database n set recovery simple, auto_shrink on with rollback immediate");
-  EXPECT_EQ(std::get<DatabaseOptions>(recovery.action).options,
-            (std::vector<std::string>{"RECOVERY SIMPLE", "AUTO_SHRINK ON"}));
+  EXPECT_EQ(recovery.options, (std::vector<std::string>{"RECOVERY SIMPLE", "AUTO_SHRINK ON"}));
 }
 
 TEST(Parser, BackupsAndRestoresNameTheirDevicesAndOptions) {

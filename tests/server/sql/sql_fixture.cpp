@@ -1,6 +1,5 @@
 #include "tests/server/sql/sql_fixture.h"
 
-#include "server/sql/constraint_errors.h"
 #include "server/types/datetime.h"
 #include "server/types/messages.h"
 #include "server/types/text.h"
