@@ -271,34 +271,34 @@ class DateReader {
   bool time_seen_ = false;
 };
 
+struct NumberRow {
+  char letter;
+  std::size_t width;
+  char fill;
+  int (*value)(const CivilTime& civil);
+};
+constexpr NumberRow kNumbers[] = {
+    {'Y', 4, '0', [](const CivilTime& civil) { return civil.year; }},
+    {'y', 2, '0', [](const CivilTime& civil) { return civil.year % 100; }},
+    {'M', 2, '0', [](const CivilTime& civil) { return civil.month; }},
+    {'D', 2, '0', [](const CivilTime& civil) { return civil.day; }},
+    {'e', 2, ' ', [](const CivilTime& civil) { return civil.day; }},
+    {'H', 2, '0', [](const CivilTime& civil) { return civil.hour; }},
+    {'h', 2, ' ', [](const CivilTime& civil) { return (civil.hour + 11) % 12 + 1; }},
+    {'I', 2, '0', [](const CivilTime& civil) { return civil.minute; }},
+    {'S', 2, '0', [](const CivilTime& civil) { return civil.second; }},
+    {'L', 3, '0', [](const CivilTime& civil) { return Milliseconds(civil.ticks); }},
+};
+
 std::string FormatPart(char letter, const CivilTime& civil) {
   if (letter == 'N') {
     return std::string(kMonths[static_cast<std::size_t>(civil.month - 1)].substr(0, 3));
   }
   if (letter == 'P') return civil.hour < 12 ? "AM" : "PM";
-  const struct {
-    char letter;
-    int value;
-    std::size_t width;
-    char fill;
-  } numbers[] = {
-      {'Y', civil.year, 4, '0'},
-      {'y', civil.year % 100, 2, '0'},
-      {'M', civil.month, 2, '0'},
-      {'D', civil.day, 2, '0'},
-      {'e', civil.day, 2, ' '},
-      {'H', civil.hour, 2, '0'},
-      {'h', civil.hour % 12 == 0 ? 12 : civil.hour % 12, 2, ' '},
-      {'I', civil.minute, 2, '0'},
-      {'S', civil.second, 2, '0'},
-      {'L', Milliseconds(civil.ticks), 3, '0'},
-  };
-  for (const auto& row : numbers) {
-    if (row.letter != letter) continue;
-    std::string text = std::to_string(row.value);
-    return text.insert(0, row.width - std::min(row.width, text.size()), row.fill);
-  }
-  return std::string(1, letter);
+  const auto* const row = std::ranges::find(kNumbers, letter, &NumberRow::letter);
+  if (row == std::end(kNumbers)) return std::string(1, letter);
+  std::string text = std::to_string(row->value(civil));
+  return text.insert(0, row->width - std::min(row->width, text.size()), row->fill);
 }
 
 std::int64_t MillisecondsOf(std::int64_t time) {

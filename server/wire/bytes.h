@@ -24,7 +24,8 @@ class WireError : public std::runtime_error {
 // A number of up to 8 bytes, the lowest first.
 inline std::uint64_t LittleOf(std::string_view bytes) {
   std::uint64_t value = 0;
-  std::memcpy(&value, bytes.data(), std::min(bytes.size(), sizeof value));
+  for (std::size_t i = bytes.size(); i-- > 0;)
+    value = value << 8 | static_cast<std::uint8_t>(bytes[i]);
   return value;
 }
 
@@ -32,7 +33,10 @@ inline std::uint64_t LittleOf(std::string_view bytes) {
 // for.
 class ByteWriter {
  public:
-  ByteWriter& U8(auto value) { return Little(static_cast<std::uint8_t>(value), 1); }
+  ByteWriter& U8(auto value) {
+    bytes_.push_back(static_cast<char>(value));
+    return *this;
+  }
   ByteWriter& U16(auto value) { return Little(static_cast<std::uint16_t>(value), 2); }
   ByteWriter& U32(auto value) { return Little(static_cast<std::uint32_t>(value), 4); }
   ByteWriter& Little(std::uint64_t value, std::size_t count) {
@@ -68,9 +72,9 @@ class ByteReader {
   ByteReader(const ByteReader&) = delete;
   ByteReader& operator=(const ByteReader&) = delete;
 
-  std::uint8_t U8() { return static_cast<std::uint8_t>(Little(1)); }
-  std::uint16_t U16() { return static_cast<std::uint16_t>(Little(2)); }
-  std::uint32_t U32() { return static_cast<std::uint32_t>(Little(4)); }
+  std::uint8_t U8() { return Little<std::uint8_t>(); }
+  std::uint16_t U16() { return Little<std::uint16_t>(); }
+  std::uint32_t U32() { return Little<std::uint32_t>(); }
   void Skip(std::size_t count) { Take(count, nullptr); }
   std::string Raw(std::size_t count) {
     if (count > kLargestValue) throw WireError("a value is too long");
@@ -87,10 +91,12 @@ class ByteReader {
   virtual bool Refill(std::string_view& /*rest*/) { return false; }
 
  private:
-  std::uint64_t Little(std::size_t count) {
-    if (rest_.size() < count) return LittleOf(Raw(count));
-    const std::uint64_t value = LittleOf(rest_.substr(0, count));
-    rest_.remove_prefix(count);
+  template <typename Number>
+  Number Little() {
+    if (rest_.size() < sizeof(Number)) return static_cast<Number>(LittleOf(Raw(sizeof(Number))));
+    Number value;
+    std::memcpy(&value, rest_.data(), sizeof value);
+    rest_.remove_prefix(sizeof value);
     return value;
   }
   void Take(std::size_t count, std::string* into) {

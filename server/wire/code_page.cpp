@@ -4,6 +4,7 @@
 
 #include <bit>
 #include <stdexcept>
+#include <utility>
 
 #include "server/types/text.h"
 
@@ -13,13 +14,15 @@ namespace {
 constexpr char32_t kReplacement = 0xFFFD;
 constexpr std::size_t kUnits = 0x10000;
 
+// Takes the ASCII characters off that come: most of them do so in rows.
+std::string_view TakeAscii(std::string_view text, std::size_t& position) {
+  const std::size_t begin = position;
+  while (position < text.size() && static_cast<unsigned char>(text[position]) < 0x80) ++position;
+  return text.substr(begin, position - begin);
+}
+
 // The character at `position`; what the first byte of a broken one promised is replaced together.
 char32_t NextWhole(std::string_view text, std::size_t& position) {
-  const auto first = static_cast<unsigned char>(text[position]);
-  if (first < 0x80) {
-    ++position;
-    return first;
-  }
   const char32_t character = NextCharacter(text, position);
   if (character < 0xD800 || (character > 0xDFFF && character < kBroken)) return character;
   const auto lead = static_cast<unsigned char>(character - kBroken);
@@ -70,7 +73,13 @@ class Converter {
 }  // namespace
 
 void AppendUtf16(std::string_view utf8, std::string& out) {
-  for (std::size_t i = 0; i < utf8.size();) AppendUtf16(NextWhole(utf8, i), out);
+  for (std::size_t i = 0; i < utf8.size();) {
+    const std::string_view ascii = TakeAscii(utf8, i);
+    std::size_t end = out.size();
+    out.resize(end + 2 * ascii.size());
+    for (const char c : ascii) out[std::exchange(end, end + 2)] = c;
+    if (i < utf8.size()) AppendUtf16(NextWhole(utf8, i), out);
+  }
 }
 
 std::string Utf16ToUtf8(std::string_view utf16) {
@@ -117,11 +126,11 @@ const CodePage932& CodePage932::Shared() {
 
 void CodePage932::Append(std::string_view utf8, std::string& out) const {
   for (std::size_t i = 0; i < utf8.size();) {
+    out.append(TakeAscii(utf8, i));
+    if (i == utf8.size()) return;
     const char32_t character = NextWhole(utf8, i);
-    const std::uint16_t code = character < 0x80     ? static_cast<std::uint16_t>(character)
-                               : character < kUnits ? to_bytes_[character]
-                                                    : 0;
-    if (code == 0 && character != 0) {
+    const std::uint16_t code = character < kUnits ? to_bytes_[character] : 0;
+    if (code == 0) {
       // Two for what is two characters to the server.
       out.append(character < kUnits ? 1 : 2, '?');
     } else {

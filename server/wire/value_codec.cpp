@@ -52,6 +52,7 @@ struct Announcement {
 // allow no null, and types as older clients have them.
 std::vector<Announcement> MakeAnnouncements() {
   std::vector<Announcement> rows;
+  rows.reserve(2 * kTypes.size());
   for (const TypeFacts& facts : kTypes) rows.push_back({facts.token, FormOf(facts), &facts});
   for (const TypeFacts& facts : kTypes) {
     if (facts.family > TypeFamily::kDateTime || facts.family == TypeFamily::kDecimal) continue;
@@ -303,7 +304,9 @@ void AppendValue(const SqlType& type, const RowView& row, std::size_t column, By
     return;
   }
   const auto append = [&](std::uint64_t bits) {
-    out.U8(facts.length).Little(bits, static_cast<std::size_t>(facts.length));
+    std::array<char, 9> bytes{static_cast<char>(facts.length)};
+    std::memcpy(&bytes[1], &bits, sizeof bits);
+    out.Raw({bytes.data(), static_cast<std::size_t>(facts.length) + 1});
   };
   switch (facts.family) {
     case TypeFamily::kInteger:
