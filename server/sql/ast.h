@@ -217,7 +217,6 @@ struct ColumnDefinition {
   std::string collation;
   bool row_guid = false;
   std::vector<Constraint> constraints;  // written with the column; key columns are filled in
-  int line = 1;
 };
 
 // What a table is made of, and what alter table ... add brings to it.
@@ -313,7 +312,6 @@ struct CreateDatabaseStatement {
   std::string name;
   std::vector<DatabaseFile> data_files;
   std::vector<DatabaseFile> log_files;
-  std::string collation;
   bool for_attach = false;
 };
 

@@ -98,7 +98,7 @@ class ChangeBuilder : public Binder {
           AssignTo(given.kind == ExpressionKind::kDefault ? Default(column) : Bind(given, scope),
                    column.type);
       const std::string name = "c" + std::to_string(seen.size());
-      values += ", " + value + " AS " + name;
+      values.append(", ").append(value).append(" AS ").append(name);
       Append(set, ColumnSql(column) + " = " + (from.empty() ? value : "s." + name));
     }
     StampRow(table, set);
