@@ -64,13 +64,13 @@ enum class ExpressionKind {
   // Predicates: true, false or unknown, but no value.
   kComparison,
   kLogical,     // and, or
-  kNot,         //
+  kNot,         // the predicate
   kIn,          // the value, the list; or the value and `query`
   kExists,      // `query`
   kQuantified,  // the value; `op` any (query), `op` all (query)
   kBetween,     // the value, the low and the high bound
   kLike,        // the text, the pattern and, if given, the escape character
-  kIsNull,      //
+  kIsNull,      // the value
 };
 
 struct Expression {
