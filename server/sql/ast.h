@@ -64,13 +64,13 @@ enum class ExpressionKind {
   // Predicates: true, false or unknown, but no value.
   kComparison,
   kLogical,     // and, or
-  kNot,         //
+  kNot,         // the predicate
   kIn,          // the value, the list; or the value and `query`
   kExists,      // `query`
   kQuantified,  // the value; `op` any (query), `op` all (query)
   kBetween,     // the value, the low and the high bound
   kLike,        // the text, the pattern and, if given, the escape character
-  kIsNull,      //
+  kIsNull,      // the value
 };
 
 struct Expression {
@@ -217,7 +217,6 @@ struct ColumnDefinition {
   std::string collation;
   bool row_guid = false;
   std::vector<Constraint> constraints;  // written with the column; key columns are filled in
-  int line = 1;
 };
 
 // What a table is made of, and what alter table ... add brings to it.
@@ -313,7 +312,6 @@ struct CreateDatabaseStatement {
   std::string name;
   std::vector<DatabaseFile> data_files;
   std::vector<DatabaseFile> log_files;
-  std::string collation;
   bool for_attach = false;
 };
 

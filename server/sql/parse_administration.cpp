@@ -150,28 +150,26 @@ Parser::Node Parser::ParseRestore() {
 
 void Parser::ParseDevicesAndOptions(std::string_view before, BackupBody& body) {
   if (AcceptKeyword(before)) body.devices = ListOf(&Parser::ParseBackupDevice);
-  if (AcceptKeyword("WITH")) body.options = ListOf(&Parser::ParseBackupOption);
+  if (!AcceptKeyword("WITH")) return;
+  body.options = ListOf([&] {
+    BackupOption option{ExpectWord(), "", ""};
+    if (option.name == "MOVE") {
+      option.value = ExpectString();
+      ExpectKeyword("TO");
+      option.target = ExpectString();
+    } else if (AcceptSymbol("=")) {
+      option.value = ParseMeasure();
+    }
+    return option;
+  });
 }
 
 BackupDevice Parser::ParseBackupDevice() {
-  if (!IsSymbolAt(1, "=")) return {"", ExpectName()};
-  const std::string_view kind = AcceptAny({"DISK", "TAPE", "PIPE"});
+  const std::string_view kind =
+      IsSymbolAt(1, "=") ? AcceptAny({"DISK", "TAPE", "PIPE"}) : std::string_view();
   if (kind.empty()) return {"", ExpectName()};
   Advance();
   return {std::string(kind), ExpectString()};
-}
-
-BackupOption Parser::ParseBackupOption() {
-  BackupOption option;
-  option.name = ExpectWord();
-  if (option.name == "MOVE") {
-    option.value = ExpectString();
-    ExpectKeyword("TO");
-    option.target = ExpectString();
-  } else if (AcceptSymbol("=")) {
-    option.value = ParseMeasure();
-  }
-  return option;
 }
 
 // ---- the server --------------------------------------------------------------------------------
@@ -206,7 +204,7 @@ Parser::Node Parser::ParsePermission(PermissionVerb verb) {
   if (revoke && IsKeyword("GRANT")) Refuse("REVOKE GRANT OPTION FOR");
   ParsePermissionList(statement);
   if (!revoke || !AcceptKeyword("FROM")) ExpectKeyword("TO");
-  statement.grantees = ListOf(&Parser::ParseGrantee);
+  statement.grantees = ListOf([&] { return AcceptKeyword("PUBLIC") ? "public" : ExpectName(); });
   if (verb == PermissionVerb::kGrant) {
     statement.with_grant_option = AcceptKeywords({"WITH", "GRANT", "OPTION"});
   } else {
@@ -240,7 +238,5 @@ void Parser::ParsePermissionList(PermissionStatement& statement) {
   statement.object = ExpectObjectName();
   accept_columns();
 }
-
-std::string Parser::ParseGrantee() { return AcceptKeyword("PUBLIC") ? "public" : ExpectName(); }
 
 }  // namespace dbkeeper::server

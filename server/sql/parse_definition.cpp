@@ -62,22 +62,22 @@ Parser::Node Parser::ParseAlter() {
 }
 
 Parser::Node Parser::ParseDrop() {
-  if (AcceptKeyword("INDEX")) return DropIndexStatement{ListOf(&Parser::ParseIndexName)};
+  if (AcceptKeyword("INDEX")) {
+    return DropIndexStatement{ListOf([&]() -> DropIndexStatement::Item {
+      const int line = Current().line;
+      std::vector<std::string> parts = ParseDottedName();
+      if (parts.size() < 2) Fail();
+      std::string index = std::move(parts.back());
+      parts.pop_back();
+      return {ObjectNameOf(std::move(parts), line), std::move(index)};
+    })};
+  }
   for (const ClassRow& row : kClasses) {
     if (!AcceptKeyword(row.word)) continue;
     return DropStatement{row.object_class, ListOf(&Parser::ExpectObjectName)};
   }
   RefuseAny({"DEFAULT", "RULE", "STATISTICS"}, "DROP ");
   Fail();
-}
-
-DropIndexStatement::Item Parser::ParseIndexName() {
-  const int line = Current().line;
-  std::vector<std::string> parts = ParseDottedName();
-  if (parts.size() < 2) Fail();
-  std::string index = std::move(parts.back());
-  parts.pop_back();
-  return {ObjectNameOf(std::move(parts), line), std::move(index)};
 }
 
 // ---- views, procedures, triggers, functions ----------------------------------------------------
@@ -158,7 +158,7 @@ Parser::Node Parser::ParseCreateDatabase() {
     ExpectKeyword("ON");
     create.log_files = ListOf(&Parser::ParseDatabaseFile);
   }
-  if (AcceptKeyword("COLLATE")) create.collation = ParseCollation();
+  if (AcceptKeyword("COLLATE")) ExpectWord();
   if (AcceptKeyword("FOR")) {
     if (ExpectWord() != "ATTACH") Fail();
     create.for_attach = true;
@@ -166,21 +166,14 @@ Parser::Node Parser::ParseCreateDatabase() {
   return create;
 }
 
-std::string Parser::ParseCollation() {
-  if (Current().kind != TokenKind::kWord) Fail();
-  return TakeText();
-}
-
-std::string Parser::ParseDatabaseOption() {
-  std::string option = ExpectWord();
-  return HasWord(kValuedOptions, option) ? option + ' ' + ExpectWord() : option;
-}
-
 Parser::Node Parser::ParseAlterDatabase() {
   AlterDatabaseStatement alter;
   alter.name = ExpectName();
   if (AcceptKeyword("SET")) {
-    alter.options = ListOf(&Parser::ParseDatabaseOption);
+    alter.options = ListOf([&] {
+      std::string option = ExpectWord();
+      return HasWord(kValuedOptions, option) ? option + ' ' + ExpectWord() : option;
+    });
     if (AcceptKeyword("WITH") && ExpectWord() == "ROLLBACK" && !AcceptKeyword("IMMEDIATE")) {
       AcceptKeyword("AFTER");
       ExpectInteger();

@@ -29,11 +29,18 @@ QueryPtr Parser::ParseQuery() {
   const Depth depth(*this);
   auto query = std::make_unique<Query>();
   query->line = Current().line;
-  query->terms.push_back(ParseQueryTerm());
+  const auto parse_term = [&] {
+    if (IsSymbol("(")) {
+      query->terms.emplace_back(ParseEnclosedQuery());
+    } else {
+      query->terms.emplace_back(ParseSelectCore());
+    }
+  };
+  parse_term();
   while (AcceptKeyword("UNION")) {
     query->operators.push_back(AcceptKeyword("ALL") ? SetOperator::kUnionAll : SetOperator::kUnion);
     if (++chain_ > kMaximumTerms) throw MakeError(191, {}, Current().line);
-    query->terms.push_back(ParseQueryTerm());
+    parse_term();
   }
   query->order_by = ParseOrderBy();
   ParseQueryTail();
@@ -42,11 +49,6 @@ QueryPtr Parser::ParseQuery() {
 
 QueryPtr Parser::ParseEnclosedQuery() {
   return Enclosed([&] { return ParseQuery(); });
-}
-
-Query::Term Parser::ParseQueryTerm() {
-  if (IsSymbol("(")) return ParseEnclosedQuery();
-  return ParseSelectCore();
 }
 
 SelectCore Parser::ParseSelectCore() {
@@ -122,13 +124,11 @@ std::string Parser::ParseColumnAlias() {
 std::vector<OrderItem> Parser::ParseOrderBy() {
   if (!AcceptKeyword("ORDER")) return {};
   ExpectKeyword("BY");
-  return ListOf(&Parser::ParseOrderItem);
-}
-
-OrderItem Parser::ParseOrderItem() {
-  OrderItem item{ParseValue()};
-  item.descending = AcceptDescending();
-  return item;
+  return ListOf([&] {
+    OrderItem item{ParseValue()};
+    item.descending = AcceptDescending();
+    return item;
+  });
 }
 
 bool Parser::AcceptDescending() { return AcceptAny({"DESC", "ASC"}) == "DESC"; }
@@ -297,19 +297,17 @@ Parser::Node Parser::ParseUpdate() {
   update.table = ExpectObjectName();
   ParseTableHints();
   ExpectKeyword("SET");
-  update.assignments = ListOf(&Parser::ParseAssignment);
+  update.assignments = ListOf([&] {
+    if (Current().kind == TokenKind::kVariable) Refuse("variables");
+    Assignment assignment{ParseDottedName(), nullptr};
+    ExpectSymbol("=");
+    assignment.value = ParseValueOrDefault();
+    return assignment;
+  });
   update.from = ParseFrom();
   update.where = ParseWhere();
   ParseQueryTail();
   return update;
-}
-
-Assignment Parser::ParseAssignment() {
-  if (Current().kind == TokenKind::kVariable) Refuse("variables");
-  Assignment assignment{ParseDottedName(), nullptr};
-  ExpectSymbol("=");
-  assignment.value = ParseValueOrDefault();
-  return assignment;
 }
 
 Parser::Node Parser::ParseDelete() {

@@ -48,7 +48,6 @@ bool Parser::ParseTablePart(TableParts& parts) {
 
 ColumnDefinition Parser::ParseColumnDefinition() {
   ColumnDefinition column;
-  column.line = Current().line;
   // "timestamp" alone is a column of that name and type.
   column.name = ExpectName();
   if (IsKeyword("AS")) Refuse("computed columns");
@@ -82,7 +81,8 @@ bool Parser::ParseColumnOption(ColumnDefinition& column) {
     return true;
   }
   if (AcceptKeyword("COLLATE")) {
-    column.collation = ParseCollation();
+    column.collation = Current().text;
+    ExpectWord();
     return true;
   }
   if (AcceptKeyword("ROWGUIDCOL")) {

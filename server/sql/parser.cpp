@@ -321,19 +321,7 @@ void Parser::ExpectStatementEnd() const {
 
 // ---- the entry points --------------------------------------------------------------------------
 
-ExpressionPtr Parser::WholeExpression() {
-  ExpressionPtr expression = ParseAny();
-  if (Current().kind != TokenKind::kEnd) Fail();
-  return expression;
-}
-
-ObjectName Parser::WholeName() {
-  ObjectName name = ExpectObjectName();
-  if (Current().kind != TokenKind::kEnd) Fail();
-  return name;
-}
-
-Parameters Parser::WholeParameterList() {
+Parameters Parser::ParseParameterList() {
   Parameters declarations;
   if (Current().kind == TokenKind::kEnd) return declarations;
   List([&] {
@@ -344,7 +332,6 @@ Parameters Parser::WholeParameterList() {
     declaration.type = ParseType(nullptr, false);
     declaration.is_output = !AcceptAny({"OUTPUT", "OUT"}).empty();
   });
-  if (Current().kind != TokenKind::kEnd) Fail();
   return declarations;
 }
 
@@ -353,15 +340,15 @@ std::vector<Statement> ParseBatch(std::string_view text, QuotedIdentifiers quote
 }
 
 ExpressionPtr ParseExpression(std::string_view text) {
-  return Parser(text, QuotedIdentifiers::kOn).WholeExpression();
+  return Parser(text, QuotedIdentifiers::kOn).Whole(&Parser::ParseAny);
 }
 
 ObjectName ParseObjectName(std::string_view text) {
-  return Parser(text, QuotedIdentifiers::kOn).WholeName();
+  return Parser(text, QuotedIdentifiers::kOn).Whole(&Parser::ExpectObjectName);
 }
 
 Parameters ParseParameterDeclarations(std::string_view text) {
-  return Parser(text, QuotedIdentifiers::kOn).WholeParameterList();
+  return Parser(text, QuotedIdentifiers::kOn).Whole(&Parser::ParseParameterList);
 }
 
 }  // namespace dbkeeper::server

@@ -21,9 +21,16 @@ class Parser {
   Parser(std::string_view text, QuotedIdentifiers quoted);
 
   std::vector<Statement> Batch();
-  ExpressionPtr WholeExpression();
-  ObjectName WholeName();
-  Parameters WholeParameterList();
+  ExpressionPtr ParseAny();
+  ObjectName ExpectObjectName();
+  Parameters ParseParameterList();
+  // What is parsed has to be all of the text.
+  template <typename Parse>
+  auto Whole(const Parse& parse) {
+    auto whole = (this->*parse)();
+    if (Current().kind != TokenKind::kEnd) Fail();
+    return whole;
+  }
 
  private:
   using Node = decltype(Statement::node);
@@ -56,7 +63,6 @@ class Parser {
   std::string ExpectWord();  // any word, in capitals
   std::string ExpectString();
   std::string ExpectInteger();
-  ObjectName ExpectObjectName();
   ObjectName ObjectNameOf(std::vector<std::string> parts, int line) const;
   std::vector<std::string> ParseDottedName();
   // Numbers with unit, words, strings: "10", "10MB", "10%", "unlimited".
@@ -79,11 +85,15 @@ class Parser {
       parse();
     } while (AcceptSymbol(","));
   }
+  template <typename Parse>
+  auto ListOf(const Parse& parse) {
+    std::vector<decltype(parse())> items;
+    List([&] { items.push_back(parse()); });
+    return items;
+  }
   template <typename Item>
   std::vector<Item> ListOf(Item (Parser::*parse)()) {
-    std::vector<Item> items;
-    List([&] { items.push_back((this->*parse)()); });
-    return items;
+    return ListOf([&] { return (this->*parse)(); });
   }
   // What stands in parentheses.
   template <typename Parse>
@@ -125,7 +135,6 @@ class Parser {
   enum class Wanted { kValue, kPredicate };
   ExpressionPtr ParseValue();
   ExpressionPtr ParseCondition();
-  ExpressionPtr ParseAny();
   ExpressionPtr ParseChain(OperatorLevel level);
   ExpressionPtr ParseOperand(OperatorLevel level);
   ExpressionPtr ParseNot();
@@ -153,7 +162,6 @@ class Parser {
   // ---- queries and changes of rows: parse_query.cpp
   QueryPtr ParseQuery();
   QueryPtr ParseEnclosedQuery();
-  Query::Term ParseQueryTerm();
   SelectCore ParseSelectCore();
   ExpressionPtr ParseTop();
   SelectItem ParseSelectItem();
@@ -166,13 +174,11 @@ class Parser {
   std::optional<JoinKind> AcceptJoin();
   std::vector<TableSourcePtr> ParseFrom();
   std::vector<OrderItem> ParseOrderBy();
-  OrderItem ParseOrderItem();
   bool AcceptDescending();
   void ParseQueryTail();
   Node ParseInsert();
   Node ParseInsertBulk();
   Node ParseUpdate();
-  Assignment ParseAssignment();
   Node ParseDelete();
   ExpressionPtr ParseValueOrDefault();
   ExpressionPtr ParseWhere();
@@ -197,15 +203,12 @@ class Parser {
   Node ParseCreate();
   Node ParseAlter();
   Node ParseDrop();
-  DropIndexStatement::Item ParseIndexName();
   Node ParseView(bool alter);
   Node ParseModule(bool alter);
   void ParseTriggerHead(CreateModuleStatement& module);
   Node ParseCreateDatabase();
   Node ParseAlterDatabase();
   DatabaseFile ParseDatabaseFile();
-  std::string ParseCollation();
-  std::string ParseDatabaseOption();
 
   // ---- administration: parse_administration.cpp
   Node ParseSet();
@@ -219,12 +222,10 @@ class Parser {
   Node ParseRestore();
   void ParseDevicesAndOptions(std::string_view before, BackupBody& body);
   BackupDevice ParseBackupDevice();
-  BackupOption ParseBackupOption();
   Node ParseDbcc();
   Node ParseWaitFor();
   Node ParsePermission(PermissionVerb verb);
   void ParsePermissionList(PermissionStatement& statement);
-  std::string ParseGrantee();
 
   // Counts how deep the grammar stands, so that no input runs out of stack.
   class Depth {

@@ -145,14 +145,10 @@ std::string_view ViewOf(int length, const void* text) {
   return {static_cast<const char*>(text), static_cast<std::size_t>(length)};
 }
 
-int CollateText(void* /*data*/, int left_length, const void* left, int right_length,
-                const void* right) {
-  return CompareText(ViewOf(left_length, left), ViewOf(right_length, right));
-}
-
-int CollateDecimal(void* /*data*/, int left_length, const void* left, int right_length,
-                   const void* right) {
-  return CompareDecimalText(ViewOf(left_length, left), ViewOf(right_length, right));
+template <int (*Compare)(std::string_view, std::string_view)>
+int Collate(void* /*data*/, int left_length, const void* left, int right_length,
+            const void* right) {
+  return Compare(ViewOf(left_length, left), ViewOf(right_length, right));
 }
 
 void Register(sqlite3* connection, std::span<const FunctionRow> rows) {
@@ -281,8 +277,9 @@ void RegisterServerFunctions(sqlite3* connection, ServerState* state) {
   // equal only by the collation: 'a' and 'a '.
   constexpr int kBloomFilters = 0x00080000;
   sqlite3_test_control(SQLITE_TESTCTRL_OPTIMIZATIONS, connection, kBloomFilters);
-  sqlite3_create_collation(connection, "MSTEXT", SQLITE_UTF8, nullptr, CollateText);
-  sqlite3_create_collation(connection, "MSDECIMAL", SQLITE_UTF8, nullptr, CollateDecimal);
+  sqlite3_create_collation(connection, "MSTEXT", SQLITE_UTF8, nullptr, Collate<CompareText>);
+  sqlite3_create_collation(connection, "MSDECIMAL", SQLITE_UTF8, nullptr,
+                           Collate<CompareDecimalText>);
   Register(connection, NumberFunctions());
   Register(connection, TextFunctions());
   Register(connection, DateFunctions());

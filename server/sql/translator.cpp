@@ -100,7 +100,7 @@ class ChangeBuilder : public Binder {
           AssignTo(given.kind == ExpressionKind::kDefault ? Default(column) : Bind(given, scope),
                    column.type);
       const std::string name = "c" + std::to_string(seen.size());
-      values += ", " + value + " AS " + name;
+      values.append(", ").append(value).append(" AS ").append(name);
       Append(set, ColumnSql(column) + " = " + value);
       Append(translation.set_sql, ColumnSql(column) + " = s." + name);
       translation.assigned.push_back(column.name);
