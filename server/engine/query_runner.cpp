@@ -127,14 +127,14 @@ std::int64_t QueryRunner::Insert(const InsertStatement& statement, const Executi
 
 std::int64_t QueryRunner::Update(const UpdateStatement& statement, const Execution& execution) {
   resolver_.BeginStatement();
-  Translator translator(resolver_, execution.parameters);
-  return Change(translator.Update(statement), execution.parameters, "UPDATE");
+  return Change(Translator(resolver_, execution.parameters).Update(statement), execution.parameters,
+                "UPDATE");
 }
 
 std::int64_t QueryRunner::Delete(const DeleteStatement& statement, const Execution& execution) {
   resolver_.BeginStatement();
-  Translator translator(resolver_, execution.parameters);
-  return Change(translator.Delete(statement), execution.parameters, "DELETE");
+  return Change(Translator(resolver_, execution.parameters).Delete(statement), execution.parameters,
+                "DELETE");
 }
 
 std::int64_t QueryRunner::Change(const Translation& translation, const Parameters& values,
