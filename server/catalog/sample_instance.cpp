@@ -87,7 +87,8 @@ void MakeSampleInstance(const InstanceOptions& options) {
     Workspace& workspace = session.workspace();
     const InstanceState final_place(options);
     const auto make = [&](int dbid, const std::string& name, std::int64_t status) {
-      MakeDatabase(workspace, dbid, {name, final_place.FileOf(dbid).string(), status});
+      MakeDatabaseFile(workspace, dbid);
+      ListDatabase(workspace, dbid, {name, final_place.FileOf(dbid).string(), status});
     };
     workspace.connection().Run("update main.sysdatabases set filename = ?",
                                final_place.FileOf(kMasterId).string());

@@ -36,7 +36,7 @@ create table sets(position integer primary key, family blob, database_name text,
   backup_start_date integer, backup_finish_date integer);
 create table files(position integer, number integer, type text, logical_name text,
   physical_name text, size integer);
-create table blocks(id integer primary key, bytes blob))";
+create table blocks(id integer primary key, bytes blob, sum integer))";
 
 // All that the medium says of a set.
 constexpr const char* kDescription = R"(
@@ -51,6 +51,10 @@ from medium, sets where position = ?1)";
 std::uint32_t Add(std::uint32_t sum, std::string_view bytes) {
   return static_cast<std::uint32_t>(
       crc32_z(sum, reinterpret_cast<const Bytef*>(bytes.data()), bytes.size()));
+}
+
+std::int64_t BlockSum(std::int64_t description_sum, std::int64_t number, std::string_view bytes) {
+  return Add(static_cast<std::uint32_t>(description_sum + number), bytes);
 }
 
 std::int64_t DescriptionSum(SqliteConnection& medium, std::int64_t position) {
@@ -107,17 +111,19 @@ void Describe(SqliteConnection& medium, const BackupSet& set) {
 
 void WriteBlocks(Workspace& workspace, SqliteConnection& medium, const BackupSet& set,
                  const DatabaseBytes& source) {
-  SqliteStatement insert = medium.Prepare("insert into blocks values (?, ?)");
+  SqliteStatement insert = medium.Prepare("insert into blocks values (?, ?, ?)");
+  const std::int64_t description = DescriptionSum(medium, set.position);
   std::string block(kBlockSize, '\0');
-  std::int64_t id = set.position * kMostBlocks;
+  std::int64_t number = 0;
   for (std::int64_t offset = 0; offset < set.data_size; offset += kBlockSize) {
     workspace.StopIfInterrupted();
     const auto left = static_cast<std::size_t>(set.data_size - offset);
     block.resize(std::min(left, kBlockSize));
     source.Read(offset, block.data(), block.size());
     insert.Reset();
-    insert.Bind(1, id++);
+    insert.Bind(1, set.position * kMostBlocks + number);
     insert.BindBytes(2, block);
+    insert.Bind(3, BlockSum(description, number++, block));
     insert.Step();
   }
 }
@@ -179,33 +185,37 @@ BackupSet BackupMedium::Set(std::int64_t position) {
   return set;
 }
 
-void BackupMedium::Verify(Workspace& workspace) {
-  const std::int64_t sum = connection_.IntegerOf(0, "pragma user_version");
-  try {
-    if (SumOf(workspace, DatabaseBytes(connection_)) != static_cast<std::uint32_t>(sum)) Refuse();
-  } catch (const std::system_error&) {
-    Refuse();
-  }
-}
-
-void BackupMedium::Unpack(Workspace& workspace, const BackupSet& set,
-                          const std::filesystem::path& to) {
-  Verify(workspace);
-  HostFile target = HostFile::Make(to);
+void BackupMedium::ReadBlocks(Workspace& workspace, const BackupSet& set,
+                              const std::function<void(std::string_view)>& take) {
+  const std::int64_t description = DescriptionSum(connection_, set.position);
+  std::int64_t number = 0;
   std::int64_t size = 0;
   try {
+    // What nobody reads is as it was written, too, when there is no other set that may be damaged.
+    if (set_count() == 1 &&
+        SumOf(workspace, DatabaseBytes(connection_)) !=
+            static_cast<std::uint32_t>(connection_.IntegerOf(0, "pragma user_version"))) {
+      Refuse();
+    }
     SqliteStatement block =
-        connection_.Prepare("select bytes from blocks where id >= ?1 and id < ?2 order by id",
+        connection_.Prepare("select bytes, sum from blocks where id >= ?1 and id < ?2 order by id",
                             set.position * kMostBlocks, (set.position + 1) * kMostBlocks);
     while (block.Step()) {
       workspace.StopIfInterrupted();
-      target.Write(block.Bytes(0));
+      if (BlockSum(description, number++, block.Bytes(0)) != block.Integer(1)) Refuse();
+      take(block.Bytes(0));
       size += static_cast<std::int64_t>(block.Bytes(0).size());
     }
   } catch (const SqliteError&) {
     Refuse();
   }
   if (size != set.data_size) Refuse();
+}
+
+void BackupMedium::Unpack(Workspace& workspace, const BackupSet& set,
+                          const std::filesystem::path& to) {
+  HostFile target = HostFile::Make(to);
+  ReadBlocks(workspace, set, [&](std::string_view bytes) { target.Write(bytes); });
   target.Sync();
 }
 

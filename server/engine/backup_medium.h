@@ -1,10 +1,13 @@
 // The file of a backup medium: a database of SQLite with the backup sets, the files each of them
-// tells of, and the blocks of its data. A checksum of the whole file stands in the file's head.
+// tells of, and the blocks of its data. Descriptions and blocks have their checksums, so that one
+// set can be read when another is damaged; a checksum of the whole file stands in the file's head.
 #pragma once
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "server/engine/database_files.h"
@@ -42,8 +45,10 @@ class BackupMedium {
   BackupSet Set(std::int64_t position);
   SqliteConnection& tables() { return connection_; }
 
-  // Both read every byte, and throw SqlError 3617 when the session is interrupted.
-  void Verify(Workspace& workspace);
+  // Both check every byte of the set, and throw SqlError 3617 when the session is interrupted.
+  void Verify(Workspace& workspace, const BackupSet& set) {
+    ReadBlocks(workspace, set, [](std::string_view) {});
+  }
   // Makes the file with the data of the set.
   void Unpack(Workspace& workspace, const BackupSet& set, const std::filesystem::path& to);
   // Throws SqlError 3241.
@@ -51,6 +56,8 @@ class BackupMedium {
 
  private:
   void CheckDescriptions();
+  void ReadBlocks(Workspace& workspace, const BackupSet& set,
+                  const std::function<void(std::string_view)>& take);
 
   const std::string physical_name_;
   SqliteConnection connection_;

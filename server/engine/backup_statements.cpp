@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
+#include <system_error>
 #include <thread>
 
 #include "server/engine/database_files.h"
@@ -225,8 +227,14 @@ void WriteMedium(Workspace& workspace, const DatabaseInfo& database, const Backu
   const DatabaseBytes source(*held);
   set.details.push_back(Time("@finished", CurrentTime()));
   set.data_size = source.Size();
-  WriteBackup(workspace, medium, medium_id, set.position > 1 ? place.file : std::filesystem::path(),
-              set, source);
+  try {
+    WriteBackup(workspace, medium, medium_id,
+                set.position > 1 ? place.file : std::filesystem::path(), set, source);
+  } catch (const SqliteError& error) {
+    const int code = error.code() & 0xFF;
+    if (code == SQLITE_CORRUPT) Fail(3241, {place.physical_name});
+    throw std::system_error(code == SQLITE_FULL ? ENOSPC : EIO, std::generic_category(), "write");
+  }
   std::filesystem::rename(medium, place.file);
   SyncFolder(place.file.parent_path());
 }

@@ -90,11 +90,6 @@ void ListDatabase(Workspace& workspace, int dbid, const NewDatabase& database) {
       database.file_name.empty() ? file : database.file_name);
 }
 
-void MakeDatabase(Workspace& workspace, int dbid, const NewDatabase& database) {
-  MakeDatabaseFile(workspace, dbid);
-  ListDatabase(workspace, dbid, database);
-}
-
 void Enlist(Workspace& workspace, int dbid, const NewDatabase& database,
             const DatabasePlace& place) {
   SqliteConnection& connection = workspace.connection();

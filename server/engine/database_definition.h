@@ -58,7 +58,5 @@ void Delist(Workspace& workspace, int dbid);
 void MakeDatabaseFile(Workspace& workspace, int dbid);
 // Makes its row in sysdatabases, in the connection's master database.
 void ListDatabase(Workspace& workspace, int dbid, const NewDatabase& database);
-// Both.
-void MakeDatabase(Workspace& workspace, int dbid, const NewDatabase& database);
 
 }  // namespace dbkeeper::server

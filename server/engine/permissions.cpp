@@ -34,8 +34,7 @@ std::vector<int> ActionsOf(const PermissionStatement& statement,
                            const std::optional<FoundObject>& found) {
   const auto fits = [&](const ActionRow& row) {
     if (!found) return row.xtypes.empty();
-    return (" " + std::string(row.xtypes) + " ").find(" " + found->object.xtype + " ") !=
-           std::string::npos;
+    return HasWord(row.xtypes, found->object.xtype);
   };
   std::vector<int> actions;
   if (statement.all) {

@@ -174,8 +174,7 @@ std::int64_t QueryRunner::Insert(const InsertStatement& statement, const Executi
 
 std::int64_t QueryRunner::Update(const UpdateStatement& statement, const Execution& execution) {
   resolver_.BeginStatement();
-  Translator translator(resolver_, execution.parameters);
-  Translation translation = translator.Update(statement);
+  Translation translation = Translator(resolver_, execution.parameters).Update(statement);
   translation.sqlite_sql += RowLimit();
   translation.rows_sql += RowLimit();
   return Change(translation, execution.parameters, "UPDATE");
@@ -183,8 +182,7 @@ std::int64_t QueryRunner::Update(const UpdateStatement& statement, const Executi
 
 std::int64_t QueryRunner::Delete(const DeleteStatement& statement, const Execution& execution) {
   resolver_.BeginStatement();
-  Translator translator(resolver_, execution.parameters);
-  Translation translation = translator.Delete(statement);
+  Translation translation = Translator(resolver_, execution.parameters).Delete(statement);
   translation.sqlite_sql += RowLimit();
   return Change(translation, execution.parameters, "DELETE");
 }

@@ -10,13 +10,6 @@ namespace {
 
 constexpr std::string_view kInformationSchema = "INFORMATION_SCHEMA";
 
-ColumnInfo PropertyColumn(std::string name, const SqlType& type) {
-  ColumnInfo column;
-  column.name = std::move(name);
-  column.type = type;
-  return column;
-}
-
 ObjectInfo ViewInfo(const DatabaseInfo& database, std::string_view owner, const std::string& name,
                     std::string_view text) {
   ObjectInfo info;
@@ -28,13 +21,12 @@ ObjectInfo ViewInfo(const DatabaseInfo& database, std::string_view owner, const 
   return info;
 }
 
-bool OneOf(std::string_view word, std::string_view words) {
-  const std::size_t at = words.find(word);
-  return at != std::string_view::npos && (at == 0 || words[at - 1] == ' ') &&
-         (at + word.size() == words.size() || words[at + word.size()] == ' ');
-}
-
 }  // namespace
+
+bool HasWord(std::string_view words, std::string_view word) {
+  const auto between_blanks = [](std::string_view text) { return " " + std::string(text) + " "; };
+  return between_blanks(words).find(between_blanks(word)) != std::string::npos;
+}
 
 FoundObject Resolver::Place(const ObjectName& name) {
   if (!name.server.empty() && !SameName(name.server, workspace_.instance().options().server_name)) {
@@ -83,7 +75,7 @@ const Resolver::Known* Resolver::FindTable(const FoundObject& place, const std::
 
 FoundObject Resolver::Need(const ObjectName& name, std::string_view xtypes, int error) {
   std::optional<FoundObject> found = Find(name);
-  if (!found || !OneOf(found->object.xtype, xtypes)) Fail(error, {name.Text()});
+  if (!found || !HasWord(xtypes, found->object.xtype)) Fail(error, {name.Text()});
   return *found;
 }
 
@@ -95,7 +87,7 @@ std::optional<ObjectInfo> Resolver::ResolveObject(const ObjectName& name) {
     return ViewInfo(place.database, kInformationSchema, name.name, *text);
   }
   const std::optional<FoundObject> found = Find(name);
-  if (!found || !OneOf(found->object.xtype, "U S V")) return std::nullopt;
+  if (!found || !HasWord("U S V", found->object.xtype)) return std::nullopt;
   Note(name, *found);
   if (found->object.xtype == "V" && !found->IsSystem()) {
     return ViewInfo(found->database, "dbo", found->object.name,
@@ -153,9 +145,10 @@ std::optional<ObjectInfo> Resolver::ResolveTableFunction(
   info.name = "fn_listextendedproperty";
   info.sqlite_from = ExtendedPropertySource(place.alias, arguments);
   const SqlType sysname{.id = TypeId::kNVarChar, .length = 128};
-  info.columns = {PropertyColumn("objtype", sysname), PropertyColumn("objname", sysname),
-                  PropertyColumn("name", sysname),
-                  PropertyColumn("value", {.id = TypeId::kSqlVariant})};
+  for (const char* column : {"objtype", "objname", "name", "value"}) {
+    info.columns.push_back(ColumnInfoOf(PlainColumn(column, 0, sysname)));
+  }
+  info.columns.back().type = {.id = TypeId::kSqlVariant};
   return info;
 }
 

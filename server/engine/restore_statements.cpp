@@ -95,7 +95,7 @@ std::int64_t RunRestore(EngineSession& session, const RestoreStatement& statemen
     if (statement.kind == RestoreKind::kFileListOnly) {
       rows = SendFileList(medium, set, sink);
     } else if (statement.kind == RestoreKind::kVerifyOnly) {
-      medium.Verify(session.workspace());
+      medium.Verify(session.workspace(), set);
       sink.OnMessage(MakeMessage(3262));
     } else {
       RestoreDatabase(session, statement, medium, set, sink);

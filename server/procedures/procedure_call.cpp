@@ -101,8 +101,7 @@ FoundObject ProcedureCall::Object(std::string_view parameter, std::string_view x
     // A name that can only stand in brackets is taken as it is.
     found = resolver().Find({.server = {}, .database = {}, .owner = {}, .name = text});
   }
-  const std::string kinds = " " + std::string(xtypes) + " ";
-  if (!found || kinds.find(" " + found->object.xtype + " ") == std::string::npos) {
+  if (!found || !HasWord(xtypes, found->object.xtype)) {
     Fail(15009, {text, workspace().database()});
   }
   return *found;

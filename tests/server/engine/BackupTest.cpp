@@ -336,6 +336,67 @@ TEST_F(BackupTest, ACutOrChangedBackupIsRefusedAndNothingIsTouched) {
   client_.Run("drop database 傷");
 }
 
+TEST_F(BackupTest, ADamagedSetKeepsNobodyFromAnotherAndAddingToItsMediumDoesNotHideIt) {
+  Make("複数");
+  const std::string medium = " disk = '" + Path("d.bak") + "'";
+  const auto restore = [&](int set) {
+    return client_.Run("restore database 複数 from" + medium +
+                       " with file = " + std::to_string(set));
+  };
+  client_.Run("update 複数.dbo.t set v = N'第一の印' where id = 1");
+  ASSERT_EQ(client_.Run("backup database 複数 to" + medium + " with name = '初めの説明'"),
+            kTwoFiles);
+  client_.Run("update 複数.dbo.t set v = N'第二の印' where id = 1");
+  ASSERT_EQ(client_.Run("backup database 複数 to" + medium), kTwoFiles);
+  const auto spoil = [&](const std::string& text) {
+    std::ifstream whole(File("d.bak"), std::ios::binary);
+    const std::string bytes{std::istreambuf_iterator<char>(whole), {}};
+    ASSERT_NE(bytes.find(text), std::string::npos);
+    std::fstream(File("d.bak"), std::ios::in | std::ios::out | std::ios::binary)
+        .seekp(static_cast<std::streamoff>(bytes.find(text)))
+        .put('?');
+  };
+  spoil("第一の印");
+  EXPECT_EQ(restore(1), "error 3241\nerror 3013");
+  EXPECT_EQ(restore(2), kTwoFiles);
+  EXPECT_EQ(client_.Run("backup database 複数 to" + medium), kTwoFiles);
+  EXPECT_EQ(restore(1), "error 3241\nerror 3013");
+  EXPECT_EQ(restore(3), kTwoFiles);
+  EXPECT_EQ(client_.Run("select v from 複数.dbo.t where id = 1"), "第二の印");
+  // What a medium says of its sets is not believed when it has changed.
+  spoil("初めの説明");
+  EXPECT_EQ(client_.Run("restore headeronly from" + medium), "error 3241\nerror 3013");
+  client_.Run("drop database 複数");
+}
+
+TEST_F(BackupTest, AFileThatIsNoMediumIsRefusedAndStaysAsItIs) {
+  Make("他人");
+  {
+    SqliteConnection foreign(File("foreign.bak").string());
+    foreign.Execute("create table t(a); insert into t values (1)");
+  }
+  std::ofstream(File("text.bak")) << "no medium";
+  std::ofstream(File("empty.bak")).close();
+  for (const char* name : {"foreign.bak", "text.bak", "empty.bak", "他人_log.ldf"}) {
+    SCOPED_TRACE(name);
+    const auto content = [&] {
+      std::ifstream file(File(name), std::ios::binary);
+      return std::string{std::istreambuf_iterator<char>(file), {}};
+    };
+    const std::string before = content();
+    const std::string at = " disk = '" + Path(name) + "'";
+    EXPECT_EQ(client_.Run("restore headeronly from" + at), "error 3241\nerror 3013");
+    EXPECT_EQ(client_.Run("restore database 新 from" + at), "error 3241\nerror 3013");
+    EXPECT_EQ(client_.Run("backup database 他人 to" + at), std::string(name).ends_with(".ldf")
+                                                               ? "error 3201\nerror 3013"
+                                                               : "error 3241\nerror 3013");
+    EXPECT_EQ(content(), before);
+  }
+  EXPECT_EQ(client_.Run("restore headeronly from disk = '" + Path("nothing.bak") + "'"),
+            "error 3201\nerror 3013");
+  client_.Run("drop database 他人");
+}
+
 TEST_F(BackupTest, ADatabaseIsLetGoAndTakenInAgain) {
   Make("移動");
   Client other = Operator();
