@@ -2,6 +2,7 @@
 
 #include "server/catalog/live_tables.h"
 #include "server/types/messages.h"
+#include "server/types/text.h"
 #include "server/types/type_rules.h"
 
 namespace dbkeeper::server {
@@ -22,11 +23,6 @@ ObjectInfo ViewInfo(const DatabaseInfo& database, std::string_view owner, const 
 }
 
 }  // namespace
-
-bool HasWord(std::string_view words, std::string_view word) {
-  const auto between_blanks = [](std::string_view text) { return " " + std::string(text) + " "; };
-  return between_blanks(words).find(between_blanks(word)) != std::string::npos;
-}
 
 FoundObject Resolver::Place(const ObjectName& name) {
   if (!name.server.empty() && !SameName(name.server, workspace_.instance().options().server_name)) {

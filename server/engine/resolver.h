@@ -13,9 +13,6 @@
 
 namespace dbkeeper::server {
 
-// Whether the word is one of several with blanks between.
-bool HasWord(std::string_view words, std::string_view word);
-
 // A table, view or other object by name, with where it was found.
 struct FoundObject {
   DatabaseInfo database;

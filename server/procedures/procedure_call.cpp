@@ -5,6 +5,7 @@
 #include "server/engine/state_functions.h"
 #include "server/sql/parser.h"
 #include "server/types/messages.h"
+#include "server/types/text.h"
 
 namespace dbkeeper::server {
 

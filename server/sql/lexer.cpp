@@ -252,11 +252,6 @@ bool IsReservedWord(std::string_view word) {
   return std::binary_search(words.begin(), words.end(), ToUpperAscii(word));
 }
 
-bool HasWord(std::string_view list, std::string_view word) {
-  return word.find(' ') == std::string_view::npos &&
-         list.find(' ' + ToUpperAscii(word) + ' ') != std::string_view::npos;
-}
-
 bool EqualsKeyword(std::string_view word, std::string_view upper) {
   return std::ranges::equal(word, upper, [](char letter, char capital) {
     return letter == capital || (IsLetter(capital) && letter == capital - 'A' + 'a');

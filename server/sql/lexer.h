@@ -43,9 +43,6 @@ std::vector<Token> Tokenize(std::string_view text, QuotedIdentifiers quoted);
 // Whether `word` is one of the server's reserved words, in any case.
 bool IsReservedWord(std::string_view word);
 
-// Whether `word`, in any case, is one of the words of a list: " IN CAPITALS BETWEEN BLANKS ".
-bool HasWord(std::string_view list, std::string_view word);
-
 // Compares ASCII letters without case; `upper` is in capitals.
 bool EqualsKeyword(std::string_view word, std::string_view upper);
 

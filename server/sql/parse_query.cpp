@@ -5,6 +5,7 @@
 
 #include "server/sql/parser_core.h"
 #include "server/types/messages.h"
+#include "server/types/text.h"
 
 namespace dbkeeper::server {
 namespace {

@@ -140,6 +140,17 @@ std::string ToUpperAscii(std::string_view text) { return Moved(text, 'a', 'A'); 
 
 std::string ToLowerAscii(std::string_view text) { return Moved(text, 'A', 'a'); }
 
+bool HasWord(std::string_view list, std::string_view word) {
+  if (word.empty() || word.find(' ') != std::string_view::npos) return false;
+  const std::string upper = ToUpperAscii(word);
+  for (std::size_t at = list.find(upper); at < list.size(); at = list.find(upper, at + 1)) {
+    const std::size_t end = at + upper.size();
+    const bool begins = at == 0 || list[at - 1] == ' ';
+    if (begins && (end == list.size() || list[end] == ' ')) return true;
+  }
+  return false;
+}
+
 std::string Joined(std::span<const std::string> parts, std::string_view separator) {
   std::string text;
   for (const std::string& part : parts) {

@@ -21,6 +21,9 @@ bool SameName(std::string_view left, std::string_view right);
 std::string ToUpperAscii(std::string_view text);
 std::string ToLowerAscii(std::string_view text);
 
+// Whether the list, words in capitals with blanks between them, has the word, in any case.
+bool HasWord(std::string_view list, std::string_view word);
+
 // The parts with the separator between them; none before the first that is not empty.
 std::string Joined(std::span<const std::string> parts, std::string_view separator);
 
