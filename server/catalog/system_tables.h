@@ -15,7 +15,6 @@ namespace dbkeeper::server {
 inline constexpr int kSysnameType = 256;
 // The number under which the catalog keeps Japanese_CI_AS.
 inline constexpr std::int64_t kJapaneseCollationId = 53265;
-inline constexpr const char* kDefaultCollation = "Japanese_CI_AS";
 
 struct StoredType {
   int xtype = 0;

@@ -249,7 +249,7 @@ void RestoreDatabase(EngineSession& session, const RestoreStatement& statement,
                      BackupMedium& medium, const BackupSet& set, ResultSink& sink) {
   const auto begin = std::chrono::steady_clock::now();
   DatabaseRestore(session, statement, medium, set).Run();
-  TellProcessed(sink, statement.database, set, 1);
+  TellProcessed(sink, statement.database, set, set.position);
   const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
   TellFinished(sink, "RESTORE DATABASE", set.data_size, seconds.count());
 }

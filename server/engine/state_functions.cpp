@@ -185,6 +185,7 @@ constexpr StateFunction kFunctions[] = {
      }},
     {"next_timestamp",
      [](auto& c, auto&) { return Cell(Blob{c.workspace.instance().NextTimestamp()}); }},
+    {"statement_time", [](auto& c, auto&) { return Number(c.workspace.statement_time); }},
     {"table_rows", TableRows},
     {"table_pages", TablePages},
     {"object_id", ObjectId},

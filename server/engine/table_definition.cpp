@@ -125,6 +125,9 @@ void TableDefinition::Create(const CreateTableStatement& statement) {
     }
   }
   constraints.insert(constraints.end(), statement.constraints.begin(), statement.constraints.end());
+  if (std::ranges::count(constraints, ConstraintKind::kPrimaryKey, &Constraint::kind) > 1) {
+    Fail(8110, {statement.table.name});
+  }
   for (const ColumnDefinition& definition : statement.columns) {
     CatalogColumn column = MakeColumn(work, definition);
     for (const Constraint& constraint : constraints) {

@@ -120,6 +120,7 @@ void DefaultDatabase(ProcedureCall& call) {
 
 void DefaultLanguage(ProcedureCall& call) {
   const std::string name = NeedLogin(call, call.Text("@loginame"));
+  if (!SameName(name, call.workspace().login().name)) NeedSecurityAdministrator(call);
   const std::string language = call.Text("@language", kDefaultLanguage);
   if (!call.Exists("select 1 from main.syslanguages where name = ?1 or alias = ?1", language)) {
     Fail(15033, {language});

@@ -205,6 +205,7 @@ Bound Binder::BindCase(const Expression& node, const Scope& scope) {
 }
 
 BoundQuery Binder::BindSubqueryColumn(const Expression& node, const Scope& scope) {
+  if (scope.in_aggregate) throw MakeError(130, {}, node.line);
   BoundQuery bound = BindQuery(*node.query, &scope, QueryPlace::kSubquery);
   if (bound.items.size() != 1) throw MakeError(116, {}, node.line);
   return bound;

@@ -15,6 +15,8 @@ namespace dbkeeper::server {
 namespace {
 
 constexpr std::string_view kAggregates = " COUNT COUNT_BIG SUM AVG MIN MAX ";
+// What takes texts and images of any length.
+constexpr std::string_view kTakesLarge = "SUBSTRING PATINDEX CHARINDEX";
 constexpr std::string_view kRefused = " STDEV STDEVP VAR VARP CHECKSUM_AGG GROUPING ";
 
 // The type that sum and avg of `type` have.
@@ -57,6 +59,11 @@ SqlType ResultType(const FunctionResult& result, const SqlType& first) {
   switch (result.rule) {
     case ResultRule::kNumber:
       return NumberType(first);
+    case ResultRule::kPower: {
+      SqlType type = NumberType(first);
+      if (FamilyOf(type.id) == TypeFamily::kDecimal) type.precision = 38;
+      return type;
+    }
     case ResultRule::kWhole: {
       SqlType type = NumberType(first);
       if (FamilyOf(type.id) == TypeFamily::kDecimal) type.scale = 0;
@@ -97,6 +104,7 @@ Bound Binder::BindCall(const Expression& call, const Scope& scope) {
 Bound Binder::BindAggregate(const std::string& name, const Expression& call, const Scope& scope) {
   const int line = call.line;
   if (!scope.aggregates_allowed) throw MakeError(147, {}, line);
+  if (scope.in_aggregate) throw MakeError(130, {}, line);
   CheckCount(name, call.operands.size(), 1, 1, line);
   const Expression& operand = *call.operands[0];
   scope.has_aggregate = true;
@@ -109,7 +117,9 @@ Bound Binder::BindAggregate(const std::string& name, const Expression& call, con
     return result;
   }
   const std::size_t loose = scope.loose_columns.size();
+  scope.in_aggregate = true;
   const Bound value = Bind(operand, scope);
+  scope.in_aggregate = false;
   scope.loose_columns.resize(loose);
   const TypeId id = value.type.id;
   const TypeFamily family = FamilyOf(id);
@@ -193,9 +203,11 @@ Bound Binder::BindCast(const Expression& cast, const Scope& scope) {
 
 // ---- the table ---------------------------------------------------------------------------------
 
-// Where an argument goes: see FunctionRow::arguments.
-Bound Binder::BindArgument(char kind, const FunctionRow& row, const Expression& argument, int line,
+Bound Binder::BindArgument(const FunctionRow& row, std::size_t number, const Expression& call,
                            const Scope& scope) {
+  const int line = call.line;
+  const Expression& argument = *call.operands[number - 1];
+  const char kind = row.kind(number);
   if (kind == 'p') {
     const std::vector<std::string>& word = argument.name;
     const std::string_view part = word.size() == 1 ? DatePartName(word[0]) : "";
@@ -204,6 +216,9 @@ Bound Binder::BindArgument(char kind, const FunctionRow& row, const Expression& 
   }
   Bound value = Bind(argument, scope);
   const TypeFamily family = FamilyOf(value.type.id);
+  if (IsLargeObject(value.type.id) && !HasWord(kTakesLarge, row.name)) {
+    throw MakeError(8116, {NameOf(value.type.id), std::to_string(number), row.name}, line);
+  }
   SqlType wanted = value.type;
   const bool text = family == TypeFamily::kText;
   if (kind == 'i') wanted = kIntType;
@@ -232,7 +247,7 @@ std::string Binder::FillCall(std::string_view form, const std::vector<std::strin
     } else if (place == 'd') {
       sql += resolver_.CurrentSchema();
     } else if (place == 't') {
-      sql += std::to_string(resolver_.StatementTime());
+      sql += in_check ? "ms_state('statement_time')" : std::to_string(resolver_.StatementTime());
     } else {
       sql += index < arguments.size() ? arguments[index] : "NULL";
     }
@@ -245,15 +260,13 @@ Bound Binder::BindListed(const FunctionRow& row, const Expression& call, const S
   CheckCount(row.name, call.operands.size(), row.least(), row.most(), line);
   const bool state = row.sql == "state";
   const bool asks = row.sql.find("(select") != std::string_view::npos;
-  if (asks && !subqueries_allowed) throw MakeError(1046, {}, line);
+  if (asks && in_check) throw MakeError(1046, {}, line);
   std::vector<std::string> arguments;
   if (state) arguments.push_back(QuoteText(row.name));
   SqlType first;
   bool nullable = row.least() == 0 || state || asks;
   for (std::size_t i = 0; i < call.operands.size(); ++i) {
-    const bool optional = static_cast<int>(i) >= row.least();
-    const char kind = row.arguments[i + (optional ? 1 : 0)];
-    const Bound value = BindArgument(kind, row, *call.operands[i], line, scope);
+    const Bound value = BindArgument(row, i + 1, call, scope);
     nullable = nullable || value.type.nullable;
     if (i == 0) first = value.type;
     arguments.push_back(value.sql);
@@ -265,7 +278,7 @@ Bound Binder::BindListed(const FunctionRow& row, const Expression& call, const S
   result.sql = FillCall(state || row.sql.empty() ? own : row.sql, arguments);
   if (row.result.type.id == TypeId::kNumeric) result.sql = "CAST(" + result.sql + " AS TEXT)";
   // What the function computed as a number is brought to the type that was promised.
-  if (row.result.rule == ResultRule::kNumber || row.result.rule == ResultRule::kWhole) {
+  if (row.result.rule >= ResultRule::kNumber && row.result.rule <= ResultRule::kPower) {
     result.sql = "ms_number(" + result.sql + ", " + Code(result.type) + ')';
   }
   return result;

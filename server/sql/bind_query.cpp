@@ -17,7 +17,7 @@ bool IsInteger(const Expression& expression) {
 }  // namespace
 
 BoundQuery Binder::BindQuery(const Query& query, const Scope* outer, QueryPlace place) {
-  if (!subqueries_allowed) throw MakeError(1046, {}, query.line);
+  if (in_check) throw MakeError(1046, {}, query.line);
   const auto* core = std::get_if<SelectCore>(&query.terms[0]);
   if (query.terms.size() == 1 && core != nullptr) {
     if (place != QueryPlace::kTop && !query.order_by.empty() && !core->top) {

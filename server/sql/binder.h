@@ -46,6 +46,7 @@ struct Scope {
   std::vector<std::string> grouped;  // the SQLite texts of the grouped expressions
   bool aggregates_allowed = false;
   mutable bool has_aggregate = false;
+  mutable bool in_aggregate = false;  // while the argument of one is bound
 };
 
 // An expression as SQLite text with its type.
@@ -128,7 +129,8 @@ class Binder {
 
   // In which database names without one stand; empty: the current.
   std::string default_database;
-  bool subqueries_allowed = true;
+  // A check is kept: nothing of this moment may stand in it, and no subquery.
+  bool in_check = false;
 
  private:
   // ---- bind_expression.cpp
@@ -150,7 +152,7 @@ class Binder {
   Bound BindCall(const Expression& call, const Scope& scope);
   Bound BindAggregate(const std::string& name, const Expression& call, const Scope& scope);
   Bound BindListed(const FunctionRow& row, const Expression& call, const Scope& scope);
-  Bound BindArgument(char kind, const FunctionRow& row, const Expression& argument, int line,
+  Bound BindArgument(const FunctionRow& row, std::size_t number, const Expression& call,
                      const Scope& scope);
   std::string FillCall(std::string_view form, const std::vector<std::string>& arguments);
   Bound BindChoice(std::string_view name, const Expression& call, const Scope& scope);

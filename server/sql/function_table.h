@@ -107,7 +107,8 @@ constexpr SqlType NVarChar(int length) { return {TypeId::kNVarChar, length, 0, 0
 enum class ResultRule {
   kFixed,
   kNumber,    // as the first argument, small integers as int, texts as float
-  kWhole,     // as kNumber, decimals without decimals
+  kWhole,     // ... decimals without decimals
+  kPower,     // ... decimals of 38 digits
   kText,      // the first argument as a variable text of its own length
   kWideText,  // ... of the greatest length
 };
@@ -139,6 +140,10 @@ struct FunctionRow {
   int least() const { return static_cast<int>(std::min(arguments.find('['), arguments.size())); }
   int most() const {
     return static_cast<int>(arguments.size()) - (arguments.find('[') == arguments.npos ? 0 : 1);
+  }
+  // How the argument of that number, from 1, is taken.
+  char kind(std::size_t number) const {
+    return arguments[number <= static_cast<std::size_t>(least()) ? number - 1 : number];
   }
 
   std::string_view name;  // in lower case

@@ -188,18 +188,13 @@ Cell NewId() {
   return Blob{bytes};
 }
 
-// ms_math('sqrt', x): so it stands in check constraints of databases that earlier versions made.
-Cell RunNamed(int count, sqlite3_value** values) {
-  return FindFunction(Take<std::string_view>(values[0]))->function.run(count - 1, values + 1);
-}
-
 constexpr FunctionRow kRows[] = {
     {"abs", "n", kNumber, kAdapted<Abs>},
     {"ceiling", "n", kWhole, kAdapted<Ceiling>},
     {"floor", "n", kWhole, kAdapted<Floor>},
     {"round", "ni[i", kNumber, kAdapted<Round>},
     {"sign", "n", kNumber, kAdapted<Sign>},
-    {"power", "nf", kNumber, kAdapted<Power>},
+    {"power", "nf", ResultRule::kPower, kAdapted<Power>},
     {"sqrt", "f", kFloatType, kMath<[](double x) { return std::sqrt(x); }>},
     {"square", "f", kFloatType, kMath<[](double x) { return x * x; }>},
     {"exp", "f", kFloatType, kMath<[](double x) { return std::exp(x); }>},
@@ -224,7 +219,6 @@ constexpr FunctionRow kRows[] = {
     {"float", kAdapted<FloatOperation>},
     {"decimal", kAdapted<DecimalOperation>},
     {"number", kAdapted<AsNumber>},
-    {"math", SqlFunction{RunNamed, 2}},
 };
 
 }  // namespace

@@ -158,7 +158,7 @@ Parser::Node Parser::ParseCreateDatabase() {
     ExpectKeyword("ON");
     create.log_files = ListOf(&Parser::ParseDatabaseFile);
   }
-  if (AcceptKeyword("COLLATE")) ExpectWord();
+  if (AcceptKeyword("COLLATE")) ExpectOwnCollation();
   if (AcceptKeyword("FOR")) {
     if (ExpectWord() != "ATTACH") Fail();
     create.for_attach = true;

@@ -216,8 +216,7 @@ ExpressionPtr Parser::ParseUnary() {
     return unary;
   }
   ExpressionPtr primary = ParsePrimary();
-  // Every column has the one collation of this server.
-  if (AcceptKeyword("COLLATE")) ExpectWord();
+  if (AcceptKeyword("COLLATE")) ExpectOwnCollation();
   return primary;
 }
 

@@ -83,7 +83,12 @@ ExpressionPtr Parser::ParseTop() {
   }
   ExpressionPtr count = ParsePrimary();
   if (parenthesised) ExpectSymbol(")");
-  if (IsKeyword("PERCENT")) Refuse("TOP n PERCENT");
+  if (IsKeyword("PERCENT")) {
+    if (count->text != "100") Refuse("TOP n PERCENT");
+    Advance();
+    // SQLite's way to say all rows.
+    count->text = "-1";
+  }
   if (IsKeyword("WITH") && IsKeywordAt(1, "TIES")) Refuse("TOP n WITH TIES");
   return count;
 }

@@ -7,6 +7,7 @@
 #include "server/sql/parser_core.h"
 #include "server/types/messages.h"
 #include "server/types/text.h"
+#include "server/types/type_rules.h"
 
 namespace dbkeeper::server {
 namespace {
@@ -163,6 +164,14 @@ std::string Parser::ExpectWord() {
 std::string Parser::ExpectString() {
   if (!IsString()) Fail();
   return TakeText();
+}
+
+void Parser::ExpectOwnCollation() {
+  const std::string& name = Current().text;
+  if (!SameName(name, kDefaultCollation) && !SameName(name, "database_default")) {
+    Refuse("the collation " + name);
+  }
+  Advance();
 }
 
 std::string Parser::ExpectInteger() {

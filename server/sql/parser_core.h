@@ -63,6 +63,8 @@ class Parser {
   std::string ExpectWord();  // any word, in capitals
   std::string ExpectString();
   std::string ExpectInteger();
+  // Takes the name of this server's collation, and refuses others.
+  void ExpectOwnCollation();
   ObjectName ObjectNameOf(std::vector<std::string> parts, int line) const;
   std::vector<std::string> ParseDottedName();
   // Numbers with unit, words, strings: "10", "10MB", "10%", "unlimited".

@@ -292,7 +292,8 @@ void RegisterServerFunctions(sqlite3* connection, ServerState* state) {
 ServerMessage MessageOfFailure(sqlite3* connection) {
   const std::string_view text = sqlite3_errmsg(connection);
   if (text.starts_with(kErrorMark)) return ParseRaised(text.substr(kErrorMark.size()));
-  if (text == "integer overflow") return MakeMessage(8115, {"expression", "int"});
+  // Of sum(): 64 bits hold every sum of smaller integers.
+  if (text == "integer overflow") return MakeMessage(8115, {"expression", "bigint"});
   const auto* row = std::ranges::find(kCodes, sqlite3_errcode(connection) & 0xFF, &CodeRow::code);
   return row == std::end(kCodes) ? MakeMessage(50002, {text}) : MakeMessage(row->number);
 }

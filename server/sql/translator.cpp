@@ -375,7 +375,7 @@ std::vector<ResultColumn> Translator::ViewColumns(const CreateViewStatement& vie
 
 std::string Translator::CheckExpression(const std::string& text, const ObjectInfo& table) {
   Binder binder(resolver_, parameters_);
-  binder.subqueries_allowed = false;
+  binder.in_check = true;
   const ExpressionPtr expression = ParseExpression(text);
   Scope scope;
   ScopeTable& added = binder.AddTable(table, table.name, ObjectName{}, scope);

@@ -347,22 +347,12 @@ Cell TextToBytes(std::string_view text, const Job& job) {
 }
 
 Cell BytesToText(const std::string& bytes, const Job& job) {
-  std::u32string characters;
-  if (IsNationalText(job.to.id)) {
-    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
-      const char32_t low = static_cast<unsigned char>(bytes[i]);
-      const char32_t high = static_cast<unsigned char>(bytes[i + 1]);
-      characters.push_back(low | high << 8);
-    }
-  } else {
-    for (const char c : bytes) {
-      if (static_cast<unsigned char>(c) >= 0x80) {
-        throw Unsupported("converting binary beyond ASCII to varchar");
-      }
-      characters += static_cast<char32_t>(c);
-    }
+  if (IsNationalText(job.to.id)) return TextResult(Utf16ToUtf8(bytes), job);
+  const auto beyond_ascii = [](char c) { return static_cast<unsigned char>(c) >= 0x80; };
+  if (std::ranges::any_of(bytes, beyond_ascii)) {
+    throw Unsupported("converting binary beyond ASCII to varchar");
   }
-  return TextResult(EncodeUtf8(characters), job);
+  return TextResult(bytes, job);
 }
 
 // The last bytes, the highest first.

@@ -51,6 +51,9 @@ constexpr MessageRow kMessages[] = {
     {128, 15, 1,
      "The name '%1' is not permitted in this context. Only constants, expressions, or variables "
      "allowed here. Column names are not permitted."},
+    {130, 15, 1,
+     "Cannot perform an aggregate function on an expression containing an aggregate or a "
+     "subquery."},
     {131, 15, 3,
      "The size (%1) given to the type '%2' exceeds the maximum allowed for any data type (%3)."},
     {137, 15, 2, "Must declare the variable '%1'."},
@@ -347,6 +350,7 @@ constexpr MessageRow kMessages[] = {
     {8106, 16, 1, "Table '%1' does not have the identity property. Cannot perform SET operation."},
     {8107, 16, 1,
      "IDENTITY_INSERT is already ON for table '%1'. Cannot perform SET operation for table '%2'."},
+    {8110, 16, 0, "Cannot add multiple PRIMARY KEY constraints to table '%1'."},
     {8111, 16, 1, "Cannot define PRIMARY KEY constraint on nullable column in table '%1'."},
     {8114, 16, 5, "Error converting data type %1 to %2."},
     {8115, 16, 2, "Arithmetic overflow error converting %1 to data type %2."},

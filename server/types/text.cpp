@@ -246,6 +246,28 @@ std::string EncodeUtf8(std::u32string_view characters) {
   return text;
 }
 
+std::string Utf16ToUtf8(std::string_view utf16) {
+  constexpr char32_t kReplacement = 0xFFFD;
+  const auto unit = [utf16](std::size_t i) -> char32_t {
+    return static_cast<unsigned char>(utf16[i]) | static_cast<unsigned char>(utf16[i + 1]) << 8;
+  };
+  std::string out;
+  out.reserve(utf16.size() / 2);
+  for (std::size_t i = 0; i + 1 < utf16.size(); i += 2) {
+    char32_t character = unit(i);
+    const bool pair = character >= 0xD800 && character < 0xDC00 && i + 3 < utf16.size() &&
+                      unit(i + 2) >= 0xDC00 && unit(i + 2) < 0xE000;
+    if (pair) {
+      character = 0x10000 + ((character - 0xD800) << 10) + (unit(i + 2) - 0xDC00);
+      i += 2;
+    } else if (character >= 0xD800 && character < 0xE000) {
+      character = kReplacement;
+    }
+    AppendUtf8(character, out);
+  }
+  return out;
+}
+
 std::string_view CutText(std::string_view text, int length, TextUnit unit) {
   // No character has fewer bytes here than units there.
   if (text.size() <= static_cast<std::size_t>(length < 0 ? 0 : length)) return text;

@@ -64,6 +64,9 @@ inline void AppendUtf16(char32_t character, std::string& out) {
   append(0xDC00 + ((character - 0x10000) & 0x3FF));
 }
 
+// From little-endian UTF-16; a broken pair becomes U+FFFD.
+std::string Utf16ToUtf8(std::string_view utf16);
+
 // The longest beginning of `text` that measures at most `length`: bytes of the code page, or units
 // of a national text.
 enum class TextUnit { kCodePageByte, kUtf16Unit };

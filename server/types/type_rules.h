@@ -67,6 +67,9 @@ std::string SqliteDeclaration(const SqlType& type);
 // The collation of the type's cells: "MSTEXT", "MSDECIMAL", or empty for binary comparison.
 std::string_view CollationOf(TypeId id);
 
+// The one by which this server compares.
+inline constexpr const char* kDefaultCollation = "Japanese_CI_AS";
+
 constexpr bool IsNationalText(TypeId id) {
   return id == TypeId::kNChar || id == TypeId::kNVarChar || id == TypeId::kNText;
 }

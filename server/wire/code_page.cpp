@@ -82,25 +82,6 @@ void AppendUtf16(std::string_view utf8, std::string& out) {
   }
 }
 
-std::string Utf16ToUtf8(std::string_view utf16) {
-  const auto unit = [utf16](std::size_t i) -> char32_t { return UnitOf(utf16[i], utf16[i + 1]); };
-  std::string out;
-  out.reserve(utf16.size() / 2);
-  for (std::size_t i = 0; i + 1 < utf16.size(); i += 2) {
-    char32_t character = unit(i);
-    const bool pair = character >= 0xD800 && character < 0xDC00 && i + 3 < utf16.size() &&
-                      unit(i + 2) >= 0xDC00 && unit(i + 2) < 0xE000;
-    if (pair) {
-      character = 0x10000 + ((character - 0xD800) << 10) + (unit(i + 2) - 0xDC00);
-      i += 2;
-    } else if (character >= 0xD800 && character < 0xE000) {
-      character = kReplacement;
-    }
-    AppendUtf8(character, out);
-  }
-  return out;
-}
-
 CodePage932::CodePage932() : to_bytes_(kUnits), to_characters_(kUnits) {
   const Converter decoder("UTF-16LE", "CP932");
   const Converter encoder("CP932", "UTF-16LE");

@@ -9,9 +9,8 @@
 namespace dbkeeper::server {
 
 // Little-endian UTF-16, as nchar, nvarchar, ntext and all names have it. A broken sequence becomes
-// U+FFFD, a broken pair likewise.
+// U+FFFD.
 void AppendUtf16(std::string_view utf8, std::string& out);
-std::string Utf16ToUtf8(std::string_view utf16);
 
 // The bytes of char, varchar and text: code page 932, the one of Japanese_CI_AS.
 //

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "server/types/messages.h"
+#include "server/types/text.h"
 #include "server/wire/code_page.h"
 #include "server/wire/login.h"
 

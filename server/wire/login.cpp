@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "server/types/text.h"
 #include "server/wire/bytes.h"
 #include "server/wire/code_page.h"
 #include "server/wire/packet.h"

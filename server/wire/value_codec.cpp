@@ -10,6 +10,7 @@
 
 #include "server/types/datetime.h"
 #include "server/types/decimal.h"
+#include "server/types/text.h"
 #include "server/types/type_rules.h"
 #include "server/wire/code_page.h"
 
@@ -81,11 +82,12 @@ const Announcement* FindAnnouncement(std::uint8_t token, std::optional<std::uint
 }
 
 WireType TypeOf(const Announcement& row, std::uint32_t length) {
-  WireType type{{.id = row.type->id}, row.form, length};
-  const bool has_length = row.form == LengthForm::kTwoBytes ||
-                          (row.form == LengthForm::kOneByte && row.type->length == 0);
-  if (has_length) type.type.length = static_cast<int>(length) / UnitOf(row.type->id);
-  return type;
+  const TypeFacts& facts = *row.type;
+  SqlType type{facts.id, facts.length, facts.precision, facts.scale};
+  const bool has_length =
+      row.form == LengthForm::kTwoBytes || (row.form == LengthForm::kOneByte && facts.length == 0);
+  if (has_length) type.length = static_cast<int>(length) / UnitOf(facts.id);
+  return {type, row.form, length};
 }
 
 // ---- written -----------------------------------------------------------------------------------

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "server/types/text.h"
+
 namespace dbkeeper::server {
 namespace {
 
