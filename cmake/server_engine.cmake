@@ -2,7 +2,8 @@
 find_package(Boost REQUIRED)
 find_package(SQLite3 REQUIRED)
 find_package(Threads REQUIRED)
-find_package(ZLIB REQUIRED)
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(XXHASH REQUIRED IMPORTED_TARGET libxxhash)
 
 # The language: lexer, parser, translator to SQLite, data types and their functions.
 add_library(dbkeeper_server_sql STATIC
@@ -74,7 +75,8 @@ add_library(dbkeeper_server_engine STATIC
   server/procedures/user_procedures.cpp
 )
 target_include_directories(dbkeeper_server_engine PUBLIC ${CMAKE_SOURCE_DIR})
-target_link_libraries(dbkeeper_server_engine PUBLIC dbkeeper_server_sql Threads::Threads ZLIB::ZLIB
+target_link_libraries(dbkeeper_server_engine PUBLIC dbkeeper_server_sql Threads::Threads
+  PkgConfig::XXHASH
   crypt)
 
 dbkeeper_test(server_sql_tests

@@ -2,7 +2,7 @@
 
 # To build.
 BUILD_PACKAGES=(g++ cmake ninja-build ccache pkg-config qt6-base-dev libgl1-mesa-dev unixodbc-dev
-  libsqlite3-dev libboost-dev zlib1g-dev libgtest-dev)
+  libsqlite3-dev libboost-dev libxxhash-dev libgtest-dev)
 # To run: the driver to the servers, Japanese letters, the toolkit's words in Japanese.
 PROGRAM_PACKAGES=(tdsodbc unixodbc fonts-vlgothic qt6-translations-l10n)
 # To test: other clients of the local server, a virtual display, the checkers.

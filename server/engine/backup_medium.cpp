@@ -1,6 +1,6 @@
 #include "server/engine/backup_medium.h"
 
-#include <zlib.h>
+#include <xxhash.h>
 
 #include <algorithm>
 #include <cstring>
@@ -48,13 +48,13 @@ select quote(medium.id) || quote(position) || quote(family) || quote(database_na
     from files where files.position = sets.position)
 from medium, sets where position = ?1)";
 
-std::uint32_t Add(std::uint32_t sum, std::string_view bytes) {
-  return static_cast<std::uint32_t>(
-      crc32_z(sum, reinterpret_cast<const Bytef*>(bytes.data()), bytes.size()));
+std::int64_t Add(std::int64_t sum, std::string_view bytes) {
+  return static_cast<std::int64_t>(
+      XXH3_64bits_withSeed(bytes.data(), bytes.size(), static_cast<std::uint64_t>(sum)));
 }
 
 std::int64_t BlockSum(std::int64_t description_sum, std::int64_t number, std::string_view bytes) {
-  return Add(static_cast<std::uint32_t>(description_sum + number), bytes);
+  return Add(description_sum ^ number, bytes);
 }
 
 std::int64_t DescriptionSum(SqliteConnection& medium, std::int64_t position) {
@@ -70,7 +70,7 @@ std::uint32_t NumberAt(std::string_view head, std::size_t place) {
 // The checksum that belongs into the head of the file.
 std::uint32_t SumOf(Workspace& workspace, const DatabaseBytes& file) {
   std::string block(kBlockSize, '\0');
-  std::uint32_t sum = 0;
+  std::int64_t sum = 0;
   const std::int64_t size = file.Size();
   for (std::int64_t offset = 0; offset < size; offset += kBlockSize) {
     workspace.StopIfInterrupted();
@@ -79,7 +79,7 @@ std::uint32_t SumOf(Workspace& workspace, const DatabaseBytes& file) {
     if (offset == 0) std::fill_n(block.begin() + kSumPlace, 4, '\0');
     sum = Add(sum, block);
   }
-  return sum;
+  return static_cast<std::uint32_t>(sum);
 }
 
 void CopySets(Workspace& workspace, SqliteConnection& medium) {
