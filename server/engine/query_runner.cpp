@@ -223,6 +223,7 @@ std::int64_t QueryRunner::Execute(const Translation& translation, SqliteStatemen
   if (verb == "INSERT" && translation.target->identity_insert) {
     TableDefinition(workspace_, resolver_).AdoptIdentity(target);
   }
+  if (verb == "INSERT" && !translation.takes_identity) workspace_.last_insert_identity.reset();
   scope.Commit();
   return count;
 }

@@ -123,8 +123,8 @@ Cell HasDatabaseAccess(const StateContext& context, const Arguments& arguments) 
   }
 }
 
-Cell LastIdentity(const StateContext& context, const Arguments&) {
-  return context.workspace.last_identity ? Number(*context.workspace.last_identity) : Cell();
+Cell NumberOrNull(const std::optional<std::int64_t>& number) {
+  return number ? Number(*number) : Cell();
 }
 
 Cell Version(const StateContext& context, const Arguments&) {
@@ -200,8 +200,8 @@ constexpr StateFunction kFunctions[] = {
     {"serverproperty", ServerProperty},
     {"is_srvrolemember", IsServerRoleMember},
     {"has_dbaccess", HasDatabaseAccess},
-    {"scope_identity", LastIdentity},
-    {"@@identity", LastIdentity},
+    {"scope_identity", [](auto& c, auto&) { return NumberOrNull(c.workspace.last_identity); }},
+    {"@@identity", [](auto& c, auto&) { return NumberOrNull(c.workspace.last_insert_identity); }},
     {"@@connections",
      [](auto& c, auto&) {
        return Number(static_cast<std::int64_t>(c.workspace.instance().Sessions().size()));

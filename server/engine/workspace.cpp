@@ -220,7 +220,7 @@ void Workspace::SaveIdentities() {
     if (!counter.last) continue;
     connection_.Run("update " + QuoteName(key.first) + ".\"#identity\" set last = ?1 where id = ?2",
                     *counter.last, key.second);
-    last_identity = counter.last;
+    last_identity = last_insert_identity = counter.last;
   }
   identities_.clear();
 }

@@ -109,7 +109,8 @@ class Workspace {
   std::int64_t NextIdentity(const std::string& alias, std::int64_t table);
   void SaveIdentities();
   void ForgetIdentities() { identities_.clear(); }
-  std::optional<std::int64_t> last_identity;
+  std::optional<std::int64_t> last_identity;         // that an insert took
+  std::optional<std::int64_t> last_insert_identity;  // none: the last insert took none
 
   void Interrupt();
   void ClearInterrupt() { interrupted_ = false; }

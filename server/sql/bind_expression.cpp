@@ -295,7 +295,10 @@ std::string Binder::BindLike(const Expression& like, const Scope& scope) {
     return text ? value.sql : ConvertTo(value, {TypeId::kNVarChar, 4000, 0, 0, true});
   };
   const auto [value, pattern] = BindBoth(like, scope);
-  std::string call = "ms_like(" + text_of(value) + ", " + text_of(pattern);
+  // Blanks at the end count where one of the two is a national text.
+  const bool national = IsNationalText(value.type.id) || IsNationalText(pattern.type.id);
+  std::string call =
+      (national ? "ms_like_national(" : "ms_like(") + text_of(value) + ", " + text_of(pattern);
   if (like.operands.size() > 2) call += ", " + text_of(Bind(*like.operands[2], scope));
   call += ')';
   return like.negated ? "(NOT " + call + ')' : call;

@@ -126,7 +126,8 @@ Bound Binder::BindAggregate(const std::string& name, const Expression& call, con
   const bool exact = family == TypeFamily::kDecimal || family == TypeFamily::kMoney;
   const bool number = exact || family == TypeFamily::kInteger || family == TypeFamily::kReal;
   const bool extreme = name == "min" || name == "max";
-  if (IsLargeObject(id) || (!count && id == TypeId::kBit) || (!count && !extreme && !number)) {
+  const bool sorted = id != TypeId::kBit && family != TypeFamily::kGuid;
+  if (IsLargeObject(id) || (!count && !sorted) || (!count && !extreme && !number)) {
     throw MakeError(409, {name + " aggregate", NameOf(id)}, line);
   }
   const std::string argument = (call.distinct ? "(DISTINCT " : "(") + Collated(value.sql, id) + ')';

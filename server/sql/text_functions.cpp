@@ -231,10 +231,11 @@ Cell QuoteName(std::string_view name, std::optional<std::string_view> given_mark
   return quoted + kClose[kind];
 }
 
+template <EndBlanks Blanks>
 Cell Like(std::string_view text, std::string_view pattern, std::optional<std::string_view> escape) {
   const std::u32string mark = DecodeUtf8(escape.value_or(""));
   if (escape && mark.size() != 1) throw MakeError(506, {*escape});
-  return Integer{MatchesPattern(text, pattern, escape ? mark[0] : 0) ? 1 : 0};
+  return Integer{MatchesPattern(text, pattern, escape ? mark[0] : 0, Blanks) ? 1 : 0};
 }
 
 bool Converts(std::string_view text, TypeId type) {
@@ -296,7 +297,8 @@ constexpr FunctionRow kRows[] = {
     {"isnumeric", "t", kIntType, kAdapted<IsNumeric, FunctionKind::kSeesNulls>},
     {"isdate", "t", kIntType, kAdapted<IsDate, FunctionKind::kSeesNulls>},
     {"datalength", kAdapted<DataLength>},
-    {"like", kAdapted<Like>},
+    {"like", kAdapted<Like<EndBlanks::kIgnored>>},
+    {"like_national", kAdapted<Like<EndBlanks::kCount>>},
     {"join", kAdapted<JoinBytes>},
     {"binary", kAdapted<ComparableBytes>},
 };

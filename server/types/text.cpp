@@ -187,12 +187,12 @@ int HexValue(char digit) {
   return -1;
 }
 
-bool MatchesPattern(std::string_view text, std::string_view pattern, char32_t escape) {
+bool MatchesPattern(std::string_view text, std::string_view pattern, char32_t escape,
+                    EndBlanks blanks) {
   std::u32string characters = Folded(text);
   const std::u32string steps = Folded(pattern);
   if (Matches(characters, steps, Fold(escape))) return true;
-  // Blanks at the end of the text need not be in the pattern.
-  if (!characters.ends_with(U' ')) return false;
+  if (blanks == EndBlanks::kCount || !characters.ends_with(U' ')) return false;
   characters.erase(characters.find_last_not_of(U' ') + 1);
   return Matches(characters, steps, Fold(escape));
 }

@@ -37,7 +37,10 @@ std::string HexDigits(std::string_view bytes);
 int HexValue(char digit);
 
 // `text` like `pattern`, with %, _, [a-z], [^a]; `escape` 0: none.
-bool MatchesPattern(std::string_view text, std::string_view pattern, char32_t escape);
+// Blanks at the end of the text need not be in the pattern, unless they count.
+enum class EndBlanks { kIgnored, kCount };
+bool MatchesPattern(std::string_view text, std::string_view pattern, char32_t escape,
+                    EndBlanks blanks = EndBlanks::kIgnored);
 
 // Bytes of the text in the server's code page (932): one for ASCII and half-width kana, else two.
 int CodePageLength(std::string_view text);

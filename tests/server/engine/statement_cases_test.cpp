@@ -208,6 +208,9 @@ TEST_F(StatementTest, IdentityColumnsCount) {
       {"create table t (i int identity(5,5), a int)", ""},
       {"insert t values (1) insert t (a) values (2)", "(1)\n(1)"},
       {"select i, @@identity from t", "5|10\n10|10"},
+      {"create table u (a int) insert u values (1) select @@identity, scope_identity() drop table "
+       "u",
+       "(1)\nNULL|10"},
       {"insert t (i, a) values (1, 1)", "error 544"},
       {"set identity_insert t on insert t (i, a) values (100, 3) set identity_insert t off", "(1)"},
       {"insert t (a) select a from t", "(3)"},

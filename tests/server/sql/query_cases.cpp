@@ -83,6 +83,8 @@ constexpr StatementCase kQueries[] = {
     {"select id from items where name like '[^a]_e%'", "3"},
     {"select id from items where name like 'cherr_' or name not like '%'", "3"},
     {"select 1 where '50%' like '50!%' escape '!'", "1"},
+    {"select 1 where 'ab ' like 'ab' and cast('ab' as char(5)) like '%b'", "1"},
+    {"select 1 where N'ab ' like 'ab' or cast('ab' as nchar(5)) like '%b'", ""},
     {"select id as number from items order by number desc", "4;3;2;1"},
     {"select name from items order by price * -1", "null;banana;cherry ;Apple"},
     {"select objname, value from ::fn_listextendedproperty(default, 'user', 'dbo', 'table', "
