@@ -100,8 +100,7 @@ bool TableDefinition::TellDependents(Work& work, const CatalogColumn& column, Re
   };
   for (const CatalogIndex& index : work.table.indexes) {
     if (!HasKey(index.keys, column.name)) continue;
-    const bool is_key = index.Has(IndexStatus::kPrimaryKey) || index.Has(IndexStatus::kUniqueKey);
-    tell(is_key ? "object" : "index", index.name);
+    tell(index.IsKey() ? "object" : "index", index.name);
   }
   for (const CatalogForeignKey& key : work.table.foreign_keys) {
     if (HasName(key.child_columns, column.name)) tell("object", key.name);
@@ -180,8 +179,7 @@ void TableDefinition::ConvertRows(Work& work, const CatalogColumn& before,
 
 void TableDefinition::DropConstraint(Work& work, const std::string& name) {
   const std::optional<CatalogObject> object = work.catalog.FindObject(name);
-  constexpr std::string_view kConstraintTypes = "PK UQ F C D";
-  if (!object || kConstraintTypes.find(object->xtype) == std::string_view::npos) Fail(3728, {name});
+  if (!object || !HasWord("PK UQ F C D", object->xtype)) Fail(3728, {name});
   if (object->parent != work.found.object.id) Fail(3733, {name, work.found.object.name});
   if (object->xtype == "PK" || object->xtype == "UQ") {
     const CatalogIndex index = *work.table.FindIndex(object->name);

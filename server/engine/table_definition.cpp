@@ -33,6 +33,14 @@ bool TakesIdentity(const SqlType& type) {
 
 }  // namespace
 
+ServerMessage ConflictMessage(std::string_view verb, std::string_view kind,
+                              std::string_view constraint, const DatabaseInfo& database,
+                              std::string_view table, const std::string& column) {
+  const std::string what = (column.empty() ? "TABLE " : "COLUMN ") + std::string(kind);
+  return MakeMessage(547, {verb, what, constraint, database.name, table,
+                           column.empty() ? "" : ", column '" + column + "'"});
+}
+
 TableDefinition::Work TableDefinition::Start(const FoundObject& found) {
   Catalog catalog = resolver_.CatalogAt(found);
   CatalogTable table = catalog.Table(found.object);
@@ -240,9 +248,8 @@ void TableDefinition::AddCheck(Work& work, const Constraint& constraint, bool ch
   if (check_existing &&
       workspace_.connection().IntegerOf(0, "select 1 from " + work.catalog.Path(info.name) +
                                                " where not (" + expression + ") limit 1") != 0) {
-    Fail(547, {"ALTER TABLE", column == nullptr ? "TABLE CHECK" : "COLUMN CHECK", name,
-               work.found.database.name, info.name,
-               column == nullptr ? "" : ", column '" + column->name + "'"});
+    throw SqlError(ConflictMessage("ALTER TABLE", "CHECK", name, work.found.database, info.name,
+                                   column == nullptr ? "" : column->name));
   }
   const std::int64_t id = work.catalog.AddObject(name, "C", work.found.object.id,
                                                  column == nullptr ? 0 : column->colid);
@@ -299,19 +306,14 @@ void TableDefinition::AddForeignKey(Work& work, const Constraint& constraint, bo
   if (!has_key || key.child_columns.size() != key.parent_columns.size()) {
     Fail(1776, {key.parent_table, key.name});
   }
-  if (check_existing) CheckForeignKey(work, key);
+  if (check_existing && workspace_.connection().IntegerOf(0, work.catalog.OrphanSql(key)) != 0) {
+    throw SqlError(ConflictMessage("ALTER TABLE", "FOREIGN KEY", key.name, work.found.database,
+                                   key.parent_table, key.OnlyColumn(key.parent_columns)));
+  }
   const CatalogColumn* only =
       key.child_columns.size() == 1 ? work.table.FindColumn(key.child_columns[0]) : nullptr;
   key.id = work.catalog.AddObject(key.name, "F", key.child, only == nullptr ? 0 : only->colid);
   work.catalog.AddForeignKey(key, work.table, parent);
-}
-
-void TableDefinition::CheckForeignKey(Work& work, const CatalogForeignKey& key) {
-  if (workspace_.connection().IntegerOf(0, work.catalog.OrphanSql(key)) == 0) return;
-  const bool single = key.child_columns.size() == 1;
-  Fail(547, {"ALTER TABLE", single ? "COLUMN FOREIGN KEY" : "TABLE FOREIGN KEY", key.name,
-             work.found.database.name, key.parent_table,
-             single ? ", column '" + key.parent_columns[0] + "'" : ""});
 }
 
 void TableDefinition::CreateIndex(const CreateIndexStatement& statement) {
@@ -319,16 +321,25 @@ void TableDefinition::CreateIndex(const CreateIndexStatement& statement) {
   if (found.alias != "temp") workspace_.NeedOwner(found.database, "CREATE INDEX");
   WriteScope scope(workspace_, found.database, found.alias, found.object.id);
   Work work = Start(found);
-  if (const CatalogIndex* existing = work.table.FindIndex(statement.name)) {
-    if (!statement.drop_existing) Fail(1913, {found.object.name, statement.name});
-    const CatalogIndex old = *existing;
-    RemoveIndex(work, old);
-  }
   CatalogIndex index;
   index.name = statement.name;
   index.status = (statement.unique ? IndexStatus::kUnique : 0) |
                  (statement.clustered ? IndexStatus::kClustered : 0);
   index.keys = statement.columns;
+  if (const CatalogIndex* existing = work.table.FindIndex(statement.name)) {
+    if (!statement.drop_existing) Fail(1913, {found.object.name, statement.name});
+    const CatalogIndex old = *existing;
+    if (old.IsKey()) {
+      const auto same = [](const KeyColumn& left, const KeyColumn& right) {
+        return SameName(left.name, right.name) && left.descending == right.descending;
+      };
+      if (!statement.unique || !std::ranges::equal(old.keys, index.keys, same)) {
+        Fail(1907, {statement.name});
+      }
+      index.status |= old.status & (IndexStatus::kPrimaryKey | IndexStatus::kUniqueKey);
+    }
+    RemoveIndex(work, old);
+  }
   if (statement.ignore_duplicates) throw Unsupported("indexes with ignore_dup_key");
   AddIndex(work, std::move(index));
   scope.Commit();
@@ -420,10 +431,11 @@ void TableDefinition::AdoptIdentity(const FoundObject& found) {
   for (const CatalogColumn& column : catalog.Columns(found.object.id)) {
     if (!column.identity) continue;
     const std::string extreme = column.identity->increment > 0 ? "max" : "min";
-    workspace_.connection().Run("update " + catalog.Path("#identity") + " set last = (select " +
-                                    extreme + "(" + QuoteName(column.name) + ") from " +
-                                    catalog.Path(found.object.name) + ") where id = ?1",
-                                found.object.id);
+    workspace_.connection().Run(
+        "update " + catalog.Path("#identity") + " set last = (select " + extreme +
+            "(value) from (select last as value union all select " + QuoteName(column.name) +
+            " from " + catalog.Path(found.object.name) + ")) where id = ?1",
+        found.object.id);
   }
 }
 

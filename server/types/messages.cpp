@@ -205,6 +205,9 @@ constexpr MessageRow kMessages[] = {
     {1902, 16, 3,
      "Cannot create more than one clustered index on table '%1'. Drop the existing clustered index "
      "'%2' before creating another."},
+    {1907, 16, 1,
+     "Cannot recreate index '%1'. The new index definition does not match the constraint being "
+     "enforced by the existing index."},
     {1909, 16, 1,
      "Cannot use duplicate column names in index key list. Column name '%1' listed more than "
      "once."},
