@@ -58,29 +58,6 @@ FileLabel LabelFor(const std::filesystem::path& file, const std::string& name) {
 
 }  // namespace
 
-void MakeDatabaseFile(Workspace& workspace, int dbid) {
-  InstanceState& instance = workspace.instance();
-  const std::filesystem::path file = instance.FileOf(dbid);
-  // What a torn attempt left behind is in nobody's catalog.
-  RemoveWithLogs(file);
-  instance.NewGeneration(dbid);
-  SqliteConnection& connection = workspace.connection();
-  const std::string alias = "new_database";
-  connection.Run("attach ?1 as " + alias, file.string());
-  try {
-    connection.Execute("pragma " + alias + ".journal_mode = wal");
-    connection.Execute("begin");
-    const std::string owner_sid =
-        connection.TextOf("select sid from main.syslogins where name = ?1", workspace.login().name);
-    FillNewDatabase(connection, alias, owner_sid);
-    connection.Execute("commit");
-  } catch (...) {
-    sqlite3_exec(connection.handle(), "rollback; detach new_database", nullptr, nullptr, nullptr);
-    throw;
-  }
-  connection.Execute("detach " + alias);
-}
-
 void ListDatabase(Workspace& workspace, int dbid, const NewDatabase& database) {
   const std::string file = workspace.instance().FileOf(dbid).string();
   workspace.connection().Run(
@@ -161,7 +138,9 @@ void DatabaseDefinition::Create(const CreateDatabaseStatement& statement, Result
     places.Set(dbid, plan.place);
     try {
       MakeLogFile(plan.place.log, plan.label.family);
-      MakeDatabaseFile(workspace_, dbid);
+      MakeDatabaseFile(plan.place.data, workspace_.connection().TextOf(
+                                            "select sid from main.syslogins where name = ?1",
+                                            workspace_.login().name));
       LabelFile(plan.place.data, plan.label);
       Enlist(workspace_, dbid, {.name = statement.name, .file_name = plan.data_text}, plan.place);
     } catch (...) {
@@ -271,9 +250,7 @@ void DatabaseDefinition::Alter(const AlterDatabaseStatement& statement) {
   if (statement.options.empty()) throw Unsupported("this form of alter database");
   NeedNoTransaction("ALTER DATABASE");
   WriteScope scope(workspace_, workspace_.FindDatabase("master"), "main");
-  for (const std::string& option : statement.options) {
-    if (!SetOption(*database, option)) throw Unsupported("the database option " + option);
-  }
+  for (const std::string& option : statement.options) SetOption(*database, option);
   scope.Commit();
   // Who may come in is looked at when a session opens the database again.
   if (std::ranges::find(statement.options, "RESTRICTED_USER") != statement.options.end()) {
@@ -289,9 +266,9 @@ void DatabaseDefinition::NeedListedFile(const DatabaseInfo& database, const std:
   }
 }
 
-bool DatabaseDefinition::SetOption(const DatabaseInfo& database, const std::string& option) {
+void DatabaseDefinition::SetOption(const DatabaseInfo& database, const std::string& option) {
   const auto* row = std::ranges::find(kOptions, option, &OptionRow::word);
-  if (row == std::end(kOptions)) return false;
+  if (row == std::end(kOptions)) throw Unsupported("the database option " + option);
   constexpr std::int64_t kState = DatabaseStatus::kOffline | DatabaseStatus::kReadOnly |
                                   DatabaseStatus::kSingleUser | DatabaseStatus::kDboOnly;
   const bool closes = (row->set & kState) != 0;
@@ -310,7 +287,6 @@ bool DatabaseDefinition::SetOption(const DatabaseInfo& database, const std::stri
   workspace_.connection().Run(
       "update main.sysdatabases set " + column + " = (" + column + " & ~?1) | ?2 where dbid = ?3",
       row->clear, row->set, database.dbid);
-  return true;
 }
 
 }  // namespace dbkeeper::server

@@ -40,6 +40,10 @@ struct DatabaseInfo {
   bool IsSystem() const { return dbid <= 4; }
 };
 
+// Numbers of fixed roles in sysusers.
+inline constexpr std::int64_t kOwners = 16384;
+inline constexpr std::int64_t kBackupOperators = 16389;
+
 struct SessionOptions {
   bool no_count = false;
   bool format_only = false;
@@ -92,7 +96,10 @@ class Workspace {
   void Detach(int dbid);
   // Makes the database current, without telling anybody.
   void SetCurrent(const DatabaseInfo& database);
-  bool IsOwner(const DatabaseInfo& database);
+  // Whether the login is the owner of the database or in the role that owns it.
+  bool IsOwner(const DatabaseInfo& database) { return login_.sysadmin || IsIn(database, kOwners); }
+  // Whether the login's user is dbo, or a member of the role itself.
+  bool IsIn(const DatabaseInfo& database, std::int64_t role);
   // Throws 262 when the login is not the owner.
   void NeedOwner(const DatabaseInfo& database, std::string_view statement);
 
@@ -155,7 +162,6 @@ class Workspace {
     int generation;  // of the file, see FileState
   };
   std::vector<Attached> attached_;  // the least recently used first
-  bool temporary_ready_ = false;
   int transaction_count_ = 0;
   int waiting_for_dbid_ = 0;
   std::chrono::steady_clock::time_point wait_start_;
@@ -186,7 +192,6 @@ class WriteScope {
 
   Workspace& workspace_;
   bool own_transaction_ = false;
-  bool began_ = false;
   bool open_ = false;
   const bool savepoint_;
 };
