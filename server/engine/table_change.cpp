@@ -27,13 +27,9 @@ bool OnlyWidens(const SqlType& before, const SqlType& after) {
 }  // namespace
 
 void TableDefinition::Alter(const AlterTableStatement& statement, ResultSink& sink) {
-  const std::optional<FoundObject> found = resolver_.Find(statement.table);
-  if (!found || found->object.xtype != "U") {
-    Fail(4902, {statement.table.Text(), workspace_.database()});
-  }
-  if (found->alias != "temp") workspace_.NeedOwner(found->database, "ALTER TABLE");
-  WriteScope scope(workspace_, found->database, found->alias, found->object.id);
-  Work work = Start(*found);
+  const FoundObject found = NeedOwn(statement.table, "ALTER TABLE", 4902);
+  WriteScope scope(workspace_, found.database, found.alias, found.object.id);
+  Work work = Start(found);
   if (const auto* add = std::get_if<AddColumns>(&statement.action)) {
     AddNewColumns(work, *add);
   } else if (const auto* alter = std::get_if<AlterColumn>(&statement.action)) {

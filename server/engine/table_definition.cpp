@@ -15,12 +15,6 @@ bool IsKeyKind(const Constraint& constraint) {
          constraint.kind == ConstraintKind::kUnique;
 }
 
-// A check written with a column knows its column; the parser leaves that out.
-Constraint WithColumn(Constraint constraint, const ColumnDefinition& definition) {
-  if (constraint.columns.empty()) constraint.columns.push_back({definition.name, false});
-  return constraint;
-}
-
 CatalogIdentity IdentityOf(const Identity& identity) {
   return {std::stoll(identity.seed), std::stoll(identity.increment)};
 }
@@ -39,6 +33,17 @@ ServerMessage ConflictMessage(std::string_view verb, std::string_view kind,
   const std::string what = (column.empty() ? "TABLE " : "COLUMN ") + std::string(kind);
   return MakeMessage(547, {verb, what, constraint, database.name, table,
                            column.empty() ? "" : ", column '" + column + "'"});
+}
+
+void TableDefinition::NeedOwner(const FoundObject& place, std::string_view statement) {
+  if (place.alias != "temp") workspace_.NeedOwner(place.database, statement);
+}
+
+FoundObject TableDefinition::NeedOwn(const ObjectName& name, std::string_view statement,
+                                     int error) {
+  FoundObject found = resolver_.Need(name, "U", error);
+  NeedOwner(found, statement);
+  return found;
 }
 
 TableDefinition::Work TableDefinition::Start(const FoundObject& found) {
@@ -119,7 +124,7 @@ void TableDefinition::Create(const CreateTableStatement& statement) {
   if (!statement.table.owner.empty() && !SameName(statement.table.owner, "dbo")) {
     throw Unsupported("owners other than dbo");
   }
-  if (place.alias != "temp") workspace_.NeedOwner(place.database, "CREATE TABLE");
+  NeedOwner(place, "CREATE TABLE");
   if (catalog.FindObject(statement.table.name)) Fail(2714, {statement.table.name});
   WriteScope scope(workspace_, place.database, place.alias);
   place.object = {.id = catalog.AddObject(statement.table.name, "U"),
@@ -129,7 +134,9 @@ void TableDefinition::Create(const CreateTableStatement& statement) {
   std::vector<Constraint> constraints;
   for (const ColumnDefinition& definition : statement.columns) {
     for (const Constraint& constraint : definition.constraints) {
-      constraints.push_back(WithColumn(constraint, definition));
+      constraints.push_back(constraint);
+      // A check written with a column knows its column; the parser leaves that out.
+      if (constraint.columns.empty()) constraints.back().columns = {{definition.name, false}};
     }
   }
   constraints.insert(constraints.end(), statement.constraints.begin(), statement.constraints.end());
@@ -317,8 +324,7 @@ void TableDefinition::AddForeignKey(Work& work, const Constraint& constraint, bo
 }
 
 void TableDefinition::CreateIndex(const CreateIndexStatement& statement) {
-  const FoundObject found = resolver_.Need(statement.table, "U", 1088);
-  if (found.alias != "temp") workspace_.NeedOwner(found.database, "CREATE INDEX");
+  const FoundObject found = NeedOwn(statement.table, "CREATE INDEX", 1088);
   WriteScope scope(workspace_, found.database, found.alias, found.object.id);
   Work work = Start(found);
   CatalogIndex index;
@@ -354,7 +360,7 @@ void TableDefinition::DropIndex(const DropIndexStatement::Item& item) {
   if (index == nullptr) Fail(3701, {"index", written});
   if (index->Has(IndexStatus::kPrimaryKey)) Fail(3723, {written, "PRIMARY KEY"});
   if (index->Has(IndexStatus::kUniqueKey)) Fail(3723, {written, "UNIQUE KEY"});
-  if (found->alias != "temp") workspace_.NeedOwner(found->database, "DROP INDEX");
+  NeedOwner(*found, "DROP INDEX");
   WriteScope scope(workspace_, found->database, found->alias, found->object.id);
   const CatalogIndex old = *index;
   RemoveIndex(work, old);
@@ -380,7 +386,7 @@ void TableDefinition::Drop(const ObjectName& name) {
   if (found->object.xtype == "V") Fail(3705, {"TABLE", name.Text(), "view", "VIEW"});
   if (found->object.xtype == "P") Fail(3705, {"TABLE", name.Text(), "procedure", "PROCEDURE"});
   if (found->object.xtype != "U") Fail(3701, {"table", name.Text()});
-  if (found->alias != "temp") workspace_.NeedOwner(found->database, "DROP TABLE");
+  NeedOwner(*found, "DROP TABLE");
   Catalog catalog = resolver_.CatalogAt(*found);
   for (const CatalogForeignKey& key : catalog.ReferencesTo(found->object.id)) {
     if (key.child != found->object.id) Fail(3726, {name.Text()});
@@ -392,22 +398,18 @@ void TableDefinition::Drop(const ObjectName& name) {
 }
 
 void TableDefinition::Truncate(const TruncateStatement& statement) {
-  const std::optional<FoundObject> found = resolver_.Find(statement.table);
-  if (!found || found->object.xtype != "U") {
-    Fail(4701, {statement.table.Text(), workspace_.database()});
-  }
-  if (found->alias != "temp") workspace_.NeedOwner(found->database, "TRUNCATE TABLE");
-  Catalog catalog = resolver_.CatalogAt(*found);
-  if (!catalog.ReferencesTo(found->object.id).empty()) Fail(4712, {statement.table.Text()});
-  WriteScope scope(workspace_, found->database, found->alias, found->object.id);
-  workspace_.connection().Execute("delete from " + catalog.Path(found->object.name));
-  catalog.Run("update {}\"#identity\" set last = null where id = ?", found->object.id);
+  const FoundObject found = NeedOwn(statement.table, "TRUNCATE TABLE", 4701);
+  Catalog catalog = resolver_.CatalogAt(found);
+  if (!catalog.ReferencesTo(found.object.id).empty()) Fail(4712, {statement.table.Text()});
+  WriteScope scope(workspace_, found.database, found.alias, found.object.id);
+  workspace_.connection().Execute("delete from " + catalog.Path(found.object.name));
+  catalog.Run("update {}\"#identity\" set last = null where id = ?", found.object.id);
   scope.Commit();
 }
 
 CatalogObject TableDefinition::MakeFromColumns(const FoundObject& place, const std::string& name,
                                                const std::vector<ResultColumn>& columns) {
-  if (place.alias != "temp") workspace_.NeedOwner(place.database, "CREATE TABLE");
+  NeedOwner(place, "CREATE TABLE");
   Catalog catalog = resolver_.CatalogAt(place);
   if (catalog.FindObject(name)) Fail(2714, {name});
   CatalogTable table;

@@ -44,6 +44,9 @@ class TableDefinition {
     CatalogTable table;
   };
 
+  // A client's table that the login may change by the statement; throws `error` or 262.
+  FoundObject NeedOwn(const ObjectName& name, std::string_view statement, int error);
+  void NeedOwner(const FoundObject& place, std::string_view statement);
   Work Start(const FoundObject& found);
   void Reload(Work& work);
   // Makes SQLite's definition follow the catalog, which has changed.

@@ -64,9 +64,9 @@ std::optional<DatabaseInfo> Workspace::LookUpDatabase(int dbid) {
   return ReadDatabase(row);
 }
 
-DatabaseInfo Workspace::FindDatabase(std::string_view name) {
+DatabaseInfo Workspace::FindDatabase(std::string_view name, int error) {
   std::optional<DatabaseInfo> database = LookUpDatabase(name);
-  if (!database) Fail(911, {name});
+  if (!database) Fail(error, {name});
   return *database;
 }
 

@@ -84,8 +84,8 @@ class Workspace {
   // rolled back or detached, so that a number never comes back with other definitions.
   std::int64_t DefinitionVersion(const std::string& alias);
 
-  // Throws SqlError 911.
-  DatabaseInfo FindDatabase(std::string_view name);
+  // Throws `error` with the name when there is none.
+  DatabaseInfo FindDatabase(std::string_view name, int error = 911);
   std::optional<DatabaseInfo> LookUpDatabase(std::string_view name);
   std::optional<DatabaseInfo> LookUpDatabase(int dbid);
   // Attaches the database when it is not; gives its alias. Throws 927, 942, 924, 916.
@@ -180,6 +180,9 @@ class WriteScope {
   // Throws SqlError 1222, 3906. `object_id` is the table that the lock is shown for, or 0.
   WriteScope(Workspace& workspace, const DatabaseInfo& database, const std::string& alias,
              std::int64_t object_id = 0, Undo undo = Undo::kAll);
+  // Of a change of master.
+  explicit WriteScope(Workspace& workspace)
+      : WriteScope(workspace, workspace.FindDatabase("master"), "main") {}
   ~WriteScope();
   WriteScope(const WriteScope&) = delete;
   WriteScope& operator=(const WriteScope&) = delete;

@@ -56,9 +56,9 @@ from sysfiles order by fileid)";
 
 void HelpDatabase(ProcedureCall& call) {
   const std::string wanted = call.Text("@dbname");
-  if (call.Has("@dbname") && !call.workspace().LookUpDatabase(wanted)) Fail(15010, {wanted});
-  call.Run(kDatabases);
   const auto database = call.workspace().LookUpDatabase(wanted);
+  if (call.Has("@dbname") && !database) Fail(15010, {wanted});
+  call.Run(kDatabases);
   if (!database || database->Has(DatabaseStatus::kOffline)) return;
   call.workspace().Open(*database);
   call.workspace().SetCurrent(*database);
@@ -159,8 +159,7 @@ constexpr OldOption kOldOptions[] = {
 
 void SetOption(ProcedureCall& call) {
   const std::string name = call.Text("@dbname");
-  const std::optional<DatabaseInfo> database = call.workspace().LookUpDatabase(name);
-  if (!database) Fail(15010, {name});
+  call.workspace().FindDatabase(name, 15010);
   const std::string value = call.Text("@optvalue");
   const bool on = SameName(value, "true") || SameName(value, "on");
   if (!on && !SameName(value, "false") && !SameName(value, "off")) Fail(15241);

@@ -68,7 +68,7 @@ class ProcedureCall {
   // Runs one statement of SQLite as a change of master.
   template <typename... Values>
   void ChangeMaster(std::string_view sql, const Values&... values) {
-    WriteScope scope(workspace(), workspace().FindDatabase("master"), "main");
+    WriteScope scope(workspace());
     sqlite().Run(sql, values...);
     scope.Commit();
   }
