@@ -238,9 +238,13 @@ void DatabaseDefinition::Alter(const AlterDatabaseStatement& statement) {
   const DatabaseInfo database = workspace_.FindDatabase(statement.name, 5011);
   NeedOwner(database);
   if (const std::string& name = statement.new_name; !name.empty()) {
+    NeedNoTransaction("ALTER DATABASE");
+    if (database.IsSystem()) Fail(5016, {database.name});
     if (workspace_.LookUpDatabase(name)) Fail(1801, {name});
+    WriteScope scope(workspace_);
     workspace_.connection().Run("update main.sysdatabases set name = ? where dbid = ?", name,
                                 database.dbid);
+    scope.Commit();
     if (database.dbid == workspace_.dbid()) workspace_.SetCurrent(workspace_.FindDatabase(name));
     return;
   }
