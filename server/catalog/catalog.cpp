@@ -308,6 +308,7 @@ void Catalog::AddForeignKey(const CatalogForeignKey& key, const CatalogTable& ch
 void Catalog::DropIndex(std::int64_t id, std::int64_t indid) {
   Run("delete from {}sysindexes where id = ? and indid = ?", id, indid);
   Run("delete from {}sysindexkeys where id = ? and indid = ?", id, indid);
+  Run("delete from {}sysproperties where id = ? and smallid = ? and type = 6", id, indid);
 }
 
 void Catalog::DropObject(std::int64_t id) {

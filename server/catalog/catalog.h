@@ -56,6 +56,8 @@ struct CatalogIndex {
   std::int64_t status = 0;
   std::vector<KeyColumn> keys;
   bool Has(std::int64_t bit) const { return (status & bit) != 0; }
+  // Whether it belongs to a constraint.
+  bool IsKey() const { return Has(IndexStatus::kPrimaryKey | IndexStatus::kUniqueKey); }
 };
 
 struct CatalogCheck {
@@ -78,6 +80,10 @@ struct CatalogForeignKey {
   bool delete_cascade = false;
   bool update_cascade = false;
   bool disabled = false;
+  // Of one side of the key; empty when there are several.
+  static std::string OnlyColumn(const std::vector<std::string>& columns) {
+    return columns.size() == 1 ? columns.front() : std::string();
+  }
 };
 
 struct CatalogTable {

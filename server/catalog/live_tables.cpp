@@ -27,11 +27,7 @@ std::string ValuesSource(std::string_view columns, const std::vector<std::string
   return source + ") select * from live)";
 }
 
-std::string List(const std::vector<std::string>& values) {
-  std::string list;
-  for (const std::string& value : values) list += (list.empty() ? "" : ", ") + value;
-  return list;
-}
+std::string List(const std::vector<std::string>& values) { return Joined(values, ", "); }
 
 std::string ProcessRows(Workspace& workspace) {
   std::vector<std::string> rows;

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "server/engine/host_file.h"
 #include "server/sql/parser.h"
 #include "server/types/type_rules.h"
 
@@ -38,30 +39,30 @@ with fixed(uid, name, is_role) as (values (0, 'public', 1), (1, 'dbo', 0), (2, '
 insert into {}sysusers select uid, 0, name, case uid when 1 then ?1 end, null, ?2, ?2, 0, null,
   uid * is_role, null, uid = 1, 1 - is_role, 0, 0, 0, 1 - is_role, 0, is_role, 0 from fixed)";
 
-void FillType(SqliteConnection& connection, const std::string& table, std::string_view name,
-              const SqlType& type) {
+void FillType(SqliteConnection& connection, std::string_view name, const SqlType& type) {
   const bool is_sysname = name == "sysname";
   const StoredType stored = StoredTypeOf(type, is_sysname);
   const bool is_text = FamilyOf(type.id) == TypeFamily::kText;
   const bool variable = name.starts_with("var") || name.starts_with("nvar");
   const int precision = IsNationalText(type.id) ? type.length : type.precision;
-  connection.Run("insert into " + table +
-                     " values (?, ?, 0, ?, ?, ?, ?, 0, 0, ?, 0, ?, ?, ?, 1, ?, null, ?, ?, ?)",
-                 name, stored.xtype, stored.xusertype, stored.length, precision, stored.xscale,
-                 is_sysname ? 1 : 4, is_text ? Cell(kJapaneseCollationId) : Cell(), stored.usertype,
-                 variable ? 1 : 0, stored.type, precision, stored.scale,
-                 is_text ? Cell(std::string(kDefaultCollation)) : Cell());
+  connection.Run(
+      "insert into systypes values (?, ?, 0, ?, ?, ?, ?, 0, 0, ?, 0, ?, ?, ?, 1, ?, "
+      "null, ?, ?, ?)",
+      name, stored.xtype, stored.xusertype, stored.length, precision, stored.xscale,
+      is_sysname ? 1 : 4, is_text ? Cell(kJapaneseCollationId) : Cell(), stored.usertype,
+      variable ? 1 : 0, stored.type, precision, stored.scale,
+      is_text ? Cell(std::string(kDefaultCollation)) : Cell());
 }
 
 // By number, each with the largest measures that it can have.
-void FillTypes(SqliteConnection& connection, const std::string& table) {
+void FillTypes(SqliteConnection& connection) {
   std::map<int, const TypeFacts*> types;
   for (const TypeFacts& facts : kTypes) types[facts.xtype] = &facts;
   for (const auto& [number, facts] : types) {
     if (facts->id == TypeId::kNVarChar) {
-      FillType(connection, table, "sysname", {facts->id, 128, 0, 0, true});
+      FillType(connection, "sysname", {facts->id, 128, 0, 0, true});
     }
-    FillType(connection, table, facts->name,
+    FillType(connection, facts->name,
              {facts->id, facts->maximum,
               facts->TakesPrecision() ? facts->maximum : facts->precision, facts->maximum, true});
   }
@@ -107,14 +108,20 @@ void RegisterSystemTables(Catalog& catalog, std::string_view definitions, int fi
   }
 }
 
-void FillNewDatabase(SqliteConnection& connection, const std::string& alias,
-                     const std::string& owner_sid) {
-  MakeSystemTables(connection, alias, DatabaseSystemTables());
-  Catalog catalog(connection, alias);
+SqliteConnection MakeDatabaseFile(const std::filesystem::path& file, const std::string& owner_sid) {
+  RemoveWithLogs(file);
+  SqliteConnection connection(file.string());
+  RegisterServerFunctions(connection.handle());
+  connection.Execute("pragma journal_mode = wal");
+  connection.Execute("begin");
+  MakeSystemTables(connection, "main", DatabaseSystemTables());
+  Catalog catalog(connection, "main");
   RegisterSystemTables(catalog, DatabaseSystemTables(), 1);
-  FillTypes(connection, catalog.Path("systypes"));
+  FillTypes(connection);
   catalog.Run(kFillUsers, Cell(Blob{owner_sid}), CurrentTime());
   catalog.Run("insert into {}sysmembers values (1, 16384)");
+  connection.Execute("commit");
+  return connection;
 }
 
 }  // namespace dbkeeper::server

@@ -16,6 +16,7 @@ constexpr int kTempId = 2;
 constexpr int kModelId = 3;
 constexpr int kMsdbId = 4;
 constexpr int kFirstMasterTable = 30;
+constexpr const char* kAdministratorSid = "\x01";
 
 // Bits that SQL Server 2000 itself has on its system databases.
 constexpr std::int64_t kMasterStatus =
@@ -33,11 +34,8 @@ class FailingSink : public QuietSink {
 };
 
 void MakeMaster(const InstanceState& state) {
-  SqliteConnection connection(state.FileOf(kMasterId).string());
-  RegisterServerFunctions(connection.handle());
-  connection.Execute("pragma journal_mode = wal");
+  SqliteConnection connection = MakeDatabaseFile(state.FileOf(kMasterId), kAdministratorSid);
   connection.Execute("begin");
-  FillNewDatabase(connection, "main", "\x01");
   MakeSystemTables(connection, "main", MasterSystemTables());
   Catalog catalog(connection, "main");
   RegisterSystemTables(catalog, MasterSystemTables(), kFirstMasterTable);
@@ -64,14 +62,7 @@ void MakeMaster(const InstanceState& state) {
 }  // namespace
 
 void RenewTemporaryDatabase(InstanceState& state) {
-  const std::string file = state.FileOf(kTempId).string();
-  for (const char* suffix : {"", "-wal", "-shm"}) std::filesystem::remove(file + suffix);
-  SqliteConnection connection(file);
-  RegisterServerFunctions(connection.handle());
-  connection.Execute("pragma journal_mode = wal");
-  connection.Execute("begin");
-  FillNewDatabase(connection, "main", "\x01");
-  connection.Execute("commit");
+  MakeDatabaseFile(state.FileOf(kTempId), kAdministratorSid);
 }
 
 void MakeSampleInstance(const InstanceOptions& options) {
@@ -87,7 +78,7 @@ void MakeSampleInstance(const InstanceOptions& options) {
     Workspace& workspace = session.workspace();
     const InstanceState final_place(options);
     const auto make = [&](int dbid, const std::string& name, std::int64_t status) {
-      MakeDatabaseFile(workspace, dbid);
+      MakeDatabaseFile(state.FileOf(dbid), kAdministratorSid);
       ListDatabase(workspace, dbid, {name, final_place.FileOf(dbid).string(), status});
     };
     workspace.connection().Run("update main.sysdatabases set filename = ?",

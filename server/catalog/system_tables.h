@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -44,9 +45,8 @@ void MakeSystemTables(SqliteConnection& connection, const std::string& alias,
 // Enters the tables of `definitions` into the catalog as system tables, ids from `first_id` on.
 void RegisterSystemTables(Catalog& catalog, std::string_view definitions, int first_id);
 
-// Makes the contents of an empty database: system tables, types, fixed users and roles; dbo is the
-// login with the security id `owner_sid`.
-void FillNewDatabase(SqliteConnection& connection, const std::string& alias,
-                     const std::string& owner_sid);
+// Makes the file of a new database, in place of what a torn attempt has left there: system tables,
+// types, fixed users and roles; dbo is the login with the security id `owner_sid`.
+SqliteConnection MakeDatabaseFile(const std::filesystem::path& file, const std::string& owner_sid);
 
 }  // namespace dbkeeper::server

@@ -22,9 +22,8 @@ constexpr int kTempdb = 2;
 constexpr int kWriteError = 3202;
 
 // Options that change nothing here: what they ask for is done anyway or concerns tapes.
-constexpr std::string_view kIdleOptions[] = {"NOINIT", "NOFORMAT", "SKIP",     "NOSKIP",
-                                             "STATS",  "NOUNLOAD", "UNLOAD",   "NOREWIND",
-                                             "REWIND", "RESTART",  "BLOCKSIZE"};
+constexpr std::string_view kIdleOptions =
+    "NOINIT NOFORMAT SKIP NOSKIP STATS NOUNLOAD UNLOAD NOREWIND REWIND RESTART BLOCKSIZE";
 
 struct BackupOptions {
   std::string name;
@@ -48,7 +47,7 @@ BackupOptions OptionsOf(const BackupStatement& statement) {
       options.format = true;
     } else if (option.name == "INIT") {
       options.init = true;
-    } else if (std::ranges::find(kIdleOptions, option.name) == std::end(kIdleOptions)) {
+    } else if (!HasWord(kIdleOptions, option.name)) {
       throw Unsupported("backup with " + option.name);
     }
   }
@@ -161,24 +160,6 @@ BackupSet SetFor(EngineSession& session, const DatabaseInfo& database,
   return set;
 }
 
-void NeedBackupRight(Workspace& workspace, const DatabaseInfo& database) {
-  if (workspace.IsOwner(database)) return;
-  constexpr int kBackupOperators = 16389;
-  const bool may = workspace.CatalogOf(database.name)
-                       .IntegerOf(0,
-                                  "select count(*) from {}sysusers u join {}sysmembers m on "
-                                  "m.memberuid = u.uid where m.groupuid = ?1 and u.sid = (select "
-                                  "sid from main.syslogins where name = ?2)",
-                                  kBackupOperators, workspace.login().name) > 0;
-  if (!may) Fail(262, {"BACKUP DATABASE", database.name});
-}
-
-// Empty when there is no such device.
-std::string PathOfDevice(EngineSession& session, const std::string& name) {
-  return session.workspace().connection().TextOf(
-      "select phyname from main.sysdevices where name = ?1 and status & 16", name);
-}
-
 // Copies a database file as it is at one moment while others read and write it.
 void CopyDatabase(Workspace& workspace, const std::filesystem::path& from,
                   const std::filesystem::path& to) {
@@ -247,8 +228,10 @@ void BackUp(EngineSession& session, const BackupStatement& statement, ResultSink
   if (workspace.transaction_count() > 0) Fail(3021);
   const DatabaseInfo database = workspace.FindDatabase(statement.database);
   if (database.dbid == kTempdb) Fail(3147);
-  NeedBackupRight(workspace, database);
-  const BackupPlace place = PlaceOf(session, statement.devices);
+  if (!workspace.IsOwner(database) && !workspace.IsIn(database, kBackupOperators)) {
+    Fail(262, {"BACKUP DATABASE", database.name});
+  }
+  const BackupPlace place = PlaceOf(workspace, statement.devices);
   if (IsTaken(workspace, place.file)) Fail(3201, {place.physical_name});
   places.MakeFolderOf(place.file);
   std::error_code no_folder;
@@ -269,7 +252,7 @@ void BackUp(EngineSession& session, const BackupStatement& statement, ResultSink
   set.position = options.init ? 1 : sets + 1;
   WriteMedium(workspace, database, place, medium_id, set);
   Record(session, place, medium_id, set);
-  TellProcessed(sink, database.name, set, set.position);
+  TellProcessed(sink, database.name, set);
   const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
   TellFinished(sink, "BACKUP DATABASE", set.data_size, seconds.count());
 }
@@ -283,31 +266,28 @@ void RunBackup(EngineSession& session, const BackupStatement& statement,
              [&] { BackUp(session, statement, execution.sink); });
 }
 
-BackupPlace PlaceOf(EngineSession& session, const std::vector<BackupDevice>& devices) {
-  for (const BackupDevice& named : devices) {
-    if (named.kind.empty() && PathOfDevice(session, named.name).empty()) {
-      Fail(3206, {named.name});
-    }
+BackupPlace PlaceOf(Workspace& workspace, const std::vector<BackupDevice>& devices) {
+  BackupPlace place;
+  for (const BackupDevice& device : devices) {
+    place.physical_name = device.name;
+    if (!device.kind.empty()) continue;
+    place.logical_name = device.name;
+    place.physical_name = workspace.connection().TextOf(
+        "select phyname from main.sysdevices where name = ?1 and status & 16", device.name);
+    if (place.physical_name.empty()) Fail(3206, {device.name});
   }
   if (devices.size() != 1) throw Unsupported("backups on more than one device");
-  const BackupDevice& device = devices[0];
-  if (device.kind == "TAPE" || device.kind == "PIPE") throw Unsupported("backups on tapes");
-  const DatabasePlaces& places = session.workspace().instance().places();
-  BackupPlace place{.logical_name = {}, .physical_name = device.name, .file = {}};
-  if (device.kind.empty()) {
-    place.logical_name = device.name;
-    place.physical_name = PathOfDevice(session, device.name);
-  }
-  place.file = places.HostPath(place.physical_name, "backup");
+  const std::string& kind = devices[0].kind;
+  if (kind == "TAPE" || kind == "PIPE") throw Unsupported("backups on tapes");
+  place.file = workspace.instance().places().HostPath(place.physical_name, "backup");
   if (!place.file.has_filename()) Fail(3201, {place.physical_name});
   return place;
 }
 
-void TellProcessed(ResultSink& sink, const std::string& database, const BackupSet& set,
-                   std::int64_t position) {
+void TellProcessed(ResultSink& sink, const std::string& database, const BackupSet& set) {
   for (const ListedFile& file : set.files) {
     sink.OnMessage(MakeMessage(4035, {std::to_string(PagesOf(set, file)), database,
-                                      file.logical_name, std::to_string(position)}));
+                                      file.logical_name, std::to_string(set.position)}));
   }
 }
 

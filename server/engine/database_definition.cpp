@@ -58,29 +58,6 @@ FileLabel LabelFor(const std::filesystem::path& file, const std::string& name) {
 
 }  // namespace
 
-void MakeDatabaseFile(Workspace& workspace, int dbid) {
-  InstanceState& instance = workspace.instance();
-  const std::filesystem::path file = instance.FileOf(dbid);
-  // What a torn attempt left behind is in nobody's catalog.
-  RemoveWithLogs(file);
-  instance.NewGeneration(dbid);
-  SqliteConnection& connection = workspace.connection();
-  const std::string alias = "new_database";
-  connection.Run("attach ?1 as " + alias, file.string());
-  try {
-    connection.Execute("pragma " + alias + ".journal_mode = wal");
-    connection.Execute("begin");
-    const std::string owner_sid =
-        connection.TextOf("select sid from main.syslogins where name = ?1", workspace.login().name);
-    FillNewDatabase(connection, alias, owner_sid);
-    connection.Execute("commit");
-  } catch (...) {
-    sqlite3_exec(connection.handle(), "rollback; detach new_database", nullptr, nullptr, nullptr);
-    throw;
-  }
-  connection.Execute("detach " + alias);
-}
-
 void ListDatabase(Workspace& workspace, int dbid, const NewDatabase& database) {
   const std::string file = workspace.instance().FileOf(dbid).string();
   workspace.connection().Run(
@@ -93,7 +70,7 @@ void ListDatabase(Workspace& workspace, int dbid, const NewDatabase& database) {
 void Enlist(Workspace& workspace, int dbid, const NewDatabase& database,
             const DatabasePlace& place) {
   SqliteConnection& connection = workspace.connection();
-  WriteScope scope(workspace, workspace.FindDatabase("master"), "main");
+  WriteScope scope(workspace);
   if (workspace.LookUpDatabase(dbid)) {
     connection.Run(
         "update main.sysdatabases set filename = ?1, status = status & ~?2 where dbid = ?3",
@@ -110,7 +87,7 @@ void Enlist(Workspace& workspace, int dbid, const NewDatabase& database,
 
 void Delist(Workspace& workspace, int dbid) {
   InstanceState& instance = workspace.instance();
-  WriteScope scope(workspace, workspace.FindDatabase("master"), "main");
+  WriteScope scope(workspace);
   workspace.connection().Run("delete from main.sysdatabases where dbid = ?", dbid);
   instance.places().Erase(workspace.connection(), dbid);
   scope.Commit();
@@ -161,7 +138,9 @@ void DatabaseDefinition::Create(const CreateDatabaseStatement& statement, Result
     places.Set(dbid, plan.place);
     try {
       MakeLogFile(plan.place.log, plan.label.family);
-      MakeDatabaseFile(workspace_, dbid);
+      MakeDatabaseFile(plan.place.data, workspace_.connection().TextOf(
+                                            "select sid from main.syslogins where name = ?1",
+                                            workspace_.login().name));
       LabelFile(plan.place.data, plan.label);
       Enlist(workspace_, dbid, {.name = statement.name, .file_name = plan.data_text}, plan.place);
     } catch (...) {
@@ -205,14 +184,13 @@ void DatabaseDefinition::Attach(const std::string& name, const std::string& data
 void DatabaseDefinition::Detach(const std::string& name) {
   NeedNoTransaction("sp_detach_db");
   const auto lock = workspace_.instance().LockDatabases();
-  const std::optional<DatabaseInfo> database = workspace_.LookUpDatabase(name);
-  if (!database) Fail(15010, {name});
+  const DatabaseInfo database = workspace_.FindDatabase(name, 15010);
   if (!workspace_.login().sysadmin) Fail(15247);
-  if (database->IsSystem()) Fail(7940);
-  NeedUnused(*database, 3703);
-  workspace_.Detach(database->dbid);
-  const DatabasePlace place = workspace_.instance().places().Of(database->dbid);
-  const FileLabel label = LabelFor(place.data, database->name);
+  if (database.IsSystem()) Fail(7940);
+  NeedUnused(database, 3703);
+  workspace_.Detach(database.dbid);
+  const DatabasePlace place = workspace_.instance().places().Of(database.dbid);
+  const FileLabel label = LabelFor(place.data, database.name);
   if (!place.log.empty()) {
     // A crash in a restore may have left the log of the database before it.
     MakeLogFile(place.log, label.family);
@@ -222,8 +200,8 @@ void DatabaseDefinition::Detach(const std::string& name) {
     std::error_code missing;
     if (std::filesystem::file_size(log, missing) == 0 || missing) MakeLogFile(log, label.family);
   }
-  const QuietFile quiet(workspace_, *database);
-  Delist(workspace_, database->dbid);
+  const QuietFile quiet(workspace_, database);
+  Delist(workspace_, database.dbid);
 }
 
 void DatabaseDefinition::Shrink(const std::string& name) {
@@ -257,27 +235,28 @@ void DatabaseDefinition::Drop(const std::string& name) {
 }
 
 void DatabaseDefinition::Alter(const AlterDatabaseStatement& statement) {
-  const std::optional<DatabaseInfo> database = workspace_.LookUpDatabase(statement.name);
-  if (!database) Fail(5011, {statement.name});
-  NeedOwner(*database);
+  const DatabaseInfo database = workspace_.FindDatabase(statement.name, 5011);
+  NeedOwner(database);
   if (const std::string& name = statement.new_name; !name.empty()) {
+    NeedNoTransaction("ALTER DATABASE");
+    if (database.IsSystem()) Fail(5016, {database.name});
     if (workspace_.LookUpDatabase(name)) Fail(1801, {name});
+    WriteScope scope(workspace_);
     workspace_.connection().Run("update main.sysdatabases set name = ? where dbid = ?", name,
-                                database->dbid);
-    if (database->dbid == workspace_.dbid()) workspace_.SetCurrent(workspace_.FindDatabase(name));
+                                database.dbid);
+    scope.Commit();
+    if (database.dbid == workspace_.dbid()) workspace_.SetCurrent(workspace_.FindDatabase(name));
     return;
   }
-  if (statement.file) NeedListedFile(*database, *statement.file);
+  if (statement.file) NeedListedFile(database, *statement.file);
   if (statement.options.empty()) throw Unsupported("this form of alter database");
   NeedNoTransaction("ALTER DATABASE");
-  WriteScope scope(workspace_, workspace_.FindDatabase("master"), "main");
-  for (const std::string& option : statement.options) {
-    if (!SetOption(*database, option)) throw Unsupported("the database option " + option);
-  }
+  WriteScope scope(workspace_);
+  for (const std::string& option : statement.options) SetOption(database, option);
   scope.Commit();
   // Who may come in is looked at when a session opens the database again.
   if (std::ranges::find(statement.options, "RESTRICTED_USER") != statement.options.end()) {
-    workspace_.instance().NewGeneration(database->dbid);
+    workspace_.instance().NewGeneration(database.dbid);
   }
 }
 
@@ -289,9 +268,9 @@ void DatabaseDefinition::NeedListedFile(const DatabaseInfo& database, const std:
   }
 }
 
-bool DatabaseDefinition::SetOption(const DatabaseInfo& database, const std::string& option) {
+void DatabaseDefinition::SetOption(const DatabaseInfo& database, const std::string& option) {
   const auto* row = std::ranges::find(kOptions, option, &OptionRow::word);
-  if (row == std::end(kOptions)) return false;
+  if (row == std::end(kOptions)) throw Unsupported("the database option " + option);
   constexpr std::int64_t kState = DatabaseStatus::kOffline | DatabaseStatus::kReadOnly |
                                   DatabaseStatus::kSingleUser | DatabaseStatus::kDboOnly;
   const bool closes = (row->set & kState) != 0;
@@ -310,7 +289,6 @@ bool DatabaseDefinition::SetOption(const DatabaseInfo& database, const std::stri
   workspace_.connection().Run(
       "update main.sysdatabases set " + column + " = (" + column + " & ~?1) | ?2 where dbid = ?3",
       row->clear, row->set, database.dbid);
-  return true;
 }
 
 }  // namespace dbkeeper::server

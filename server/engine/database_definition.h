@@ -31,11 +31,9 @@ class DatabaseDefinition {
   void Shrink(const std::string& name);
   void Alter(const AlterDatabaseStatement& statement);
 
-  // Sets and clears one option by its word ("READ_ONLY", "AUTO_SHRINK ON"); false when there is
-  // none of that word.
-  bool SetOption(const DatabaseInfo& database, const std::string& option);
-
  private:
+  // Sets or clears one option by its word ("READ_ONLY", "AUTO_SHRINK ON").
+  void SetOption(const DatabaseInfo& database, const std::string& option);
   void NeedOwner(const DatabaseInfo& database);
   void NeedCreator();
   // Throws 3703 (or the number) when a session has the database as its current one.
@@ -54,8 +52,6 @@ void Enlist(Workspace& workspace, int dbid, const NewDatabase& database,
 // Takes a database out of master; its files stay.
 void Delist(Workspace& workspace, int dbid);
 
-// Makes the file of a database where the instance has it.
-void MakeDatabaseFile(Workspace& workspace, int dbid);
 // Makes its row in sysdatabases, in the connection's master database.
 void ListDatabase(Workspace& workspace, int dbid, const NewDatabase& database);
 

@@ -72,8 +72,7 @@ void EngineSession::Enter(const ClientInfo& client, const std::string& database)
   const DatabaseInfo info = workspace_.FindDatabase(database);
   workspace_.Open(info);
   workspace_.SetCurrent(info);
-  workspace_.set_spid(
-      instance_.Enter(*this, workspace_.login().name, client, info.dbid, info.name));
+  workspace_.set_spid(instance_.Enter(*this, workspace_.login().name, client, info.dbid));
 }
 
 // The session is shown as busy while this lives.

@@ -122,7 +122,7 @@ std::string InstanceState::NextTimestamp() {
 }
 
 int InstanceState::Enter(Session& session, const std::string& login, const ClientInfo& client,
-                         int dbid, const std::string& database) {
+                         int dbid) {
   const std::scoped_lock lock(mutex_);
   int spid = kFirstClient;
   while (sessions_.contains(spid)) ++spid;
@@ -132,7 +132,6 @@ int InstanceState::Enter(Session& session, const std::string& login, const Clien
   record.client = client;
   record.login_time = record.last_batch = CurrentTime();
   record.dbid = dbid;
-  record.database = database;
   record.session = &session;
   return spid;
 }
@@ -196,7 +195,6 @@ void InstanceState::Kill(int spid, int killer) {
     const std::scoped_lock lock(mutex_);
     const auto found = sessions_.find(spid);
     if (found == sessions_.end()) Fail(6106, {std::to_string(spid)});
-    found->second.killed = true;
     found->second.session->Interrupt();
     close = on_kill_;
   }

@@ -31,14 +31,12 @@ struct SessionRecord {
   std::int64_t login_time = 0;
   std::int64_t last_batch = 0;
   int dbid = 1;
-  std::string database = "master";
   std::string status = "sleeping";
   std::string command = "AWAITING COMMAND";
   int blocked_by = 0;
   int open_transactions = 0;
   std::vector<LockRecord> locks;  // beside the shared lock on the current database
   Session* session = nullptr;
-  bool killed = false;
 };
 
 // The file of a database id.
@@ -82,8 +80,7 @@ class InstanceState : public Instance {
   std::string NextTimestamp();
 
   // Gives the lowest free process id above those of the server's own tasks.
-  int Enter(Session& session, const std::string& login, const ClientInfo& client, int dbid,
-            const std::string& database);
+  int Enter(Session& session, const std::string& login, const ClientInfo& client, int dbid);
   void Leave(int spid);
   void Update(int spid, const std::function<void(SessionRecord&)>& change);
   std::vector<SessionRecord> Sessions() const;
@@ -93,7 +90,7 @@ class InstanceState : public Instance {
   // The session that holds a write lock in the database; 0 when none does.
   int WriterOf(int dbid) const;
 
-  // Marks and interrupts the session and has its connection closed; throws SqlError 6104, 6106.
+  // Interrupts the session and has its connection closed; throws SqlError 6104, 6106.
   void Kill(int spid, int killer);
   void RequestShutdown();
 

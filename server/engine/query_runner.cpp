@@ -66,11 +66,6 @@ std::string KeysGivenUp(const Translation& update, const CatalogTable& table) {
   return set;
 }
 
-// How a constraint on one column says so.
-std::string InColumn(const std::string& column) {
-  return column.empty() ? "" : ", column '" + column + "'";
-}
-
 }  // namespace
 
 std::vector<ResultColumn> DeclaredColumns(std::string_view columns) {
@@ -310,8 +305,7 @@ ServerMessage QueryRunner::MessageOfFailed(const SqliteError& failure, const Fou
   if (constraint.kind == ConstraintFailureKind::kCheck) {
     const auto check = std::ranges::find(table.checks, constraint.name, &CatalogCheck::name);
     const std::string column = check == table.checks.end() ? "" : check->column;
-    return MakeMessage(547, {verb, column.empty() ? "TABLE CHECK" : "COLUMN CHECK", constraint.name,
-                             target.database.name, name, InColumn(column)});
+    return ConflictMessage(verb, "CHECK", constraint.name, target.database, name, column);
   }
   for (const CatalogIndex& index : table.indexes) {
     const bool same_keys = std::ranges::equal(index.keys, constraint.columns, {}, &KeyColumn::name);
@@ -347,9 +341,8 @@ ServerMessage QueryRunner::OrphanMessage(const FoundObject& target, const std::s
     const bool referencing = key.child == target.object.id;
     const auto& columns = referencing ? key.parent_columns : key.child_columns;
     message =
-        MakeMessage(547, {verb, referencing ? "COLUMN FOREIGN KEY" : "COLUMN REFERENCE", key.name,
-                          target.database.name, referencing ? key.parent_table : key.child_table,
-                          InColumn(columns.size() == 1 ? columns[0] : "")});
+        ConflictMessage(verb, referencing ? "FOREIGN KEY" : "REFERENCE", key.name, target.database,
+                        referencing ? key.parent_table : key.child_table, key.OnlyColumn(columns));
     return true;
   };
   std::vector<CatalogForeignKey> keys = catalog.Table(target.object).foreign_keys;

@@ -71,7 +71,9 @@ const Resolver::Known* Resolver::FindTable(const FoundObject& place, const std::
 
 FoundObject Resolver::Need(const ObjectName& name, std::string_view xtypes, int error) {
   std::optional<FoundObject> found = Find(name);
-  if (!found || !HasWord(xtypes, found->object.xtype)) Fail(error, {name.Text()});
+  if (!found || !HasWord(xtypes, found->object.xtype)) {
+    Fail(error, {name.Text(), workspace_.database()});
+  }
   return *found;
 }
 

@@ -46,8 +46,8 @@ class Resolver : public NameResolver {
 
   // Any object of sysobjects by name; "#t" in the temporary tables. Throws 911, 942, 7202.
   std::optional<FoundObject> Find(const ObjectName& name);
-  // As Find; throws `error` with the name as written when there is none of the kinds `xtypes`
-  // ("U", "V", ... blank between).
+  // As Find; throws `error` with the name as written and the current database when there is none
+  // of the kinds `xtypes` ("U", "V", ... blank between).
   FoundObject Need(const ObjectName& name, std::string_view xtypes, int error = 208);
   // Where an object of that name would be made: database and alias.
   FoundObject Place(const ObjectName& name);

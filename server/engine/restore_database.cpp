@@ -12,8 +12,8 @@ namespace dbkeeper::server {
 
 namespace {
 
-constexpr std::string_view kIdleOptions[] = {"FILE",     "RECOVERY", "STATS",    "RESTART",
-                                             "NOUNLOAD", "UNLOAD",   "NOREWIND", "REWIND"};
+constexpr std::string_view kIdleOptions =
+    "FILE RECOVERY STATS RESTART NOUNLOAD UNLOAD NOREWIND REWIND";
 
 struct RestoreOptions {
   bool replace = false;
@@ -27,7 +27,7 @@ RestoreOptions OptionsOf(const RestoreStatement& statement) {
       options.moves.push_back(option);
     } else if (option.name == "REPLACE") {
       options.replace = true;
-    } else if (std::ranges::find(kIdleOptions, option.name) == std::end(kIdleOptions)) {
+    } else if (!HasWord(kIdleOptions, option.name)) {
       throw Unsupported("restore with " + option.name);
     }
   }
@@ -249,7 +249,7 @@ void RestoreDatabase(EngineSession& session, const RestoreStatement& statement,
                      BackupMedium& medium, const BackupSet& set, ResultSink& sink) {
   const auto begin = std::chrono::steady_clock::now();
   DatabaseRestore(session, statement, medium, set).Run();
-  TellProcessed(sink, statement.database, set, set.position);
+  TellProcessed(sink, statement.database, set);
   const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
   TellFinished(sink, "RESTORE DATABASE", set.data_size, seconds.count());
 }

@@ -86,7 +86,7 @@ std::int64_t RunRestore(EngineSession& session, const RestoreStatement& statemen
   ResultSink& sink = execution.sink;
   std::int64_t rows = -1;
   RunChained({sink, MakeMessage(3013, {kind->words}), kReadError}, [&] {
-    BackupMedium medium(PlaceOf(session, statement.devices));
+    BackupMedium medium(PlaceOf(session.workspace(), statement.devices));
     if (statement.kind == RestoreKind::kHeaderOnly) {
       rows = SendHeaders(medium, sink);
       return;

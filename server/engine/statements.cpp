@@ -56,10 +56,8 @@ void RunOne(const Context& c, const UseStatement& statement) {
   c.workspace.Open(database);
   const std::string from = c.workspace.database();
   c.workspace.SetCurrent(database);
-  c.workspace.instance().Update(c.workspace.spid(), [&](SessionRecord& record) {
-    record.dbid = database.dbid;
-    record.database = database.name;
-  });
+  c.workspace.instance().Update(c.workspace.spid(),
+                                [&](SessionRecord& record) { record.dbid = database.dbid; });
   c.sink().OnDatabaseChanged(from, database.name);
 }
 

@@ -27,13 +27,9 @@ bool OnlyWidens(const SqlType& before, const SqlType& after) {
 }  // namespace
 
 void TableDefinition::Alter(const AlterTableStatement& statement, ResultSink& sink) {
-  const std::optional<FoundObject> found = resolver_.Find(statement.table);
-  if (!found || found->object.xtype != "U") {
-    Fail(4902, {statement.table.Text(), workspace_.database()});
-  }
-  if (found->alias != "temp") workspace_.NeedOwner(found->database, "ALTER TABLE");
-  WriteScope scope(workspace_, found->database, found->alias, found->object.id);
-  Work work = Start(*found);
+  const FoundObject found = NeedOwn(statement.table, "ALTER TABLE", 4902);
+  WriteScope scope(workspace_, found.database, found.alias, found.object.id);
+  Work work = Start(found);
   if (const auto* add = std::get_if<AddColumns>(&statement.action)) {
     AddNewColumns(work, *add);
   } else if (const auto* alter = std::get_if<AlterColumn>(&statement.action)) {
@@ -100,8 +96,7 @@ bool TableDefinition::TellDependents(Work& work, const CatalogColumn& column, Re
   };
   for (const CatalogIndex& index : work.table.indexes) {
     if (!HasKey(index.keys, column.name)) continue;
-    const bool is_key = index.Has(IndexStatus::kPrimaryKey) || index.Has(IndexStatus::kUniqueKey);
-    tell(is_key ? "object" : "index", index.name);
+    tell(index.IsKey() ? "object" : "index", index.name);
   }
   for (const CatalogForeignKey& key : work.table.foreign_keys) {
     if (HasName(key.child_columns, column.name)) tell("object", key.name);
@@ -180,8 +175,7 @@ void TableDefinition::ConvertRows(Work& work, const CatalogColumn& before,
 
 void TableDefinition::DropConstraint(Work& work, const std::string& name) {
   const std::optional<CatalogObject> object = work.catalog.FindObject(name);
-  constexpr std::string_view kConstraintTypes = "PK UQ F C D";
-  if (!object || kConstraintTypes.find(object->xtype) == std::string_view::npos) Fail(3728, {name});
+  if (!object || !HasWord("PK UQ F C D", object->xtype)) Fail(3728, {name});
   if (object->parent != work.found.object.id) Fail(3733, {name, work.found.object.name});
   if (object->xtype == "PK" || object->xtype == "UQ") {
     const CatalogIndex index = *work.table.FindIndex(object->name);

@@ -15,12 +15,6 @@ bool IsKeyKind(const Constraint& constraint) {
          constraint.kind == ConstraintKind::kUnique;
 }
 
-// A check written with a column knows its column; the parser leaves that out.
-Constraint WithColumn(Constraint constraint, const ColumnDefinition& definition) {
-  if (constraint.columns.empty()) constraint.columns.push_back({definition.name, false});
-  return constraint;
-}
-
 CatalogIdentity IdentityOf(const Identity& identity) {
   return {std::stoll(identity.seed), std::stoll(identity.increment)};
 }
@@ -32,6 +26,25 @@ bool TakesIdentity(const SqlType& type) {
 }
 
 }  // namespace
+
+ServerMessage ConflictMessage(std::string_view verb, std::string_view kind,
+                              std::string_view constraint, const DatabaseInfo& database,
+                              std::string_view table, const std::string& column) {
+  const std::string what = (column.empty() ? "TABLE " : "COLUMN ") + std::string(kind);
+  return MakeMessage(547, {verb, what, constraint, database.name, table,
+                           column.empty() ? "" : ", column '" + column + "'"});
+}
+
+void TableDefinition::NeedOwner(const FoundObject& place, std::string_view statement) {
+  if (place.alias != "temp") workspace_.NeedOwner(place.database, statement);
+}
+
+FoundObject TableDefinition::NeedOwn(const ObjectName& name, std::string_view statement,
+                                     int error) {
+  FoundObject found = resolver_.Need(name, "U", error);
+  NeedOwner(found, statement);
+  return found;
+}
 
 TableDefinition::Work TableDefinition::Start(const FoundObject& found) {
   Catalog catalog = resolver_.CatalogAt(found);
@@ -111,7 +124,7 @@ void TableDefinition::Create(const CreateTableStatement& statement) {
   if (!statement.table.owner.empty() && !SameName(statement.table.owner, "dbo")) {
     throw Unsupported("owners other than dbo");
   }
-  if (place.alias != "temp") workspace_.NeedOwner(place.database, "CREATE TABLE");
+  NeedOwner(place, "CREATE TABLE");
   if (catalog.FindObject(statement.table.name)) Fail(2714, {statement.table.name});
   WriteScope scope(workspace_, place.database, place.alias);
   place.object = {.id = catalog.AddObject(statement.table.name, "U"),
@@ -121,7 +134,9 @@ void TableDefinition::Create(const CreateTableStatement& statement) {
   std::vector<Constraint> constraints;
   for (const ColumnDefinition& definition : statement.columns) {
     for (const Constraint& constraint : definition.constraints) {
-      constraints.push_back(WithColumn(constraint, definition));
+      constraints.push_back(constraint);
+      // A check written with a column knows its column; the parser leaves that out.
+      if (constraint.columns.empty()) constraints.back().columns = {{definition.name, false}};
     }
   }
   constraints.insert(constraints.end(), statement.constraints.begin(), statement.constraints.end());
@@ -240,9 +255,8 @@ void TableDefinition::AddCheck(Work& work, const Constraint& constraint, bool ch
   if (check_existing &&
       workspace_.connection().IntegerOf(0, "select 1 from " + work.catalog.Path(info.name) +
                                                " where not (" + expression + ") limit 1") != 0) {
-    Fail(547, {"ALTER TABLE", column == nullptr ? "TABLE CHECK" : "COLUMN CHECK", name,
-               work.found.database.name, info.name,
-               column == nullptr ? "" : ", column '" + column->name + "'"});
+    throw SqlError(ConflictMessage("ALTER TABLE", "CHECK", name, work.found.database, info.name,
+                                   column == nullptr ? "" : column->name));
   }
   const std::int64_t id = work.catalog.AddObject(name, "C", work.found.object.id,
                                                  column == nullptr ? 0 : column->colid);
@@ -299,36 +313,39 @@ void TableDefinition::AddForeignKey(Work& work, const Constraint& constraint, bo
   if (!has_key || key.child_columns.size() != key.parent_columns.size()) {
     Fail(1776, {key.parent_table, key.name});
   }
-  if (check_existing) CheckForeignKey(work, key);
+  if (check_existing && workspace_.connection().IntegerOf(0, work.catalog.OrphanSql(key)) != 0) {
+    throw SqlError(ConflictMessage("ALTER TABLE", "FOREIGN KEY", key.name, work.found.database,
+                                   key.parent_table, key.OnlyColumn(key.parent_columns)));
+  }
   const CatalogColumn* only =
       key.child_columns.size() == 1 ? work.table.FindColumn(key.child_columns[0]) : nullptr;
   key.id = work.catalog.AddObject(key.name, "F", key.child, only == nullptr ? 0 : only->colid);
   work.catalog.AddForeignKey(key, work.table, parent);
 }
 
-void TableDefinition::CheckForeignKey(Work& work, const CatalogForeignKey& key) {
-  if (workspace_.connection().IntegerOf(0, work.catalog.OrphanSql(key)) == 0) return;
-  const bool single = key.child_columns.size() == 1;
-  Fail(547, {"ALTER TABLE", single ? "COLUMN FOREIGN KEY" : "TABLE FOREIGN KEY", key.name,
-             work.found.database.name, key.parent_table,
-             single ? ", column '" + key.parent_columns[0] + "'" : ""});
-}
-
 void TableDefinition::CreateIndex(const CreateIndexStatement& statement) {
-  const FoundObject found = resolver_.Need(statement.table, "U", 1088);
-  if (found.alias != "temp") workspace_.NeedOwner(found.database, "CREATE INDEX");
+  const FoundObject found = NeedOwn(statement.table, "CREATE INDEX", 1088);
   WriteScope scope(workspace_, found.database, found.alias, found.object.id);
   Work work = Start(found);
-  if (const CatalogIndex* existing = work.table.FindIndex(statement.name)) {
-    if (!statement.drop_existing) Fail(1913, {found.object.name, statement.name});
-    const CatalogIndex old = *existing;
-    RemoveIndex(work, old);
-  }
   CatalogIndex index;
   index.name = statement.name;
   index.status = (statement.unique ? IndexStatus::kUnique : 0) |
                  (statement.clustered ? IndexStatus::kClustered : 0);
   index.keys = statement.columns;
+  if (const CatalogIndex* existing = work.table.FindIndex(statement.name)) {
+    if (!statement.drop_existing) Fail(1913, {found.object.name, statement.name});
+    const CatalogIndex old = *existing;
+    if (old.IsKey()) {
+      const auto same = [](const KeyColumn& left, const KeyColumn& right) {
+        return SameName(left.name, right.name) && left.descending == right.descending;
+      };
+      if (!statement.unique || !std::ranges::equal(old.keys, index.keys, same)) {
+        Fail(1907, {statement.name});
+      }
+      index.status |= old.status & (IndexStatus::kPrimaryKey | IndexStatus::kUniqueKey);
+    }
+    RemoveIndex(work, old);
+  }
   if (statement.ignore_duplicates) throw Unsupported("indexes with ignore_dup_key");
   AddIndex(work, std::move(index));
   scope.Commit();
@@ -343,7 +360,7 @@ void TableDefinition::DropIndex(const DropIndexStatement::Item& item) {
   if (index == nullptr) Fail(3701, {"index", written});
   if (index->Has(IndexStatus::kPrimaryKey)) Fail(3723, {written, "PRIMARY KEY"});
   if (index->Has(IndexStatus::kUniqueKey)) Fail(3723, {written, "UNIQUE KEY"});
-  if (found->alias != "temp") workspace_.NeedOwner(found->database, "DROP INDEX");
+  NeedOwner(*found, "DROP INDEX");
   WriteScope scope(workspace_, found->database, found->alias, found->object.id);
   const CatalogIndex old = *index;
   RemoveIndex(work, old);
@@ -369,7 +386,7 @@ void TableDefinition::Drop(const ObjectName& name) {
   if (found->object.xtype == "V") Fail(3705, {"TABLE", name.Text(), "view", "VIEW"});
   if (found->object.xtype == "P") Fail(3705, {"TABLE", name.Text(), "procedure", "PROCEDURE"});
   if (found->object.xtype != "U") Fail(3701, {"table", name.Text()});
-  if (found->alias != "temp") workspace_.NeedOwner(found->database, "DROP TABLE");
+  NeedOwner(*found, "DROP TABLE");
   Catalog catalog = resolver_.CatalogAt(*found);
   for (const CatalogForeignKey& key : catalog.ReferencesTo(found->object.id)) {
     if (key.child != found->object.id) Fail(3726, {name.Text()});
@@ -381,22 +398,18 @@ void TableDefinition::Drop(const ObjectName& name) {
 }
 
 void TableDefinition::Truncate(const TruncateStatement& statement) {
-  const std::optional<FoundObject> found = resolver_.Find(statement.table);
-  if (!found || found->object.xtype != "U") {
-    Fail(4701, {statement.table.Text(), workspace_.database()});
-  }
-  if (found->alias != "temp") workspace_.NeedOwner(found->database, "TRUNCATE TABLE");
-  Catalog catalog = resolver_.CatalogAt(*found);
-  if (!catalog.ReferencesTo(found->object.id).empty()) Fail(4712, {statement.table.Text()});
-  WriteScope scope(workspace_, found->database, found->alias, found->object.id);
-  workspace_.connection().Execute("delete from " + catalog.Path(found->object.name));
-  catalog.Run("update {}\"#identity\" set last = null where id = ?", found->object.id);
+  const FoundObject found = NeedOwn(statement.table, "TRUNCATE TABLE", 4701);
+  Catalog catalog = resolver_.CatalogAt(found);
+  if (!catalog.ReferencesTo(found.object.id).empty()) Fail(4712, {statement.table.Text()});
+  WriteScope scope(workspace_, found.database, found.alias, found.object.id);
+  workspace_.connection().Execute("delete from " + catalog.Path(found.object.name));
+  catalog.Run("update {}\"#identity\" set last = null where id = ?", found.object.id);
   scope.Commit();
 }
 
 CatalogObject TableDefinition::MakeFromColumns(const FoundObject& place, const std::string& name,
                                                const std::vector<ResultColumn>& columns) {
-  if (place.alias != "temp") workspace_.NeedOwner(place.database, "CREATE TABLE");
+  NeedOwner(place, "CREATE TABLE");
   Catalog catalog = resolver_.CatalogAt(place);
   if (catalog.FindObject(name)) Fail(2714, {name});
   CatalogTable table;
@@ -420,10 +433,11 @@ void TableDefinition::AdoptIdentity(const FoundObject& found) {
   for (const CatalogColumn& column : catalog.Columns(found.object.id)) {
     if (!column.identity) continue;
     const std::string extreme = column.identity->increment > 0 ? "max" : "min";
-    workspace_.connection().Run("update " + catalog.Path("#identity") + " set last = (select " +
-                                    extreme + "(" + QuoteName(column.name) + ") from " +
-                                    catalog.Path(found.object.name) + ") where id = ?1",
-                                found.object.id);
+    workspace_.connection().Run(
+        "update " + catalog.Path("#identity") + " set last = (select " + extreme +
+            "(value) from (select last as value union all select " + QuoteName(column.name) +
+            " from " + catalog.Path(found.object.name) + ")) where id = ?1",
+        found.object.id);
   }
 }
 

@@ -33,7 +33,7 @@ class TableDefinition {
   // The two halves of select into; the caller holds the write scope.
   CatalogObject MakeFromColumns(const FoundObject& place, const std::string& name,
                                 const std::vector<ResultColumn>& columns);
-  // Sets the identity counter behind the highest value that is there.
+  // Moves the identity counter on to the highest value that is there; it never goes back.
   void AdoptIdentity(const FoundObject& table);
 
  private:
@@ -44,6 +44,9 @@ class TableDefinition {
     CatalogTable table;
   };
 
+  // A client's table that the login may change by the statement; throws `error` or 262.
+  FoundObject NeedOwn(const ObjectName& name, std::string_view statement, int error);
+  void NeedOwner(const FoundObject& place, std::string_view statement);
   Work Start(const FoundObject& found);
   void Reload(Work& work);
   // Makes SQLite's definition follow the catalog, which has changed.
@@ -54,7 +57,6 @@ class TableDefinition {
   void AddKey(Work& work, const Constraint& constraint);
   void AddCheck(Work& work, const Constraint& constraint, bool check_existing);
   void AddForeignKey(Work& work, const Constraint& constraint, bool check_existing);
-  void CheckForeignKey(Work& work, const CatalogForeignKey& key);
   void AddIndex(Work& work, CatalogIndex index);
   void RemoveIndex(Work& work, const CatalogIndex& index);
   void RefuseDuplicates(Work& work, const CatalogIndex& index);
@@ -73,5 +75,11 @@ class TableDefinition {
   Workspace& workspace_;
   Resolver& resolver_;
 };
+
+// The message that a change of the database meets a constraint: `kind` is "CHECK", "FOREIGN KEY" or
+// "REFERENCE"; `column` is empty when the constraint is on several.
+ServerMessage ConflictMessage(std::string_view verb, std::string_view kind,
+                              std::string_view constraint, const DatabaseInfo& database,
+                              std::string_view table, const std::string& column);
 
 }  // namespace dbkeeper::server

@@ -64,9 +64,9 @@ std::optional<DatabaseInfo> Workspace::LookUpDatabase(int dbid) {
   return ReadDatabase(row);
 }
 
-DatabaseInfo Workspace::FindDatabase(std::string_view name) {
+DatabaseInfo Workspace::FindDatabase(std::string_view name, int error) {
   std::optional<DatabaseInfo> database = LookUpDatabase(name);
-  if (!database) Fail(911, {name});
+  if (!database) Fail(error, {name});
   return *database;
 }
 
@@ -146,15 +146,13 @@ void Workspace::SetCurrent(const DatabaseInfo& database) {
   dbid_ = database.dbid;
 }
 
-bool Workspace::IsOwner(const DatabaseInfo& database) {
-  if (login_.sysadmin) return true;
+bool Workspace::IsIn(const DatabaseInfo& database, std::int64_t role) {
   return Catalog(connection_, Open(database))
-             .IntegerOf(
-                 0,
-                 "select count(*) from {}sysusers u left join {}sysmembers m on m.memberuid = "
-                 "u.uid and m.groupuid = 16384 where u.sid = (select sid from main.syslogins where "
-                 "name = ?1) and (u.uid = 1 or m.groupuid = 16384)",
-                 login_.name) > 0;
+             .IntegerOf(0,
+                        "select count(*) from {}sysusers u left join {}sysmembers m on m.memberuid "
+                        "= u.uid and m.groupuid = ?2 where u.sid = (select sid from main.syslogins "
+                        "where name = ?1) and (u.uid = 1 or m.groupuid is not null)",
+                        login_.name, role) > 0;
 }
 
 bool Workspace::Holds(int dbid, std::int64_t object_id) const {
@@ -261,14 +259,12 @@ WriteScope::WriteScope(Workspace& workspace, const DatabaseInfo& database, const
       savepoint_(!own_transaction_ && undo == Undo::kAll) {
   if (database.Has(DatabaseStatus::kReadOnly) && alias != "temp") Fail(3906, {database.name});
   workspace_.ForgetIdentities();
-  if (!workspace_.connection().InTransaction()) {
-    workspace_.connection().Execute("begin");
-    began_ = true;
-  }
+  const bool begins = !workspace_.connection().InTransaction();
+  if (begins) workspace_.connection().Execute("begin");
   try {
     Lock(database, alias, object_id);
   } catch (...) {
-    if (began_) workspace_.connection().Execute("rollback");
+    if (begins) workspace_.connection().Execute("rollback");
     throw;
   }
   if (savepoint_) workspace_.connection().Execute("savepoint statement");

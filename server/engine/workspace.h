@@ -40,6 +40,10 @@ struct DatabaseInfo {
   bool IsSystem() const { return dbid <= 4; }
 };
 
+// Numbers of fixed roles in sysusers.
+inline constexpr std::int64_t kOwners = 16384;
+inline constexpr std::int64_t kBackupOperators = 16389;
+
 struct SessionOptions {
   bool no_count = false;
   bool format_only = false;
@@ -80,8 +84,8 @@ class Workspace {
   // rolled back or detached, so that a number never comes back with other definitions.
   std::int64_t DefinitionVersion(const std::string& alias);
 
-  // Throws SqlError 911.
-  DatabaseInfo FindDatabase(std::string_view name);
+  // Throws `error` with the name when there is none.
+  DatabaseInfo FindDatabase(std::string_view name, int error = 911);
   std::optional<DatabaseInfo> LookUpDatabase(std::string_view name);
   std::optional<DatabaseInfo> LookUpDatabase(int dbid);
   // Attaches the database when it is not; gives its alias. Throws 927, 942, 924, 916.
@@ -92,7 +96,10 @@ class Workspace {
   void Detach(int dbid);
   // Makes the database current, without telling anybody.
   void SetCurrent(const DatabaseInfo& database);
-  bool IsOwner(const DatabaseInfo& database);
+  // Whether the login is the owner of the database or in the role that owns it.
+  bool IsOwner(const DatabaseInfo& database) { return login_.sysadmin || IsIn(database, kOwners); }
+  // Whether the login's user is dbo, or a member of the role itself.
+  bool IsIn(const DatabaseInfo& database, std::int64_t role);
   // Throws 262 when the login is not the owner.
   void NeedOwner(const DatabaseInfo& database, std::string_view statement);
 
@@ -155,7 +162,6 @@ class Workspace {
     int generation;  // of the file, see FileState
   };
   std::vector<Attached> attached_;  // the least recently used first
-  bool temporary_ready_ = false;
   int transaction_count_ = 0;
   int waiting_for_dbid_ = 0;
   std::chrono::steady_clock::time_point wait_start_;
@@ -174,6 +180,9 @@ class WriteScope {
   // Throws SqlError 1222, 3906. `object_id` is the table that the lock is shown for, or 0.
   WriteScope(Workspace& workspace, const DatabaseInfo& database, const std::string& alias,
              std::int64_t object_id = 0, Undo undo = Undo::kAll);
+  // Of a change of master.
+  explicit WriteScope(Workspace& workspace)
+      : WriteScope(workspace, workspace.FindDatabase("master"), "main") {}
   ~WriteScope();
   WriteScope(const WriteScope&) = delete;
   WriteScope& operator=(const WriteScope&) = delete;
@@ -186,7 +195,6 @@ class WriteScope {
 
   Workspace& workspace_;
   bool own_transaction_ = false;
-  bool began_ = false;
   bool open_ = false;
   const bool savepoint_;
 };

@@ -56,15 +56,13 @@ from sysfiles order by fileid)";
 
 void HelpDatabase(ProcedureCall& call) {
   const std::string wanted = call.Text("@dbname");
-  if (call.Has("@dbname") && !call.workspace().LookUpDatabase(wanted)) Fail(15010, {wanted});
-  call.Run(kDatabases);
   const auto database = call.workspace().LookUpDatabase(wanted);
+  if (call.Has("@dbname") && !database) Fail(15010, {wanted});
+  call.Run(kDatabases);
   if (!database || database->Has(DatabaseStatus::kOffline)) return;
-  const DatabaseInfo before = call.database();
   call.workspace().Open(*database);
   call.workspace().SetCurrent(*database);
   call.Run(kFiles);
-  call.workspace().SetCurrent(before);
 }
 
 // Bytes of SQLite's pages.
@@ -161,8 +159,7 @@ constexpr OldOption kOldOptions[] = {
 
 void SetOption(ProcedureCall& call) {
   const std::string name = call.Text("@dbname");
-  const std::optional<DatabaseInfo> database = call.workspace().LookUpDatabase(name);
-  if (!database) Fail(15010, {name});
+  call.workspace().FindDatabase(name, 15010);
   const std::string value = call.Text("@optvalue");
   const bool on = SameName(value, "true") || SameName(value, "on");
   if (!on && !SameName(value, "false") && !SameName(value, "off")) Fail(15241);
@@ -188,10 +185,7 @@ void AttachSingleFile(ProcedureCall& call) {
 void DetachDatabase(ProcedureCall& call) {
   const std::string name = call.Text("@dbname");
   DatabaseDefinition(call.workspace()).Detach(name);
-  ServerMessage message;
-  message.severity = 0;
-  message.text = "Successfully detached database '" + name + "'.";
-  call.sink().OnMessage(message);
+  call.Say("Successfully detached database '" + name + "'.");
 }
 
 // sysdevices: status of a backup device, control types of a disk and a tape.
@@ -199,37 +193,37 @@ constexpr int kBackupDevice = 16;
 constexpr int kDisk = 2;
 constexpr int kTape = 5;
 
+bool IsDevice(ProcedureCall& call, const std::string& name) {
+  return call.Exists("select 1 from main.sysdevices where name = ?1", name);
+}
+
 void AddDevice(ProcedureCall& call) {
   call.NeedAdministrator();
   const std::string type = call.Text("@devtype");
   const std::string name = call.Text("@logicalname");
   const std::string path = call.Text("@physicalname");
-  if (!SameName(type, "disk") && !SameName(type, "tape")) Fail(15600, {"sp_addumpdevice"});
+  const bool is_disk = SameName(type, "disk");
+  if (!is_disk && !SameName(type, "tape")) Fail(15600, {"sp_addumpdevice"});
   if (name.empty()) Fail(15006, {name});
-  if (call.Exists("select 1 from main.sysdevices where name = ?1", name)) Fail(15026, {name});
+  if (IsDevice(call, name)) Fail(15026, {name});
   if (call.Exists("select 1 from main.sysdevices where phyname = ?1", path)) Fail(15061, {path});
   call.ChangeMaster("insert into main.sysdevices values (?, 0, 0, 0, ?, ?, ?)", name, kBackupDevice,
-                    SameName(type, "disk") ? kDisk : kTape, path);
-  ServerMessage message;
-  message.severity = 0;
-  message.text = SameName(type, "disk") ? "'Disk' device added." : "'Tape' device added.";
-  call.sink().OnMessage(message);
+                    is_disk ? kDisk : kTape, path);
+  call.Say(is_disk ? "'Disk' device added." : "'Tape' device added.");
 }
 
 void DropDevice(ProcedureCall& call) {
   call.NeedAdministrator();
   const std::string name = call.Text("@logicalname");
-  if (!call.Exists("select 1 from main.sysdevices where name = ?1", name)) Fail(15012, {name});
-  if (call.Has("@delfile")) Fail(50001, {"sp_dropdevice with @delfile"});
+  if (!IsDevice(call, name)) Fail(15012, {name});
+  if (call.Has("@delfile")) throw Unsupported("sp_dropdevice with @delfile");
   call.ChangeMaster("delete from main.sysdevices where name = ?1", name);
   call.Inform(15463);
 }
 
 void CheckDevice(ProcedureCall& call) {
   const std::string name = call.Text("@devname");
-  if (!name.empty() && !call.Exists("select 1 from main.sysdevices where name = ?1", name)) {
-    Fail(15012, {name});
-  }
+  if (!name.empty() && !IsDevice(call, name)) Fail(15012, {name});
 }
 
 constexpr ProcedureRow kProcedures[] = {

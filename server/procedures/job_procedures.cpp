@@ -145,27 +145,20 @@ void HelpJob(ProcedureCall& call) {
   call.Rows(kJobColumns, rows);
 }
 
-bool IsTargeted(Catalog& agent, const Cell& job) {
-  return agent.IntegerOf(0, "select 1 from {}sysjobservers where job_id = ?1", job) != 0;
-}
-
-void AddJobServer(ProcedureCall& call) {
+void TargetJob(ProcedureCall& call, bool targeted) {
   DatabaseChange change(call, "msdb");
   const Cell job = NeedJob(call, change.catalog);
-  if (IsTargeted(change.catalog, job)) {
-    Fail(14269, {call.Text("@job_name"), call.Text("@server_name", "(local)")});
+  const bool before =
+      change.catalog.IntegerOf(0, "select 1 from {}sysjobservers where job_id = ?1", job) != 0;
+  if (before == targeted) {
+    Fail(targeted ? 14269 : 14270,
+         {call.Text("@job_name"), call.Text("@server_name", targeted ? "(local)" : "")});
   }
-  change.catalog.Run("insert into {}sysjobservers values (?1, 0, 5, null, 0, 0, 0)", job);
-  change.scope.Commit();
-}
-
-void DeleteJobServer(ProcedureCall& call) {
-  DatabaseChange change(call, "msdb");
-  const Cell job = NeedJob(call, change.catalog);
-  if (!IsTargeted(change.catalog, job)) {
-    Fail(14270, {call.Text("@job_name"), call.Text("@server_name")});
+  if (targeted) {
+    change.catalog.Run("insert into {}sysjobservers values (?1, 0, 5, null, 0, 0, 0)", job);
+  } else {
+    change.catalog.Run("delete from {}sysjobservers where job_id = ?1", job);
   }
-  change.catalog.Run("delete from {}sysjobservers where job_id = ?1", job);
   change.scope.Commit();
 }
 
@@ -184,8 +177,10 @@ constexpr ProcedureRow kProcedures[] = {
      "@job_id=, @job_name=, @job_aspect=, @job_type=, @owner_login_name=, @subsystem=, "
      "@category_name=, @enabled=, @execution_status=",
      HelpJob},
-    {"sp_add_jobserver", "@job_id=, @job_name=, @server_name=, @automatic_post=", AddJobServer},
-    {"sp_delete_jobserver", "@job_id=, @job_name=, @server_name=", DeleteJobServer},
+    {"sp_add_jobserver", "@job_id=, @job_name=, @server_name=, @automatic_post=",
+     [](ProcedureCall& call) { TargetJob(call, true); }},
+    {"sp_delete_jobserver",
+     "@job_id=, @job_name=, @server_name=", [](ProcedureCall& call) { TargetJob(call, false); }},
     {"sp_delete_job", "@job_id=, @job_name=, @originating_server=, @delete_history=", DeleteJob},
 };
 

@@ -28,8 +28,8 @@ void AddLogin(ProcedureCall& call) {
   if (name.empty() || name.find('\\') != std::string::npos) Fail(15006, {name});
   if (LoginExists(call, name)) Fail(15025, {name});
   const std::string database = call.Text("@defdb", "master");
-  if (!call.workspace().LookUpDatabase(database)) Fail(15010, {database});
-  WriteScope scope(call.workspace(), call.workspace().FindDatabase("master"), "main");
+  call.workspace().FindDatabase(database, 15010);
+  WriteScope scope(call.workspace());
   StoreLogin(call.sqlite(), {.name = name,
                              .database = database,
                              .language = call.Text("@deflanguage", kDefaultLanguage)});
@@ -60,7 +60,7 @@ void RemoveLogin(ProcedureCall& call, const std::string& name) {
   for (const SessionRecord& session : call.workspace().instance().Sessions()) {
     if (SameName(session.login, name)) Fail(15434, {name});
   }
-  WriteScope scope(call.workspace(), call.workspace().FindDatabase("master"), "main");
+  WriteScope scope(call.workspace());
   call.sqlite().Run("delete from main.syslogins where name = ?1", name);
   call.sqlite().Run("delete from main.\"#passwords\" where name = ?1", name);
   scope.Commit();
@@ -80,7 +80,7 @@ void ChangePassword(ProcedureCall& call) {
   if (!own) NeedSecurityAdministrator(call);
   const bool checked = call.Has("@old") || !call.workspace().login().sysadmin;
   if (checked && !PasswordFits(call.sqlite(), name, call.Text("@old"))) Fail(15211);
-  WriteScope scope(call.workspace(), call.workspace().FindDatabase("master"), "main");
+  WriteScope scope(call.workspace());
   StorePassword(call.sqlite(), name, call.Text("@new"));
   call.sqlite().Run("update main.syslogins set updatedate = ?1 where name = ?2", CurrentTime(),
                     name);
@@ -93,7 +93,7 @@ void GrantLogin(ProcedureCall& call) {
   const std::string name = call.Text("@loginame");
   if (name.find('\\') == std::string::npos) Fail(15407, {name});
   if (!LoginExists(call, name)) {
-    WriteScope scope(call.workspace(), call.workspace().FindDatabase("master"), "main");
+    WriteScope scope(call.workspace());
     StoreLogin(call.sqlite(), {.name = name, .windows = true});
     scope.Commit();
   }
@@ -112,7 +112,7 @@ void DefaultDatabase(ProcedureCall& call) {
   const std::string name = NeedLogin(call, call.Text("@loginame"));
   if (!SameName(name, call.workspace().login().name)) NeedSecurityAdministrator(call);
   const std::string database = call.Text("@defdb");
-  if (!call.workspace().LookUpDatabase(database)) Fail(15010, {database});
+  call.workspace().FindDatabase(database, 15010);
   call.ChangeMaster("update main.syslogins set dbname = ?1, updatedate = ?2 where name = ?3",
                     database, CurrentTime(), name);
   call.Inform(15461);

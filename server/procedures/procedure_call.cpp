@@ -82,17 +82,6 @@ std::string ProcedureCall::Text(std::string_view parameter, std::string_view oth
   return Has(parameter) ? TextOfCell(Value(parameter)) : std::string(otherwise);
 }
 
-std::int64_t ProcedureCall::Integer(std::string_view parameter, std::int64_t otherwise) const {
-  if (!Has(parameter)) return otherwise;
-  if (const auto* integer = std::get_if<std::int64_t>(&Value(parameter))) return *integer;
-  const std::string text = Text(parameter);
-  try {
-    return std::stoll(text);
-  } catch (const std::exception&) {
-    Fail(8114, {"nvarchar", "int"});
-  }
-}
-
 FoundObject ProcedureCall::Object(std::string_view parameter, std::string_view xtypes) {
   const std::string text = Text(parameter);
   std::optional<FoundObject> found;
@@ -120,6 +109,13 @@ void ProcedureCall::Rows(std::string_view columns, const std::vector<std::vector
 
 void ProcedureCall::Inform(int number, std::initializer_list<std::string_view> parts) {
   sink_.OnMessage(MakeMessage(number, parts));
+}
+
+void ProcedureCall::Say(std::string text) {
+  ServerMessage message;
+  message.severity = 0;
+  message.text = std::move(text);
+  sink_.OnMessage(message);
 }
 
 void ProcedureCall::NeedAdministrator(bool or_has) {

@@ -49,7 +49,6 @@ class ProcedureCall {
   bool Has(std::string_view parameter) const;
   const Cell& Value(std::string_view parameter) const;
   std::string Text(std::string_view parameter, std::string_view otherwise = {}) const;
-  std::int64_t Integer(std::string_view parameter, std::int64_t otherwise = 0) const;
   // A name that is looked up as an object; throws 15009 when there is none of the kinds `xtypes`.
   FoundObject Object(std::string_view parameter, std::string_view xtypes);
 
@@ -59,6 +58,8 @@ class ProcedureCall {
   // sysname, dbid smallint".
   void Rows(std::string_view columns, const std::vector<std::vector<Cell>>& rows);
   void Inform(int number, std::initializer_list<std::string_view> parts = {});
+  // A message without a number.
+  void Say(std::string text);
   // Whether the query gives a row whose first column is not 0.
   template <typename... Values>
   bool Exists(std::string_view sql, const Values&... values) {
@@ -67,7 +68,7 @@ class ProcedureCall {
   // Runs one statement of SQLite as a change of master.
   template <typename... Values>
   void ChangeMaster(std::string_view sql, const Values&... values) {
-    WriteScope scope(workspace(), workspace().FindDatabase("master"), "main");
+    WriteScope scope(workspace());
     sqlite().Run(sql, values...);
     scope.Commit();
   }

@@ -205,6 +205,9 @@ constexpr MessageRow kMessages[] = {
     {1902, 16, 3,
      "Cannot create more than one clustered index on table '%1'. Drop the existing clustered index "
      "'%2' before creating another."},
+    {1907, 16, 1,
+     "Cannot recreate index '%1'. The new index definition does not match the constraint being "
+     "enforced by the existing index."},
     {1909, 16, 1,
      "Cannot use duplicate column names in index key list. Column name '%1' listed more than "
      "once."},
@@ -323,6 +326,7 @@ constexpr MessageRow kMessages[] = {
      "the names exist and are spelled correctly before rerunning the statement."},
     {5011, 14, 2,
      "User does not have permission to alter database '%1' or the database does not exist."},
+    {5016, 16, 1, "Cannot change the name of the system database '%1'."},
     {5058, 16, 1, "Option '%1' cannot be set in database '%2'."},
     {5070, 16, 2, "Database state cannot be changed while other users are using the database '%1'"},
     {5074, 16, 3, "The %1 '%2' is dependent on column '%3'."},

@@ -86,6 +86,10 @@ TEST_F(StatementTest, ConstraintsAreCheckedAndNamed) {
       {"drop index c.ix", ""},
       {"drop index c.ix", "error 3701"},
       {"drop index p.PK_p", "error 3723"},
+      {"create index PK_p on p (k) with drop_existing", "error 1907"},
+      {"create unique index PK_p on p (u) with drop_existing", "error 1907"},
+      {"create unique clustered index PK_p on p (k) with drop_existing", ""},
+      {"drop index p.PK_p", "error 3723"},
       {"insert c (k, n) values (1, 5)", "(1)"},
       {"create unique index ix on c (n)", "error 1505\nmessage 3621"},
       {"create clustered index i1 on c (n) create clustered index i2 on c (d)", "error 1902"},
@@ -98,6 +102,7 @@ TEST_F(StatementTest, ConstraintsAreCheckedAndNamed) {
       {"alter table c nocheck constraint FK_c insert c (k, n) values (9, 5)", "(1)"},
       {"alter table c add constraint X check (n < 3)", "error 547\nmessage 3621"},
       {"alter table c drop constraint nothing", "error 3728"},
+      {"alter table c drop constraint p", "error 3728"},
       {"alter table p drop constraint PK_p", "error 3725"},
       {"alter table c drop constraint CK_c insert c (k, n) values (1, 99)", "(1)"},
       {"alter table c add primary key (n)", "error 8111"},
@@ -109,6 +114,46 @@ TEST_F(StatementTest, ConstraintsAreCheckedAndNamed) {
       {"create table x (a int references nothing(b))", "error 1767"},
       {"create table x (a int references c(n))", "error 1776"},
       {"create table x (a varchar(3) references p(k))", "error 1778"},
+  };
+  Converse(Operator(), kCases);
+}
+
+TEST_F(StatementTest, FailuresOfKeysSayWhetherOneColumnIsMeant) {
+  Client client = Operator();
+  client.Run("create database 作業");
+  client.Run("use 作業");
+  client.Run("create table p (a int, b int, constraint PK_p primary key (a, b))");
+  client.Run("create table c (a int, b int, constraint FK_c foreign key (a, b) references p)");
+  client.Run(
+      "create table d (a int constraint PK_d primary key, up int constraint FK_d "
+      "references d)");
+  client.Run("insert c values (1, 2)");
+  EXPECT_EQ(client.FirstMessage(),
+            "INSERT statement conflicted with TABLE FOREIGN KEY constraint 'FK_c'. The conflict "
+            "occurred in database '作業', table 'p'.");
+  client.Run("insert p values (1, 2) insert c values (1, 2)");
+  client.Run("delete p");
+  EXPECT_EQ(client.FirstMessage(),
+            "DELETE statement conflicted with TABLE REFERENCE constraint 'FK_c'. The conflict "
+            "occurred in database '作業', table 'c'.");
+  client.Run("insert d values (1, 2)");
+  EXPECT_EQ(client.FirstMessage(),
+            "INSERT statement conflicted with COLUMN FOREIGN KEY constraint 'FK_d'. The conflict "
+            "occurred in database '作業', table 'd', column 'a'.");
+  client.Run("use master drop database 作業");
+}
+
+TEST_F(StatementTest, PropertiesOfAnIndexGoWithIt) {
+  constexpr Case kCases[] = {
+      {"create table t (a int, b int) create index i on t (a)", ""},
+      {"exec sp_addextendedproperty 'n', 'x', 'user', 'dbo', 'table', 't', 'index', 'i'", ""},
+      {"select objname from ::fn_listextendedproperty(null, 'user', 'dbo', 'table', 't', 'index', "
+       "null)",
+       "i"},
+      {"drop index t.i create index j on t (b)", ""},
+      {"select objname from ::fn_listextendedproperty(null, 'user', 'dbo', 'table', 't', 'index', "
+       "null)",
+       ""},
   };
   Converse(Operator(), kCases);
 }
@@ -218,6 +263,9 @@ TEST_F(StatementTest, IdentityColumnsCount) {
       {"begin tran insert t values (9) rollback tran insert t values (9) select count(*) from t",
        "(1)\n(1)\n7"},
       {"truncate table t insert t values (1) select i from t", "(1)\n5"},
+      {"insert t values (2) delete t where i = 10", "(1)\n(1)"},
+      {"set identity_insert t on insert t (i, a) values (6, 3) set identity_insert t off", "(1)"},
+      {"insert t values (3) select max(i) from t delete t where i > 5", "(1)\n15\n(2)"},
       {"set identity_insert nothing on", "error 1088"},
       {"create table u (a int) set identity_insert u on", "error 8106"},
       {"create table v (a int identity, b int identity)", "error 2744"},
