@@ -241,6 +241,7 @@ void DatabaseDefinition::Alter(const AlterDatabaseStatement& statement) {
     NeedNoTransaction("ALTER DATABASE");
     if (database.IsSystem()) Fail(5016, {database.name});
     if (workspace_.LookUpDatabase(name)) Fail(1801, {name});
+    if (workspace_.instance().InUse(database.dbid, workspace_.spid())) Fail(5030);
     WriteScope scope(workspace_);
     workspace_.connection().Run("update main.sysdatabases set name = ? where dbid = ?", name,
                                 database.dbid);

@@ -69,20 +69,19 @@ void NeedPermission(Workspace& workspace, const FoundObject& found, std::string_
   if (workspace.IsOwner(found.database) || (reads && found.IsSystem())) return;
   const ReaderWriterRoles roles = reads ? kReaders : kWriters;
   const int action = std::ranges::find(kActions, word, &ActionRow::word)->action;
-  // The user with its roles, directly and through other roles; public is everybody's.
+  // The user, else the guest, with its roles, directly and through others; public is everybody's.
   SqliteStatement row =
       Catalog(workspace.connection(), found.alias)
           .Prepare(
-              "with recursive mine(uid) as (select uid from {}sysusers where sid = (select sid "
-              "from "
-              "main.syslogins where name = ?1) union select uid from {}sysusers where name = "
-              "'guest' and "
-              "hasdbaccess = 1 union select 0 union select groupuid from {}sysmembers join mine on "
-              "memberuid = uid) select (select max(protecttype) from {}sysprotects p join mine on "
-              "p.uid = "
-              "mine.uid where p.id = ?2 and p.action = ?3), (select count(*) from mine where uid = "
-              "?4), "
-              "(select count(*) from mine where uid = ?5)",
+              R"(
+with recursive own(uid) as (select uid from {}sysusers
+    where sid = (select sid from main.syslogins where name = ?1)),
+  mine(uid) as (select uid from own union select 0 union select uid from {}sysusers
+      where name = 'guest' and hasdbaccess = 1 and not exists (select 1 from own)
+    union select groupuid from {}sysmembers join mine on memberuid = uid)
+select (select max(protecttype) from {}sysprotects p join mine on p.uid = mine.uid
+    where p.id = ?2 and p.action = ?3),
+  (select count(*) from mine where uid = ?4), (select count(*) from mine where uid = ?5))",
               workspace.login().name, found.object.id, action, roles.allowed, roles.denied);
   row.Step();
   const bool denied = row.Integer(0) == kDeny || row.Integer(2) > 0;

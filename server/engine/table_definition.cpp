@@ -400,7 +400,9 @@ void TableDefinition::Drop(const ObjectName& name) {
 void TableDefinition::Truncate(const TruncateStatement& statement) {
   const FoundObject found = NeedOwn(statement.table, "TRUNCATE TABLE", 4701);
   Catalog catalog = resolver_.CatalogAt(found);
-  if (!catalog.ReferencesTo(found.object.id).empty()) Fail(4712, {statement.table.Text()});
+  for (const CatalogForeignKey& key : catalog.ReferencesTo(found.object.id)) {
+    if (key.child != found.object.id) Fail(4712, {statement.table.Text()});
+  }
   WriteScope scope(workspace_, found.database, found.alias, found.object.id);
   workspace_.connection().Execute("delete from " + catalog.Path(found.object.name));
   catalog.Run("update {}\"#identity\" set last = null where id = ?", found.object.id);

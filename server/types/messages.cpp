@@ -327,6 +327,7 @@ constexpr MessageRow kMessages[] = {
     {5011, 14, 2,
      "User does not have permission to alter database '%1' or the database does not exist."},
     {5016, 16, 1, "Cannot change the name of the system database '%1'."},
+    {5030, 16, 1, "The database could not be exclusively locked to perform the operation."},
     {5058, 16, 1, "Option '%1' cannot be set in database '%2'."},
     {5070, 16, 2, "Database state cannot be changed while other users are using the database '%1'"},
     {5074, 16, 3, "The %1 '%2' is dependent on column '%3'."},

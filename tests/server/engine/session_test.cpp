@@ -70,6 +70,9 @@ TEST_F(SessionTest, RightsOnTablesAreThoseOfUserRolesAndPublic) {
   EXPECT_EQ(seller.Run("select count(*) from 受注一覧"), "error 229");
   owner.Run("use 販売管理 grant select on 受注一覧 to 営業");
   EXPECT_EQ(seller.Run("select count(*) from 受注一覧"), "1200");
+  // Who has a user of its own is no guest.
+  owner.Run("grant select on 商品 to guest");
+  EXPECT_EQ(seller.Run("select count(*) from 商品"), "error 229");
   owner.Run("deny select on 受注一覧 to tanaka");
   EXPECT_EQ(seller.Run("select count(*) from 受注一覧"), "error 229");
   owner.Run("revoke select on 受注一覧 to tanaka revoke select on 受注一覧 to 営業");

@@ -49,6 +49,8 @@ TEST_F(StatementTest, TablesAreMadeFilledChangedAndDropped) {
       {"truncate table u", ""},
       {"select count(*) from u", "0"},
       {"truncate table v", "error 4701"},
+      {"create table s (id int primary key, up int references s(id)) insert s values (1, 1)", "(1)"},
+      {"truncate table s select count(*) from s drop table s", "0"},
       {"delete t where a = 1", "(1)"},
       {"delete from t", "(1)"},
       {"drop table u, t", ""},
