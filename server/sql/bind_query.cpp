@@ -41,12 +41,10 @@ BoundQuery Binder::BindCore(const SelectCore& core, const std::vector<OrderItem>
   BindGroups(core, scope, bound);
   scope.aggregates_allowed = true;
   BindItems(core, scope, place, bound);
+  const bool items_aggregate = scope.has_aggregate;
   const std::vector<std::string> loose_items = std::exchange(scope.loose_columns, {});
   if (core.having != nullptr) {
-    const std::string having = BindCondition(*core.having, scope);
-    // SQLite takes "having" only where something groups.
-    if (core.group_by.empty() && !scope.has_aggregate) bound.tail += " GROUP BY NULL";
-    bound.tail += " HAVING " + having;
+    bound.tail += " HAVING " + BindCondition(*core.having, scope);
     if (!scope.loose_columns.empty()) {
       throw MakeError(8121, {scope.loose_columns[0]}, core.line);
     }
@@ -59,6 +57,11 @@ BoundQuery Binder::BindCore(const SelectCore& core, const std::vector<OrderItem>
       throw MakeError(core.group_by.empty() ? 8118 : 8120, {loose_items[0]}, core.line);
     }
     bound.single_row = core.group_by.empty();
+    // SQLite makes all rows one only for an aggregate of the select list.
+    if (bound.single_row && !items_aggregate) {
+      std::string& first = bound.items[0].value.sql;
+      first = "iif(count(*) >= 0, " + first + ", NULL)";
+    }
   }
   if (core.top != nullptr) {
     bound.limit = BindTop(*core.top);
@@ -74,8 +77,9 @@ BoundQuery Binder::BindCore(const SelectCore& core, const std::vector<OrderItem>
 void Binder::BindGroups(const SelectCore& core, Scope& scope, BoundQuery& bound) {
   std::vector<std::string> grouped;
   for (const ExpressionPtr& item : core.group_by) {
-    if (item->kind == ExpressionKind::kLiteral) throw MakeError(164, {}, item->line);
+    scope.loose_columns.clear();
     const Bound group = Bind(*item, scope);
+    if (scope.loose_columns.empty()) throw MakeError(164, {}, item->line);
     if (IsLargeObject(group.type.id)) throw MakeError(306, {}, item->line);
     bound.tail += (grouped.empty() ? " GROUP BY " : ", ") + Collated(group.sql, group.type.id);
     grouped.push_back(group.sql);

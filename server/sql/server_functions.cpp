@@ -169,9 +169,9 @@ struct CodeRow {
   int number;
 };
 constexpr CodeRow kCodes[] = {
-    {SQLITE_BUSY, 1222},   {SQLITE_LOCKED, 1222}, {SQLITE_INTERRUPT, 3617},
-    {SQLITE_NOMEM, 701},   {SQLITE_FULL, 1105},   {SQLITE_READONLY, 3906},
-    {SQLITE_TOOBIG, 8152}, {SQLITE_CORRUPT, 823}, {SQLITE_IOERR, 823},
+    {SQLITE_BUSY, 1222}, {SQLITE_LOCKED, 1222},   {SQLITE_INTERRUPT, 3617}, {SQLITE_NOMEM, 701},
+    {SQLITE_FULL, 1105}, {SQLITE_READONLY, 3906}, {SQLITE_TOOBIG, 8152},    {SQLITE_CORRUPT, 823},
+    {SQLITE_IOERR, 823}, {SQLITE_MISMATCH, 1060},
 };
 
 // "index 'name'" gives the name; SQLite says so of an index of expressions.
