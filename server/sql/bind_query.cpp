@@ -197,7 +197,7 @@ BoundQuery Binder::BindUnion(const Query& query, const Scope* outer, QueryPlace 
   for (std::size_t i = 0; i < terms[0].items.size(); ++i) {
     Bound column = terms[0].items[i].value;
     for (const BoundQuery& term : terms) Widen(column, term.items[i].value);
-    column.sql = "c" + std::to_string(i + 1);
+    column.sql = NumberedColumn(i + 1);
     column.column = nullptr;
     column.is_integer = false;
     types.push_back(column.type);
@@ -233,7 +233,7 @@ std::string Binder::TextOf(const BoundQuery& query, ColumnNames names,
     if (query.distinct || query.collated) sql = Collated(sql, type.id);
     if (i > 0) text += ", ";
     text += sql;
-    if (names == ColumnNames::kNumbered) text += " AS c" + std::to_string(i + 1);
+    if (names == ColumnNames::kNumbered) text += " AS " + NumberedColumn(i + 1);
   }
   if (!query.text.empty()) {
     return text + " FROM (" + query.text + query.order_by + query.limit + ')';

@@ -338,7 +338,7 @@ ExpressionPtr Parser::ParseOdbcEscape() {
     return call;
   }
   if (!AcceptKeyword("TS") && !AcceptKeyword("D") && !AcceptKeyword("T")) Fail();
-  cast->type = SqlType{TypeId::kDateTime, 8, 23, 3, true};
+  cast->type = kDateTimeType;
   ExpressionPtr literal = Make(kLiteral);
   literal->literal = TokenKind::kString;
   literal->text = ExpectString();

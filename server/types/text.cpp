@@ -23,16 +23,9 @@ std::string Moved(std::string_view text, char first, char to) {
   return moved;
 }
 
-// Small letters of ASCII, Latin-1 and the full-width Latin letters.
-char32_t Fold(char32_t c) {
-  const bool capital = (c >= 'A' && c <= 'Z') || (c >= 0xC0 && c <= 0xDE && c != 0xD7) ||
-                       (c >= 0xFF21 && c <= 0xFF3A);
-  return capital ? c + 32 : c;
-}
-
 std::u32string Folded(std::string_view text) {
   std::u32string characters = DecodeUtf8(text);
-  for (char32_t& c : characters) c = Fold(c);
+  for (char32_t& c : characters) c = Lowered(c);
   return characters;
 }
 
@@ -113,6 +106,12 @@ bool IsDashPlace(std::size_t i) { return i == 8 || i == 13 || i == 18 || i == 23
 
 }  // namespace
 
+char32_t Lowered(char32_t c) {
+  const bool capital = (c >= 'A' && c <= 'Z') || (c >= 0xC0 && c <= 0xDE && c != 0xD7) ||
+                       (c >= 0xFF21 && c <= 0xFF3A);
+  return capital ? c + 32 : c;
+}
+
 int CompareText(std::string_view left, std::string_view right) {
   left = TrimRight(left);
   right = TrimRight(right);
@@ -125,8 +124,8 @@ int CompareText(std::string_view left, std::string_view right) {
       ++r;
       continue;
     }
-    const char32_t left_character = Fold(NextCharacter(left, l));
-    const char32_t right_character = Fold(NextCharacter(right, r));
+    const char32_t left_character = Lowered(NextCharacter(left, l));
+    const char32_t right_character = Lowered(NextCharacter(right, r));
     if (left_character != right_character) return left_character < right_character ? -1 : 1;
   }
   return static_cast<int>(l < left.size()) - static_cast<int>(r < right.size());
@@ -160,6 +159,11 @@ std::string Joined(std::span<const std::string> parts, std::string_view separato
   return text;
 }
 
+void AppendItem(std::string& list, std::string_view item) {
+  if (!list.empty()) list += ", ";
+  list += item;
+}
+
 std::string QuoteName(std::string_view name) { return Quoted(name, '"'); }
 
 std::string QuoteText(std::string_view text) {
@@ -191,10 +195,10 @@ bool MatchesPattern(std::string_view text, std::string_view pattern, char32_t es
                     EndBlanks blanks) {
   std::u32string characters = Folded(text);
   const std::u32string steps = Folded(pattern);
-  if (Matches(characters, steps, Fold(escape))) return true;
+  if (Matches(characters, steps, Lowered(escape))) return true;
   if (blanks == EndBlanks::kCount || !characters.ends_with(U' ')) return false;
   characters.erase(characters.find_last_not_of(U' ') + 1);
-  return Matches(characters, steps, Fold(escape));
+  return Matches(characters, steps, Lowered(escape));
 }
 
 int CodePageLength(std::string_view text) { return Measure(text, TextUnit::kCodePageByte); }
