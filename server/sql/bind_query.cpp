@@ -194,9 +194,14 @@ BoundQuery Binder::BindUnion(const Query& query, const Scope* outer, QueryPlace 
   }
   BoundQuery bound;
   std::vector<SqlType> types;
+  const bool distinct =
+      std::ranges::find(query.operators, SetOperator::kUnion) != query.operators.end();
   for (std::size_t i = 0; i < terms[0].items.size(); ++i) {
     Bound column = terms[0].items[i].value;
     for (const BoundQuery& term : terms) Widen(column, term.items[i].value);
+    if (distinct && IsLargeObject(column.type.id)) {
+      throw MakeError(421, {NameOf(column.type.id)}, query.line);
+    }
     column.sql = NumberedColumn(i + 1);
     column.column = nullptr;
     column.is_integer = false;

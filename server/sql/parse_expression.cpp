@@ -266,7 +266,7 @@ ExpressionPtr Parser::ParseCall(std::vector<std::string> name) {
   Enclosed([&] {
     call->distinct = AcceptKeyword("DISTINCT");
     if (!call->distinct) AcceptKeyword("ALL");
-    if (IsSymbol("*") && IsSymbolAt(1, ")")) {
+    if (!call->distinct && IsSymbol("*") && IsSymbolAt(1, ")")) {
       call->operands.push_back(TakeToken(kStar));
     } else if (!IsSymbol(")")) {
       call->operands = ListOf(&Parser::ParseValue);

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-#include "server/engine/result_sink.h"
 #include "server/types/cell.h"
+#include "server/types/messages.h"
 
 struct sqlite3;
 

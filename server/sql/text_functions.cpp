@@ -209,7 +209,7 @@ Cell Ascii(const std::u32string& text) {
 
 Cell Unicode(const std::u32string& text) {
   if (text.empty()) return {};
-  return static_cast<Integer>(text[0] < 0x110000 ? text[0] : 0xFFFD);
+  return static_cast<Integer>(text[0] < kBroken ? text[0] : kReplacement);
 }
 
 Cell QuoteName(std::string_view name, std::optional<std::string_view> given_mark) {

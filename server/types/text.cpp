@@ -251,7 +251,6 @@ std::string EncodeUtf8(std::u32string_view characters) {
 }
 
 std::string Utf16ToUtf8(std::string_view utf16) {
-  constexpr char32_t kReplacement = 0xFFFD;
   const auto unit = [utf16](std::size_t i) -> char32_t {
     return static_cast<unsigned char>(utf16[i]) | static_cast<unsigned char>(utf16[i + 1]) << 8;
   };

@@ -57,6 +57,8 @@ int Utf16Length(std::string_view text);
 // Takes the character at `position` and moves behind it. A byte that begins none stands alone, as
 // far behind kBroken, so that broken texts still compare and come back as they were.
 constexpr char32_t kBroken = 0x110000;
+// What stands for characters that there are not where nothing broken may pass.
+constexpr char32_t kReplacement = 0xFFFD;
 char32_t NextCharacter(std::string_view text, std::size_t& position);
 
 // The characters of a text, and back.

@@ -122,6 +122,8 @@ constexpr StatementCase kErrors[] = {
     {"select sum(count(*)) from items group by id", "error 130"},
     {"select max((select 1)) from items", "error 130"},
     {"select min(newid()) from items", "error 409"},
+    {"select count(distinct *) from items", "error 170"},
+    {"select cast('a' as text) union select cast('b' as text)", "error 421"},
     {"select 1 union select 1, 2", "error 205"},
     {"select 1 a union select 2 order by b", "error 104"},
     {"select id from items order by 2", "error 108"},

@@ -106,6 +106,7 @@ constexpr StatementCase kQueries[] = {
     {"begin select 1 begin select 2 end end; select 3", "1;2;3"},
     {"select top 1 name from items group by name order by count(*) desc, name desc", "cherry "},
     {"select sum(amount) from orders where 1 = 2", "null"},
+    {"select cast('a' as text) union all select cast('b' as text)", "a;b"},
     {"select 1 having 1 = 1", "1"},
     {"select 'x' from items order by count(*)", "x"},
     {"select 'x', 2 from items having count(*) > 3", "x|2"},
