@@ -1,5 +1,6 @@
 #include "server/types/text.h"
 
+#include <algorithm>
 #include <bit>
 
 namespace dbkeeper::server {
@@ -286,14 +287,12 @@ std::string_view CutText(std::string_view text, int length, TextUnit unit) {
 }
 
 std::string_view TrimRight(std::string_view text) {
-  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
-  return text;
+  return text.substr(0, text.find_last_not_of(' ') + 1);
 }
 
 std::string_view Trim(std::string_view text) {
   text = TrimRight(text);
-  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
-  return text;
+  return text.substr(std::min(text.find_first_not_of(' '), text.size()));
 }
 
 std::optional<std::string> ParseGuid(std::string_view text) {
