@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "server/types/messages.h"
 #include "server/types/sql_type.h"
 
 namespace dbkeeper::server {
@@ -18,17 +19,6 @@ struct ResultColumn {
   bool identity = false;
   bool updatable = false;  // a plain column of one base table
   std::string base_table;  // empty for an expression
-};
-
-// An error (severity above 10) or an informational message in the server's form.
-struct ServerMessage {
-  int number = 0;
-  int state = 1;
-  int severity = 16;
-  int line = 1;
-  std::string text;  // UTF-8
-  std::string procedure;
-  bool IsError() const { return severity > 10; }
 };
 
 // The present row; cells are as sql_type.h lays them down. Views live until the next row.

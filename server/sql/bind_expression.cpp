@@ -260,11 +260,11 @@ std::string Binder::BindCondition(const Expression& node, const Scope& scope) {
 
 std::string Binder::BindBetween(const Expression& node, const Scope& scope) {
   const Bound value = Bind(*node.operands[0], scope);
-  const std::string low =
-      Compare(OperatorOf(">="), value, Bind(*node.operands[1], scope), node.line);
-  const std::string high =
-      Compare(OperatorOf("<="), value, Bind(*node.operands[2], scope), node.line);
-  return (node.negated ? "(NOT (" : "((") + low + " AND " + high + "))";
+  const auto compared = [&](std::string_view op, std::size_t bound) {
+    return Compare(OperatorOf(op), value, Bind(*node.operands[bound], scope), node.line);
+  };
+  const std::string low = compared(">=", 1);
+  return (node.negated ? "(NOT (" : "((") + low + " AND " + compared("<=", 2) + "))";
 }
 
 std::string Binder::BindInList(const Expression& node, const Scope& scope) {
@@ -276,7 +276,7 @@ std::string Binder::BindInList(const Expression& node, const Scope& scope) {
     if (!list.back().is_null) common = CommonType(common, list.back().type);
   }
   std::string text;
-  for (const Bound& item : list) text += (text.empty() ? "" : ", ") + ConvertTo(item, common);
+  for (const Bound& item : list) AppendItem(text, ConvertTo(item, common));
   return InText(node, value, common, text);
 }
 
@@ -292,7 +292,7 @@ std::string Binder::BindInQuery(const Expression& node, const Scope& scope) {
 std::string Binder::BindLike(const Expression& like, const Scope& scope) {
   const auto text_of = [](const Bound& value) {
     const bool text = value.is_null || FamilyOf(value.type.id) == TypeFamily::kText;
-    return text ? value.sql : ConvertTo(value, {TypeId::kNVarChar, 4000, 0, 0, true});
+    return text ? value.sql : ConvertTo(value, NVarChar(4000));
   };
   const auto [value, pattern] = BindBoth(like, scope);
   // Blanks at the end count where one of the two is a national text.

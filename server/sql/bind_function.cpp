@@ -19,27 +19,18 @@ constexpr std::string_view kAggregates = " COUNT COUNT_BIG SUM AVG MIN MAX ";
 constexpr std::string_view kTakesLarge = "SUBSTRING PATINDEX CHARINDEX";
 constexpr std::string_view kRefused = " STDEV STDEVP VAR VARP CHECKSUM_AGG GROUPING ";
 
-// The type that sum and avg of `type` have.
-SqlType SumType(const SqlType& type) {
-  switch (FamilyOf(type.id)) {
-    case TypeFamily::kInteger:
-      return type.id == TypeId::kBigInt ? type : kIntType;
-    case TypeFamily::kReal:
-      return kFloatType;
-    case TypeFamily::kMoney:
-      return SqlType{TypeId::kMoney, 8, 19, 4, true};
-    default:
-      return SqlType{TypeId::kDecimal, 0, 38, type.scale, true};
-  }
-}
-
 SqlType NumberType(const SqlType& first) {
   if (FamilyOf(first.id) == TypeFamily::kInteger) {
     return first.id == TypeId::kBigInt ? first : kIntType;
   }
-  const bool number =
-      FamilyOf(first.id) == TypeFamily::kDecimal || FamilyOf(first.id) == TypeFamily::kMoney;
-  return number ? first : kFloatType;
+  return IsExact(first.id) ? first : kFloatType;
+}
+
+// The type that sum and avg of `type` have.
+SqlType SumType(const SqlType& type) {
+  if (!IsExact(type.id)) return NumberType(type);
+  if (FamilyOf(type.id) == TypeFamily::kMoney) return kMoneyType;
+  return SqlType{TypeId::kDecimal, 0, 38, type.scale, true};
 }
 
 SqlType TextType(const SqlType& first, bool widest) {
@@ -56,26 +47,15 @@ SqlType TextType(const SqlType& first, bool widest) {
 }
 
 SqlType ResultType(const FunctionResult& result, const SqlType& first) {
-  switch (result.rule) {
-    case ResultRule::kNumber:
-      return NumberType(first);
-    case ResultRule::kPower: {
-      SqlType type = NumberType(first);
-      if (FamilyOf(type.id) == TypeFamily::kDecimal) type.precision = 38;
-      return type;
-    }
-    case ResultRule::kWhole: {
-      SqlType type = NumberType(first);
-      if (FamilyOf(type.id) == TypeFamily::kDecimal) type.scale = 0;
-      return type;
-    }
-    case ResultRule::kText:
-    case ResultRule::kWideText:
-      return TextType(first, result.rule == ResultRule::kWideText);
-    case ResultRule::kFixed:
-      break;
+  if (result.rule == ResultRule::kFixed) return result.type;
+  if (result.rule >= ResultRule::kText) {
+    return TextType(first, result.rule == ResultRule::kWideText);
   }
-  return result.type;
+  SqlType type = NumberType(first);
+  if (FamilyOf(type.id) != TypeFamily::kDecimal) return type;
+  if (result.rule == ResultRule::kPower) type.precision = 38;
+  if (result.rule == ResultRule::kWhole) type.scale = 0;
+  return type;
 }
 
 void CheckCount(std::string_view name, std::size_t count, int least, int most, int line) {
@@ -123,7 +103,7 @@ Bound Binder::BindAggregate(const std::string& name, const Expression& call, con
   scope.loose_columns.resize(loose);
   const TypeId id = value.type.id;
   const TypeFamily family = FamilyOf(id);
-  const bool exact = family == TypeFamily::kDecimal || family == TypeFamily::kMoney;
+  const bool exact = IsExact(id);
   const bool number = exact || family == TypeFamily::kInteger || family == TypeFamily::kReal;
   const bool extreme = name == "min" || name == "max";
   const bool sorted = id != TypeId::kBit && family != TypeFamily::kGuid;
@@ -179,7 +159,7 @@ Bound Binder::BindChoice(std::string_view name, const Expression& call, const Sc
   std::string arguments;
   bool nullable = true;
   for (const Bound& value : values) {
-    arguments += (arguments.empty() ? "" : ", ") + ConvertTo(value, result.type);
+    AppendItem(arguments, ConvertTo(value, result.type));
     nullable = nullable && (value.is_null || value.type.nullable);
   }
   result.sql = "coalesce(" + arguments + ')';

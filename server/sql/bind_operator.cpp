@@ -41,11 +41,6 @@ bool StoredAlike(const SqlType& from, const SqlType& to) {
   }
 }
 
-bool IsExact(const SqlType& type) {
-  const TypeFamily family = FamilyOf(type.id);
-  return family == TypeFamily::kDecimal || family == TypeFamily::kMoney;
-}
-
 SqlType Limited(int precision, int scale) {
   SqlType type{TypeId::kNumeric, 0, precision, scale, true};
   if (precision > 38) {
@@ -220,7 +215,7 @@ std::string Compare(const Operator& op, const Bound& left, const Bound& right, i
   if (!left.is_null && !right.is_null) common = CommonType(left.type, right.type);
   if (IsLargeObject(common.id)) throw MakeError(306, {}, line);
   // MSDECIMAL compares exact numbers of any scale, so a column stays bare and its index serves.
-  const bool both_exact = IsExact(left.type) && IsExact(right.type);
+  const bool both_exact = IsExact(left.type.id) && IsExact(right.type.id);
   std::string left_sql = both_exact ? left.sql : ConvertTo(left, common);
   std::string right_sql = both_exact ? right.sql : ConvertTo(right, common);
   if (FamilyOf(common.id) == TypeFamily::kBinary) {

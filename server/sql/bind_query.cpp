@@ -41,12 +41,10 @@ BoundQuery Binder::BindCore(const SelectCore& core, const std::vector<OrderItem>
   BindGroups(core, scope, bound);
   scope.aggregates_allowed = true;
   BindItems(core, scope, place, bound);
+  const bool items_aggregate = scope.has_aggregate;
   const std::vector<std::string> loose_items = std::exchange(scope.loose_columns, {});
   if (core.having != nullptr) {
-    const std::string having = BindCondition(*core.having, scope);
-    // SQLite takes "having" only where something groups.
-    if (core.group_by.empty() && !scope.has_aggregate) bound.tail += " GROUP BY NULL";
-    bound.tail += " HAVING " + having;
+    bound.tail += " HAVING " + BindCondition(*core.having, scope);
     if (!scope.loose_columns.empty()) {
       throw MakeError(8121, {scope.loose_columns[0]}, core.line);
     }
@@ -59,6 +57,11 @@ BoundQuery Binder::BindCore(const SelectCore& core, const std::vector<OrderItem>
       throw MakeError(core.group_by.empty() ? 8118 : 8120, {loose_items[0]}, core.line);
     }
     bound.single_row = core.group_by.empty();
+    // SQLite makes all rows one only for an aggregate of the select list.
+    if (bound.single_row && !items_aggregate) {
+      std::string& first = bound.items[0].value.sql;
+      first = "iif(count(*) >= 0, " + first + ", NULL)";
+    }
   }
   if (core.top != nullptr) {
     bound.limit = BindTop(*core.top);
@@ -74,8 +77,9 @@ BoundQuery Binder::BindCore(const SelectCore& core, const std::vector<OrderItem>
 void Binder::BindGroups(const SelectCore& core, Scope& scope, BoundQuery& bound) {
   std::vector<std::string> grouped;
   for (const ExpressionPtr& item : core.group_by) {
-    if (item->kind == ExpressionKind::kLiteral) throw MakeError(164, {}, item->line);
+    scope.loose_columns.clear();
     const Bound group = Bind(*item, scope);
+    if (scope.loose_columns.empty()) throw MakeError(164, {}, item->line);
     if (IsLargeObject(group.type.id)) throw MakeError(306, {}, item->line);
     bound.tail += (grouped.empty() ? " GROUP BY " : ", ") + Collated(group.sql, group.type.id);
     grouped.push_back(group.sql);
@@ -190,10 +194,15 @@ BoundQuery Binder::BindUnion(const Query& query, const Scope* outer, QueryPlace 
   }
   BoundQuery bound;
   std::vector<SqlType> types;
+  const bool distinct =
+      std::ranges::find(query.operators, SetOperator::kUnion) != query.operators.end();
   for (std::size_t i = 0; i < terms[0].items.size(); ++i) {
     Bound column = terms[0].items[i].value;
     for (const BoundQuery& term : terms) Widen(column, term.items[i].value);
-    column.sql = "c" + std::to_string(i + 1);
+    if (distinct && IsLargeObject(column.type.id)) {
+      throw MakeError(421, {NameOf(column.type.id)}, query.line);
+    }
+    column.sql = NumberedColumn(i + 1);
     column.column = nullptr;
     column.is_integer = false;
     types.push_back(column.type);
@@ -229,7 +238,7 @@ std::string Binder::TextOf(const BoundQuery& query, ColumnNames names,
     if (query.distinct || query.collated) sql = Collated(sql, type.id);
     if (i > 0) text += ", ";
     text += sql;
-    if (names == ColumnNames::kNumbered) text += " AS c" + std::to_string(i + 1);
+    if (names == ColumnNames::kNumbered) text += " AS " + NumberedColumn(i + 1);
   }
   if (!query.text.empty()) {
     return text + " FROM (" + query.text + query.order_by + query.limit + ')';

@@ -22,10 +22,9 @@ void MakeNullable(Scope& scope, std::size_t begin, std::size_t end) {
 std::string Binder::BindFrom(const std::vector<TableSourcePtr>& from, Scope& scope) {
   std::string text;
   for (const TableSourcePtr& source : from) {
-    if (!text.empty()) text += ", ";
-    std::string item = BindSource(*source, scope);
+    const std::string item = BindSource(*source, scope);
     const bool joined = source->kind == TableSource::Kind::kJoined;
-    text += joined && from.size() > 1 ? '(' + item + ')' : item;
+    AppendItem(text, joined && from.size() > 1 ? '(' + item + ')' : item);
   }
   return text;
 }
@@ -58,8 +57,7 @@ ScopeTable& Binder::AddTable(const ObjectInfo& object, const std::string& name,
   for (const ColumnInfo& info : object.columns) {
     ScopeColumn column;
     column.name = info.name;
-    column.sql = table.sqlite_alias + '.' +
-                 QuoteName(info.sqlite_name.empty() ? info.name : info.sqlite_name);
+    column.sql = table.sqlite_alias + '.' + QuoteName(info.name);
     column.type = info.type;
     column.identity = !info.identity_sql.empty();
     if (updatable) column.base_table = object.name;
@@ -84,7 +82,7 @@ std::string Binder::AddDerived(const BoundQuery& query, const std::vector<std::s
     for (const ScopeColumn& other : table.columns) {
       if (SameName(other.name, column.name)) throw MakeError(8156, {column.name, alias}, line);
     }
-    column.sql = table.sqlite_alias + ".c" + std::to_string(i + 1);
+    column.sql = table.sqlite_alias + '.' + NumberedColumn(i + 1);
     column.type = query.items[i].value.type;
     table.columns.push_back(std::move(column));
   }

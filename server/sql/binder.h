@@ -85,6 +85,9 @@ inline const Bound kNull{"NULL", SqlType{}, true};
 // A type as an argument of the server's functions.
 inline std::string Code(const SqlType& type) { return std::to_string(EncodeType(type)); }
 
+// What the columns of a query's text are called, from c1 on.
+inline std::string NumberedColumn(std::size_t number) { return "c" + std::to_string(number); }
+
 // The length of the longest text or binary that is no large object.
 inline int LongestOf(TypeId id) { return IsNationalText(id) ? 4000 : 8000; }
 

@@ -93,16 +93,6 @@ inline constexpr SqlFunction kAdapted = Adapt<Function>(Function, Kind);
 
 // ---- functions of the dialect ------------------------------------------------------------------
 
-inline constexpr SqlType kIntType{TypeId::kInt, 4, 10, 0, true};
-inline constexpr SqlType kBigIntType{TypeId::kBigInt, 8, 19, 0, true};
-inline constexpr SqlType kFloatType{TypeId::kFloat, 8, 53, 0, true};
-inline constexpr SqlType kDateTimeType{TypeId::kDateTime, 8, 23, 3, true};
-inline constexpr SqlType kIdentityType{TypeId::kNumeric, 0, 38, 0, true};
-inline constexpr SqlType kNameType{TypeId::kNVarChar, 128, 0, 0, true};
-
-constexpr SqlType VarChar(int length) { return {TypeId::kVarChar, length, 0, 0, true}; }
-constexpr SqlType NVarChar(int length) { return {TypeId::kNVarChar, length, 0, 0, true}; }
-
 // What a call gives: a type, or one that its first argument decides.
 enum class ResultRule {
   kFixed,

@@ -1,6 +1,9 @@
 #include "server/sql/lexer.h"
 
 #include <algorithm>
+#include <iterator>
+#include <set>
+#include <sstream>
 
 #include "server/types/messages.h"
 #include "server/types/text.h"
@@ -10,7 +13,6 @@ namespace {
 
 constexpr int kMaximumNameCharacters = 128;
 
-// In alphabetical order.
 constexpr std::string_view kReservedWords =
     "ADD ALL ALTER AND ANY AS ASC AUTHORIZATION BACKUP BEGIN BETWEEN BREAK BROWSE BULK BY "
     "CASCADE CASE CHECK CHECKPOINT CLOSE CLUSTERED COALESCE COLLATE COLUMN COMMIT COMPUTE "
@@ -28,16 +30,6 @@ constexpr std::string_view kReservedWords =
     "SYSTEM_USER TABLE TEXTSIZE THEN TO TOP TRAN TRANSACTION TRIGGER TRUNCATE TSEQUAL UNION "
     "UNIQUE UPDATE UPDATETEXT USE USER VALUES VARYING VIEW WAITFOR WHEN WHERE WHILE WITH "
     "WRITETEXT";
-
-std::vector<std::string_view> Split(std::string_view words) {
-  std::vector<std::string_view> list;
-  while (!words.empty()) {
-    const std::size_t length = std::min(words.find(' '), words.size());
-    list.push_back(words.substr(0, length));
-    words.remove_prefix(std::min(length + 1, words.size()));
-  }
-  return list;
-}
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
@@ -248,8 +240,11 @@ std::vector<Token> Tokenize(std::string_view text, QuotedIdentifiers quoted) {
 }
 
 bool IsReservedWord(std::string_view word) {
-  static const std::vector<std::string_view> words = Split(kReservedWords);
-  return std::binary_search(words.begin(), words.end(), ToUpperAscii(word));
+  static const std::set<std::string> words = [] {
+    std::istringstream list{std::string(kReservedWords)};
+    return std::set<std::string>(std::istream_iterator<std::string>(list), {});
+  }();
+  return words.contains(ToUpperAscii(word));
 }
 
 bool EqualsKeyword(std::string_view word, std::string_view upper) {

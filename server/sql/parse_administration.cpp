@@ -38,20 +38,15 @@ Parser::Node Parser::ParseSet() {
 
 // ---- transactions ------------------------------------------------------------------------------
 
-Parser::Node Parser::ParseBegin() {
-  if (AcceptKeyword("DISTRIBUTED")) Refuse("distributed transactions");
-  Advance();
-  TransactionStatement begin{TransactionAction::kBegin, ""};
-  if (IsName()) begin.name = ExpectName();
-  if (IsKeyword("WITH") && IsKeywordAt(1, "MARK")) Refuse("WITH MARK");
-  return begin;
-}
-
-Parser::Node Parser::ParseTransactionEnd(TransactionAction action) {
-  TransactionStatement end{action, ""};
+// `begin` without one of its words opened a block.
+Parser::Node Parser::ParseTransaction(TransactionAction action) {
+  const bool begins = action == TransactionAction::kBegin;
+  if (begins && AcceptKeyword("DISTRIBUTED")) Refuse("distributed transactions");
+  TransactionStatement transaction{action, ""};
   const std::string_view word = AcceptAny({"WORK", "TRAN", "TRANSACTION"});
-  if (word.starts_with("TRAN") && IsName()) end.name = ExpectName();
-  return end;
+  if (word.starts_with("TRAN") && IsName()) transaction.name = ExpectName();
+  if (begins && IsKeyword("WITH") && IsKeywordAt(1, "MARK")) Refuse("WITH MARK");
+  return transaction;
 }
 
 // ---- messages and calls ------------------------------------------------------------------------

@@ -266,7 +266,7 @@ ExpressionPtr Parser::ParseCall(std::vector<std::string> name) {
   Enclosed([&] {
     call->distinct = AcceptKeyword("DISTINCT");
     if (!call->distinct) AcceptKeyword("ALL");
-    if (IsSymbol("*") && IsSymbolAt(1, ")")) {
+    if (!call->distinct && IsSymbol("*") && IsSymbolAt(1, ")")) {
       call->operands.push_back(TakeToken(kStar));
     } else if (!IsSymbol(")")) {
       call->operands = ListOf(&Parser::ParseValue);
@@ -338,7 +338,7 @@ ExpressionPtr Parser::ParseOdbcEscape() {
     return call;
   }
   if (!AcceptKeyword("TS") && !AcceptKeyword("D") && !AcceptKeyword("T")) Fail();
-  cast->type = SqlType{TypeId::kDateTime, 8, 23, 3, true};
+  cast->type = kDateTimeType;
   ExpressionPtr literal = Make(kLiteral);
   literal->literal = TokenKind::kString;
   literal->text = ExpectString();

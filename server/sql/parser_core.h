@@ -214,8 +214,7 @@ class Parser {
 
   // ---- administration: parse_administration.cpp
   Node ParseSet();
-  Node ParseBegin();
-  Node ParseTransactionEnd(TransactionAction action);
+  Node ParseTransaction(TransactionAction action);
   Node ParseRaiseError();
   Node ParseExecute();
   Node ParseProcedureCall();

@@ -151,17 +151,15 @@ int Collate(void* /*data*/, int left_length, const void* left, int right_length,
   return Compare(ViewOf(left_length, left), ViewOf(right_length, right));
 }
 
-void Register(sqlite3* connection, std::span<const FunctionRow> rows) {
-  for (const FunctionRow& row : rows) {
-    if (row.function.run == nullptr) continue;
-    const std::string name = "ms_" + std::string(row.name);
-    const bool random = row.function.kind == FunctionKind::kRandom;
-    // SQLite hands the row back as it was given; it is never changed through this pointer.
-    sqlite3_create_function_v2(connection, name.c_str(), row.function.arguments,
-                               SQLITE_UTF8 | (random ? 0 : SQLITE_DETERMINISTIC),
-                               const_cast<SqlFunction*>(&row.function), RunFunction, nullptr,
-                               nullptr, nullptr);
-  }
+void Register(sqlite3* connection, const FunctionRow& row) {
+  if (row.function.run == nullptr) return;
+  const std::string name = "ms_" + std::string(row.name);
+  const bool random = row.function.kind == FunctionKind::kRandom;
+  // SQLite hands the row back as it was given; it is never changed through this pointer.
+  sqlite3_create_function_v2(connection, name.c_str(), row.function.arguments,
+                             SQLITE_UTF8 | (random ? 0 : SQLITE_DETERMINISTIC),
+                             const_cast<SqlFunction*>(&row.function), RunFunction, nullptr, nullptr,
+                             nullptr);
 }
 
 struct CodeRow {
@@ -169,9 +167,9 @@ struct CodeRow {
   int number;
 };
 constexpr CodeRow kCodes[] = {
-    {SQLITE_BUSY, 1222},   {SQLITE_LOCKED, 1222}, {SQLITE_INTERRUPT, 3617},
-    {SQLITE_NOMEM, 701},   {SQLITE_FULL, 1105},   {SQLITE_READONLY, 3906},
-    {SQLITE_TOOBIG, 8152}, {SQLITE_CORRUPT, 823}, {SQLITE_IOERR, 823},
+    {SQLITE_BUSY, 1222}, {SQLITE_LOCKED, 1222},   {SQLITE_INTERRUPT, 3617}, {SQLITE_NOMEM, 701},
+    {SQLITE_FULL, 1105}, {SQLITE_READONLY, 3906}, {SQLITE_TOOBIG, 8152},    {SQLITE_CORRUPT, 823},
+    {SQLITE_IOERR, 823}, {SQLITE_MISMATCH, 1060},
 };
 
 // "index 'name'" gives the name; SQLite says so of an index of expressions.
@@ -280,9 +278,9 @@ void RegisterServerFunctions(sqlite3* connection, ServerState* state) {
   sqlite3_create_collation(connection, "MSTEXT", SQLITE_UTF8, nullptr, Collate<CompareText>);
   sqlite3_create_collation(connection, "MSDECIMAL", SQLITE_UTF8, nullptr,
                            Collate<CompareDecimalText>);
-  Register(connection, NumberFunctions());
-  Register(connection, TextFunctions());
-  Register(connection, DateFunctions());
+  for (const auto& rows : {NumberFunctions(), TextFunctions(), DateFunctions()}) {
+    for (const FunctionRow& row : rows) Register(connection, row);
+  }
   sqlite3_create_function_v2(connection, "ms_state", -1, SQLITE_UTF8, state, RunState, nullptr,
                              nullptr, nullptr);
   RegisterAggregate<Sum>(connection, "ms_sum");

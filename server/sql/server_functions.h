@@ -5,18 +5,18 @@
 #include <string_view>
 #include <vector>
 
-#include "server/engine/result_sink.h"
 #include "server/types/cell.h"
+#include "server/types/messages.h"
 
 struct sqlite3;
 
 namespace dbkeeper::server {
 
-// What functions of the server's state answer. `function` is the name in lower case: "object_id",
-// "db_name", "user_name", "@@identity", "@@spid", "serverproperty", "columnproperty", ...: the rows
-// of function_table.cpp marked "state", and "next_timestamp", which gives the next 8 bytes for a
-// timestamp column. Arguments left out by the statement are left out here. Called while a statement
-// runs on the same connection. May throw SqlError.
+// What functions of the server's state answer. `function` is the name in lower case: the rows of
+// function_table.cpp marked "state", and what the translated statements and the system tables ask
+// of their own accord: "next_timestamp", "next_identity", "statement_time" and the like. Arguments
+// left out by the statement are left out here. Called while a statement runs on the same
+// connection. May throw SqlError.
 class ServerState {
  public:
   virtual ~ServerState() = default;

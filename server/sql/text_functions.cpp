@@ -142,21 +142,18 @@ Cell Reverse(std::u32string characters) {
   return EncodeUtf8(characters);
 }
 
-// ASCII, Latin-1 and full-width Latin letters, as the collation folds them.
-Cell Cased(std::u32string characters, bool upper) {
+Cell Upper(std::u32string characters) {
   for (char32_t& c : characters) {
-    const char32_t base = upper ? c - 32 : c;
-    if (c < 32) continue;
-    const bool latin = (base >= 'A' && base <= 'Z') ||
-                       (base >= 0xC0 && base <= 0xDE && base != 0xD7) ||
-                       (base >= 0xFF21 && base <= 0xFF3A);
-    if (latin) c = upper ? base : c + 32;
+    const char32_t capital = c - 32;
+    if (Lowered(capital) == c) c = capital;
   }
   return EncodeUtf8(characters);
 }
 
-Cell Upper(std::u32string characters) { return Cased(std::move(characters), true); }
-Cell Lower(std::u32string characters) { return Cased(std::move(characters), false); }
+Cell Lower(std::u32string characters) {
+  for (char32_t& c : characters) c = Lowered(c);
+  return EncodeUtf8(characters);
+}
 
 Cell Space(Integer count) {
   if (count < 0) return {};
@@ -212,7 +209,7 @@ Cell Ascii(const std::u32string& text) {
 
 Cell Unicode(const std::u32string& text) {
   if (text.empty()) return {};
-  return static_cast<Integer>(text[0] < 0x110000 ? text[0] : 0xFFFD);
+  return static_cast<Integer>(text[0] < kBroken ? text[0] : kReplacement);
 }
 
 Cell QuoteName(std::string_view name, std::optional<std::string_view> given_mark) {
@@ -238,11 +235,9 @@ Cell Like(std::string_view text, std::string_view pattern, std::optional<std::st
   return Integer{MatchesPattern(text, pattern, escape ? mark[0] : 0, Blanks) ? 1 : 0};
 }
 
-bool Converts(std::string_view text, TypeId type) {
+bool Converts(std::string_view text, const SqlType& type) {
   try {
-    const SqlType from{TypeId::kVarChar, 8000, 0, 0, true};
-    ConvertCell(std::string(text), from, SqlType{type, 8, 19, 4, true}, 0,
-                ConversionKind::kExplicit);
+    ConvertCell(std::string(text), VarChar(8000), type, 0, ConversionKind::kExplicit);
     return true;
   } catch (const SqlError&) {
     return false;
@@ -250,8 +245,8 @@ bool Converts(std::string_view text, TypeId type) {
 }
 
 Cell IsNumeric(std::optional<std::string_view> text) {
-  const bool number = text && !Trim(*text).empty() &&
-                      (Converts(*text, TypeId::kFloat) || Converts(*text, TypeId::kMoney));
+  const bool number =
+      text && !Trim(*text).empty() && (Converts(*text, kFloatType) || Converts(*text, kMoneyType));
   return Integer{number ? 1 : 0};
 }
 

@@ -12,24 +12,13 @@
 namespace dbkeeper::server {
 namespace {
 
-const Parameters kNoParameters;
-
-std::string ColumnSql(const ColumnInfo& column) {
-  return QuoteName(column.sqlite_name.empty() ? column.name : column.sqlite_name);
-}
-
-void Append(std::string& list, std::string_view item) {
-  if (!list.empty()) list += ", ";
-  list += item;
-}
-
 std::vector<ResultColumn> ColumnsOf(const BoundQuery& query) {
   std::vector<ResultColumn> columns;
   for (const BoundQuery::Item& item : query.items) {
     ResultColumn column;
     column.name = item.name;
     column.type = item.value.type;
-    if (item.value.is_null) column.type = SqlType{TypeId::kInt, 4, 10, 0, true};
+    if (item.value.is_null) column.type = kIntType;
     if (const ScopeColumn* base = item.value.column) {
       column.identity = base->identity;
       column.base_table = base->base_table;
@@ -99,10 +88,10 @@ class ChangeBuilder : public Binder {
       const std::string value =
           AssignTo(given.kind == ExpressionKind::kDefault ? Default(column) : Bind(given, scope),
                    column.type);
-      const std::string name = "c" + std::to_string(seen.size());
+      const std::string name = NumberedColumn(seen.size());
       values.append(", ").append(value).append(" AS ").append(name);
-      Append(set, ColumnSql(column) + " = " + value);
-      Append(translation.set_sql, ColumnSql(column) + " = s." + name);
+      AppendItem(set, QuoteName(column.name) + " = " + value);
+      AppendItem(translation.set_sql, QuoteName(column.name) + " = s." + name);
       translation.assigned.push_back(column.name);
     }
     StampRow(table, set);
@@ -124,7 +113,7 @@ class ChangeBuilder : public Binder {
       const ColumnInfo& column = FindColumn(table, value.name, 1);
       if (!column.identity_sql.empty()) throw MakeError(8102, {column.name});
       const Bound bound{Place(++count), value.type};
-      Append(set, ColumnSql(column) + " = " + AssignTo(bound, column.type));
+      AppendItem(set, QuoteName(column.name) + " = " + AssignTo(bound, column.type));
     }
     StampRow(table, set);
     return {"UPDATE " + table.sqlite_from + " SET " + set + " WHERE _rowid_ = " + Place(count + 1),
@@ -160,12 +149,12 @@ class ChangeBuilder : public Binder {
     std::string values;
     bool takes_identity = table.identity_insert;
     const auto add = [&](const ColumnInfo& column, std::string_view value) {
-      Append(names, ColumnSql(column));
-      Append(values, value);
+      AppendItem(names, QuoteName(column.name));
+      AppendItem(values, value);
     };
     for (std::size_t i = 0; i < columns.size(); ++i) {
       Bound value = source.items[i].value;
-      if (from_query) value.sql = "s.c" + std::to_string(i + 1);
+      if (from_query) value.sql = "s." + NumberedColumn(i + 1);
       if (columns[i]->type.id != TypeId::kTimestamp) {
         add(*columns[i], AssignTo(value, columns[i]->type));
       } else if (!value.is_null) {
@@ -290,12 +279,10 @@ class ChangeBuilder : public Binder {
   static void StampRow(const ObjectInfo& table, std::string& set) {
     for (const ColumnInfo& column : table.columns) {
       if (column.type.id != TypeId::kTimestamp) continue;
-      Append(set, ColumnSql(column) + " = " + std::string(kNextTimestamp));
+      AppendItem(set, QuoteName(column.name) + " = " + std::string(kNextTimestamp));
     }
   }
 };
-
-Translator::Translator(NameResolver& resolver) : Translator(resolver, kNoParameters) {}
 
 Translation Translator::Select(const SelectStatement& statement, const TranslateOptions& options) {
   Binder binder(resolver_, parameters_);

@@ -28,8 +28,6 @@ struct ColumnInfo {
   // Of an identity column: an SQLite expression that takes the next value each time it is
   // evaluated; an insert puts it where the column's value would stand. Empty: no identity column.
   std::string identity_sql;
-  // The name in SQLite when it differs from `name`; empty: the same.
-  std::string sqlite_name;
 };
 
 enum class ObjectKind { kTable, kSystemTable, kView };
@@ -69,8 +67,7 @@ class NameResolver {
   // The name in SQLite of the current database: "main".
   virtual std::string CurrentSchema() = 0;
 
-  // SQLite expression for a function of the current time, so that all rows of a statement see one
-  // moment: an integer literal in the storage form of datetime.
+  // The current time in the storage form of datetime; all rows of a statement see one moment.
   virtual std::int64_t StatementTime() = 0;
 };
 
@@ -102,9 +99,8 @@ struct Translation {
 class Translator {
  public:
   // Both outlive the translator. The n-th parameter is "?n" in the SQLite text.
-  Translator(NameResolver& resolver, const Parameters& parameters)
+  explicit Translator(NameResolver& resolver, const Parameters& parameters = kNoParameters)
       : resolver_(resolver), parameters_(parameters) {}
-  explicit Translator(NameResolver& resolver);
 
   // All of these throw SqlError, with the line counted from the start of the batch.
   Translation Select(const SelectStatement& statement, const TranslateOptions& options = {});

@@ -78,10 +78,10 @@ const std::string& BytesOf(const Cell& cell) {
 
 // What a variant holds shows in its cell.
 SqlType BaseTypeOf(const Cell& cell) {
-  if (std::holds_alternative<Integer>(cell)) return {TypeId::kInt, 4, 10, 0, true};
-  if (std::holds_alternative<double>(cell)) return {TypeId::kFloat, 8, 53, 0, true};
+  if (std::holds_alternative<Integer>(cell)) return kIntType;
+  if (std::holds_alternative<double>(cell)) return kFloatType;
   if (std::holds_alternative<Blob>(cell)) return {TypeId::kVarBinary, 8000, 0, 0, true};
-  return {TypeId::kNVarChar, 4000, 0, 0, true};
+  return NVarChar(4000);
 }
 
 // ---- to numbers --------------------------------------------------------------------------------

@@ -42,22 +42,19 @@ const PartRow* FindPart(std::string_view name) {
 }
 
 // Letters of a pattern: Y year, y of two digits, M month, N month's short name, D day, e day padded
-// with a blank, H hour of 24, h hour of 12 padded, k hour of 12 with a zero, I minute, S second,
-// L millisecond, P AM or PM.
+// with a blank, H hour of 24, h hour of 12 padded, I minute, S second, L millisecond, P AM or PM.
+// Those below 22 stand for the style that is higher by 100 too, which writes all years in full.
 struct StyleRow {
   int style;
   std::string_view pattern;
 };
+constexpr int kAlone = 22;
 constexpr StyleRow kStyles[] = {
     {0, "N e Y h:IP"},     {1, "M/D/y"},          {2, "y.M.D"},           {3, "D/M/y"},
     {4, "D.M.y"},          {5, "D-M-y"},          {6, "D N y"},           {7, "N D, y"},
     {8, "H:I:S"},          {9, "N e Y h:I:S:LP"}, {10, "M-D-y"},          {11, "y/M/D"},
     {12, "yMD"},           {13, "D N Y H:I:S:L"}, {14, "H:I:S:L"},        {20, "Y-M-D H:I:S"},
-    {21, "Y-M-D H:I:S.L"}, {22, "M/D/y h:I:S P"}, {100, "N e Y h:IP"},    {101, "M/D/Y"},
-    {102, "Y.M.D"},        {103, "D/M/Y"},        {104, "D.M.Y"},         {105, "D-M-Y"},
-    {106, "D N Y"},        {107, "N D, Y"},       {108, "H:I:S"},         {109, "N e Y h:I:S:LP"},
-    {110, "M-D-Y"},        {111, "Y/M/D"},        {112, "YMD"},           {113, "D N Y H:I:S:L"},
-    {114, "H:I:S:L"},      {120, "Y-M-D H:I:S"},  {121, "Y-M-D H:I:S.L"}, {126, "Y-M-DTH:I:S.L"},
+    {21, "Y-M-D H:I:S.L"}, {22, "M/D/y h:I:S P"}, {126, "Y-M-DTH:I:S.L"},
 };
 
 using std::chrono::sys_days;
@@ -73,8 +70,6 @@ constexpr std::int64_t DaysFromCivil(int year, int month, int day) {
 std::int64_t FloorDivide(std::int64_t value, std::int64_t by) {
   return value / by - (value % by < 0 ? 1 : 0);
 }
-
-std::int64_t DayOf(std::int64_t time) { return FloorDivide(time, kTicksPerDay); }
 
 // Sunday is 0.
 int WeekdayOf(std::int64_t day) {
@@ -312,6 +307,8 @@ std::int64_t MonthOf(const CivilTime& civil) { return civil.year * 12 + civil.mo
 
 }  // namespace
 
+std::int64_t DayOf(std::int64_t time) { return FloorDivide(time, kTicksPerDay); }
+
 int DaysInMonth(int year, int month) {
   const year_month_day last(std::chrono::year(year) / month / std::chrono::last);
   return static_cast<int>(static_cast<unsigned>(last.day()));
@@ -378,13 +375,15 @@ ParsedDate ParseDateTime(std::string_view text, DateOrder order) {
 
 std::optional<std::string> FormatDateTime(std::int64_t time, int style) {
   const CivilTime civil = ToCivil(time);
-  for (const StyleRow& row : kStyles) {
-    if (row.style != style) continue;
-    std::string text;
-    for (const char letter : row.pattern) text += FormatPart(letter, civil);
-    return text;
+  const bool in_full = style >= 100 && style < 100 + kAlone;
+  const auto* const row =
+      std::ranges::find(kStyles, in_full ? style - 100 : style, &StyleRow::style);
+  if (row == std::end(kStyles)) return std::nullopt;
+  std::string text;
+  for (const char letter : row->pattern) {
+    text += FormatPart(in_full && letter == 'y' ? 'Y' : letter, civil);
   }
-  return std::nullopt;
+  return text;
 }
 
 std::string_view DatePartName(std::string_view word) {

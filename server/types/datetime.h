@@ -25,6 +25,7 @@ struct CivilTime {
   int ticks = 0;  // 1/300 s
 };
 
+std::int64_t DayOf(std::int64_t time);
 CivilTime ToCivil(std::int64_t time);
 std::int64_t FromCivil(const CivilTime& civil);
 std::int64_t CurrentTime();  // local

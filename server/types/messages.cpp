@@ -173,6 +173,7 @@ constexpr MessageRow kMessages[] = {
     {1038, 15, 3, "Cannot use empty object or column names. Use a single space if necessary."},
     {1046, 15, 1,
      "Subqueries are not allowed in this context. Only scalar expressions are allowed."},
+    {1060, 15, 1, "The number of rows in the TOP clause must be an integer."},
     {1088, 16, 12, "Cannot find object '%1'."},
     {1105, 17, 2, "Could not allocate space: the disk is full."},
     {1205, 13, 50,

@@ -7,9 +7,17 @@
 #include <string_view>
 #include <utility>
 
-#include "server/engine/result_sink.h"
-
 namespace dbkeeper::server {
+
+// An error (severity above 10) or an informational message in the server's form.
+struct ServerMessage {
+  int number = 0;
+  int state = 1;
+  int severity = 16;
+  int line = 1;
+  std::string text;  // UTF-8
+  bool IsError() const { return severity > 10; }
+};
 
 // A statement refused: the exception that carries the server's own message.
 class SqlError : public std::runtime_error {

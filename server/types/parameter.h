@@ -18,5 +18,6 @@ struct Parameter {
   bool is_output = false;
 };
 using Parameters = std::vector<Parameter>;
+inline const Parameters kNoParameters;
 
 }  // namespace dbkeeper::server

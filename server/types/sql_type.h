@@ -6,7 +6,8 @@
 
 namespace dbkeeper::server {
 
-// The type names that a column, a parameter or an expression can have. sysname is kVarcharN(128).
+// The type names that a column, a parameter or an expression can have. sysname is an
+// nvarchar of 128.
 enum class TypeId : std::uint8_t {
   kBit,
   kTinyInt,
@@ -47,7 +48,7 @@ enum class TypeId : std::uint8_t {
 //   char .. ntext              TEXT in UTF-8 (char and nchar padded); compared by collation MSTEXT
 //   binary .. timestamp        BLOB
 //   uniqueidentifier           BLOB of 16 bytes in the order they have on the wire
-//   sql_variant                the cell of its base type; the wire sends it as its base type
+//   sql_variant                the cell of its base type; the wire sends its text
 struct SqlType {
   TypeId id = TypeId::kInt;
   // Declared length: bytes for char, varchar, binary, varbinary; characters for nchar, nvarchar.
@@ -56,5 +57,17 @@ struct SqlType {
   int scale = 0;
   bool nullable = true;
 };
+
+// The types that expressions have of themselves.
+inline constexpr SqlType kIntType{TypeId::kInt, 4, 10, 0, true};
+inline constexpr SqlType kBigIntType{TypeId::kBigInt, 8, 19, 0, true};
+inline constexpr SqlType kFloatType{TypeId::kFloat, 8, 53, 0, true};
+inline constexpr SqlType kMoneyType{TypeId::kMoney, 8, 19, 4, true};
+inline constexpr SqlType kDateTimeType{TypeId::kDateTime, 8, 23, 3, true};
+inline constexpr SqlType kIdentityType{TypeId::kNumeric, 0, 38, 0, true};
+inline constexpr SqlType kNameType{TypeId::kNVarChar, 128, 0, 0, true};
+
+constexpr SqlType VarChar(int length) { return {TypeId::kVarChar, length, 0, 0, true}; }
+constexpr SqlType NVarChar(int length) { return {TypeId::kNVarChar, length, 0, 0, true}; }
 
 }  // namespace dbkeeper::server

@@ -1,5 +1,6 @@
 #include "server/types/text.h"
 
+#include <algorithm>
 #include <bit>
 
 namespace dbkeeper::server {
@@ -23,16 +24,9 @@ std::string Moved(std::string_view text, char first, char to) {
   return moved;
 }
 
-// Small letters of ASCII, Latin-1 and the full-width Latin letters.
-char32_t Fold(char32_t c) {
-  const bool capital = (c >= 'A' && c <= 'Z') || (c >= 0xC0 && c <= 0xDE && c != 0xD7) ||
-                       (c >= 0xFF21 && c <= 0xFF3A);
-  return capital ? c + 32 : c;
-}
-
 std::u32string Folded(std::string_view text) {
   std::u32string characters = DecodeUtf8(text);
-  for (char32_t& c : characters) c = Fold(c);
+  for (char32_t& c : characters) c = Lowered(c);
   return characters;
 }
 
@@ -113,6 +107,12 @@ bool IsDashPlace(std::size_t i) { return i == 8 || i == 13 || i == 18 || i == 23
 
 }  // namespace
 
+char32_t Lowered(char32_t c) {
+  const bool capital = (c >= 'A' && c <= 'Z') || (c >= 0xC0 && c <= 0xDE && c != 0xD7) ||
+                       (c >= 0xFF21 && c <= 0xFF3A);
+  return capital ? c + 32 : c;
+}
+
 int CompareText(std::string_view left, std::string_view right) {
   left = TrimRight(left);
   right = TrimRight(right);
@@ -125,8 +125,8 @@ int CompareText(std::string_view left, std::string_view right) {
       ++r;
       continue;
     }
-    const char32_t left_character = Fold(NextCharacter(left, l));
-    const char32_t right_character = Fold(NextCharacter(right, r));
+    const char32_t left_character = Lowered(NextCharacter(left, l));
+    const char32_t right_character = Lowered(NextCharacter(right, r));
     if (left_character != right_character) return left_character < right_character ? -1 : 1;
   }
   return static_cast<int>(l < left.size()) - static_cast<int>(r < right.size());
@@ -160,6 +160,11 @@ std::string Joined(std::span<const std::string> parts, std::string_view separato
   return text;
 }
 
+void AppendItem(std::string& list, std::string_view item) {
+  if (!list.empty()) list += ", ";
+  list += item;
+}
+
 std::string QuoteName(std::string_view name) { return Quoted(name, '"'); }
 
 std::string QuoteText(std::string_view text) {
@@ -191,10 +196,10 @@ bool MatchesPattern(std::string_view text, std::string_view pattern, char32_t es
                     EndBlanks blanks) {
   std::u32string characters = Folded(text);
   const std::u32string steps = Folded(pattern);
-  if (Matches(characters, steps, Fold(escape))) return true;
+  if (Matches(characters, steps, Lowered(escape))) return true;
   if (blanks == EndBlanks::kCount || !characters.ends_with(U' ')) return false;
   characters.erase(characters.find_last_not_of(U' ') + 1);
-  return Matches(characters, steps, Fold(escape));
+  return Matches(characters, steps, Lowered(escape));
 }
 
 int CodePageLength(std::string_view text) { return Measure(text, TextUnit::kCodePageByte); }
@@ -247,7 +252,6 @@ std::string EncodeUtf8(std::u32string_view characters) {
 }
 
 std::string Utf16ToUtf8(std::string_view utf16) {
-  constexpr char32_t kReplacement = 0xFFFD;
   const auto unit = [utf16](std::size_t i) -> char32_t {
     return static_cast<unsigned char>(utf16[i]) | static_cast<unsigned char>(utf16[i + 1]) << 8;
   };
@@ -283,14 +287,12 @@ std::string_view CutText(std::string_view text, int length, TextUnit unit) {
 }
 
 std::string_view TrimRight(std::string_view text) {
-  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
-  return text;
+  return text.substr(0, text.find_last_not_of(' ') + 1);
 }
 
 std::string_view Trim(std::string_view text) {
   text = TrimRight(text);
-  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
-  return text;
+  return text.substr(std::min(text.find_first_not_of(' '), text.size()));
 }
 
 std::optional<std::string> ParseGuid(std::string_view text) {

@@ -17,6 +17,10 @@ int CompareText(std::string_view left, std::string_view right);
 // Whether two names mean the same; they compare as texts do.
 bool SameName(std::string_view left, std::string_view right);
 
+// The small letter of a capital of ASCII, Latin-1 or the full-width Latin letters, as the collation
+// folds them; any other character as it is.
+char32_t Lowered(char32_t c);
+
 // ASCII letters alone.
 std::string ToUpperAscii(std::string_view text);
 std::string ToLowerAscii(std::string_view text);
@@ -26,6 +30,9 @@ bool HasWord(std::string_view list, std::string_view word);
 
 // The parts with the separator between them; none before the first that is not empty.
 std::string Joined(std::span<const std::string> parts, std::string_view separator);
+
+// Puts an item behind those of a list with commas.
+void AppendItem(std::string& list, std::string_view item);
 
 // As SQLite writes a name, a text and bytes: "a""b", 'it''s', X'00FF'.
 std::string QuoteName(std::string_view name);
@@ -50,6 +57,8 @@ int Utf16Length(std::string_view text);
 // Takes the character at `position` and moves behind it. A byte that begins none stands alone, as
 // far behind kBroken, so that broken texts still compare and come back as they were.
 constexpr char32_t kBroken = 0x110000;
+// What stands for characters that there are not where nothing broken may pass.
+constexpr char32_t kReplacement = 0xFFFD;
 char32_t NextCharacter(std::string_view text, std::size_t& position);
 
 // The characters of a text, and back.

@@ -51,6 +51,10 @@ extern const std::array<TypeFacts, kTypeCount> kTypes;
 
 inline const TypeFacts& FactsOf(TypeId id) { return kTypes[static_cast<std::size_t>(id)]; }
 inline TypeFamily FamilyOf(TypeId id) { return FactsOf(id).family; }
+// Decimals and money.
+inline bool IsExact(TypeId id) {
+  return FamilyOf(id) == TypeFamily::kDecimal || FamilyOf(id) == TypeFamily::kMoney;
+}
 inline std::string_view NameOf(TypeId id) { return FactsOf(id).name; }
 
 // "decimal(10,2)", "nvarchar(20)", "int".

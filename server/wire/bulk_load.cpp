@@ -11,9 +11,6 @@
 namespace dbkeeper::server {
 namespace {
 
-constexpr std::uint8_t kColumnMetadata = 0x81;
-constexpr std::uint8_t kRow = 0xD1;
-constexpr std::uint8_t kDone = 0xFD;
 constexpr std::size_t kMostColumns = 1024;
 
 // Passes on what goes wrong, and nothing else.
@@ -34,7 +31,7 @@ class ErrorsOnly : public QuietSink {
 };
 
 std::vector<WireType> ReadColumns(ByteReader& in) {
-  if (in.U8() != kColumnMetadata) throw WireError("a bulk load does not tell its columns");
+  if (in.U8() != kColumnsToken) throw WireError("a bulk load does not tell its columns");
   const std::size_t count = in.U16();
   if (count == 0 || count > kMostColumns) throw WireError("a bulk load has too many columns");
   std::vector<WireType> columns;
@@ -62,8 +59,8 @@ std::string InsertText(const BulkTarget& target) {
   std::string names;
   std::string values;
   for (std::size_t i = 0; i < target.columns.size(); ++i) {
-    names += (i == 0 ? "" : ", ") + Bracketed(target.columns[i].name);
-    values += (i == 0 ? "@b" : ", @b") + std::to_string(i + 1);
+    AppendItem(names, Bracketed(target.columns[i].name));
+    AppendItem(values, "@b" + std::to_string(i + 1));
   }
   return "insert into " + table + Bracketed(target.table.name) + " (" + names + ") values (" +
          values + ")";
@@ -124,8 +121,8 @@ void RunBulkLoad(const BulkTarget& target, MessageReader& in, Session& session, 
   // Some clients end in a DONE, and some just end.
   while (!in.AtEnd()) {
     const std::uint8_t token = in.U8();
-    if (token == kDone) break;
-    if (token != kRow) throw WireError("a bulk load has something that is no row");
+    if (token == static_cast<std::uint8_t>(DoneToken::kBatch)) break;
+    if (token != kRowToken) throw WireError("a bulk load has something that is no row");
     for (std::size_t i = 0; i < values.size(); ++i) {
       ReadValue(in, types[i], ValuePlace::kRow, values[i]);
     }

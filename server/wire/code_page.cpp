@@ -11,7 +11,6 @@
 namespace dbkeeper::server {
 namespace {
 
-constexpr char32_t kReplacement = 0xFFFD;
 constexpr std::size_t kUnits = 0x10000;
 
 // Takes the ASCII characters off that come: most of them do so in rows.

@@ -79,7 +79,7 @@ void Connection::AcceptLogin(const LoginPacket& login) {
   AppendEnvironment(Environment::kLanguage, language, "", out);
   AppendMessage(MakeMessage(5703, {language}), server_name_, out);
   AppendLoginAcknowledge(out);
-  AppendEnvironment(Environment::kPacketSize, size, "4096", out);
+  AppendEnvironment(Environment::kPacketSize, size, std::to_string(kDefaultPacket), out);
   AppendDone(DoneToken::kBatch, {}, out);
   rpc_.emplace(*session_);
   on_login_(session_->spid());

@@ -15,7 +15,6 @@ constexpr std::uint8_t kOptionEnd = 0xFF;
 constexpr char kEncryptionNotSupported = 2;
 constexpr char kEncryptionRequired = 3;
 
-constexpr std::size_t kDefaultPacketSize = 4096;
 constexpr std::size_t kLongestName = 128;
 constexpr std::uint32_t kOldestVersion = 0x70000000;
 
@@ -94,8 +93,8 @@ LoginPacket ReadLogin(std::string_view message) {
   const std::size_t packet_size = head.U32();
   head.Skip(4);  // the version of the client's library
   LoginPacket login;
-  login.packet_size = packet_size == 0 ? kDefaultPacketSize
-                                       : std::clamp(packet_size, kSmallestPacket, kLargestPacket);
+  login.packet_size =
+      packet_size == 0 ? kDefaultPacket : std::clamp(packet_size, kSmallestPacket, kLargestPacket);
   LoginRequest& request = login.request;
   request.client.process_id = head.U32();
   request.client.host_name = Text(message, Field::kHostName);

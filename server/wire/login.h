@@ -6,13 +6,14 @@
 #include <string_view>
 
 #include "server/engine/session.h"
+#include "server/wire/packet.h"
 
 namespace dbkeeper::server {
 
 // What a login packet says.
 struct LoginPacket {
   LoginRequest request;
-  std::size_t packet_size = 4096;
+  std::size_t packet_size = kDefaultPacket;
   std::string language;
 };
 

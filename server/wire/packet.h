@@ -25,6 +25,7 @@ enum class PacketKind : std::uint8_t {
 
 constexpr std::size_t kPacketHeader = 8;
 constexpr std::size_t kSmallestPacket = 512;
+constexpr std::size_t kDefaultPacket = 4096;
 constexpr std::size_t kLargestPacket = 32767;
 
 // Reads one message after the other from a channel. A message is read piece by piece, so that
@@ -84,7 +85,7 @@ class MessageWriter {
   void Send();
 
   Channel& channel_;
-  std::size_t packet_size_ = 4096;
+  std::size_t packet_size_ = kDefaultPacket;
   int spid_ = 0;
   std::uint8_t number_ = 0;
   std::string buffer_;

@@ -76,7 +76,7 @@ void ReturnHandle(const Parameters& arguments, int handle, WireSink& sink) {
 void ReturnIntegers(const Parameters& arguments, std::size_t first,
                     std::initializer_list<std::int64_t> values, WireSink& sink) {
   for (const std::int64_t value : values) {
-    if (first == arguments.size()) return;
+    if (first >= arguments.size()) return;
     const Parameter& argument = arguments[first++];
     if (argument.is_output) sink.ReturnInteger(argument.name, value);
   }
@@ -247,10 +247,7 @@ void RpcCalls::CursorFetch(const Parameters& arguments, WireSink& sink) {
   const auto code = static_cast<int>(At<std::int64_t>(arguments, 1, kNext));
   if (code == kFetchInfo) {
     sink.ReturnStatusOnce(0);
-    if (arguments.size() > 2) {
-      ReturnIntegers(arguments, 2, {cursor.position(), cursor.row_count()}, sink);
-    }
-    return;
+    return ReturnIntegers(arguments, 2, {cursor.position(), cursor.row_count()}, sink);
   }
   const auto* const fetch =
       std::ranges::find(kFetches, code, [](const auto& row) { return row.first; });

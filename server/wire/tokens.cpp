@@ -11,12 +11,10 @@ namespace dbkeeper::server {
 namespace {
 
 constexpr std::uint8_t kReturnStatus = 0x79;
-constexpr std::uint8_t kColumnMetadata = 0x81;
 constexpr std::uint8_t kError = 0xAA;
 constexpr std::uint8_t kInfo = 0xAB;
 constexpr std::uint8_t kReturnValue = 0xAC;
 constexpr std::uint8_t kLoginAcknowledge = 0xAD;
-constexpr std::uint8_t kRow = 0xD1;
 constexpr std::uint8_t kEnvironmentChange = 0xE3;
 constexpr std::uint8_t kCollationKind = 7;
 
@@ -66,7 +64,7 @@ void AppendMessage(const ServerMessage& message, std::string_view server_name, B
     out.U32(message.number).U8(message.state).U8(message.severity);
     AppendLongText(message.text, out);
     AppendShortText(server_name, out);
-    AppendShortText(message.procedure, out);
+    AppendShortText("", out);  // the procedure: none runs here
     out.U16(message.line);
   });
 }
@@ -94,7 +92,7 @@ void AppendLoginAcknowledge(ByteWriter& out) {
 }
 
 void AppendColumns(const std::vector<ResultColumn>& columns, ByteWriter& out) {
-  out.U8(kColumnMetadata).U16(columns.size());
+  out.U8(kColumnsToken).U16(columns.size());
   for (const ResultColumn& column : columns) {
     out.U16(column.type.id == TypeId::kTimestamp ? kTimestampUserType : 0);
     out.U16((column.type.nullable ? kNullable : 0) | (column.updatable ? kUpdatable : 0) |
@@ -106,7 +104,7 @@ void AppendColumns(const std::vector<ResultColumn>& columns, ByteWriter& out) {
 }
 
 void AppendRow(const std::vector<ResultColumn>& columns, const RowView& row, ByteWriter& out) {
-  out.U8(kRow);
+  out.U8(kRowToken);
   for (std::size_t i = 0; i < columns.size(); ++i) {
     AppendValue(columns[i].type, row, i, out);
   }

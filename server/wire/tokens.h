@@ -10,6 +10,10 @@
 
 namespace dbkeeper::server {
 
+// What rows stand under, in answers and in bulk loads.
+constexpr std::uint8_t kColumnsToken = 0x81;
+constexpr std::uint8_t kRowToken = 0xD1;
+
 // Which of the three DONE tokens: after a statement of a batch, after one inside a procedure, at
 // the end of a procedure.
 enum class DoneToken : std::uint8_t { kBatch = 0xFD, kProcedure = 0xFE, kInProcedure = 0xFF };

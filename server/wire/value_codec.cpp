@@ -120,7 +120,7 @@ void AppendDecimal(std::string_view text, const SqlType& type, ByteWriter& out) 
 }
 
 std::uint64_t DateTimeBits(std::int64_t ticks, bool small) {
-  const std::int64_t days = ticks / kTicksPerDay - (ticks % kTicksPerDay < 0 ? 1 : 0);
+  const std::int64_t days = DayOf(ticks);
   const auto time = static_cast<std::uint64_t>(ticks - days * kTicksPerDay);
   if (small) return static_cast<std::uint16_t>(days) | time / kTicksPerMinute << 16;
   return static_cast<std::uint32_t>(days) | time << 32;

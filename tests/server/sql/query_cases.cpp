@@ -106,7 +106,17 @@ constexpr StatementCase kQueries[] = {
     {"begin select 1 begin select 2 end end; select 3", "1;2;3"},
     {"select top 1 name from items group by name order by count(*) desc, name desc", "cherry "},
     {"select sum(amount) from orders where 1 = 2", "null"},
+    {"select cast('a' as text) union all select cast('b' as text)", "a;b"},
     {"select 1 having 1 = 1", "1"},
+    {"select 'x' from items order by count(*)", "x"},
+    {"select 'x', 2 from items having count(*) > 3", "x|2"},
+    {"select 'x' from items having count(*) > 4", ""},
+    {"select 'x' from items where 1 = 2 having count(*) = 0", "x"},
+    {"select 'x' from items where 1 = 2 having 1 = 1", "x"},
+    {"select 'x' from items where 1 = 2 order by max(id)", "x"},
+    {"select id from items i where exists (select * from orders o where o.item = i.id "
+     "having count(*) > 1)",
+     "1"},
     {"select id from items where price = 3.2500 or price = $20 order by 1", "2;3"},
     {"select min(price), max(born) from items", "1.50|2004-03-05 10:20:00.000"},
 };

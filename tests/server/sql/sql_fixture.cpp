@@ -56,7 +56,7 @@ std::optional<ObjectInfo> TestInstance::ResolveTableFunction(
       "(SELECT 'TABLE' AS objtype, 'items' AS objname, 'MS_Description' AS name, " + level +
       " AS value)";
   for (const char* column : {"objtype", "objname", "name", "value"}) {
-    object.columns.push_back({column, SqlType{TypeId::kNVarChar, 128, 0, 0, true}, "", "", ""});
+    object.columns.push_back({column, SqlType{TypeId::kNVarChar, 128, 0, 0, true}, "", ""});
   }
   return object;
 }

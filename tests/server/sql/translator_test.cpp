@@ -102,6 +102,17 @@ TEST(Translator, ParametersAreBoundByNameWithTheirTypes) {
       "2|3.5");
 }
 
+TEST(Translator, ParametersOfTopAreIntegers) {
+  TestInstance instance;
+  instance.Run(kSetup);
+  const auto top = [&](const SqlType& type, const char* value) {
+    return instance.Run("select top @P1 id from items order by 1", {{"@P1", type}}, {value}).rows;
+  };
+  EXPECT_EQ(top(SqlType{TypeId::kInt, 4, 10, 0, true}, "2"), "1;2");
+  EXPECT_EQ(top(SqlType{TypeId::kNVarChar, 20, 0, 0, true}, "two"), "error 1060");
+  EXPECT_EQ(top(SqlType{TypeId::kDecimal, 0, 5, 1, true}, "2.5"), "error 1060");
+}
+
 TEST(Translator, RowIdsComeWithQueriesThatReadOneTableRowByRow) {
   TestInstance instance;
   instance.Run(kSetup);
