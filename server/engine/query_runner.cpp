@@ -8,6 +8,7 @@
 #include "server/sql/parser.h"
 #include "server/sql/server_functions.h"
 #include "server/types/messages.h"
+#include "server/types/type_rules.h"
 
 namespace dbkeeper::server {
 
@@ -52,7 +53,8 @@ class PutOffChecks {
   SqliteConnection& connection_;
 };
 
-// "k = <bytes>, ..." for the assigned columns of unique indexes.
+// "k = <something else>, ..." for the assigned columns of unique indexes: a text in a column of
+// bytes, bytes in every other one.
 std::string KeysGivenUp(const Translation& update, const CatalogTable& table) {
   std::string set;
   for (const std::string& column : update.assigned) {
@@ -61,7 +63,10 @@ std::string KeysGivenUp(const Translation& update, const CatalogTable& table) {
              std::ranges::find(index.keys, column, &KeyColumn::name) != index.keys.end();
     };
     if (std::ranges::none_of(table.indexes, has)) continue;
-    set += (set.empty() ? "" : ", ") + QuoteName(column) + " = cast('key ' || _rowid_ as blob)";
+    const TypeFamily family = FamilyOf(table.FindColumn(column)->type.id);
+    const bool bytes = family == TypeFamily::kBinary || family == TypeFamily::kGuid;
+    set += (set.empty() ? "" : ", ") + QuoteName(column) +
+           (bytes ? " = 'key ' || _rowid_" : " = cast('key ' || _rowid_ as blob)");
   }
   return set;
 }
@@ -238,8 +243,7 @@ std::int64_t QueryRunner::RunToEnd(SqliteStatement& statement, const Parameters&
 }
 
 // SQLite compares a changed row with those that are yet to change; the server compares what the
-// statement leaves behind. So the rows are first given keys that nothing else has: bytes, which no
-// other value of a column equals.
+// statement leaves behind. So the rows are first given keys that nothing else has.
 std::int64_t QueryRunner::UpdateInSteps(const Translation& translation, const FoundObject& target,
                                         const Parameters& values, const SqliteError& failure) {
   const std::string keys =

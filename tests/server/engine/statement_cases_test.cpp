@@ -190,6 +190,10 @@ TEST_F(StatementTest, KeysMayPassThroughEachOther) {
       {"update p set a = 7 - a where a > 2", "(2)"},
       {"select a, n from p order by a", "2|10\n3|NULL\n4|20"},
       {"begin tran update p set a = 7 - a where a > 2 rollback", "(2)"},
+      {"create table b (x binary(6) primary key)", ""},
+      {"insert b values (0x6B6579203200) insert b values (0x6B6579203100)", "(1)\n(1)"},
+      {"update b set x = case x when 0x6B6579203200 then 0x6B6579203100 else 0x6B6579203200 end",
+       "(2)"},
       {"select a, n from p order by a", "2|10\n3|NULL\n4|20"},
   };
   Converse(Operator(), kCases);
