@@ -408,11 +408,9 @@ std::string Catalog::IndexSql(const CatalogTable& table, const CatalogIndex& ind
     const std::string name = QuoteName(key.name);
     keys += (keys.empty() ? "" : ", ") + name + (key.descending ? " DESC" : "");
     const TypeId type = table.FindColumn(key.name)->type.id;
-    const TypeFamily family = FamilyOf(type);
-    const bool bytes = family == TypeFamily::kBinary || family == TypeFamily::kGuid;
     const std::string_view collation = CollationOf(type);
     keys_with_null += keys_with_null.empty() ? "" : ", ";
-    keys_with_null += "ifnull(" + name + (bytes ? ", 0)" : ", x'')");
+    keys_with_null += "ifnull(" + name + (IsStoredAsBytes(type) ? ", 0)" : ", x'')");
     if (!collation.empty()) keys_with_null.append(" COLLATE ").append(collation);
     any_null += (any_null.empty() ? "" : " OR ") + name + " IS NULL";
   }

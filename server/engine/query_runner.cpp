@@ -63,8 +63,7 @@ std::string KeysGivenUp(const Translation& update, const CatalogTable& table) {
              std::ranges::find(index.keys, column, &KeyColumn::name) != index.keys.end();
     };
     if (std::ranges::none_of(table.indexes, has)) continue;
-    const TypeFamily family = FamilyOf(table.FindColumn(column)->type.id);
-    const bool bytes = family == TypeFamily::kBinary || family == TypeFamily::kGuid;
+    const bool bytes = IsStoredAsBytes(table.FindColumn(column)->type.id);
     set += (set.empty() ? "" : ", ") + QuoteName(column) +
            (bytes ? " = 'key ' || _rowid_" : " = cast('key ' || _rowid_ as blob)");
   }

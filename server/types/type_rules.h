@@ -65,6 +65,11 @@ std::string DeclarationOf(const SqlType& type);
 // SqlError for wrong measures (131, 192, 1001, 2716, 2750).
 std::optional<SqlType> TypeByName(std::string_view name, const std::vector<int>& measures);
 
+// Whether the type's cells are blobs.
+inline bool IsStoredAsBytes(TypeId id) {
+  return FamilyOf(id) == TypeFamily::kBinary || FamilyOf(id) == TypeFamily::kGuid;
+}
+
 // How a column of the type is declared in SQLite: "TEXT COLLATE MSTEXT".
 std::string SqliteDeclaration(const SqlType& type);
 
