@@ -60,10 +60,12 @@ add_library(dbkeeper_core STATIC
   app/main/UnitLogin.cpp
   app/main/UnitMain.cpp
 )
+target_precompile_headers(dbkeeper_core REUSE_FROM dbkeeper_headers)
 target_include_directories(dbkeeper_core PUBLIC ${CMAKE_SOURCE_DIR})
 
 # Fakes of the outside, for every test program of the core.
 add_library(dbkeeper_test_support STATIC tests/support/FakeHost.cpp)
+target_precompile_headers(dbkeeper_test_support REUSE_FROM dbkeeper_headers)
 target_link_libraries(dbkeeper_test_support PUBLIC dbkeeper_core)
 
 dbkeeper_test(core_tests

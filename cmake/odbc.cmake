@@ -13,6 +13,7 @@ add_library(dbkeeper_odbc STATIC
   platform/odbc/RowBlock.cpp
   platform/odbc/Utf16.cpp
 )
+target_precompile_headers(dbkeeper_odbc REUSE_FROM dbkeeper_headers)
 target_include_directories(dbkeeper_odbc SYSTEM PRIVATE ${ODBC_INCLUDE_DIR})
 target_link_libraries(dbkeeper_odbc PUBLIC dbkeeper_core PRIVATE ${ODBC_LIBRARY})
 
@@ -24,6 +25,7 @@ dbkeeper_test(odbc_test
   LIBS dbkeeper_odbc)
 
 add_library(dbkeeper_local_server STATIC platform/host/LocalServerProcess.cpp)
+target_precompile_headers(dbkeeper_local_server REUSE_FROM dbkeeper_headers)
 target_link_libraries(dbkeeper_local_server PUBLIC dbkeeper_core)
 
 # What end-to-end tests link to have a server of their own.

@@ -32,6 +32,7 @@ add_library(dbkeeper_server_sql STATIC
   server/types/text.cpp
   server/types/type_rules.cpp
 )
+target_precompile_headers(dbkeeper_server_sql REUSE_FROM dbkeeper_headers)
 target_include_directories(dbkeeper_server_sql PUBLIC ${CMAKE_SOURCE_DIR})
 target_link_libraries(dbkeeper_server_sql PUBLIC SQLite::SQLite3 PRIVATE Boost::headers)
 
@@ -74,6 +75,7 @@ add_library(dbkeeper_server_engine STATIC
   server/procedures/property_procedures.cpp
   server/procedures/user_procedures.cpp
 )
+target_precompile_headers(dbkeeper_server_engine REUSE_FROM dbkeeper_headers)
 target_include_directories(dbkeeper_server_engine PUBLIC ${CMAKE_SOURCE_DIR})
 target_link_libraries(dbkeeper_server_engine PUBLIC dbkeeper_server_sql Threads::Threads
   PkgConfig::XXHASH

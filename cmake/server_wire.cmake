@@ -14,6 +14,7 @@ add_library(dbkeeper_server_wire STATIC
   server/wire/value_codec.cpp
   server/wire/wire_sink.cpp
 )
+target_precompile_headers(dbkeeper_server_wire REUSE_FROM dbkeeper_headers)
 target_include_directories(dbkeeper_server_wire PUBLIC ${CMAKE_SOURCE_DIR})
 target_link_libraries(dbkeeper_server_wire PUBLIC dbkeeper_server_sql Threads::Threads)
 

@@ -1,4 +1,3 @@
-find_package(GTest REQUIRED)
 include(GoogleTest)
 
 # dbkeeper_test(name [TOGETHER] SOURCES ... LIBS ...): a test program whose cases CTest knows one by
@@ -8,6 +7,7 @@ function(dbkeeper_test name)
   add_executable(${name} ${ARG_SOURCES})
   target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE ${ARG_LIBS} GTest::gtest_main)
+  target_precompile_headers(${name} REUSE_FROM dbkeeper_test_headers)
   if(DBKEEPER_SANITIZE)
     # The cases themselves take no time worth optimising for, but minutes to be optimised.
     target_compile_options(${name} PRIVATE -O0)
