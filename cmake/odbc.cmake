@@ -36,17 +36,17 @@ if(TARGET dbkeeper-server)
   target_link_libraries(dbkeeper_test_server PUBLIC dbkeeper_local_server)
   add_dependencies(dbkeeper_test_server dbkeeper-server)
 
-  dbkeeper_test(odbc_server_test
+  dbkeeper_test(odbc_server_test WIRE
     SOURCES
       tests/platform/odbc/ConnectionContract.cpp
       tests/platform/odbc/LocalServerTest.cpp
     LIBS dbkeeper_odbc dbkeeper_test_server)
 
-  dbkeeper_test(rows_server_test TOGETHER
+  dbkeeper_test(rows_server_test WIRE TOGETHER
     SOURCES tests/platform/odbc/EditModeTest.cpp
     LIBS dbkeeper_odbc dbkeeper_test_server dbkeeper_test_support)
 
-  dbkeeper_test(upkeep_server_test
+  dbkeeper_test(upkeep_server_test WIRE
     SOURCES tests/platform/odbc/DatabaseUpkeepTest.cpp
     LIBS dbkeeper_odbc dbkeeper_test_server dbkeeper_test_support)
 endif()

@@ -78,18 +78,16 @@ target_sources(dbkeeper PRIVATE platform/qt/OperatorRun.cpp)
 target_sources(dbkeeper-tour PRIVATE platform/qt/tour/TourRun.cpp)
 target_link_libraries(dbkeeper-tour PRIVATE dbkeeper_tour_kit)
 
-add_executable(qt_tests
-  tests/platform/qt/BinderTest.cpp
-  tests/platform/qt/DatabaseWindowsTest.cpp
-  tests/platform/qt/ListTest.cpp
-  tests/platform/qt/OffscreenMain.cpp
-  tests/platform/qt/RealWindows.cpp
-  tests/platform/qt/TreeTest.cpp
-  tests/platform/qt/WindowsTest.cpp
-)
-target_link_libraries(qt_tests PRIVATE dbkeeper_tour_kit dbkeeper_test_support GTest::gtest)
-target_precompile_headers(qt_tests REUSE_FROM dbkeeper_qt)
-gtest_discover_tests(qt_tests DISCOVERY_TIMEOUT 60)
+dbkeeper_test(qt_tests QT
+  SOURCES
+    tests/platform/qt/BinderTest.cpp
+    tests/platform/qt/DatabaseWindowsTest.cpp
+    tests/platform/qt/ListTest.cpp
+    tests/platform/qt/OffscreenMain.cpp
+    tests/platform/qt/RealWindows.cpp
+    tests/platform/qt/TreeTest.cpp
+    tests/platform/qt/WindowsTest.cpp
+  LIBS dbkeeper_tour_kit dbkeeper_test_support)
 
 dbkeeper_test(host_tests
   SOURCES
@@ -97,26 +95,24 @@ dbkeeper_test(host_tests
     tests/platform/host/MachineTest.cpp
   LIBS dbkeeper_host dbkeeper_test_support)
 
-add_executable(qt_grid_tests
-  tests/platform/qt/BrowserPaneTest.cpp
-  tests/platform/qt/GridTest.cpp
-  tests/platform/qt/OffscreenMain.cpp
-)
-target_link_libraries(qt_grid_tests PRIVATE dbkeeper_qt dbkeeper_test_support Qt6::Test GTest::gtest)
-gtest_discover_tests(qt_grid_tests DISCOVERY_TIMEOUT 60)
+dbkeeper_test(qt_grid_tests QT
+  SOURCES
+    tests/platform/qt/BrowserPaneTest.cpp
+    tests/platform/qt/GridTest.cpp
+    tests/platform/qt/OffscreenMain.cpp
+  LIBS dbkeeper_qt dbkeeper_test_support)
 
 # The whole of it on the local server: real windows, real wire.
 if(TARGET dbkeeper-server)
   add_test(NAME guided_tour COMMAND dbkeeper-tour ${CMAKE_BINARY_DIR}/tour)
-  set_tests_properties(guided_tour PROPERTIES
+  add_dependencies(wire_tests dbkeeper-tour)
+  set_tests_properties(guided_tour PROPERTIES LABELS wire
     ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8")
 endif()
 
-add_executable(qt_query_tests
-  tests/platform/qt/ExecSqlWindowTest.cpp
-  tests/platform/qt/NumericWidgetTest.cpp
-  tests/platform/qt/OffscreenMain.cpp
-)
-target_link_libraries(qt_query_tests PRIVATE dbkeeper_qt dbkeeper_test_support Qt6::Test GTest::gtest)
-target_precompile_headers(qt_query_tests REUSE_FROM dbkeeper_qt)
-gtest_discover_tests(qt_query_tests DISCOVERY_TIMEOUT 60)
+dbkeeper_test(qt_query_tests QT
+  SOURCES
+    tests/platform/qt/ExecSqlWindowTest.cpp
+    tests/platform/qt/NumericWidgetTest.cpp
+    tests/platform/qt/OffscreenMain.cpp
+  LIBS dbkeeper_qt dbkeeper_test_support)

@@ -47,7 +47,7 @@ if(DBKEEPER_FUZZ)
   target_link_libraries(server_wire_fuzz PRIVATE dbkeeper_server_wire)
 endif()
 
-dbkeeper_test(server_e2e_tests
+dbkeeper_test(server_e2e_tests WIRE
   SOURCES
     tests/server/e2e/bulk_copy_test.cpp
     tests/server/e2e/database_kill_test.cpp
