@@ -51,6 +51,7 @@ add_library(dbkeeper_server_engine STATIC
   server/engine/database_files.cpp
   server/engine/database_places.cpp
   server/engine/engine_session.cpp
+  server/engine/host_account.cpp
   server/engine/host_file.cpp
   server/engine/instance_state.cpp
   server/engine/object_definition.cpp
@@ -102,6 +103,7 @@ dbkeeper_test(server_engine_tests
     tests/server/engine/catalog_test.cpp
     tests/server/engine/durability_test.cpp
     tests/server/engine/engine_fixture.cpp
+    tests/server/engine/permissions_test.cpp
     tests/server/engine/session_test.cpp
     tests/server/engine/statement_cases_test.cpp
   LIBS dbkeeper_server_engine

@@ -53,6 +53,7 @@ dbkeeper_test(server_e2e_tests WIRE
     tests/server/e2e/database_kill_test.cpp
     tests/server/e2e/driver_test.cpp
     tests/server/e2e/durability_test.cpp
+    tests/server/e2e/permissions_test.cpp
     tests/server/e2e/program_test.cpp
     tests/server/e2e/server_process.cpp
   LIBS odbc

@@ -34,7 +34,8 @@ std::optional<CatalogObject> ReadObject(SqliteStatement row) {
                        .xtype = std::string(TrimRight(row.Bytes(2))),
                        .parent = row.Integer(3),
                        .info = row.Integer(4),
-                       .status = row.Integer(5)};
+                       .status = row.Integer(5),
+                       .owner = row.Integer(6)};
 }
 
 std::string QuotedList(const std::vector<std::string>& names) {
@@ -101,12 +102,18 @@ std::string Catalog::Placed(CatalogSql sql) const {
 
 std::optional<CatalogObject> Catalog::FindObject(std::string_view name) {
   return ReadObject(Prepare(
-      "select id, name, xtype, parent_obj, info, status from {}sysobjects where name = ?1", name));
+      "select id, name, xtype, parent_obj, info, status, uid from {}sysobjects where name = ?1",
+      name));
 }
 
 std::optional<CatalogObject> Catalog::FindObject(std::int64_t id) {
   return ReadObject(Prepare(
-      "select id, name, xtype, parent_obj, info, status from {}sysobjects where id = ?1", id));
+      "select id, name, xtype, parent_obj, info, status, uid from {}sysobjects where id = ?1", id));
+}
+
+std::string Catalog::UserName(std::int64_t uid) {
+  // Dbo keeps its name, and the temporary tables, which are its own, have no users beside them.
+  return uid == kDbo ? "dbo" : TextOf("select name from {}sysusers where uid = ?1", uid);
 }
 
 std::vector<CatalogColumn> Catalog::Columns(std::int64_t id) {
@@ -367,14 +374,18 @@ std::string Catalog::TableBody(const CatalogTable& table, NameResolver& resolver
 void Catalog::Redefine(const CatalogTable& table, NameResolver& resolver) {
   // SQLite's own way to change constraints: the stored text is replaced and the schema's version
   // raised, so that every connection reads it anew. The layout of the rows must stay the same.
-  const std::int64_t version = connection_.IntegerOf(0, "pragma " + quoted_ + "schema_version") + 1;
   connection_.Execute("pragma writable_schema = on");
   connection_.Run(
       "update " + quoted_ + "sqlite_schema set sql = ?1 where type = 'table' and name = ?2",
       "CREATE TABLE " + QuoteName(table.object.name) + TableBody(table, resolver),
       table.object.name);
-  connection_.Execute("pragma " + quoted_ + "schema_version = " + std::to_string(version));
+  RaiseVersion();
   connection_.Execute("pragma writable_schema = off");
+}
+
+void Catalog::RaiseVersion() {
+  const std::int64_t version = connection_.IntegerOf(0, "pragma " + quoted_ + "schema_version");
+  connection_.Execute("pragma " + quoted_ + "schema_version = " + std::to_string(version + 1));
 }
 
 std::string Catalog::OrphanSql(const CatalogForeignKey& key) const {

@@ -16,6 +16,9 @@
 
 namespace dbkeeper::server {
 
+// The user who owns a database, in its sysusers.
+inline constexpr std::int64_t kDbo = 1;
+
 struct CatalogObject {
   std::int64_t id = 0;
   std::string name;
@@ -23,6 +26,7 @@ struct CatalogObject {
   std::int64_t parent = 0;
   std::int64_t info = 0;  // the column of a constraint written with a column
   std::int64_t status = 0;
+  std::int64_t owner = kDbo;  // in sysusers
 };
 
 struct CatalogIdentity {
@@ -141,6 +145,8 @@ class Catalog {
   // Foreign keys that refer to the table.
   std::vector<CatalogForeignKey> ReferencesTo(std::int64_t id) { return ForeignKeys({}, id); }
   std::string ObjectText(std::int64_t id);
+  // The user or role of that number.
+  std::string UserName(std::int64_t uid);
 
   // All of these change the catalog only. They give back the id.
   std::int64_t AddObject(std::string_view name, std::string_view xtype, std::int64_t parent = 0,
@@ -163,6 +169,8 @@ class Catalog {
   void Define(const CatalogTable& table, NameResolver& resolver);
   // Makes SQLite's definition of an existing table follow the catalog without touching its rows.
   void Redefine(const CatalogTable& table, NameResolver& resolver);
+  // Has every connection read anew what it remembers of the objects.
+  void RaiseVersion();
   // A query with a row when one of the key's child table has no row in the parent table.
   std::string OrphanSql(const CatalogForeignKey& key) const;
   static std::string IndexSqliteName(std::int64_t id, std::int64_t indid);

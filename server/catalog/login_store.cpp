@@ -49,9 +49,9 @@ void StoreLogin(SqliteConnection& connection, const NewLogin& login) {
   connection.Run(
       "insert into main.syslogins values (?1, 9, ?2, ?2, ?2, 0, 0, 0, 0, 0, ?3, ?4, null, ?5, 0, "
       "1, ?6, ?7, ?8, ?9, 0, 0, 0, 0, 0, 0, 0, ?3)",
-      Cell(Blob{sid}), now, login.name, login.database, login.language, login.windows ? 1 : 0,
-      login.windows && login.name.starts_with("BUILTIN\\") ? 1 : 0,
-      login.windows && !login.name.starts_with("BUILTIN\\") ? 1 : 0, login.sysadmin ? 1 : 0);
+      Cell(Blob{sid}), now, login.name, login.database, login.language,
+      login.kind == LoginKind::kSql ? 0 : 1, login.kind == LoginKind::kWindowsGroup ? 1 : 0,
+      login.kind == LoginKind::kWindowsUser ? 1 : 0, login.sysadmin ? 1 : 0);
 }
 
 void StorePassword(SqliteConnection& connection, const std::string& name,

@@ -19,11 +19,13 @@ inline constexpr std::pair<std::string_view, std::string_view> kServerRoles[] = 
     {"dbcreator", "Database Creators"},         {"bulkadmin", "Bulk Insert Administrators"},
 };
 
+enum class LoginKind { kSql, kWindowsUser, kWindowsGroup };
+
 struct NewLogin {
   std::string name;
   std::string database = "master";
   std::string language = kDefaultLanguage;
-  bool windows = false;
+  LoginKind kind = LoginKind::kSql;
   bool sysadmin = false;
 };
 

@@ -41,7 +41,9 @@ void MakeMaster(const InstanceState& state) {
   RegisterSystemTables(catalog, MasterSystemTables(), kFirstMasterTable);
   StoreLogin(connection, {.name = "sa", .sysadmin = true});
   StorePassword(connection, "sa", "");
-  StoreLogin(connection, {.name = "BUILTIN\\Administrators", .windows = true, .sysadmin = true});
+  StoreLogin(
+      connection,
+      {.name = "BUILTIN\\Administrators", .kind = LoginKind::kWindowsGroup, .sysadmin = true});
   connection.Run(
       "insert into main.sysdatabases values ('master', 1, x'01', 0, ?1, 1090519040, ?2, 0, 0, 80, "
       "?3, 539)",

@@ -248,8 +248,9 @@ void EngineSession::Execute(const ObjectName& name, const Parameters& arguments,
   const ProcedureRow* procedure = FindProcedure(name.name);
   if (procedure == nullptr) {
     const std::optional<FoundObject> kept = resolver_.Find(name);
-    if (kept && kept->object.xtype == "P") Fail(50012, {name.Text()});
-    Fail(2812, {name.Text()});
+    if (!kept || kept->object.xtype != "P") Fail(2812, {name.Text()});
+    NeedPermission(workspace_, *kept, "EXECUTE");
+    Fail(50012, {name.Text()});
   }
   workspace_.Open(inside);
   workspace_.SetCurrent(inside);

@@ -17,6 +17,7 @@ namespace {
 FoundObject NeedTarget(Resolver& resolver, const ObjectInfo& info) {
   ObjectName name;
   name.database = info.name.starts_with('#') ? "" : info.database;
+  name.owner = info.owner;
   name.name = info.name;
   FoundObject found = resolver.Need(name, "U S");
   if (found.IsSystem() && !info.name.starts_with('#')) Fail(259);
@@ -195,6 +196,7 @@ std::int64_t QueryRunner::Change(const Translation& translation, const Parameter
                                  const std::string& verb) {
   const FoundObject target = NeedTarget(resolver_, *translation.target);
   NeedReading(&target);
+  if (translation.reads_target) NeedPermission(workspace_, target, "SELECT");
   SqliteStatement statement = workspace_.connection().Prepare(translation.sqlite_sql);
   return Execute(translation, statement, target, values, verb);
 }

@@ -43,15 +43,21 @@ FoundObject Resolver::Place(const ObjectName& name) {
 
 std::optional<FoundObject> Resolver::Find(const ObjectName& name) {
   FoundObject found = Place(name);
-  if (!name.owner.empty() && !SameName(name.owner, "dbo")) return std::nullopt;
   if (const Known* table = FindTable(found, name.name)) {
     found.object = table->object;
-    return found;
+  } else if (std::optional<CatalogObject> object = CatalogAt(found).FindObject(name.name)) {
+    found.object = std::move(*object);
+  } else {
+    return std::nullopt;
   }
-  std::optional<CatalogObject> object = CatalogAt(found).FindObject(name.name);
-  if (!object) return std::nullopt;
-  found.object = std::move(*object);
-  return found;
+  return Means(name, found) ? std::optional(found) : std::nullopt;
+}
+
+// A name without an owner is one of the user's own objects, or of dbo's.
+bool Resolver::Means(const ObjectName& name, const FoundObject& found) {
+  const std::string owner = CatalogAt(found).UserName(found.object.owner);
+  if (!name.owner.empty()) return SameName(owner, name.owner);
+  return found.object.owner == kDbo || SameName(owner, workspace_.UserName(found.database));
 }
 
 const Resolver::Known* Resolver::FindTable(const FoundObject& place, const std::string& name) {
@@ -88,8 +94,9 @@ std::optional<ObjectInfo> Resolver::ResolveObject(const ObjectName& name) {
   if (!found || !HasWord("U S V", found->object.xtype)) return std::nullopt;
   Note(name, *found);
   if (found->object.xtype == "V" && !found->IsSystem()) {
-    return ViewInfo(found->database, "dbo", found->object.name,
-                    CatalogAt(*found).ObjectText(found->object.id));
+    Catalog catalog = CatalogAt(*found);
+    return ViewInfo(found->database, catalog.UserName(found->object.owner), found->object.name,
+                    catalog.ObjectText(found->object.id));
   }
   const Known* table = FindTable(*found, name.name);
   ObjectInfo info = table != nullptr ? table->info : ReadTable(*found);
@@ -118,7 +125,7 @@ ObjectInfo Resolver::ReadTable(const FoundObject& found) {
   ObjectInfo info;
   info.kind = found.IsSystem() ? ObjectKind::kSystemTable : ObjectKind::kTable;
   info.database = found.database.name;
-  info.owner = "dbo";
+  info.owner = catalog.UserName(found.object.owner);
   info.name = found.object.name;
   info.sqlite_from = catalog.Path(found.object.name);
   for (const CatalogColumn& column : catalog.Columns(found.object.id)) {

@@ -65,6 +65,7 @@ class Resolver : public NameResolver {
   const Known* FindTable(const FoundObject& place, const std::string& name);
   ObjectInfo ReadTable(const FoundObject& found);
 
+  bool Means(const ObjectName& name, const FoundObject& found);
   void Note(const ObjectName& name, const FoundObject& found);
 
   Workspace& workspace_;

@@ -44,11 +44,7 @@ std::optional<FoundObject> FindByName(const StateContext& context, const std::st
 // The user that the login is in the current database.
 Cell UserName(const StateContext& context, const Arguments&) {
   Workspace& workspace = context.workspace;
-  if (workspace.login().sysadmin) return std::string("dbo");
-  const std::string name = workspace.CatalogOf("").TextOf(
-      "select name from {}sysusers where sid = (select sid from main.syslogins where name = ?1)",
-      workspace.login().name);
-  return name.empty() ? "guest" : name;
+  return workspace.UserName(workspace.FindDatabase(workspace.database()));
 }
 
 Cell DatabaseName(const StateContext& context, const Arguments& arguments) {

@@ -146,6 +146,17 @@ void Workspace::SetCurrent(const DatabaseInfo& database) {
   dbid_ = database.dbid;
 }
 
+std::string Workspace::UserName(const DatabaseInfo& database) {
+  if (login_.sysadmin) return "dbo";
+  const std::string name =
+      Catalog(connection_, Open(database))
+          .TextOf(
+              "select name from {}sysusers where sid = (select sid from main.syslogins where name "
+              "= ?1)",
+              login_.name);
+  return name.empty() ? "guest" : name;
+}
+
 bool Workspace::IsIn(const DatabaseInfo& database, std::int64_t role) {
   return Catalog(connection_, Open(database))
              .IntegerOf(0,

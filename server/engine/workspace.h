@@ -42,6 +42,8 @@ struct DatabaseInfo {
 
 // Numbers of fixed roles in sysusers.
 inline constexpr std::int64_t kOwners = 16384;
+inline constexpr std::int64_t kAccessAdministrators = 16385;
+inline constexpr std::int64_t kSecurityAdministrators = 16386;
 inline constexpr std::int64_t kBackupOperators = 16389;
 
 struct SessionOptions {
@@ -96,6 +98,8 @@ class Workspace {
   void Detach(int dbid);
   // Makes the database current, without telling anybody.
   void SetCurrent(const DatabaseInfo& database);
+  // The user that the login is in the database.
+  std::string UserName(const DatabaseInfo& database);
   // Whether the login is the owner of the database or in the role that owns it.
   bool IsOwner(const DatabaseInfo& database) { return login_.sysadmin || IsIn(database, kOwners); }
   // Whether the login's user is dbo, or a member of the role itself.

@@ -1,5 +1,6 @@
 // Logins of the instance.
 #include "server/catalog/login_store.h"
+#include "server/engine/host_account.h"
 #include "server/procedures/procedure_call.h"
 #include "server/types/messages.h"
 
@@ -38,8 +39,19 @@ void AddLogin(ProcedureCall& call) {
   call.Inform(15298);
 }
 
+void RefuseConnected(ProcedureCall& call, const std::string& name) {
+  for (const SessionRecord& session : call.workspace().instance().Sessions()) {
+    if (SameName(session.login, name)) Fail(15434, {name});
+  }
+}
+
 // A login that owns or uses a database stays.
 void RefuseMapped(ProcedureCall& call, const std::string& name) {
+  const std::string owned = call.sqlite().TextOf(
+      "select group_concat(name, ', ') from main.sysdatabases where sid = (select sid from "
+      "main.syslogins where name = ?1)",
+      name);
+  if (!owned.empty()) Fail(15174, {name, owned});
   SqliteStatement database =
       call.sqlite().Prepare("select dbid from main.sysdatabases where status & 512 = 0");
   std::vector<int> ids;
@@ -56,10 +68,6 @@ void RefuseMapped(ProcedureCall& call, const std::string& name) {
 }
 
 void RemoveLogin(ProcedureCall& call, const std::string& name) {
-  if (SameName(name, "sa")) Fail(15405, {name});
-  for (const SessionRecord& session : call.workspace().instance().Sessions()) {
-    if (SameName(session.login, name)) Fail(15434, {name});
-  }
   WriteScope scope(call.workspace());
   call.sqlite().Run("delete from main.syslogins where name = ?1", name);
   call.sqlite().Run("delete from main.\"#passwords\" where name = ?1", name);
@@ -69,6 +77,8 @@ void RemoveLogin(ProcedureCall& call, const std::string& name) {
 void DropLogin(ProcedureCall& call) {
   NeedSecurityAdministrator(call);
   const std::string name = NeedLogin(call, call.Text("@loginame"));
+  if (SameName(name, "sa")) Fail(15405, {name});
+  RefuseConnected(call, name);
   RefuseMapped(call, name);
   RemoveLogin(call, name);
   call.Inform(15479);
@@ -93,8 +103,13 @@ void GrantLogin(ProcedureCall& call) {
   const std::string name = call.Text("@loginame");
   if (name.find('\\') == std::string::npos) Fail(15407, {name});
   if (!LoginExists(call, name)) {
+    const HostAccount account =
+        FindHostAccount(name, call.workspace().instance().options().machine_name);
+    if (account == HostAccount::kNone) Fail(15401, {name});
     WriteScope scope(call.workspace());
-    StoreLogin(call.sqlite(), {.name = name, .windows = true});
+    StoreLogin(call.sqlite(), {.name = name,
+                               .kind = account == HostAccount::kGroup ? LoginKind::kWindowsGroup
+                                                                      : LoginKind::kWindowsUser});
     scope.Commit();
   }
   call.Inform(15485, {name});
@@ -104,7 +119,7 @@ void RevokeLogin(ProcedureCall& call) {
   NeedSecurityAdministrator(call);
   const std::string name = call.Text("@loginame");
   if (name.find('\\') == std::string::npos) Fail(15407, {name});
-  RemoveLogin(call, NeedLogin(call, name));
+  RemoveLogin(call, NeedLogin(call, name));  // its users stay, without a login
   call.Inform(15486, {name});
 }
 
@@ -140,7 +155,9 @@ void SetServerRole(ProcedureCall& call, bool member) {
   }
   if (column.empty()) Fail(15402, {role});
   if (SameName(name, "sa")) Fail(15405, {name});
-  call.NeedAdministrator();
+  call.NeedAdministrator(
+      call.Exists("select " + std::string(column) + " from main.syslogins where name = ?1",
+                  call.workspace().login().name));
   call.ChangeMaster(
       "update main.syslogins set " + std::string(column) + " = ?1, updatedate = ?2 where name = ?3",
       member ? 1 : 0, CurrentTime(), name);

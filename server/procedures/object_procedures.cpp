@@ -144,6 +144,23 @@ void Rename(ProcedureCall& call) {
   call.Inform(15477);
 }
 
+// The object goes to another user or role, with its triggers and constraints.
+void ChangeOwner(ProcedureCall& call) {
+  call.NeedOwner();
+  const FoundObject found = call.Object("@objname", "U V P FN");
+  const std::string owner = call.Text("@newowner");
+  Catalog catalog = call.resolver().CatalogAt(found);
+  const std::int64_t uid =
+      catalog.IntegerOf(-1, "select uid from {}sysusers where name = ?1", owner);
+  if (uid < 0) Fail(15410, {owner});
+  WriteScope scope(call.workspace(), found.database, found.alias, found.object.id);
+  catalog.Run("update {}sysobjects set uid = ?1 where id = ?2 or parent_obj = ?2", uid,
+              found.object.id);
+  catalog.RaiseVersion();
+  scope.Commit();
+  call.Inform(15477);
+}
+
 // sp_executesql N'select ... where a = @p', N'@p int', 1. Its last arguments have names of their
 // own, so it is no row of parameters.
 void ExecuteText(ProcedureCall& call) {
@@ -162,6 +179,7 @@ constexpr ProcedureRow kProcedures[] = {
     {"sp_helptext", "@objname, @columnname=", HelpText},
     {"sp_helpindex", "@objname", HelpIndex},
     {"sp_rename", "@objname, @newname, @objtype=", Rename},
+    {"sp_changeobjectowner", "@objname, @newowner", ChangeOwner},
     {"sp_executesql", "@stmt, @params=, ...", ExecuteText},
 };
 

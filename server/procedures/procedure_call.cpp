@@ -122,8 +122,8 @@ void ProcedureCall::NeedAdministrator(bool or_has) {
   if (!workspace().login().sysadmin && !or_has) Fail(15247);
 }
 
-void ProcedureCall::NeedOwner() {
-  if (!workspace().IsOwner(database())) Fail(15247);
+void ProcedureCall::NeedOwner(std::int64_t or_role) {
+  if (!workspace().IsOwner(database()) && !workspace().IsIn(database(), or_role)) Fail(15247);
 }
 
 const ProcedureRow* FindProcedure(std::string_view name) {

@@ -74,8 +74,8 @@ class ProcedureCall {
   }
   // Throws 15247 unless the login is a system administrator or has the flag.
   void NeedAdministrator(bool or_has = false);
-  // Throws 15247 unless the login owns the database.
-  void NeedOwner();
+  // Throws 15247 unless the login owns the database or is in the role.
+  void NeedOwner(std::int64_t or_role = kOwners);
 
  private:
   const Parameter* Find(std::string_view parameter) const;

@@ -138,6 +138,7 @@ Bound Binder::BindColumn(const Expression& reference, const Scope& scope) {
         if (!SameName(column.name, name)) continue;
         if (found != nullptr) throw MakeError(209, {name}, reference.line);
         found = &column;
+        table.read = true;
       }
     }
     if (found != nullptr) {

@@ -35,6 +35,7 @@ struct ScopeTable {
   std::string sqlite_alias;
   std::vector<ScopeColumn> columns;
   std::optional<ObjectInfo> object;  // of a base table
+  mutable bool read = false;         // an expression names one of the columns
 };
 
 // The tables of one select and what its grouping allows.

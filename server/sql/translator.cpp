@@ -103,6 +103,7 @@ class ChangeBuilder : public Binder {
                                   ? " AS " + alias + " SET " + set + condition
                                   : " AS u SET " + translation.set_sql + " FROM (" +
                                         translation.rows_sql + ") AS s WHERE u._rowid_ = s.r";
+    translation.reads_target = target.read;
     return translation;
   }
 
@@ -126,11 +127,13 @@ class ChangeBuilder : public Binder {
     const ScopeTable& target = FindTarget(statement.table, statement.from, scope, from);
     const std::string& alias = target.sqlite_alias;
     const std::string condition = Where(statement.where, scope);
-    return {"DELETE FROM " + target.object->sqlite_from +
-                (from.empty() ? " AS " + alias + condition
-                              : " WHERE _rowid_ IN (SELECT " + alias + "._rowid_ FROM " + from +
-                                    condition + ')'),
-            *target.object};
+    Translation translation{"DELETE FROM " + target.object->sqlite_from +
+                                (from.empty() ? " AS " + alias + condition
+                                              : " WHERE _rowid_ IN (SELECT " + alias +
+                                                    "._rowid_ FROM " + from + condition + ')'),
+                            *target.object};
+    translation.reads_target = target.read;
+    return translation;
   }
 
   std::string DefaultOf(const std::string& text, const SqlType& type) {

@@ -87,6 +87,8 @@ struct Translation {
   // select ... into: the engine makes this table from `columns`, then runs
   // "insert into <it> " + sqlite_sql.
   std::optional<ObjectName> into = {};
+  // Of an update or delete: values of the target's rows are read on the way.
+  bool reads_target = false;
   // Of an insert: it gives the identity column a value of its own or takes the next.
   bool takes_identity = false;
   // Of an update: the same in two steps. A select of the rows to change, "r" the row's id and c1,

@@ -184,7 +184,7 @@ TEST_F(CatalogTest, LoginsUsersAndRoles) {
       {"exec sp_addlogin x, 'pw', 'nothing'", "error 15010"},
       {"exec sp_password null, 'new', [yamada]", "message 15478"},
       {"exec sp_password 'wrong', 'new', [yamada]", "error 15211"},
-      {"exec sp_grantlogin @loginame = [DOMAIN\\kato]", "message 15485"},
+      {"exec sp_grantlogin @loginame = [LOCALTEST\\root]", "message 15485"},
       {"exec sp_grantlogin @loginame = [kato]", "error 15407"},
       {"exec sp_defaultdb 'yamada', 'msdb' exec sp_defaultlanguage 'yamada', 'Japanese' select "
        "dbname, language from master..syslogins where name = 'yamada'",
@@ -212,14 +212,14 @@ TEST_F(CatalogTest, LoginsUsersAndRoles) {
       {"exec sp_dropsrvrolemember [yamada], [nothing]", "error 15402"},
       {"exec sp_droplogin [yamada]", "message 15479"},
       {"exec sp_droplogin [yamada]", "error 15007"},
-      {"exec sp_revokelogin @loginame = [DOMAIN\\kato]", "message 15486"},
+      {"exec sp_revokelogin @loginame = [LOCALTEST\\root]", "message 15486"},
       {"select o.name, u.name, p.action, p.protecttype from sysprotects p join sysobjects o on "
        "o.id "
        "= p.id join sysusers u on u.uid = p.uid order by 1, 3",
        "受注|営業|193|205\n受注|営業|195|205\n受注|営業|196|206\n受注|営業|197|205\n"
        "得意先|閲覧|193|205"},
       {"revoke delete on 受注 to 営業 grant execute on 受注 to 営業", "error 4606"},
-      {"grant select on 受注 to nobody", "error 15151"},
+      {"grant select on 受注 to nobody", "error 4604"},
       {"sp_helprole '営業'", "営業|16400|0"},
       {"exec sp_addlogin", "error 201"},
       {"exec sp_addlogin @nothing = 1", "error 8145"},
