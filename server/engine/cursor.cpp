@@ -247,9 +247,11 @@ std::unique_ptr<Cursor> OpenEngineCursor(EngineSession& session, std::string_vie
   if (statements.size() != 1) return nullptr;
   const auto* select = std::get_if<SelectStatement>(&statements[0].node);
   if (select == nullptr) return nullptr;
+  session.resolver().BeginStatement();
   Translator translator(session.resolver());
   Translation rows = translator.Select(*select, {.with_row_id = true});
   if (rows.into) return nullptr;
+  session.queries().NeedReading();
   if (rows.has_row_id && rows.target && rows.target->kind == ObjectKind::kTable) {
     return std::make_unique<EngineCursor>(session, std::move(rows), OrderOf(*select->query));
   }

@@ -108,7 +108,7 @@ std::int64_t QueryRunner::Select(const SelectStatement& statement, const Executi
   resolver_.BeginStatement();
   Translator translator(resolver_, execution.parameters);
   const Translation translation = translator.Select(statement);
-  NeedReading(nullptr);
+  NeedReading();
   if (translation.into) return SelectInto(translation, execution);
   SqliteStatement rows = workspace_.connection().Prepare(translation.sqlite_sql);
   BindAll(rows, execution.parameters);
@@ -275,6 +275,7 @@ std::int64_t QueryRunner::UpdateInSteps(const Translation& translation, const Fo
 }
 
 Cell QueryRunner::Scalar(const Expression& expression, const Execution& execution, SqlType& type) {
+  resolver_.BeginStatement();
   Translator translator(resolver_, execution.parameters);
   const Translation translation = translator.Scalar(expression);
   type = translation.columns.front().type;
@@ -282,11 +283,13 @@ Cell QueryRunner::Scalar(const Expression& expression, const Execution& executio
 }
 
 std::string QueryRunner::Text(const Expression& expression, const Execution& execution) {
+  resolver_.BeginStatement();
   Translator translator(resolver_, execution.parameters);
   return TextOfCell(FirstCell(translator.ScalarText(expression), execution));
 }
 
 Cell QueryRunner::FirstCell(const Translation& translation, const Execution& execution) {
+  NeedReading();
   SqliteStatement row = workspace_.connection().Prepare(translation.sqlite_sql);
   BindAll(row, execution.parameters);
   return row.Step() ? row.Value(0) : Cell();

@@ -43,6 +43,9 @@ class QueryRunner {
   // Lets go of what is remembered of an insert; to be called before its tree goes.
   void ForgetInsert() { insert_.reset(); }
 
+  // Throws SqlError 229 unless the login may read what the translation met, but for the target of a
+  // change.
+  void NeedReading(const FoundObject* target = nullptr);
   // Sends the rows of a translated select, without its columns.
   std::int64_t SendRows(SqliteStatement& rows, ResultSink& sink);
   // Runs a translated change of rows. `verb` is "INSERT", "UPDATE" or "DELETE".
@@ -61,7 +64,6 @@ class QueryRunner {
   };
 
   Cell FirstCell(const Translation& translation, const Execution& execution);
-  void NeedReading(const FoundObject* target);
   // What "set rowcount" adds to a statement that changes rows.
   std::string RowLimit() const;
   std::int64_t Execute(const Translation& translation, SqliteStatement& statement,

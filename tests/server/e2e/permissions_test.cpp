@@ -64,7 +64,7 @@ TEST_F(Permissions, WhatIsRefusedComesInTheServersWords) {
     int number;
   } cases[] = {
       {"EXEC sp_addlogin [a]b], 'x'", 170},
-      {"EXEC sp_addlogin [x], 'it's'", 170},
+      {"EXEC sp_addlogin [x], 'it's'", 105},
       {"EXEC sp_addlogin [kato], 'x'", 15025},
       {"EXEC sp_addlogin [a\\b], 'x'", 15006},
       {"EXEC sp_password NULL,'x', [nobody]", 15007},

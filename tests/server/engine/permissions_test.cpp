@@ -99,6 +99,21 @@ TEST_F(PermissionsTest, WhoChangesRowsAndReadsThemOnTheWayNeedsBothRights) {
   Follow(kSteps);
 }
 
+TEST_F(PermissionsTest, ACursorAndAnExpressionReadNoMoreThanASelect) {
+  Client kato = LogIn("kato", "Kato#1");
+  const auto open = [&](const char* text) {
+    RecordingSink sink;
+    const bool opened = kato.session().OpenCursor(text, sink) != nullptr;
+    return sink.text + (opened ? "open" : "");
+  };
+  EXPECT_EQ(open("select a, b from t"), "error 229");
+  EXPECT_EQ(open("select count(*) from t"), "error 229");
+  EXPECT_EQ(kato.Run("print (select b from t)"), "error 229");
+  Do("sa", "grant select on t to kato");
+  EXPECT_EQ(open("select a, b from t"), "open");
+  EXPECT_EQ(open("select count(*) from t"), "open");
+}
+
 TEST_F(PermissionsTest, ViewsAndProceduresHaveRightsOfTheirOwn) {
   constexpr Step kSteps[] = {
       {"sa", "grant select on v to kato", ""},
