@@ -17,12 +17,14 @@
 #include "catalog/DatabaseList.h"
 #include "catalog/ObjectLists.h"
 #include "tests/support/FakeHost.h"
+#include "tests/support/WorkbenchFixture.h"
 
 namespace dbkeeper {
 namespace {
 
 using testing::FakeHost;
 using testing::FakeLocale;
+using testing::WorkbenchOn;
 
 using Row = std::vector<std::string>;
 
@@ -114,14 +116,11 @@ BENCHMARK(BM_ReadDatabaseRows)->Unit(benchmark::kMillisecond);
 void BM_DatabaseList(benchmark::State& state) {
   StandingConnection connection;
   connection.tables = {{"sysdatabases", Databases(kRows)}};
-  FakeLocale locale;
-  Query query(connection, locale, {});
-  ListView list;
-  TreeView tree;
-  TreeNode& node = tree.AddRoot("Database");
+  WorkbenchOn bench(connection);
+  TreeNode& node = bench.tree.AddRoot("Database");
   node.AddChild("master");
-  tree.Select(&node);
-  for (auto _ : state) ListDatabases(tree, list, query);
+  bench.tree.Select(&node);
+  for (auto _ : state) ListDatabases(bench.workbench, {});
 }
 BENCHMARK(BM_DatabaseList)->Unit(benchmark::kMillisecond);
 
@@ -151,10 +150,10 @@ void BM_ColumnClickSort(benchmark::State& state) {
   const std::filesystem::path folder = std::filesystem::temp_directory_path() / "dbkeeper-bench";
   fake.shell.executable = folder / "DBKEEPER.exe";
   Application app(connection, fake.host);
-  TreeView tree;
+  app.FormMain.TreeView.Select(nullptr);
   for (auto _ : state) {
     state.PauseTiming();
-    ListDatabases(tree, app.FormMain.ListViewMain, app.Session.ADOQuerySystem);
+    ListDatabases(app.FormMain.Workbench(), {});
     state.ResumeTiming();
     app.FormMain.ListViewMain.UserColumnClick(1);
   }
@@ -176,12 +175,9 @@ void BM_ObjectListWithDescriptions(benchmark::State& state) {
   StandingConnection connection;
   connection.tables = {{"fn_listextendedproperty", std::move(properties)},
                        {"sysobjects", std::move(objects)}};
-  FakeLocale locale;
-  Query query(connection, locale, {});
-  ListView list;
-  for (auto _ : state) {
-    ListObjects("sales", list, query, "Table", SystemTables::kShown, Descriptions::kShown);
-  }
+  WorkbenchOn bench(connection);
+  bench.options.Advanced = true;
+  for (auto _ : state) ListTables(bench.workbench, "sales");
   state.SetComplexityN(count);
 }
 BENCHMARK(BM_ObjectListWithDescriptions)

@@ -15,8 +15,8 @@
 #include "catalog/DatabaseList.h"
 #include "catalog/ObjectLists.h"
 #include "platform/odbc/OdbcConnection.h"
-#include "tests/support/FakeHost.h"
 #include "tests/support/LocalServer.h"
+#include "tests/support/WorkbenchFixture.h"
 
 namespace dbkeeper {
 namespace {
@@ -128,16 +128,16 @@ std::int64_t ReadOnly(Query& query, const std::string& sql) {
 }
 
 void Capacity(benchmark::State& state) {
-  testing::FakeLocale locale;
-  Query query(TheServer().connection, locale, nullptr);
   Comparison comparison;
   std::size_t tables = 0;
   for ([[maybe_unused]] auto step : state) {
-    ListView list;
-    const double routine = Seconds([&] { ListCapacity("many", list, query); });
+    testing::WorkbenchOn bench(TheServer().connection);
+    const ListView& list = bench.list;
+    const double routine = Seconds([&] { ListCapacity(bench.workbench, "many"); });
     const double bare = Seconds([&] {
       for (const ListItem& item : list.Items()) {
-        ReadOnly(query, "EXEC [many].dbo.sp_spaceused  [" + std::string(item.SubItem(0)) + "]");
+        ReadOnly(bench.session.ADOQuerySystem,
+                 "EXEC [many].dbo.sp_spaceused  [" + std::string(item.SubItem(0)) + "]");
       }
     });
     tables = list.Items().size();
@@ -152,17 +152,14 @@ BENCHMARK(Capacity)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(
 
 // With 1, the tree grows a node for every database and its six children, as at the first listing.
 void Databases(benchmark::State& state) {
-  testing::FakeLocale locale;
   ManyDatabases connection(TheServer().connection, "tempdb.dbo.databases");
-  Query query(connection, locale, nullptr);
   Comparison comparison;
   for ([[maybe_unused]] auto step : state) {
-    TreeView tree;
-    if (state.range(0) == 1) tree.Select(&tree.AddRoot("server"));
-    ListView list;
-    const double routine = Seconds([&] { ListDatabases(tree, list, query); });
-    if (list.Items().size() != kDatabases) throw std::runtime_error("rows are missing");
-    const double bare = Seconds([&] { ReadOnly(query, kDatabasesSql); });
+    testing::WorkbenchOn bench(connection);
+    if (state.range(0) == 1) bench.tree.Select(&bench.tree.AddRoot("server"));
+    const double routine = Seconds([&] { ListDatabases(bench.workbench, {}); });
+    if (bench.list.Items().size() != kDatabases) throw std::runtime_error("rows are missing");
+    const double bare = Seconds([&] { ReadOnly(bench.session.ADOQuerySystem, kDatabasesSql); });
     state.SetIterationTime(routine);
     comparison.Add(routine, bare);
   }

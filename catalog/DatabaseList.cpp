@@ -76,10 +76,12 @@ std::string DecodeDatabaseStatus(std::int32_t status) {
   return words;
 }
 
-void ListDatabases(TreeView& tree, ListView& list, Query& query) {
-  TreeNode* const parent = tree.Selected();
+void ListDatabases(const Workbench& workbench, const std::string& /*database*/) {
+  ListView& list = workbench.List;
+  Query& query = workbench.Session.ADOQuerySystem;
+  TreeNode* const parent = workbench.Tree.Selected();
   const bool grow = parent != nullptr && !parent->HasChildren();
-  const TreeUpdate tree_update(tree);
+  const TreeUpdate tree_update(workbench.Tree);
   const ListUpdate update(list);
   ResetList(list, kColumns);
   query.Open("select * from master.dbo.sysdatabases");
@@ -90,6 +92,11 @@ void ListDatabases(TreeView& tree, ListView& list, Query& query) {
     return true;
   });
   query.Close();
+}
+
+void RefreshDatabases(const Workbench& workbench, const std::string& database) {
+  if (TreeNode* const node = workbench.Tree.Selected()) node->DeleteChildren();
+  ListDatabases(workbench, database);
 }
 
 }  // namespace dbkeeper

@@ -4,17 +4,19 @@
 #include <cstdint>
 #include <string>
 
-#include "app/session/Query.h"
-#include "controls/ListView.h"
-#include "controls/TreeView.h"
+#include "app/workbench/Workbench.h"
 
 namespace dbkeeper {
 
 // The words of a database's status bits, each with a comma behind it.
 std::string DecodeDatabaseStatus(std::int32_t status);
 
-// Lists the databases; adds a node for each usable one under the selected tree node, unless that
-// node has children already. Throws what the query throws.
-void ListDatabases(TreeView& tree, ListView& list, Query& query);
+// A list routine: adds a node for each usable database under the selected tree node too, unless
+// that node has children already.
+void ListDatabases(const Workbench& workbench, const std::string& database);
+
+// The same after a change of the databases: the selected tree node loses its children first and
+// gets them anew. It is no click on the node.
+void RefreshDatabases(const Workbench& workbench, const std::string& database);
 
 }  // namespace dbkeeper

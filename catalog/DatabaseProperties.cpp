@@ -82,7 +82,9 @@ void AddOptionRows(ListView& list, const std::string& options) {
 
 }  // namespace
 
-void ListDatabaseProperties(const std::string& database, ListView& list, Query& query) {
+void ListDatabaseProperties(const Workbench& workbench, const std::string& database) {
+  ListView& list = workbench.List;
+  Query& query = workbench.Session.ADOQuerySystem;
   const ListUpdate update(list);
   ResetList(list, kColumns);
   AddFieldRows(list, query, "select * from master.dbo.sysdatabases where name = '" + database + "'",

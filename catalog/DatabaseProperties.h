@@ -3,13 +3,12 @@
 
 #include <string>
 
-#include "app/session/Query.h"
-#include "controls/ListView.h"
+#include "app/workbench/Workbench.h"
 
 namespace dbkeeper {
 
-// Lists the properties as numbered rows of item and value. The session's current database becomes
-// `database`; later lists rely on that. Throws what the query throws.
-void ListDatabaseProperties(const std::string& database, ListView& list, Query& query);
+// A list routine: numbered rows of item and value. The session's current database becomes
+// `database`; later lists rely on that.
+void ListDatabaseProperties(const Workbench& workbench, const std::string& database);
 
 }  // namespace dbkeeper

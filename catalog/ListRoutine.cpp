@@ -78,8 +78,10 @@ void AppendRows(ListView& list, Query& query, std::span<const CatalogColumn> col
   }
 }
 
-void RunListRoutine(ListView& list, Query& query, std::span<const CatalogColumn> columns,
+void RunListRoutine(const Workbench& workbench, std::span<const CatalogColumn> columns,
                     const std::string& sql) {
+  ListView& list = workbench.List;
+  Query& query = workbench.Session.ADOQuerySystem;
   const ListUpdate update(list);
   ResetList(list, columns);
   query.Open(sql);

@@ -1,4 +1,7 @@
 // The common shape of every list routine: a table of columns, one query, one row per record.
+//
+// A list routine has the type `ListRoutine` of the workbench. It refills the main list through the
+// shared query and throws what the query throws; the rows read so far stay.
 #pragma once
 
 #include <cstddef>
@@ -8,8 +11,7 @@
 #include <string_view>
 #include <variant>
 
-#include "app/session/Query.h"
-#include "controls/ListView.h"
+#include "app/workbench/Workbench.h"
 
 namespace dbkeeper {
 
@@ -46,9 +48,8 @@ void ResetList(ListView& list, std::span<const CatalogColumn> columns);
 void AppendRows(ListView& list, Query& query, std::span<const CatalogColumn> columns,
                 const std::function<bool(const Query&)>& accept = {});
 
-// The whole shape: one bulk update, reset, open, rows, close. What a query throws ends it where it
-// stands; the rows read so far stay.
-void RunListRoutine(ListView& list, Query& query, std::span<const CatalogColumn> columns,
+// The whole shape: one bulk update, reset, open, rows, close.
+void RunListRoutine(const Workbench& workbench, std::span<const CatalogColumn> columns,
                     const std::string& sql);
 
 }  // namespace dbkeeper

@@ -41,33 +41,14 @@ constexpr std::array<CatalogColumn, 9> kCapacityColumns = {{
     {"unused", 82, Alignment::kRight, FilledLater{}},
 }};
 
-struct ObjectKind {
-  std::string_view kind;
-  std::string_view with_system;     // the condition while system tables are shown
-  std::string_view without_system;  // and while they are hidden
-};
-
+// The conditions of an object list on the system's catalog.
 constexpr std::string_view kViews = "xtype='V'";
 constexpr std::string_view kProcedures = "(xtype='P')or       (xtype='X')";
 constexpr std::string_view kAllTables = "(xtype='S')or       (xtype='U')";
+constexpr std::string_view kUserTables = "(xtype='U')";
 
-constexpr std::array<ObjectKind, 3> kKinds = {{
-    {"Table", kAllTables, "(xtype='U')"},
-    {"View", kViews, kViews},
-    {"Procedure", kProcedures, kProcedures},
-}};
-
-// An unknown kind has no text; opening that fails in the session.
-std::string ObjectsSql(const std::string& database, const std::string& kind,
-                       SystemTables system_tables) {
-  const auto* const found =
-      std::find_if(kKinds.begin(), kKinds.end(),
-                   [&kind](const ObjectKind& entry) { return entry.kind == kind; });
-  if (found == kKinds.end()) return {};
-  const std::string_view condition =
-      system_tables == SystemTables::kShown ? found->with_system : found->without_system;
-  return "select * from [" + database + "].dbo.sysobjects where " + std::string(condition) +
-         " order by name";
+std::string_view TablesToShow(const Workbench& workbench) {
+  return workbench.Switches.ShowSystemTables ? kAllTables : kUserTables;
 }
 
 // Which sub-item an extended property fills.
@@ -87,7 +68,9 @@ RowsByName IndexRows(const std::vector<ListItem>& items) {
   return rows;
 }
 
-void FillDescriptions(const std::string& database, ListView& list, Query& query) {
+void FillDescriptions(const Workbench& workbench, const std::string& database) {
+  ListView& list = workbench.List;
+  Query& query = workbench.Session.ADOQuerySystem;
   query.UseDatabase(database);
   query.Open(
       "select * from ::fn_listextendedproperty(default, 'user', 'dbo', 'table', "
@@ -107,29 +90,41 @@ void FillDescriptions(const std::string& database, ListView& list, Query& query)
   query.Close();
 }
 
-}  // namespace
-
-void ListObjects(const std::string& database, ListView& list, Query& query, const std::string& kind,
-                 SystemTables system_tables, Descriptions descriptions) {
-  const ListUpdate update(list);
-  const bool described = descriptions == Descriptions::kShown;
-  const std::span<const CatalogColumn> columns =
-      described ? std::span<const CatalogColumn>(kDescribedColumns)
-                : std::span<const CatalogColumn>(kColumns);
-  ResetList(list, columns);
-  query.Open(ObjectsSql(database, kind, system_tables));
-  AppendRows(list, query, columns);
-  query.Close();
-  if (described) FillDescriptions(database, list, query);
+void ListObjects(const Workbench& workbench, const std::string& database,
+                 std::string_view condition, std::span<const CatalogColumn> columns) {
+  RunListRoutine(workbench, columns,
+                 "select * from [" + database + "].dbo.sysobjects where " + std::string(condition) +
+                     " order by name");
 }
 
-void ListCapacity(const std::string& database, ListView& list, Query& query) {
+}  // namespace
+
+void ListTables(const Workbench& workbench, const std::string& database) {
+  if (!workbench.Switches.Advanced) return ListTablesAlone(workbench, database);
+  const ListUpdate update(workbench.List);
+  ListObjects(workbench, database, TablesToShow(workbench), kDescribedColumns);
+  FillDescriptions(workbench, database);
+}
+
+void ListTablesAlone(const Workbench& workbench, const std::string& database) {
+  ListObjects(workbench, database, TablesToShow(workbench), kColumns);
+}
+
+void ListViews(const Workbench& workbench, const std::string& database) {
+  ListObjects(workbench, database, kViews, kColumns);
+}
+
+void ListProcedures(const Workbench& workbench, const std::string& database) {
+  ListObjects(workbench, database, kProcedures, kColumns);
+}
+
+void ListCapacity(const Workbench& workbench, const std::string& database) {
+  ListView& list = workbench.List;
+  Query& query = workbench.Session.ADOQuerySystem;
   const ListUpdate update(list);
-  ResetList(list, kCapacityColumns);
-  query.Open("select * from [" + database +
-             "].dbo.sysobjects where (xtype='S')or       (xtype='U')");
-  AppendRows(list, query, kCapacityColumns);
-  query.Close();
+  RunListRoutine(
+      workbench, kCapacityColumns,
+      "select * from [" + database + "].dbo.sysobjects where " + std::string(kAllTables));
   for (std::size_t row = 0; row < list.Items().size(); ++row) {
     std::string call = "EXEC [" + database + "].dbo.sp_spaceused  [";
     call += list.Items()[row].SubItem(0);

@@ -3,22 +3,21 @@
 
 #include <string>
 
-#include "app/session/Query.h"
-#include "controls/ListView.h"
+#include "app/workbench/Workbench.h"
 
 namespace dbkeeper {
 
-enum class SystemTables { kHidden, kShown };
-// The columns "Description" and "Note".
-enum class Descriptions { kHidden, kShown };
+// List routines. System tables are listed while `ShowSystemTables` is set.
 
-// Lists the tables, views or procedures of a database; `kind` is "Table", "View" or "Procedure".
-// With descriptions the session's current database becomes `database`. Throws what the query
-// throws.
-void ListObjects(const std::string& database, ListView& list, Query& query, const std::string& kind,
-                 SystemTables system_tables, Descriptions descriptions);
+// With the columns "Description" and "Note" while `Advanced` is set; then the session's current
+// database becomes `database`.
+void ListTables(const Workbench& workbench, const std::string& database);
+// Without these columns, whatever `Advanced` says.
+void ListTablesAlone(const Workbench& workbench, const std::string& database);
+void ListViews(const Workbench& workbench, const std::string& database);
+void ListProcedures(const Workbench& workbench, const std::string& database);
 
-// Lists every table with its space, one round trip each. Throws what the query throws.
-void ListCapacity(const std::string& database, ListView& list, Query& query);
+// Every table with its space, one round trip each.
+void ListCapacity(const Workbench& workbench, const std::string& database);
 
 }  // namespace dbkeeper

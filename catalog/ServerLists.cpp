@@ -145,8 +145,10 @@ constexpr std::array<CatalogColumn, 6> kHistoryColumns = {{
 }};
 
 // The lists that come from msdb switch there first, and stay.
-void RunInMsdb(ListView& list, Query& query, std::span<const CatalogColumn> columns,
+void RunInMsdb(const Workbench& workbench, std::span<const CatalogColumn> columns,
                const std::string& sql) {
+  ListView& list = workbench.List;
+  Query& query = workbench.Session.ADOQuerySystem;
   const ListUpdate update(list);
   ResetList(list, columns);
   query.Command("use msdb");
@@ -165,29 +167,28 @@ std::string KilobytesText(std::int64_t bytes) {
   return std::to_string(whole + (up ? 1 : 0)) + "KB";
 }
 
-void ListProcesses(ListView& list, Query& query) {
-  RunInMsdb(list, query, kProcessColumns, "exec sp_who");
+void ListProcesses(const Workbench& workbench, const std::string& /*database*/) {
+  RunInMsdb(workbench, kProcessColumns, "exec sp_who");
 }
 
-void ListLocks(ListView& list, Query& query) {
-  RunInMsdb(list, query, kLockColumns, "exec sp_lock");
+void ListLocks(const Workbench& workbench, const std::string& /*database*/) {
+  RunInMsdb(workbench, kLockColumns, "exec sp_lock");
 }
 
-void ListLogins(ListView& list, Query& query) {
-  RunListRoutine(list, query, kLoginColumns, "select * from master.dbo.syslogins");
+void ListLogins(const Workbench& workbench, const std::string& /*database*/) {
+  RunListRoutine(workbench, kLoginColumns, "select * from master.dbo.syslogins");
 }
 
-void ListJobs(ListView& list, Query& query) {
-  RunInMsdb(list, query, kJobColumns, "exec sp_help_job");
+void ListJobs(const Workbench& workbench, const std::string& /*database*/) {
+  RunInMsdb(workbench, kJobColumns, "exec sp_help_job");
 }
 
-void ListBackupDevices(ListView& list, Query& query) {
-  RunListRoutine(list, query, kDeviceColumns,
-                 "select * from master.dbo.sysdevices where status=16");
+void ListBackupDevices(const Workbench& workbench, const std::string& /*database*/) {
+  RunListRoutine(workbench, kDeviceColumns, "select * from master.dbo.sysdevices where status=16");
 }
 
-void ListUsers(ListView& list, Query& query, const std::string& database) {
-  RunListRoutine(list, query, kUserColumns,
+void ListUsers(const Workbench& workbench, const std::string& database) {
+  RunListRoutine(workbench, kUserColumns,
                  "use [" + database +
                      "]\r\n"
                      "select * from sysusers where(issqlrole <> 1)and(hasdbaccess = 1)");
@@ -195,16 +196,17 @@ void ListUsers(ListView& list, Query& query, const std::string& database) {
 
 // Deliberately without a switch to the database: the role node is reached through the database
 // node, whose lists have switched the session already, and operators see the same roles as ever.
-void ListRoles(ListView& list, Query& query, const std::string& /*database*/,
-               const std::string& scope) {
-  if (scope == "Database") {
-    RunListRoutine(list, query, kDatabaseRoleColumns, "exec sp_helprole");
-  } else {
-    RunListRoutine(list, query, kServerRoleColumns, "exec sp_helpsrvrole");
-  }
+void ListDatabaseRoles(const Workbench& workbench, const std::string& /*database*/) {
+  RunListRoutine(workbench, kDatabaseRoleColumns, "exec sp_helprole");
 }
 
-void ListServerProperties(ListView& list, Query& query) {
+void ListServerRoles(const Workbench& workbench, const std::string& /*database*/) {
+  RunListRoutine(workbench, kServerRoleColumns, "exec sp_helpsrvrole");
+}
+
+void ListServerProperties(const Workbench& workbench, const std::string& /*database*/) {
+  ListView& list = workbench.List;
+  Query& query = workbench.Session.ADOQuerySystem;
   const ListUpdate update(list);
   ResetList(list, kPropertyColumns);
   query.Open(
@@ -226,7 +228,9 @@ void ListServerProperties(ListView& list, Query& query) {
   query.Close();
 }
 
-void ListBackupHistory(ListView& list, Query& query, const std::string& database) {
+void ListBackupHistory(const Workbench& workbench, const std::string& database) {
+  ListView& list = workbench.List;
+  Query& query = workbench.Session.ADOQuerySystem;
   const ListUpdate update(list);
   ResetList(list, kHistoryColumns);
   query.Command("use msdb");

@@ -12,6 +12,7 @@ add_library(dbkeeper_core STATIC
   app/support/FileReplacement.cpp
   app/support/Files.cpp
   app/support/SettingsFile.cpp
+  app/support/TextFilling.cpp
   app/support/TextHelpers.cpp
   app/support/Utf8.cpp
   app/session/BrowseQuery.cpp
@@ -26,6 +27,7 @@ add_library(dbkeeper_core STATIC
   app/session/RowView.cpp
   app/session/SelectSource.cpp
   app/session/ServerSession.cpp
+  app/workbench/StatementRun.cpp
   catalog/DatabaseList.cpp
   catalog/DatabaseProperties.cpp
   catalog/ListRoutine.cpp
@@ -76,6 +78,7 @@ dbkeeper_test(core_tests
     tests/app/NodeDispatchTest.cpp
     tests/app/RowCommandTest.cpp
     tests/app/StartUpTest.cpp
+    tests/app/StatementRunTest.cpp
     tests/app/SupportTest.cpp
     tests/catalog/CatalogTest.cpp
     tests/controls/FnpNumericEditTest.cpp

@@ -1,5 +1,6 @@
 #include "database/Unit_BackupMedia.h"
 
+#include "app/workbench/StatementRun.h"
 #include "catalog/ServerLists.h"
 
 namespace dbkeeper {
@@ -18,11 +19,10 @@ void TForm_BackupMedia::Button3Click() {
 
 void TForm_BackupMedia::SBtn_UpdateClick() {
   if (Edit_Name.Text == "" || Edit_FileName.Text == "") return;
-  const BusyScope busy(workbench_.Host.windows);
-  Query& query = workbench_.Session.ADOQuerySystem;
-  query.Command("USE master\r\nexec sp_addumpdevice 'disk', [" + Edit_Name.Text() + "], '" +
-                Edit_FileName.Text() + "'");
-  ListBackupDevices(workbench_.List, query);
+  RunStatements(workbench_, {.statements = {"USE master\r\nexec sp_addumpdevice 'disk', [" +
+                                            Edit_Name.Text() + "], '" + Edit_FileName.Text() + "'"},
+                             .rule = StatusRule::kNone,
+                             .refresh = ListBackupDevices});
   Edit_Name.Text = "";
   Edit_FileName.Text = "";
   Close();

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <optional>
 
+#include "app/workbench/StatementRun.h"
 #include "catalog/DatabaseList.h"
 
 namespace dbkeeper {
@@ -130,14 +131,13 @@ void TForm_Database_Property::SBtn_UpdateClick() {
 }
 
 void TForm_Database_Property::Attach() {
-  const BusyScope busy(workbench_.Host.windows);
-  Query& query = workbench_.Session.ADOQuerySystem;
-  query.Command("use master");
-  query.Command("exec sp_attach_db @dbname    = [" + Edit_DatabaseName.Text() + "], " +
-                "@filename1 = N'" + Edit_DataFileName.Text() + "', " +  //
-                "@filename2 = N'" + Edit_LogFileName.Text() + "'");
-  if (TreeNode* const node = workbench_.Tree.Selected()) node->DeleteChildren();
-  ListDatabases(workbench_.Tree, workbench_.List, query);
+  RunStatements(workbench_,
+                {.use = "use master",
+                 .statements = {"exec sp_attach_db @dbname    = [" + Edit_DatabaseName.Text() +
+                                "], @filename1 = N'" + Edit_DataFileName.Text() +
+                                "', @filename2 = N'" + Edit_LogFileName.Text() + "'"},
+                 .rule = StatusRule::kNone,
+                 .refresh = RefreshDatabases});
 }
 
 void TForm_Database_Property::Create() {
@@ -152,8 +152,7 @@ void TForm_Database_Property::Create() {
                                 GrowthText(data, "\r\n") +                       //
                                 "log on(name       = [" + name + "_log],\r\n" +  //
                                 FileText(Edit_LogFileName.Text, log) + GrowthText(log, "");
-  const BusyScope busy(workbench_.Host.windows);
-  workbench_.Session.ADOQuerySystem.Command(statement);
+  RunStatements(workbench_, {.statements = {statement}, .rule = StatusRule::kNone});
   // The list keeps showing the state before; the next click on the node lists anew.
   if (TreeNode* const node = workbench_.Tree.Selected()) node->DeleteChildren();
 }

@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "app/support/TextHelpers.h"
+#include "app/workbench/StatementRun.h"
 
 namespace dbkeeper {
 
@@ -222,14 +223,10 @@ void TFormRestore::SpeedButton1Click() {
 }
 
 void TFormRestore::RunInMaster(const std::string& statement, const std::string& batch) {
-  Query& query = workbench_.Session.ADOQuerySystem;
-  {
-    const BusyScope busy(workbench_.Host.windows);
-    query.Command("use master");
-  }
-  workbench_.Status.SimpleText = " >" + statement;
-  const BusyScope busy(workbench_.Host.windows);
-  query.Command(batch);
+  RunStatements(workbench_, {.use = "use master",
+                             .statements = {batch},
+                             .status = statement,
+                             .rule = StatusRule::kBefore});
 }
 
 void TFormRestore::Sbtn_CancelClick() { Close(); }

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string_view>
 
-#include "app/support/Utf8.h"
+#include "app/support/TextFilling.h"
 
 namespace dbkeeper::easy_sql {
 
@@ -12,12 +12,8 @@ namespace {
 constexpr std::string_view kLineEnd = "\r\n";
 constexpr std::string_view kNextItem = ",\r\n       ";
 
-// At least sixteen characters and one blank behind; longer names are not cut.
-std::string Padded(const std::string& column) {
-  constexpr std::size_t kWidth = 16;
-  const std::size_t length = Utf8Count(column);
-  return column + std::string(length < kWidth ? kWidth - length : 0, ' ') + " ";
-}
+// A name with room for sixteen characters and one blank behind.
+std::string Padded(const std::string& column) { return FillText("%-16N ", {{'N', column}}); }
 
 template <class Item>
 std::string Join(const Columns& columns, std::string_view separator, Item item) {

@@ -9,6 +9,7 @@
 #include "app/main/UnitMain.h"
 #include "app/support/DateText.h"
 #include "app/support/TextHelpers.h"
+#include "catalog/DatabaseList.h"
 #include "catalog/ServerLists.h"
 #include "database/Unit_BackupMedia.h"
 #include "database/Unit_Database_Property.h"
@@ -73,14 +74,10 @@ constexpr RowCommand kDropDatabase = {
     .refresh = RefreshDatabases,
 };
 
-void RefreshProcesses(const Workbench& workbench, const RowNames&) {
+void RefreshProcesses(const Workbench& workbench, const std::string& database) {
   const TreeNode* const node = workbench.Tree.Selected();
   const bool processes = node != nullptr && node->Text() == "Process";
-  (processes ? ListProcesses : ListLocks)(workbench.List, workbench.Session.ADOQuerySystem);
-}
-
-void RefreshJobs(const Workbench& workbench, const RowNames&) {
-  ListJobs(workbench.List, workbench.Session.ADOQuerySystem);
+  (processes ? ListProcesses : ListLocks)(workbench, database);
 }
 
 constexpr RowCommand kKill = {
@@ -95,7 +92,7 @@ constexpr RowCommand kAddJobToServer = {
     .use = kUseMsdb,
     .statement = "exec sp_add_jobserver @job_name = [%N]",
     .status = "exec sp_add_jobserver @job_name = '%N'     (msdb)",
-    .refresh = RefreshJobs,
+    .refresh = ListJobs,
 };
 
 // Deliberately always "(local)", whatever server the session is connected to: jobs are assigned to
@@ -104,7 +101,7 @@ constexpr RowCommand kDeleteJobFromServer = {
     .use = kUseMsdb,
     .statement = "exec sp_delete_jobserver @job_name = [%N],@server_name = '(local)'",
     .status = "exec sp_delete_jobserver @job_name = '%N',@server_name = '(local)'     (msdb)",
-    .refresh = RefreshJobs,
+    .refresh = ListJobs,
 };
 
 // A job that is not assigned to a server has no next run.
@@ -199,19 +196,16 @@ void TFormMain::PopupMenu_Databases_Backup_BackupClick() {
   const std::string database(row->SubItem(0));
   const auto file = host_.dialogs.SaveFile({kBackupFilter, "", ""});
   if (!file) return;
-  if (!workbench_.ConfirmCaution("ﾃﾞｰﾀﾍﾞｰｽ:" + database +
-                                 " のバックアップを実行してよろしいですか?")) {
-    return;
-  }
-  const std::string server = workbench_.ServerMachine();
-  RunningStatus status(workbench_);
-  session_.ADOQuerySystem.Command("backup database [" + database + "]\r\n" +  //
-                                  "    to DISK = '" + *file + "'\r\n" +       //
-                                  "  with description      = '" + server + ":" + database +
-                                  "の手動Backup" + "',\r\n" +  //
-                                  "       format");
-  // The placeholders are deliberate: file and description would not fit the line.
-  status.Done("backup database " + database + " to DISK=xxx.bak with description=yyy, format");
+  const std::string description = workbench_.ServerMachine() + ":" + database + "の手動Backup";
+  RunStatements(
+      workbench_,
+      {.question = "ﾃﾞｰﾀﾍﾞｰｽ:" + database + " のバックアップを実行してよろしいですか?",
+       .statements = {"backup database [" + database + "]\r\n" +                //
+                      "    to DISK = '" + *file + "'\r\n" +                     //
+                      "  with description      = '" + description + "',\r\n" +  //
+                      "       format"},
+       // The placeholders are deliberate: file and description would not fit the line.
+       .status = "backup database " + database + " to DISK=xxx.bak with description=yyy, format"});
 }
 
 void TFormMain::PopupMenu_Databases_Backup_RestoreClick() {
@@ -243,9 +237,8 @@ void TFormMain::PopupMenu_DB_BackUp_Direct_RestoreClick() {
 // Relies on the current database being msdb, which the list of the backup history leaves behind.
 void TFormMain::PopupMenu_DB_BackUp_Drop_LogClick() {
   const DateTimeValue oldest = AddDays(host_.clock.Now(), -7);
-  const RunningStatus status(workbench_);
-  session_.ADOQuerySystem.Command("exec sp_delete_backuphistory @oldest_date = '" +
-                                  FormatDateTime(oldest, "yyyy/mm/dd") + "'");
+  RunStatements(workbench_, {.statements = {"exec sp_delete_backuphistory @oldest_date = '" +
+                                            FormatDateTime(oldest, "yyyy/mm/dd") + "'"}});
   StatusBar1.SimpleText = "";
 }
 

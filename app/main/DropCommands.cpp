@@ -13,36 +13,11 @@ namespace {
 
 constexpr std::string_view kUseDatabase = "use [%D]";
 
-template <const char* Kind>
-void RefreshObjects(const Workbench& workbench, const RowNames& names) {
-  // Deliberately without descriptions, whatever the switch says.
-  ListObjects(names.database, workbench.List, workbench.Session.ADOQuerySystem, Kind,
-              workbench.Switches.ShowSystemTables ? SystemTables::kShown : SystemTables::kHidden,
-              Descriptions::kHidden);
-}
-
-template <void (*Routine)(ListView&, Query&)>
-void Refresh(const Workbench& workbench, const RowNames&) {
-  Routine(workbench.List, workbench.Session.ADOQuerySystem);
-}
-
-void RefreshUsers(const Workbench& workbench, const RowNames& names) {
-  ListUsers(workbench.List, workbench.Session.ADOQuerySystem, names.database);
-}
-
-void RefreshRoles(const Workbench& workbench, const RowNames& names) {
-  ListRoles(workbench.List, workbench.Session.ADOQuerySystem, names.database, "Database");
-}
-
-constexpr char kTable[] = "Table";
-constexpr char kView[] = "View";
-constexpr char kProcedure[] = "Procedure";
-
 constexpr RowCommand kDropTable = {
     .question = "Table:%D.dbo.%N を削除してよろしいですか?",
     .use = kUseDatabase,
     .statement = "drop Table [%D].dbo.[%N]",
-    .refresh = RefreshObjects<kTable>,
+    .refresh = ListTablesAlone,  // deliberately without descriptions, whatever the switch says
 };
 
 // Deliberately without the database and the owner, as for procedures: the server refuses a database
@@ -51,14 +26,14 @@ constexpr RowCommand kDropView = {
     .question = "View:%D.dbo.%N を削除してよろしいですか?",
     .use = kUseDatabase,
     .statement = "drop View [%N]",
-    .refresh = RefreshObjects<kView>,
+    .refresh = ListViews,
 };
 
 constexpr RowCommand kDropProcedure = {
     .question = "Procedure:%D.dbo.%N を削除してよろしいですか?",
     .use = kUseDatabase,
     .statement = "drop Procedure [%N]",
-    .refresh = RefreshObjects<kProcedure>,
+    .refresh = ListProcedures,
 };
 
 // The label's spelling is the one that operators know.
@@ -67,13 +42,13 @@ constexpr std::string_view kDropLoginQuestion = "Longin:%N を削除してよろ
 constexpr RowCommand kRevokeWindowsLogin = {
     .question = kDropLoginQuestion,
     .statement = "EXEC sp_revokelogin @loginame = [%N]",
-    .refresh = Refresh<ListLogins>,
+    .refresh = ListLogins,
 };
 
 constexpr RowCommand kDropLogin = {
     .question = kDropLoginQuestion,
     .statement = "EXEC sp_droplogin [%N]",
-    .refresh = Refresh<ListLogins>,
+    .refresh = ListLogins,
 };
 
 constexpr std::size_t kIsWindowsLogin = 6;  // the sub-item
@@ -83,7 +58,7 @@ constexpr RowCommand kDropDevice = {
     .use = "use master",
     .statement = "EXEC sp_dropdevice [%N]",
     .status = "EXEC sp_dropdevice '%N'",
-    .refresh = Refresh<ListBackupDevices>,
+    .refresh = ListBackupDevices,
 };
 
 constexpr RowCommand kDropJob = {
@@ -91,7 +66,7 @@ constexpr RowCommand kDropJob = {
     .use = "use msdb",
     .statement = "EXEC sp_delete_job @job_name = [%N]",
     .status = "EXEC sp_delete_job @job_name = '%N'     (msdb)",
-    .refresh = Refresh<ListJobs>,
+    .refresh = ListJobs,
 };
 
 constexpr RowCommand kDropUser = {
@@ -99,7 +74,7 @@ constexpr RowCommand kDropUser = {
     .use = kUseDatabase,
     .statement = "EXEC sp_revokedbaccess [%N]",
     .status = "exec sp_revokedbaccess'%N'",
-    .refresh = RefreshUsers,
+    .refresh = ListUsers,
 };
 
 constexpr RowCommand kDropRole = {
@@ -107,7 +82,7 @@ constexpr RowCommand kDropRole = {
     .use = kUseDatabase,
     .statement = "exec sp_droprole [%N]",
     .status = "exec sp_droprole '%N'",
-    .refresh = RefreshRoles,
+    .refresh = ListDatabaseRoles,
 };
 
 }  // namespace

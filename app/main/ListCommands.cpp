@@ -59,7 +59,7 @@ void TFormMain::PopupMenu_Table_CapacityClick() {
   const TreeNode* const node = TreeView.Selected();
   if (node == nullptr || node->Parent() == nullptr) return;
   RunningStatus status(workbench_);
-  ListCapacity(node->Parent()->Text(), ListViewMain, session_.ADOQuerySystem);
+  ListCapacity(workbench_, node->Parent()->Text());
   status.Done("EXEC sp_spaceused Tablexxx");
 }
 

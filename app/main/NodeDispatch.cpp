@@ -15,8 +15,6 @@ namespace dbkeeper {
 
 namespace {
 
-using ListRoutine = void (*)(const Workbench& workbench, const TreeNode& node);
-
 // What decides whether a node is of a row's kind, beyond its level.
 enum class Match {
   kText,                   // the node's text
@@ -33,54 +31,6 @@ struct NodeKind {
   std::string_view status;  // empty: the status bar keeps " >"
 };
 
-// The database of a node below a database node.
-const std::string& DatabaseOf(const TreeNode& node) { return node.Parent()->Text(); }
-
-SystemTables SystemTablesOf(const Workbench& workbench) {
-  return workbench.Switches.ShowSystemTables ? SystemTables::kShown : SystemTables::kHidden;
-}
-
-void ListTables(const Workbench& workbench, const TreeNode& node) {
-  const auto descriptions =
-      workbench.Switches.Advanced ? Descriptions::kShown : Descriptions::kHidden;
-  ListObjects(DatabaseOf(node), workbench.List, workbench.Session.ADOQuerySystem, node.Text(),
-              SystemTablesOf(workbench), descriptions);
-}
-
-void ListOtherObjects(const Workbench& workbench, const TreeNode& node) {
-  ListObjects(DatabaseOf(node), workbench.List, workbench.Session.ADOQuerySystem, node.Text(),
-              SystemTablesOf(workbench), Descriptions::kHidden);
-}
-
-// A routine that needs nothing but the list and the query.
-template <void (*Routine)(ListView&, Query&)>
-void Server(const Workbench& workbench, const TreeNode&) {
-  Routine(workbench.List, workbench.Session.ADOQuerySystem);
-}
-
-// A routine that needs the database of the node's parent too.
-template <void (*Routine)(ListView&, Query&, const std::string&)>
-void Database(const Workbench& workbench, const TreeNode& node) {
-  Routine(workbench.List, workbench.Session.ADOQuerySystem, DatabaseOf(node));
-}
-
-void DatabaseNodes(const Workbench& workbench, const TreeNode&) {
-  ListDatabases(workbench.Tree, workbench.List, workbench.Session.ADOQuerySystem);
-}
-
-void OneDatabase(const Workbench& workbench, const TreeNode& node) {
-  ListDatabaseProperties(node.Text(), workbench.List, workbench.Session.ADOQuerySystem);
-}
-
-void DatabaseRoles(const Workbench& workbench, const TreeNode& node) {
-  ListRoles(workbench.List, workbench.Session.ADOQuerySystem, DatabaseOf(node), "Database");
-}
-
-// The "database" of a server role is the text of its parent node, "Security".
-void ServerRoles(const Workbench& workbench, const TreeNode& node) {
-  ListRoles(workbench.List, workbench.Session.ADOQuerySystem, DatabaseOf(node), "Server");
-}
-
 struct ManagementRow {
   const char* id;
   const char* group;
@@ -94,7 +44,7 @@ constexpr std::array<ManagementRow, 4> kWizards = {{
     {"WIZ_BK99", "BackUp 設定のウィザード", "既存のバックアップメディアの全削除"},
 }};
 
-void ListManagement(const Workbench& workbench, const TreeNode&) {
+void ListManagement(const Workbench& workbench, const std::string& /*database*/) {
   constexpr std::array<CatalogColumn, 3> kColumns = {{
       {"ID", 64, Alignment::kLeft, FilledLater{}},
       {"グループ", 160, Alignment::kLeft, FilledLater{}},
@@ -110,36 +60,36 @@ void ListManagement(const Workbench& workbench, const TreeNode&) {
 // Some status texts deliberately name another statement than the one that runs: operators know
 // them by these words.
 constexpr std::array<NodeKind, 16> kNodeKinds = {{
-    {0, Match::kTextHoldsAndConnected, "SQL Server", &Server<ListServerProperties>,
+    {0, Match::kTextHoldsAndConnected, "SQL Server", ListServerProperties,
      &TFormMain::PopupMenuServerCfg, "select SERVERPROPERTY(xxx)"},
-    {1, Match::kText, "Database", &DatabaseNodes, &TFormMain::PopupMenu_Databases,
+    {1, Match::kText, "Database", ListDatabases, &TFormMain::PopupMenu_Databases,
      "select * from master.dbo.sysdatabases"},
-    {2, Match::kParentText, "Database", &OneDatabase, &TFormMain::PopupMenu_Minimum,
+    {2, Match::kParentText, "Database", ListDatabaseProperties, &TFormMain::PopupMenu_Minimum,
      "select * from master.dbo.sysdatabases / exec sp_spaceused"},
-    {3, Match::kText, "User", &Database<ListUsers>, &TFormMain::PopupMenu_Users,
+    {3, Match::kText, "User", ListUsers, &TFormMain::PopupMenu_Users,
      "select * from sysusers where(issqlrole <> 1)and(hasdbaccess = 1)"},
-    {3, Match::kText, "Role", &DatabaseRoles, &TFormMain::PopupMenu_Roles, "exec sp_helprole"},
-    {2, Match::kText, "Job", &Server<ListJobs>, &TFormMain::PopupMenu_Job,
+    {3, Match::kText, "Role", ListDatabaseRoles, &TFormMain::PopupMenu_Roles, "exec sp_helprole"},
+    {2, Match::kText, "Job", ListJobs, &TFormMain::PopupMenu_Job,
      "EXEC sp_help_job            (USE msdb)"},
-    {2, Match::kText, "BackUpDevice", &Server<ListBackupDevices>, &TFormMain::PopupMenu_BackUp,
+    {2, Match::kText, "BackUpDevice", ListBackupDevices, &TFormMain::PopupMenu_BackUp,
      "select * from master.dbo.sysdevices where status=16"},
-    {2, Match::kText, "Process", &Server<ListProcesses>, &TFormMain::PopupMenu_Process_Lock,
+    {2, Match::kText, "Process", ListProcesses, &TFormMain::PopupMenu_Process_Lock,
      "EXEC exec sp_who      (USE master)"},
-    {2, Match::kText, "Lock", &Server<ListLocks>, &TFormMain::PopupMenu_Process_Lock,
+    {2, Match::kText, "Lock", ListLocks, &TFormMain::PopupMenu_Process_Lock,
      "EXEC sp_lock          (USE master)"},
-    {3, Match::kText, "Table", &ListTables, &TFormMain::PopupMenu_Table,
+    {3, Match::kText, "Table", ListTables, &TFormMain::PopupMenu_Table,
      "select * from sysobjects  where(xtype='S')or(xtype='U')"},
-    {3, Match::kText, "View", &ListOtherObjects, &TFormMain::PopupMenu_View,
+    {3, Match::kText, "View", ListViews, &TFormMain::PopupMenu_View,
      "select * from sysobjects  where xtype='V'"},
-    {3, Match::kText, "Procedure", &ListOtherObjects, &TFormMain::PopupMenu_Procedure,
+    {3, Match::kText, "Procedure", ListProcedures, &TFormMain::PopupMenu_Procedure,
      "select * from sysobjects  where(xtype='X')or(xtype='P')"},
-    {3, Match::kText, "Backup", &Database<ListBackupHistory>, &TFormMain::PopupMenu_DB_BackUp,
+    {3, Match::kText, "Backup", ListBackupHistory, &TFormMain::PopupMenu_DB_BackUp,
      "select * from backupset   (msdb)"},
-    {2, Match::kText, "Login", &Server<ListLogins>, &TFormMain::PopupMenu_Login,
+    {2, Match::kText, "Login", ListLogins, &TFormMain::PopupMenu_Login,
      "select * from master.dbo.syslogins"},
-    {2, Match::kText, "Server role", &ServerRoles, &TFormMain::PopupMenu_SvRole,
+    {2, Match::kText, "Server role", ListServerRoles, &TFormMain::PopupMenu_SvRole,
      "exec sp_helpsrvrolemember"},
-    {0, Match::kText, "Config", &ListManagement, &TFormMain::PopupMenu_Management, ""},
+    {0, Match::kText, "Config", ListManagement, &TFormMain::PopupMenu_Management, ""},
 }};
 
 bool IsOfKind(const NodeKind& kind, const TreeNode& node, const ServerSession& session) {
@@ -163,6 +113,12 @@ const NodeKind* KindOf(const TreeNode* node, const ServerSession& session) {
   return found == kNodeKinds.end() ? nullptr : found;
 }
 
+// The database that the node is or stands in.
+std::string DatabaseOf(const NodeKind& kind, const TreeNode& node) {
+  if (kind.match == Match::kParentText) return node.Text();
+  return node.Parent() == nullptr ? std::string() : node.Parent()->Text();
+}
+
 }  // namespace
 
 void TFormMain::TreeViewClick() {
@@ -182,12 +138,10 @@ void TFormMain::TreeViewClick() {
     return;
   }
   ListViewMain.Popup = (this->*kind->popup).get();
-  if (kind->status.empty()) {
-    kind->list(workbench_, *node);
-    return;
-  }
+  const std::string database = DatabaseOf(*kind, *node);
+  if (kind->status.empty()) return kind->list(workbench_, database);
   RunningStatus status(workbench_);
-  kind->list(workbench_, *node);
+  kind->list(workbench_, database);
   status.Done(std::string(kind->status));
 }
 

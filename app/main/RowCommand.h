@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "app/workbench/Workbench.h"
+#include "app/workbench/StatementRun.h"
 
 namespace dbkeeper {
 
@@ -21,29 +21,19 @@ struct RowNames {
 // The selected row's names.
 RowNames NamesOf(const ListItem& row, const TreeView& tree);
 
-// The text with the names in their places.
-std::string FillNames(std::string_view text, const RowNames& names);
-
 enum class RowRule { kFirstSelected, kOnlySelected };
-
-// Runs the list routine of the command's node kind again.
-using ListRefresh = void (*)(const Workbench& workbench, const RowNames& names);
 
 struct RowCommand {
   RowRule rows = RowRule::kOnlySelected;
   std::string_view question = {};  // empty: nothing is asked
   std::string_view use = {};       // a statement of its own before the real one; empty: none
   std::string_view statement = {};
-  std::string_view status = {};  // empty: the statement
-  ListRefresh refresh = nullptr;
+  std::string_view status = {};   // empty: the statement
+  ListRoutine refresh = nullptr;  // null: no list is read anew
 };
 
 // Does nothing without the selected row that the command needs, or when the operator cancels.
 // Throws ServerError, with status and list as they stand.
 void RunRowCommand(const Workbench& workbench, const RowCommand& command);
-
-// The refresh of the commands on databases: the selected tree node loses its children and gets them
-// anew with the list. It is no click on the node.
-void RefreshDatabases(const Workbench& workbench, const RowNames& names);
 
 }  // namespace dbkeeper

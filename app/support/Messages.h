@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "app/support/TextFilling.h"
+
 namespace dbkeeper::messages {
 
 inline constexpr std::string_view kCannotRead = "ファイルを読み込めません: %1";
@@ -57,8 +59,7 @@ inline constexpr std::string_view kTextLost =
 
 // The message with `text` in its place.
 inline std::string Fill(std::string_view message, std::string_view text) {
-  std::string filled(message);
-  return filled.replace(filled.find("%1"), 2, text);
+  return FillText(message, {{'1', text}});
 }
 
 }  // namespace dbkeeper::messages

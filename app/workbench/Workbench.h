@@ -42,6 +42,10 @@ struct Workbench {
   }
 };
 
+// Refills the main list for a kind of tree node. `database` is the database that the node stands
+// in, or that it is; empty where there is none.
+using ListRoutine = void (*)(const Workbench& workbench, const std::string& database);
+
 // Shows that a statement runs: " *" and the waiting cursor, then " >" and what has run. Leaving the
 // scope by an exception takes the cursor back and leaves the " *".
 class RunningStatus {

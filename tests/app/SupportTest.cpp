@@ -10,6 +10,7 @@
 #include "app/support/Errors.h"
 #include "app/support/Files.h"
 #include "app/support/SettingsFile.h"
+#include "app/support/TextFilling.h"
 #include "app/support/TextHelpers.h"
 #include "app/support/Utf8.h"
 #include "tests/support/FakeHost.h"
@@ -22,6 +23,24 @@ using testing::FakeCodePage;
 using testing::FileBytes;
 using testing::PutFile;
 using testing::TemporaryFolder;
+
+TEST(FillText, PutsTheValuesIntoTheirPlacesInOnePass) {
+  struct Case {
+    const char *text, *expected;
+  };
+  const Case cases[] = {
+      {"drop [%D].dbo.[%N]", "drop [%N].dbo.[a%D]"},
+      {"100% of %N%", "100% of a%D%"},
+      {"%%N", "%a%D"},
+      {"%X %n %-N %-4", "%X %n %-N %-4"},
+      {"[%-5N]=[%-2N]", "[a%D  ]=[a%D]"},
+      {"[%-4J] %-12X", "[日本  ] %-12X"},
+      {"", ""},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(FillText(c.text, {{'N', "a%D"}, {'D', "%N"}, {'J', "日本"}}), c.expected) << c.text;
+  }
+}
 
 TEST(TextBetween, GivesTheFirstPieceBetweenItsMarkers) {
   struct Case {

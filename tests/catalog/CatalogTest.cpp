@@ -9,18 +9,16 @@
 #include "catalog/DatabaseProperties.h"
 #include "catalog/ObjectLists.h"
 #include "catalog/ServerLists.h"
-#include "tests/support/FakeConnection.h"
-#include "tests/support/FakeHost.h"
+#include "tests/support/WorkbenchFixture.h"
 
 namespace dbkeeper {
 namespace {
 
-using testing::FakeConnection;
-using testing::FakeLocale;
 using testing::TextFields;
+using testing::WorkbenchFixture;
 using Cells = std::vector<std::string>;
 
-class CatalogTest : public ::testing::Test {
+class CatalogTest : public ::testing::Test, protected WorkbenchFixture {
  protected:
   std::vector<Cells> Rows() const {
     std::vector<Cells> rows;
@@ -31,12 +29,6 @@ class CatalogTest : public ::testing::Test {
     }
     return rows;
   }
-
-  FakeConnection connection;
-  FakeLocale locale;
-  Query query{connection, locale, {}};
-  ListView list;
-  TreeView tree;
 };
 
 TEST(DatabaseStatus, DecodesGreedilyInItsFixedOrder) {
@@ -77,7 +69,7 @@ class DatabaseListTest : public CatalogTest {
 };
 
 TEST_F(DatabaseListTest, ListsDatabasesAndGrowsTheTreeByTheUsableOnesOnce) {
-  ListDatabases(tree, list, query);
+  ListDatabases(workbench, {});
   EXPECT_EQ(Rows(), (std::vector<Cells>{
                         {"1", "master", "", "8", "1090519040", "2000/08/06 1:29:12", "m.mdf"},
                         {"7", "売上", "offline,", "512", "0", "", "u.mdf"}}));
@@ -87,13 +79,13 @@ TEST_F(DatabaseListTest, ListsDatabasesAndGrowsTheTreeByTheUsableOnesOnce) {
   for (const auto& child : master.Children()) kinds.push_back(child->Text());
   EXPECT_EQ(master.Text(), "master");
   EXPECT_EQ(kinds, (Cells{"Table", "View", "Procedure", "User", "Role", "Backup"}));
-  ListDatabases(tree, list, query);
+  ListDatabases(workbench, {});
   EXPECT_EQ(node->Children().size(), 1U);
 }
 
 TEST_F(DatabaseListTest, WithoutASelectedNodeOnlyTheListIsFilled) {
   tree.Select(nullptr);
-  ListDatabases(tree, list, query);
+  ListDatabases(workbench, {});
   EXPECT_EQ(list.Items().size(), 2U);
   EXPECT_FALSE(node->HasChildren());
 }
@@ -107,7 +99,8 @@ TEST_F(CatalogTest, DescriptionsGoToEveryRowOfTheirNameAndNowhereElse) {
                                                  {"t1", "Note", "備考"},
                                                  {"t1", "Other", "x"},
                                                  {"gone", "Note", "y"}}});
-  ListObjects("sales", list, query, "Table", SystemTables::kHidden, Descriptions::kShown);
+  options = {.Advanced = true, .ShowSystemTables = false};
+  ListTables(workbench, "sales");
   EXPECT_EQ(Rows(), (std::vector<Cells>{{"1", "t1", "説明", "備考", "U", "a"},
                                         {"2", "T1", "", "", "U", "b"},
                                         {"3", "t1", "説明", "備考", "U", "c"}}));
@@ -124,7 +117,7 @@ TEST_F(CatalogTest, CapacityAsksForEachTableAndKeepsRowsWithoutAnAnswerShort) {
   connection.Answer("sp_spaceused  [a b]",
                     {TextFields({"name", "rows", "reserved", "data", "index_size", "unused"}),
                      {{"a b", "11", "80 KB", "40 KB", "8 KB", "32 KB"}}});
-  ListCapacity("sales", list, query);
+  ListCapacity(workbench, "sales");
   EXPECT_EQ(Rows(),
             (std::vector<Cells>{{"1", "a b", "U", "x", "11", "80 KB", "40 KB", "8 KB", "32 KB"},
                                 {"2", "s", "S", "y"}}));
@@ -139,7 +132,7 @@ TEST_F(CatalogTest, JobsAreDecoded) {
                    "last_run_time", "date_created", "date_modified"}),
        {{"ID1", "夜間", "1", "4", "1", "d", "20040105", "10000", "0", "0", "c", "m"},
         {"ID2", "x", "0", "7", "5", "", "0", "0", "0", "0", "c", "m"}}});
-  ListJobs(list, query);
+  ListJobs(workbench, {});
   EXPECT_EQ(Rows(),
             (std::vector<Cells>{
                 {"ID1", "夜間", "1", "ｱｲﾄﾞﾙ", "成功", "d", "20040105 10000", "0 0", "c", "m"},
@@ -155,7 +148,7 @@ TEST_F(CatalogTest, BackupHistoryShowsTheNewestBackupOfEachMediaSet) {
         {"1", "1", "n1", "d", "s", "f", "D", "1", "db"},
         {"4", "2", "n4", "d", "s", "f", "D", "1536", "db"},
         {"2", "2", "n2", "d", "s", "f", "D", "1", "db"}}});
-  ListBackupHistory(list, query, "db");
+  ListBackupHistory(workbench, "db");
   EXPECT_EQ(Rows(), (std::vector<Cells>{{"3", "1", "n3", "d", "s", "1KB"},
                                         {"4", "2", "n4", "d", "s", "2KB"}}));
 }
@@ -180,7 +173,7 @@ TEST_F(CatalogTest, DatabaseOptionsBecomeRowsWithoutGaps) {
                      {{"db",
                        "Status=ONLINE, Updateability=READ_ONLY, Collation=Japanese_CI_AS, "
                        "IsTornPageDetectionEnabled, IsAutoUpdateStatistics"}}});
-  ListDatabaseProperties("db", list, query);
+  ListDatabaseProperties(workbench, "db");
   EXPECT_EQ(Rows(), (std::vector<Cells>{{"1", "名前", "db"},
                                         {"2", "作成日", "c"},
                                         {"3", "使用サイズ", "2.00 MB"},
@@ -197,7 +190,7 @@ TEST_F(CatalogTest, UnknownDatabaseStartsAtRowThree) {
   connection.Answer("sp_spaceused",
                     {TextFields({"database_size", "unallocated space"}), {{"1", "2"}}});
   connection.Answer("sp_helpdb", {TextFields({"status"}), {}});
-  ListDatabaseProperties("db", list, query);
+  ListDatabaseProperties(workbench, "db");
   ASSERT_EQ(list.Items().size(), 2U);
   EXPECT_EQ(list.Items()[0].Caption(), "3");
 }
