@@ -32,6 +32,7 @@ add_library(dbkeeper_core STATIC
   catalog/DatabaseProperties.cpp
   catalog/ListRoutine.cpp
   catalog/ObjectLists.cpp
+  catalog/PermissionScript.cpp
   catalog/ServerLists.cpp
   database/Unit_BackupMedia.cpp
   database/Unit_Database_Property.cpp
@@ -81,6 +82,7 @@ dbkeeper_test(core_tests
     tests/app/StatementRunTest.cpp
     tests/app/SupportTest.cpp
     tests/catalog/CatalogTest.cpp
+    tests/catalog/PermissionScriptTest.cpp
     tests/controls/FnpNumericEditTest.cpp
     tests/controls/InputsTest.cpp
     tests/controls/ListViewTest.cpp
