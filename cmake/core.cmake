@@ -11,6 +11,7 @@ add_library(dbkeeper_core STATIC
   app/support/DateText.cpp
   app/support/FileReplacement.cpp
   app/support/Files.cpp
+  app/support/NumberText.cpp
   app/support/SettingsFile.cpp
   app/support/TextFilling.cpp
   app/support/TextHelpers.cpp
@@ -77,6 +78,7 @@ dbkeeper_test(core_tests
     tests/app/DatabaseCommandsTest.cpp
     tests/app/MainMenusTest.cpp
     tests/app/NodeDispatchTest.cpp
+    tests/app/NumberDateTextTest.cpp
     tests/app/RowCommandTest.cpp
     tests/app/StartUpTest.cpp
     tests/app/StatementRunTest.cpp

@@ -7,6 +7,7 @@ add_library(dbkeeper_host STATIC
   platform/host/IconvCodePage.cpp
   platform/host/SessionSettings.cpp
   platform/host/SystemClock.cpp
+  platform/host/SystemRandom.cpp
 )
 target_link_libraries(dbkeeper_host PUBLIC dbkeeper_core dbkeeper_local_server dbkeeper_odbc Qt6::Gui)
 

@@ -1,13 +1,13 @@
 // Commands on databases, backups, processes and the assignment of jobs to the server.
 
 #include <array>
-#include <charconv>
 #include <string>
 #include <string_view>
 
 #include "app/main/RowCommand.h"
 #include "app/main/UnitMain.h"
 #include "app/support/DateText.h"
+#include "app/support/NumberText.h"
 #include "app/support/TextHelpers.h"
 #include "catalog/DatabaseList.h"
 #include "catalog/ServerLists.h"
@@ -108,16 +108,7 @@ constexpr RowCommand kDeleteJobFromServer = {
 constexpr std::string_view kNoNextRun = "0 0";
 constexpr std::size_t kJobNextRun = 5;  // the sub-item
 
-std::int64_t BackupSetOf(const ListItem& row) {
-  std::int64_t id = 0;
-  const std::string_view text = row.Caption();
-  const char* const end = text.data() + text.size();
-  const auto [stop, problem] = std::from_chars(text.data(), end, id);
-  if (problem != std::errc() || stop != end) {
-    throw ConvertError("'" + std::string(text) + "' is not a valid integer value");
-  }
-  return id;
-}
+std::int64_t BackupSetOf(const ListItem& row) { return ParseInteger(row.Caption()); }
 
 // Shows what the header of a backup file tells; gives the name of the database in it, empty when
 // there is no header.

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cctype>
-#include <charconv>
 #include <utility>
 
 #include "app/support/DateText.h"
+#include "app/support/NumberText.h"
 #include "app/support/TextHelpers.h"
 
 namespace dbkeeper {
@@ -20,16 +20,7 @@ std::string_view FieldValue::AsText(std::string& room) const {
   return room = ServerDateToHostText(text_, locale_.ShortDateFormat());
 }
 
-std::int64_t FieldValue::AsInteger() const {
-  if (text_.empty()) return 0;
-  std::int64_t value = 0;
-  const char* end = text_.data() + text_.size();
-  const auto [stop, problem] = std::from_chars(text_.data(), end, value);
-  if (problem != std::errc() || stop != end) {
-    throw ConvertError("'" + std::string(text_) + "' is not a valid integer value");
-  }
-  return value;
-}
+std::int64_t FieldValue::AsInteger() const { return text_.empty() ? 0 : ParseInteger(text_); }
 
 Query::Query(Connection& connection, HostLocale& locale, DatabaseSwitched switched)
     : connection_(connection), locale_(locale), switched_(std::move(switched)) {}

@@ -1,5 +1,6 @@
 #include "app/support/DateText.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <chrono>
@@ -68,7 +69,39 @@ bool ReadNumber(std::string_view text, std::size_t at, std::size_t width, int& v
   return problem == std::errc() && stop == begin + width;
 }
 
+// Reads the date that the pattern describes; nothing where the text has another form.
+std::optional<DateTimeValue> ReadByPattern(std::string_view text, std::string_view pattern) {
+  DateTimeValue value;
+  while (!pattern.empty()) {
+    const char kind = pattern.front();
+    if (kind != 'y' && kind != 'm' && kind != 'd') {
+      if (text.empty() || text.front() != kind) return std::nullopt;
+      text.remove_prefix(1);
+      pattern.remove_prefix(1);
+      continue;
+    }
+    pattern.remove_prefix(std::min(pattern.find_first_not_of(kind), pattern.size()));
+    const std::size_t digits = std::min(text.find_first_not_of("0123456789"), text.size());
+    int number = 0;
+    if (digits == 0 || digits > 4 || !ReadNumber(text, 0, digits, number)) return std::nullopt;
+    text.remove_prefix(digits);
+    if (kind == 'y' && digits <= 2) number += number < 50 ? 2000 : 1900;
+    (kind == 'y' ? value.year : kind == 'm' ? value.month : value.day) = number;
+  }
+  if (!text.empty()) return std::nullopt;
+  const std::chrono::year_month_day date(std::chrono::year(value.year),
+                                         std::chrono::month(static_cast<unsigned>(value.month)),
+                                         std::chrono::day(static_cast<unsigned>(value.day)));
+  return date.ok() ? std::optional(value) : std::nullopt;
+}
+
 }  // namespace
+
+std::optional<DateTimeValue> ParseHostDate(std::string_view text,
+                                           std::string_view short_date_format) {
+  const bool year_first = text.find('/') == 4;
+  return ReadByPattern(text, year_first ? "yyyy/mm/dd" : short_date_format);
+}
 
 std::string FormatDateTime(const DateTimeValue& value, std::string_view pattern) {
   const bool half_day = pattern.find("am/pm") != std::string_view::npos;

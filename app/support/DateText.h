@@ -20,6 +20,12 @@ std::optional<DateTimeValue> ParseServerDate(std::string_view text);
 // alone. A text that is no date stays as it is.
 std::string ServerDateToHostText(std::string_view text, std::string_view short_date_format);
 
+// Reads a date in a host's short form such as "m/d/yy", or as "yyyy/mm/dd", which every host may
+// use. The digits may be fewer or more than the pattern's letters; a year of two digits is of this
+// century below 50. Absence where the text is no such date or the day does not exist.
+std::optional<DateTimeValue> ParseHostDate(std::string_view text,
+                                           std::string_view short_date_format);
+
 // The day `days` later.
 DateTimeValue AddDays(const DateTimeValue& value, int days);
 

@@ -80,6 +80,8 @@ class Clock {
 class RandomSource {
  public:
   virtual ~RandomSource() = default;
+  // Begins another row of numbers, by the clock.
+  virtual void Seed() = 0;
   // A number from 0 to below `limit`, which is at least 1.
   virtual std::int64_t Below(std::int64_t limit) = 0;
 };

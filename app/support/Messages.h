@@ -17,6 +17,10 @@ inline constexpr std::string_view kNoSettingsText =
     "設定ファイルの内容を読み取れません。ファイルは変更されません: %1";
 inline constexpr std::string_view kNotInCodePage = "シフトJISで表せない文字があります: %1";
 
+inline constexpr std::string_view kNotAnInteger = "整数ではありません: %1";
+inline constexpr std::string_view kNotADecimal = "数値ではありません: %1";
+inline constexpr std::string_view kNotADate = "日付ではありません: %1";
+
 inline constexpr std::string_view kNotConnected = "サーバーに接続していません。";
 inline constexpr std::string_view kConnectionClosed = "この結果を読み込んだ接続は閉じられました。";
 inline constexpr std::string_view kNoDriverManager = "ODBCを利用できません。";

@@ -81,7 +81,11 @@ class FakeRandom : public RandomSource {
  public:
   // Taken in turn, each brought below the limit.
   std::deque<std::int64_t> numbers;
+  // What was asked for, 0 where the numbers were seeded anew.
+  std::vector<std::int64_t> limits;
+  void Seed() override { limits.push_back(0); }
   std::int64_t Below(std::int64_t limit) override {
+    limits.push_back(limit);
     if (numbers.empty()) return 0;
     const std::int64_t number = numbers.front();
     numbers.pop_front();
