@@ -38,11 +38,8 @@ target_link_libraries(dbkeeper_server_sql PUBLIC SQLite::SQLite3 PRIVATE Boost::
 
 add_library(dbkeeper_server_engine STATIC
   server/catalog/catalog.cpp
-  server/catalog/live_tables.cpp
   server/catalog/login_store.cpp
   server/catalog/new_database.cpp
-  server/catalog/sample_data.cpp
-  server/catalog/sample_instance.cpp
   server/catalog/system_tables.cpp
   server/engine/backup_medium.cpp
   server/engine/backup_statements.cpp
@@ -52,8 +49,8 @@ add_library(dbkeeper_server_engine STATIC
   server/engine/database_places.cpp
   server/engine/engine_session.cpp
   server/engine/host_account.cpp
-  server/engine/host_file.cpp
   server/engine/instance_state.cpp
+  server/engine/live_tables.cpp
   server/engine/object_definition.cpp
   server/engine/permissions.cpp
   server/engine/query_runner.cpp
@@ -61,12 +58,15 @@ add_library(dbkeeper_server_engine STATIC
   server/engine/restore_database.cpp
   server/engine/restore_statements.cpp
   server/engine/session_settings.cpp
-  server/engine/sqlite.cpp
   server/engine/state_functions.cpp
   server/engine/statements.cpp
   server/engine/table_change.cpp
   server/engine/table_definition.cpp
   server/engine/workspace.cpp
+  server/instance/open_instance.cpp
+  server/instance/sample_data.cpp
+  server/instance/sample_instance.cpp
+  server/procedures/backup_history_procedures.cpp
   server/procedures/database_procedures.cpp
   server/procedures/job_procedures.cpp
   server/procedures/login_procedures.cpp
@@ -75,6 +75,8 @@ add_library(dbkeeper_server_engine STATIC
   server/procedures/procedure_call.cpp
   server/procedures/property_procedures.cpp
   server/procedures/user_procedures.cpp
+  server/storage/host_file.cpp
+  server/storage/sqlite.cpp
 )
 target_precompile_headers(dbkeeper_server_engine REUSE_FROM dbkeeper_headers)
 target_include_directories(dbkeeper_server_engine PUBLIC ${CMAKE_SOURCE_DIR})

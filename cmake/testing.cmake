@@ -36,6 +36,6 @@ function(dbkeeper_test name)
   endif()
 endfunction()
 
-add_test(NAME core_keeps_to_its_floors
+add_test(NAME sources_keep_to_their_floors
   COMMAND ${CMAKE_COMMAND} -DROOT=${CMAKE_SOURCE_DIR} -P ${CMAKE_SOURCE_DIR}/cmake/CheckIncludes.cmake)
-set_tests_properties(core_keeps_to_its_floors PROPERTIES LABELS unit)
+set_tests_properties(sources_keep_to_their_floors PROPERTIES LABELS unit)

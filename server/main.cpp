@@ -28,7 +28,7 @@
 #include <string>
 #include <string_view>
 
-#include "server/engine/instance.h"
+#include "server/instance/open_instance.h"
 #include "server/wire/server.h"
 
 namespace dbkeeper::server {
@@ -98,7 +98,7 @@ int OpenSignals() {
 class Program {
  public:
   Program(const Arguments& arguments, int shutdown_event)
-      : arguments_(arguments), instance_(Instance::Open(Options(arguments))) {
+      : arguments_(arguments), instance_(OpenInstance(Options(arguments))) {
     instance_->OnShutdown([shutdown_event] { eventfd_write(shutdown_event, 1); });
     instance_->OnKill([this](int spid) {
       if (server_) server_->CloseConnection(spid);

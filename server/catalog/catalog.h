@@ -8,9 +8,9 @@
 #include <string_view>
 #include <vector>
 
-#include "server/engine/sqlite.h"
 #include "server/sql/ast.h"
 #include "server/sql/translator.h"
+#include "server/storage/sqlite.h"
 #include "server/types/datetime.h"
 #include "server/types/text.h"
 

@@ -8,7 +8,7 @@
 #include <stdexcept>
 
 #include "server/catalog/catalog.h"
-#include "server/engine/host_file.h"
+#include "server/storage/host_file.h"
 
 namespace dbkeeper::server {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <utility>
 
-#include "server/engine/sqlite.h"
+#include "server/storage/sqlite.h"
 
 namespace dbkeeper::server {
 

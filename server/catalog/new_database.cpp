@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-#include "server/engine/host_file.h"
 #include "server/sql/parser.h"
+#include "server/storage/host_file.h"
 #include "server/types/type_rules.h"
 
 namespace dbkeeper::server {

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <system_error>
 
-#include "server/engine/host_file.h"
+#include "server/storage/host_file.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {

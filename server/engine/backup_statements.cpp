@@ -10,8 +10,8 @@
 
 #include "server/engine/database_files.h"
 #include "server/engine/error_chain.h"
-#include "server/engine/host_file.h"
 #include "server/engine/statements.h"
+#include "server/storage/host_file.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {

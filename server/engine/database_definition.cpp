@@ -6,8 +6,8 @@
 #include "server/catalog/system_tables.h"
 #include "server/engine/database_files.h"
 #include "server/engine/error_chain.h"
-#include "server/engine/host_file.h"
 #include "server/engine/instance_state.h"
+#include "server/storage/host_file.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {

@@ -9,7 +9,7 @@
 #include <system_error>
 #include <thread>
 
-#include "server/engine/host_file.h"
+#include "server/storage/host_file.h"
 #include "server/types/messages.h"
 #include "server/types/text.h"
 

@@ -5,7 +5,7 @@
 #include <iterator>
 #include <system_error>
 
-#include "server/engine/host_file.h"
+#include "server/storage/host_file.h"
 
 namespace dbkeeper::server {
 

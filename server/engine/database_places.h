@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "server/engine/sqlite.h"
+#include "server/storage/sqlite.h"
 
 namespace dbkeeper::server {
 

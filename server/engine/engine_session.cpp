@@ -6,7 +6,6 @@
 
 #include "server/engine/state_functions.h"
 #include "server/engine/statements.h"
-#include "server/procedures/procedure_call.h"
 #include "server/sql/parser.h"
 #include "server/types/messages.h"
 #include "server/types/type_rules.h"
@@ -245,17 +244,15 @@ void EngineSession::Execute(const ObjectName& name, const Parameters& arguments,
   const DatabaseInfo before{workspace_.dbid(), workspace_.database(), 0};
   const DatabaseInfo inside =
       workspace_.FindDatabase(name.database.empty() ? workspace_.database() : name.database);
-  const ProcedureRow* procedure = FindProcedure(name.name);
-  if (procedure == nullptr) {
-    const std::optional<FoundObject> kept = resolver_.Find(name);
-    if (!kept || kept->object.xtype != "P") Fail(2812, {name.Text()});
-    NeedPermission(workspace_, *kept, "EXECUTE");
-    Fail(50012, {name.Text()});
-  }
   workspace_.Open(inside);
   workspace_.SetCurrent(inside);
   try {
-    RunSystemProcedure(*procedure, *this, arguments, sink);
+    if (!instance_.run_procedure()(name.name, *this, arguments, sink)) {
+      const std::optional<FoundObject> kept = resolver_.Find(name);
+      if (!kept || kept->object.xtype != "P") Fail(2812, {name.Text()});
+      NeedPermission(workspace_, *kept, "EXECUTE");
+      Fail(50012, {name.Text()});
+    }
   } catch (...) {
     workspace_.SetCurrent(before);
     throw;

@@ -4,7 +4,6 @@
 #include <chrono>
 #include <filesystem>
 #include <functional>
-#include <memory>
 #include <string>
 
 #include "server/engine/session.h"
@@ -22,10 +21,6 @@ struct InstanceOptions {
 // Thread safe. Sessions refer to the instance and must be gone before it.
 class Instance : public SessionFactory {
  public:
-  // Opens the instance in the folder, or makes the sample one there. Throws std::runtime_error when
-  // the folder cannot be used or another process holds it.
-  static std::unique_ptr<Instance> Open(const InstanceOptions& options);
-
   // Lets the operator in as a system administrator: who logs in as `windows_name`
   // ("DOMAIN\name" or "name", in any case) with `secret` as the password. An empty secret lets
   // nobody in. Holds until the process ends; nothing of it is stored.

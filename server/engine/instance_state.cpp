@@ -9,7 +9,6 @@
 
 #include "server/catalog/catalog.h"
 #include "server/catalog/login_store.h"
-#include "server/catalog/sample_instance.h"
 #include "server/engine/engine_session.h"
 #include "server/types/messages.h"
 
@@ -64,24 +63,17 @@ class FolderLock {
   int file_;
 };
 
-std::unique_ptr<Instance> Instance::Open(const InstanceOptions& options) {
-  std::filesystem::create_directories(options.folder);
-  std::filesystem::permissions(options.folder, std::filesystem::perms::owner_all);
-  auto state = std::make_unique<InstanceState>(options);
-  state->LockFolder();
-  if (!std::filesystem::exists(state->FileOf(kMasterId))) MakeSampleInstance(options);
-  SqliteConnection master = OpenMaster(*state);
-  state->places().Load(master);
-  RenewTemporaryDatabase(*state);
-  return state;
-}
-
-InstanceState::InstanceState(InstanceOptions options)
-    : options_(std::move(options)), places_(options_.folder) {}
+InstanceState::InstanceState(InstanceOptions options, SystemProcedures run)
+    : options_(std::move(options)), run_procedure_(run), places_(options_.folder) {}
 
 InstanceState::~InstanceState() = default;
 
 void InstanceState::LockFolder() { lock_ = std::make_unique<FolderLock>(options_.folder); }
+
+void InstanceState::LoadPlaces() {
+  SqliteConnection master = OpenMaster(*this);
+  places_.Load(master);
+}
 
 FileState InstanceState::FileStateOf(int dbid) const {
   const std::scoped_lock lock(mutex_);

@@ -13,6 +13,7 @@
 #include "server/engine/database_places.h"
 #include "server/engine/instance.h"
 #include "server/engine/session.h"
+#include "server/engine/system_procedures.h"
 
 namespace dbkeeper::server {
 
@@ -51,10 +52,12 @@ class FolderLock;
 
 class InstanceState : public Instance {
  public:
-  explicit InstanceState(InstanceOptions options);
+  InstanceState(InstanceOptions options, SystemProcedures run);
   ~InstanceState() override;
   // Keeps other processes out of the folder. Throws std::runtime_error.
   void LockFolder();
+  // Reads where the databases of an instance that is there are.
+  void LoadPlaces();
 
   void SetOperator(const std::string& windows_name, const std::string& secret) override;
   void SetLoginPassword(const std::string& name, const std::string& password) override;
@@ -64,6 +67,7 @@ class InstanceState : public Instance {
   std::unique_ptr<Session> Login(const LoginRequest& request) override;
 
   const InstanceOptions& options() const { return options_; }
+  SystemProcedures run_procedure() const { return run_procedure_; }
   DatabasePlaces& places() { return places_; }
   std::filesystem::path FileOf(int dbid) const { return places_.Of(dbid).data; }
   FileState FileStateOf(int dbid) const;
@@ -99,6 +103,7 @@ class InstanceState : public Instance {
   bool IsOperator(const std::string& name, const std::string& secret) const;
 
   const InstanceOptions options_;
+  const SystemProcedures run_procedure_;
   std::unique_ptr<FolderLock> lock_;
   DatabasePlaces places_;
   mutable std::mutex mutex_;

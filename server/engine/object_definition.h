@@ -4,9 +4,9 @@
 #include <string_view>
 
 #include "server/engine/resolver.h"
-#include "server/engine/result_sink.h"
 #include "server/engine/workspace.h"
 #include "server/sql/ast.h"
+#include "server/types/result_sink.h"
 
 namespace dbkeeper::server {
 

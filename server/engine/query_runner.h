@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "server/engine/resolver.h"
-#include "server/engine/result_sink.h"
 #include "server/engine/workspace.h"
 #include "server/sql/ast.h"
 #include "server/sql/translator.h"
+#include "server/types/result_sink.h"
 
 namespace dbkeeper::server {
 

@@ -1,6 +1,6 @@
 #include "server/engine/resolver.h"
 
-#include "server/catalog/live_tables.h"
+#include "server/engine/live_tables.h"
 #include "server/types/messages.h"
 #include "server/types/text.h"
 #include "server/types/type_rules.h"

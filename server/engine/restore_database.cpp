@@ -5,7 +5,7 @@
 #include "server/engine/backup_statements.h"
 #include "server/engine/database_definition.h"
 #include "server/engine/database_files.h"
-#include "server/engine/host_file.h"
+#include "server/storage/host_file.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {

@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "server/engine/result_sink.h"
 #include "server/types/parameter.h"
+#include "server/types/result_sink.h"
 
 namespace dbkeeper::server {
 

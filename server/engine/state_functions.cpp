@@ -6,8 +6,8 @@
 
 #include "server/catalog/login_store.h"
 #include "server/catalog/system_tables.h"
-#include "server/engine/host_file.h"
 #include "server/sql/parser.h"
+#include "server/storage/host_file.h"
 #include "server/types/messages.h"
 #include "server/types/type_rules.h"
 

@@ -7,9 +7,9 @@
 
 #include "server/catalog/catalog.h"
 #include "server/engine/resolver.h"
-#include "server/engine/result_sink.h"
 #include "server/engine/workspace.h"
 #include "server/sql/ast.h"
+#include "server/types/result_sink.h"
 
 namespace dbkeeper::server {
 

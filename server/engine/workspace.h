@@ -14,7 +14,7 @@
 
 #include "server/catalog/catalog.h"
 #include "server/engine/instance_state.h"
-#include "server/engine/sqlite.h"
+#include "server/storage/sqlite.h"
 
 namespace dbkeeper::server {
 

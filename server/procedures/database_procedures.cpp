@@ -3,8 +3,8 @@
 #include <cstdio>
 
 #include "server/engine/database_definition.h"
-#include "server/engine/host_file.h"
 #include "server/procedures/procedure_call.h"
+#include "server/storage/host_file.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {
@@ -233,15 +233,6 @@ constexpr ProcedureRow kProcedures[] = {
     {"sp_attach_db", "@dbname, @filename1, @filename2=", AttachDatabase},
     {"sp_attach_single_file_db", "@dbname, @physname", AttachSingleFile},
     {"sp_detach_db", "@dbname, @skipchecks=", DetachDatabase},
-    {"sp_delete_backuphistory", "@oldest_date", nullptr, R"(
-delete from msdb.dbo.backupfile where backup_set_id in
-  (select backup_set_id from msdb.dbo.backupset
-   where backup_finish_date < convert(datetime, @oldest_date))
-delete from msdb.dbo.backupset where backup_finish_date < convert(datetime, @oldest_date)
-delete from msdb.dbo.backupmediafamily where media_set_id not in
-  (select media_set_id from msdb.dbo.backupset)
-delete from msdb.dbo.backupmediaset where media_set_id not in
-  (select media_set_id from msdb.dbo.backupset))"},
     {"sp_addumpdevice",
      "@devtype, @logicalname, @physicalname, @cntrltype=, @devstatus=", AddDevice},
     {"sp_dropdevice", "@logicalname, @delfile=", DropDevice},

@@ -31,6 +31,33 @@ std::vector<Wanted> ParametersOf(std::string_view text) {
   return parameters;
 }
 
+struct ProcedureFamily {
+  std::span<const ProcedureRow> (*rows)();
+  std::string_view database = {};  // the only one that has them; empty: every database
+};
+
+constexpr ProcedureFamily kFamilies[] = {
+    {BackupHistoryProcedures, "msdb"},
+    {DatabaseProcedures},
+    {JobProcedures, "msdb"},
+    {LoginProcedures},
+    {MetadataProcedures},
+    {ObjectProcedures},
+    {PropertyProcedures},
+    {UserProcedures},
+};
+
+// Null when the database has no system procedure of that name.
+const ProcedureRow* FindProcedure(std::string_view name, std::string_view database) {
+  for (const ProcedureFamily& family : kFamilies) {
+    if (!family.database.empty() && !SameName(family.database, database)) continue;
+    for (const ProcedureRow& row : family.rows()) {
+      if (SameName(row.name, name)) return &row;
+    }
+  }
+  return nullptr;
+}
+
 }  // namespace
 
 ProcedureCall::ProcedureCall(const ProcedureRow& row, EngineSession& session,
@@ -126,21 +153,14 @@ void ProcedureCall::NeedOwner(std::int64_t or_role) {
   if (!workspace().IsOwner(database()) && !workspace().IsIn(database(), or_role)) Fail(15247);
 }
 
-const ProcedureRow* FindProcedure(std::string_view name) {
-  for (const auto family : {DatabaseProcedures, JobProcedures, LoginProcedures, MetadataProcedures,
-                            ObjectProcedures, PropertyProcedures, UserProcedures}) {
-    for (const ProcedureRow& row : family()) {
-      if (SameName(row.name, name)) return &row;
-    }
-  }
-  return nullptr;
-}
-
-void RunSystemProcedure(const ProcedureRow& row, EngineSession& session,
-                        const Parameters& arguments, ResultSink& sink) {
-  ProcedureCall call(row, session, arguments, sink);
-  if (row.run != nullptr) row.run(call);
-  if (!row.text.empty()) call.Run(row.text);
+bool RunSystemProcedure(std::string_view name, EngineSession& session, const Parameters& arguments,
+                        ResultSink& sink) {
+  const ProcedureRow* row = FindProcedure(name, session.current_database());
+  if (row == nullptr) return false;
+  ProcedureCall call(*row, session, arguments, sink);
+  if (row->run != nullptr) row->run(call);
+  if (!row->text.empty()) call.Run(row->text);
+  return true;
 }
 
 }  // namespace dbkeeper::server

@@ -97,14 +97,13 @@ struct DatabaseChange {
   WriteScope scope;
 };
 
-// Null when there is no system procedure of that name.
-const ProcedureRow* FindProcedure(std::string_view name);
+// Runs the system procedure `name` in the session's current database; false when there is none of
+// that name there. Throws SqlError.
+bool RunSystemProcedure(std::string_view name, EngineSession& session, const Parameters& arguments,
+                        ResultSink& sink);
 
-// Binds the arguments and runs it. Throws SqlError.
-void RunSystemProcedure(const ProcedureRow& row, EngineSession& session,
-                        const Parameters& arguments, ResultSink& sink);
-
-// The families, one source each.
+// The families, one source each; procedure_call.cpp lists them.
+std::span<const ProcedureRow> BackupHistoryProcedures();
 std::span<const ProcedureRow> DatabaseProcedures();
 std::span<const ProcedureRow> JobProcedures();
 std::span<const ProcedureRow> LoginProcedures();

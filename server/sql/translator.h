@@ -13,10 +13,10 @@
 #include <variant>
 #include <vector>
 
-#include "server/engine/result_sink.h"
 #include "server/sql/ast.h"
 #include "server/types/messages.h"
 #include "server/types/parameter.h"
+#include "server/types/result_sink.h"
 
 namespace dbkeeper::server {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "server/engine/result_sink.h"
+#include "server/types/result_sink.h"
 #include "server/wire/bytes.h"
 
 namespace dbkeeper::server {

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <string_view>
 
-#include "server/engine/result_sink.h"
 #include "server/types/parameter.h"
+#include "server/types/result_sink.h"
 #include "server/wire/bytes.h"
 
 namespace dbkeeper::server {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "server/engine/result_sink.h"
+#include "server/types/result_sink.h"
 #include "server/wire/bytes.h"
 #include "server/wire/packet.h"
 #include "server/wire/tokens.h"

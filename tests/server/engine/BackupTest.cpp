@@ -7,7 +7,7 @@
 #include <thread>
 #include <utility>
 
-#include "server/engine/sqlite.h"
+#include "server/storage/sqlite.h"
 #include "tests/server/engine/engine_fixture.h"
 
 namespace dbkeeper::server {

@@ -230,6 +230,10 @@ TEST_F(CatalogTest, LoginsUsersAndRoles) {
 
 TEST_F(CatalogTest, JobsDevicesAndHistory) {
   constexpr Case kCases[] = {
+      {"exec sp_add_jobserver @job_name = [週次集計]", "error 2812"},
+      {"exec sp_help_job", "error 2812"},
+      {"exec sp_delete_backuphistory @oldest_date = '1990/01/01'", "error 2812"},
+      {"exec msdb..sp_delete_backuphistory @oldest_date = '1990/01/01'", "(0)\n(0)\n(0)\n(0)"},
       {"use msdb", "now msdb"},
       {"exec sp_add_jobserver @job_name = [週次集計]", ""},
       {"exec sp_add_jobserver @job_name = [週次集計]", "error 14269"},

@@ -26,7 +26,7 @@ Client OpenClient(Instance& instance) {
 
 // Inserts numbers from `next` on, each committed, and tells each one after its commit.
 [[noreturn]] void WriteForEver(const std::filesystem::path& folder, int next, int tell) {
-  const auto instance = Instance::Open(OptionsFor(folder));
+  const auto instance = OpenInstance(OptionsFor(folder));
   Client client = OpenClient(*instance);
   client.Run("use 耐久");
   for (;; ++next) {
@@ -43,7 +43,7 @@ TEST_F(DurabilityTest, NoCommittedRowIsLostWhenTheServerIsKilledWhileItWrites) {
   const TemporaryFolder copy;
   CopyTo(copy.path());
   {
-    const auto instance = Instance::Open(OptionsFor(copy.path()));
+    const auto instance = OpenInstance(OptionsFor(copy.path()));
     Client client = OpenClient(*instance);
     ASSERT_EQ(client.Run("create database 耐久 use 耐久 create table t (a int primary key)"),
               "now 耐久");
@@ -64,7 +64,7 @@ TEST_F(DurabilityTest, NoCommittedRowIsLostWhenTheServerIsKilledWhileItWrites) {
     }
     close(ends[0]);
     ASSERT_GT(told, last);
-    const auto instance = Instance::Open(OptionsFor(copy.path()));
+    const auto instance = OpenInstance(OptionsFor(copy.path()));
     Client client = OpenClient(*instance);
     ASSERT_EQ(client.Run("use 耐久"), "now 耐久");
     // The one row that was committed but not told yet may be there too.

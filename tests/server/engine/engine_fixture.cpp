@@ -99,7 +99,7 @@ std::unique_ptr<Instance> EngineTest::instance_;
 
 void EngineTest::SetUpTestSuite() {
   folder_ = std::make_unique<TemporaryFolder>();
-  instance_ = Instance::Open(OptionsFor(folder_->path()));
+  instance_ = OpenInstance(OptionsFor(folder_->path()));
   instance_->SetOperator(kOperator, kSecret);
 }
 

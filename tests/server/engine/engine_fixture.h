@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "server/engine/instance.h"
+#include "server/instance/open_instance.h"
 
 namespace dbkeeper::server {
 

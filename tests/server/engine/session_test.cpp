@@ -166,7 +166,7 @@ TEST_F(SessionTest, WhatWasCommittedOutlivesACrash) {
   ASSERT_EQ(client.Run("begin tran insert t values (3)"), "(1)");
   const TemporaryFolder copy;
   CopyTo(copy.path());
-  const auto reopened = Instance::Open(OptionsFor(copy.path()));
+  const auto reopened = OpenInstance(OptionsFor(copy.path()));
   reopened->SetOperator(kOperator, kSecret);
   LoginRequest request;
   request.user = kOperator;
@@ -184,14 +184,14 @@ TEST_F(SessionTest, ATornSetUpIsMadeAgain) {
   std::filesystem::create_directories(copy.path() / "new");
   std::filesystem::rename(copy.path() / "db1.sqlite", copy.path() / "new" / "db1.sqlite");
   std::filesystem::remove(copy.path() / "db5.sqlite");
-  const auto made = Instance::Open(OptionsFor(copy.path()));
+  const auto made = OpenInstance(OptionsFor(copy.path()));
   made->SetOperator(kOperator, kSecret);
   LoginRequest request;
   request.user = kOperator;
   request.password = kSecret;
   Client client(made->Login(request));
   EXPECT_EQ(client.Run("select count(*) from 販売管理..得意先"), "300");
-  EXPECT_THROW(Instance::Open(OptionsFor(copy.path())), std::runtime_error);
+  EXPECT_THROW(OpenInstance(OptionsFor(copy.path())), std::runtime_error);
 }
 
 TEST_F(SessionTest, KilledAndInterruptedStatementsStop) {

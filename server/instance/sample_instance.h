@@ -24,6 +24,9 @@ std::vector<std::string> SampleBatches();
 // Throws SqlError, SqliteError, std::filesystem::filesystem_error.
 void MakeSampleInstance(const InstanceOptions& options);
 
+// Whether the folder has one: master comes last into it.
+bool HoldsInstance(const InstanceState& state);
+
 // tempdb starts empty with each start of the server.
 void RenewTemporaryDatabase(InstanceState& state);
 

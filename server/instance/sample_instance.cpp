@@ -1,4 +1,4 @@
-#include "server/catalog/sample_instance.h"
+#include "server/instance/sample_instance.h"
 
 #include <stdexcept>
 
@@ -6,6 +6,7 @@
 #include "server/catalog/system_tables.h"
 #include "server/engine/database_definition.h"
 #include "server/engine/engine_session.h"
+#include "server/procedures/procedure_call.h"
 
 namespace dbkeeper::server {
 
@@ -63,6 +64,10 @@ void MakeMaster(const InstanceState& state) {
 
 }  // namespace
 
+bool HoldsInstance(const InstanceState& state) {
+  return std::filesystem::exists(state.FileOf(kMasterId));
+}
+
 void RenewTemporaryDatabase(InstanceState& state) {
   MakeDatabaseFile(state.FileOf(kTempId), kAdministratorSid);
 }
@@ -72,13 +77,13 @@ void MakeSampleInstance(const InstanceOptions& options) {
   apart.folder = options.folder / "new";
   std::filesystem::remove_all(apart.folder);
   std::filesystem::create_directories(apart.folder);
-  InstanceState state(apart);
+  InstanceState state(apart, RunSystemProcedure);
   MakeMaster(state);
   {
     EngineSession session(state, {.name = "sa", .sysadmin = true});
     session.Enter({}, "master");
     Workspace& workspace = session.workspace();
-    const InstanceState final_place(options);
+    const InstanceState final_place(options, RunSystemProcedure);
     const auto make = [&](int dbid, const std::string& name, std::int64_t status) {
       MakeDatabaseFile(state.FileOf(dbid), kAdministratorSid);
       ListDatabase(workspace, dbid, {name, final_place.FileOf(dbid).string(), status});

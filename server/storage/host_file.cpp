@@ -1,4 +1,4 @@
-#include "server/engine/host_file.h"
+#include "server/storage/host_file.h"
 
 #include <fcntl.h>
 #include <sys/random.h>

@@ -1,10 +1,10 @@
-#include "server/catalog/live_tables.h"
+#include "server/engine/live_tables.h"
 
 #include <algorithm>
 #include <functional>
 
 #include "server/engine/database_files.h"
-#include "server/engine/host_file.h"
+#include "server/storage/host_file.h"
 
 namespace dbkeeper::server {
 

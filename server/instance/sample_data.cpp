@@ -1,7 +1,7 @@
 // The contents of the sample databases, as batches of the dialect.
 #include <array>
 
-#include "server/catalog/sample_instance.h"
+#include "server/instance/sample_instance.h"
 
 namespace dbkeeper::server {
 

@@ -1,4 +1,4 @@
-#include "server/engine/sqlite.h"
+#include "server/storage/sqlite.h"
 
 #include <new>
 

@@ -10,9 +10,9 @@
 #include <string_view>
 #include <vector>
 
-#include "server/engine/result_sink.h"
 #include "server/sql/server_functions.h"
 #include "server/types/messages.h"
+#include "server/types/result_sink.h"
 #include "server/types/text.h"
 
 namespace dbkeeper::server {
