@@ -13,6 +13,7 @@ set(core
   "app/session"
   "app/workbench"
   "catalog"
+  "document/xls"
   "query|table_designer|security|database|jobs|testdata|document"
   "app/main"
 )

@@ -49,6 +49,14 @@ add_library(dbkeeper_core STATIC
   query/TemplateStore.cpp
   query/UnitChooseTable.cpp
   query/Unit_Exec_SQL.cpp
+  document/xls/CompoundFile.cpp
+  document/xls/SharedStrings.cpp
+  document/xls/SheetNames.cpp
+  document/xls/SheetRecords.cpp
+  document/xls/StyleTable.cpp
+  document/xls/Text.cpp
+  document/xls/Workbook.cpp
+  document/xls/Writer.cpp
   app/main/Application.cpp
   app/main/CsvExport.cpp
   app/main/DatabaseCommands.cpp
@@ -109,3 +117,28 @@ dbkeeper_test(rows_tests
     tests/session/RowViewTest.cpp
   LIBS dbkeeper_test_support
 )
+
+# The workbooks, read back with a reader that is not ours.
+find_library(FREEXL freexl)
+if(FREEXL)
+  dbkeeper_test(document_tests
+    SOURCES
+      tests/document/xls/FormatTest.cpp
+      tests/document/xls/FuzzOne.cpp
+      tests/document/xls/FuzzTest.cpp
+      tests/document/xls/ReadBack.cpp
+      tests/document/xls/SheetNamesTest.cpp
+      tests/document/xls/WriterTest.cpp
+    LIBS dbkeeper_test_support ${FREEXL}
+  )
+  target_compile_definitions(document_tests PRIVATE DBKEEPER_SOURCE_DIR="${CMAKE_SOURCE_DIR}")
+  if(DBKEEPER_FUZZ)
+    add_executable(xls_fuzz tests/document/xls/FuzzOne.cpp tests/document/xls/ReadBack.cpp
+      tests/document/xls/XlsFuzz.cpp)
+    target_compile_options(xls_fuzz PRIVATE -fsanitize=fuzzer-no-link,address)
+    target_link_options(xls_fuzz PRIVATE -fsanitize=fuzzer,address)
+    target_link_libraries(xls_fuzz PRIVATE dbkeeper_core ${FREEXL})
+  endif()
+else()
+  message(STATUS "Without libfreexl: the tests of the workbooks are left out")
+endif()

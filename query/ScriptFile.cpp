@@ -20,27 +20,6 @@ constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 constexpr std::string_view kUtf16LittleMark = "\xFF\xFE";
 constexpr std::string_view kUtf16BigMark = "\xFE\xFF";
 
-void AppendUtf8(std::string& text, std::uint32_t code) {
-  const auto tail = [code](int shift) {
-    return static_cast<char>(0x80 | ((code >> shift) & 0x3F));
-  };
-  if (code < 0x80) {
-    text += static_cast<char>(code);
-  } else if (code < 0x800) {
-    text += static_cast<char>(0xC0 | (code >> 6));
-    text += tail(0);
-  } else if (code < 0x10000) {
-    text += static_cast<char>(0xE0 | (code >> 12));
-    text += tail(6);
-    text += tail(0);
-  } else {
-    text += static_cast<char>(0xF0 | (code >> 18));
-    text += tail(12);
-    text += tail(6);
-    text += tail(0);
-  }
-}
-
 // `low` is the place of the lower byte in each pair. Absence for half a character.
 std::optional<std::string> FromUtf16(std::string_view bytes, std::size_t low) {
   if (bytes.size() % 2 != 0) return std::nullopt;
@@ -58,7 +37,7 @@ std::optional<std::string> FromUtf16(std::string_view bytes, std::size_t low) {
       if (second < 0xDC00 || second >= 0xE000) return std::nullopt;
       code = 0x10000 + ((code - 0xD800) << 10) + (second - 0xDC00);
     }
-    AppendUtf8(text, code);
+    Utf8Append(text, code);
   }
   return text;
 }

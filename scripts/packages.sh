@@ -5,8 +5,9 @@ BUILD_PACKAGES=(g++ cmake ninja-build ccache pkg-config qt6-base-dev libgl1-mesa
   libsqlite3-dev libboost-dev libxxhash-dev libgtest-dev)
 # To run: the driver to the servers, Japanese letters, the toolkit's words in Japanese.
 PROGRAM_PACKAGES=(tdsodbc unixodbc fonts-vlgothic qt6-translations-l10n)
-# To test: other clients of the local server, a virtual display, the checkers.
-TEST_PACKAGES=(freetds-bin xvfb xauth clang-format-14 clang-tidy-14 libbenchmark-dev)
+# To test: other clients of the local server, a virtual display, the checkers, a reader of workbooks.
+TEST_PACKAGES=(freetds-bin xvfb xauth clang-format-14 clang-tidy-14 libbenchmark-dev
+  libfreexl-dev)
 
 as_root() {
   if [[ $EUID -eq 0 ]]; then "$@"; else sudo "$@"; fi

@@ -52,6 +52,27 @@ char32_t Utf8Decode(std::string_view character) {
   return code;
 }
 
+void Utf8Append(std::string& text, char32_t code) {
+  const auto tail = [code](int shift) {
+    return static_cast<char>(0x80 | ((code >> shift) & 0x3F));
+  };
+  if (code < 0x80) {
+    text += static_cast<char>(code);
+  } else if (code < 0x800) {
+    text += static_cast<char>(0xC0 | (code >> 6));
+    text += tail(0);
+  } else if (code < 0x10000) {
+    text += static_cast<char>(0xE0 | (code >> 12));
+    text += tail(6);
+    text += tail(0);
+  } else {
+    text += static_cast<char>(0xF0 | (code >> 18));
+    text += tail(12);
+    text += tail(6);
+    text += tail(0);
+  }
+}
+
 std::string FoldCase(std::string_view text) {
   std::string folded(text);
   for (std::size_t i = 0; i < folded.size(); ++i) {

@@ -19,6 +19,9 @@ std::string_view Utf8Right(std::string_view text, std::size_t count);
 // The code point of one character's bytes.
 char32_t Utf8Decode(std::string_view character);
 
+// Adds the bytes of one character.
+void Utf8Append(std::string& text, char32_t code);
+
 // The text with Latin letters, half-width and full-width, in lower case.
 std::string FoldCase(std::string_view text);
 
