@@ -38,6 +38,7 @@ add_library(dbkeeper_qt STATIC
   platform/qt/forms/BackupMediaWindow.cpp
   platform/qt/forms/BrowserPane.cpp
   platform/qt/forms/DatabasePropertyWindow.cpp
+  platform/qt/forms/DialogFrame.cpp
   platform/qt/forms/FieldRows.cpp
   platform/qt/forms/ExecSqlWindow.cpp
   platform/qt/forms/LoginWindow.cpp

@@ -39,4 +39,9 @@ endfunction()
 
 add_test(NAME sources_keep_to_their_floors
   COMMAND ${CMAKE_COMMAND} -DROOT=${CMAKE_SOURCE_DIR} -P ${CMAKE_SOURCE_DIR}/cmake/CheckIncludes.cmake)
-set_tests_properties(sources_keep_to_their_floors PROPERTIES LABELS unit)
+
+add_test(NAME controls_carry_their_own_names
+  COMMAND ${CMAKE_COMMAND} -DROOT=${CMAKE_SOURCE_DIR} -P ${CMAKE_SOURCE_DIR}/cmake/CheckNames.cmake)
+
+set_tests_properties(sources_keep_to_their_floors controls_carry_their_own_names
+  PROPERTIES LABELS unit)

@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "controls/Observable.h"
@@ -14,11 +15,13 @@ namespace dbkeeper {
 enum class Color { kWindow, kButtonFace };
 
 struct Control {
-  Control() = default;
+  // `name` is the name of the form's member that the control is.
+  explicit Control(std::string name = "") : Name(std::move(name)) {}
   Control(const Control&) = delete;
   Control& operator=(const Control&) = delete;
   virtual ~Control() = default;
 
+  const std::string Name;
   Property<bool> Enabled{true};
   Property<bool> Visible{true};
   Property<std::string> Hint;

@@ -98,6 +98,8 @@ class GridSource {
 
 class DataGrid : public Control {
  public:
+  using Control::Control;
+
   // Null: an empty grid. The source must outlive its place here.
   Property<GridSource*> Source{nullptr};
   Property<bool> ReadOnly{true};

@@ -167,9 +167,12 @@ class TFnpNumericEdit::Editing {
   TextSelection selection_;
 };
 
-TFnpNumericEdit::TFnpNumericEdit(char decimal_separator, int decimals, std::string label)
-    : separator_(decimal_separator), decimals_(std::clamp(decimals, 0, kMaxDecimals)) {
-  EditLabel.Caption = std::move(label);
+TFnpNumericEdit::TFnpNumericEdit(std::string name, char decimal_separator, int decimals,
+                                 std::string label)
+    : Control(std::move(name)),
+      EditLabel(LabelName(Name), std::move(label)),
+      separator_(decimal_separator),
+      decimals_(std::clamp(decimals, 0, kMaxDecimals)) {
   SetValue(0);
 }
 

@@ -29,7 +29,8 @@ class TFnpNumericEdit : public Control {
   enum class Entry { kKeyboard, kMouse };
 
   // The separator is the host's.
-  explicit TFnpNumericEdit(char decimal_separator, int decimals = 2, std::string label = "");
+  TFnpNumericEdit(std::string name, char decimal_separator, int decimals = 2,
+                  std::string label = "");
 
   Property<std::string> Text;
   Property<TextSelection> Selection;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 #include "controls/Control.h"
 
@@ -9,11 +10,13 @@ namespace dbkeeper {
 
 class Form {
  public:
-  Form() = default;
+  // `name` is the class's name without its T.
+  explicit Form(std::string name = "") : Name(std::move(name)) {}
   Form(const Form&) = delete;
   Form& operator=(const Form&) = delete;
   virtual ~Form() = default;
 
+  const std::string Name;
   Property<std::string> Caption;
   Property<bool> Visible{false};
   Event OnShow;   // each time before the window appears

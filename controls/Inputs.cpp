@@ -40,9 +40,8 @@ void CheckBox::UserCheck(bool checked) {
   Raise(OnClick);
 }
 
-ComboBox::ComboBox(ComboStyle style, std::string label) : Style(style) {
-  EditLabel.Caption = std::move(label);
-}
+ComboBox::ComboBox(std::string name, ComboStyle style, std::string label)
+    : Control(std::move(name)), Style(style), EditLabel(LabelName(Name), std::move(label)) {}
 
 int ComboBox::ItemIndex() const {
   const bool valid = chosen_ >= 0 && static_cast<std::size_t>(chosen_) < Items.Count();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "controls/Control.h"
@@ -9,12 +10,20 @@
 namespace dbkeeper {
 
 struct Label : Control {
+  explicit Label(std::string name = "", std::string caption = "") : Control(std::move(name)) {
+    Caption = std::move(caption);
+  }
+
   Property<std::string> Caption;
 };
 
+// The name of the label that belongs to a control.
+inline std::string LabelName(const std::string& control) { return control + "_Label"; }
+
 // A single-line text with a label of its own.
 struct Edit : Control {
-  explicit Edit(std::string label = "") { EditLabel.Caption = std::move(label); }
+  explicit Edit(std::string name = "", std::string label = "")
+      : Control(std::move(name)), EditLabel(LabelName(Name), std::move(label)) {}
 
   Property<std::string> Text;
   Property<bool> ReadOnly{false};
@@ -36,7 +45,9 @@ struct Edit : Control {
 enum class ButtonKind { kPush, kToggle };
 
 struct Button : Control {
-  explicit Button(std::string caption = "", ButtonKind kind = ButtonKind::kPush) : Kind(kind) {
+  explicit Button(std::string name = "", std::string caption = "",
+                  ButtonKind kind = ButtonKind::kPush)
+      : Control(std::move(name)), Kind(kind) {
     Caption = std::move(caption);
   }
 
@@ -50,7 +61,8 @@ struct Button : Control {
 };
 
 struct CheckBox : Control {
-  explicit CheckBox(std::string caption = "", bool checked = false) {
+  explicit CheckBox(std::string name = "", std::string caption = "", bool checked = false)
+      : Control(std::move(name)) {
     Caption = std::move(caption);
     Checked = checked;
   }
@@ -67,7 +79,8 @@ enum class ComboStyle { kEditable, kDropDownList };
 // A text with a list of choices. In a drop-down list the text is always the chosen item's.
 class ComboBox : public Control {
  public:
-  explicit ComboBox(ComboStyle style = ComboStyle::kDropDownList, std::string label = "");
+  explicit ComboBox(std::string name = "", ComboStyle style = ComboStyle::kDropDownList,
+                    std::string label = "");
 
   const ComboStyle Style;
   StringList Items;
@@ -88,6 +101,8 @@ class ComboBox : public Control {
 };
 
 struct RadioGroup : Control {
+  using Control::Control;
+
   Property<std::string> Caption;
   StringList Items;
   Property<int> ItemIndex{-1};
@@ -99,6 +114,8 @@ struct RadioGroup : Control {
 // A list whose items carry check boxes.
 class CheckListBox : public Control {
  public:
+  using Control::Control;
+
   StringList Items;
   Property<std::vector<bool>> Checks;  // as long as Items
   Property<int> ItemIndex{-1};
@@ -116,6 +133,8 @@ enum class TextEnd { kStart, kEnd };
 // A text of several lines, joined by CR LF.
 class Memo : public Control {
  public:
+  using Control::Control;
+
   Property<std::string> Text;
   Property<bool> ReadOnly{false};
   Event OnChange;
@@ -129,16 +148,22 @@ class Memo : public Control {
 };
 
 struct Panel : Control {
+  using Control::Control;
+
   Property<int> Height{0};
   Property<int> Width{0};
 };
 
 struct StatusBar : Control {
+  using Control::Control;
+
   Property<std::string> SimpleText;
 };
 
 class TabControl : public Control {
  public:
+  using Control::Control;
+
   StringList Tabs;
   Property<int> TabIndex{0};
   Event OnChange;
@@ -153,6 +178,8 @@ struct DateTimeValue {
 };
 
 struct DateTimePicker : Control {
+  using Control::Control;
+
   Property<DateTimeValue> Value;
   Event OnChange;
 

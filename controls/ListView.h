@@ -59,6 +59,8 @@ class ListItem {
 
 class ListView : public Control {
  public:
+  using Control::Control;
+
   // What observers are told: the whole content, one row, or only the selection is another.
   enum class Change { kColumns, kRows, kRow, kSelection, kCheckBoxes };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace dbkeeper {
 
@@ -63,7 +64,9 @@ const NavigatorButtons& AllNavigatorButtons() {
   return kAll;
 }
 
-Navigator::Navigator() { VisibleButtons = MovingButtons(); }
+Navigator::Navigator(std::string name) : Control(std::move(name)) {
+  VisibleButtons = MovingButtons();
+}
 
 bool Navigator::ButtonEnabled(NavigatorButton button) const {
   return Enabled && Source() != nullptr && RowOf(button).enabled(*Source());

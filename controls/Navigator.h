@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <string>
 #include <vector>
 
 #include "controls/Control.h"
@@ -31,7 +32,7 @@ const NavigatorButtons& AllNavigatorButtons();
 
 class Navigator : public Control {
  public:
-  Navigator();
+  explicit Navigator(std::string name = "");
 
   Property<NavigatorButtons> VisibleButtons;  // the moving ones at first
   Property<int> Width{100};

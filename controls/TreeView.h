@@ -49,6 +49,8 @@ class TreeNode {
 
 class TreeView : public Control {
  public:
+  using Control::Control;
+
   enum class Change { kText, kStructure, kSelection, kExpand };
 
   // The node concerned: of the text, the parent whose children changed, the selected one, or the

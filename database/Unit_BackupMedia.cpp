@@ -5,7 +5,8 @@
 
 namespace dbkeeper {
 
-TForm_BackupMedia::TForm_BackupMedia(const Workbench& workbench) : workbench_(workbench) {
+TForm_BackupMedia::TForm_BackupMedia(const Workbench& workbench)
+    : Form("Form_BackupMedia"), workbench_(workbench) {
   Caption = "BackupMediaの設定";
   Button3.OnClick = [this] { Button3Click(); };
   SBtn_Update.OnClick = [this] { SBtn_UpdateClick(); };

@@ -11,7 +11,6 @@ namespace dbkeeper {
 
 namespace {
 
-// Deliberately the mode's one store: the caption of the button that runs it.
 constexpr const char* kCreateCaption = "OK";
 constexpr const char* kAttachCaption = "アタッチ";
 
@@ -69,16 +68,21 @@ void PrepareGrowthType(RadioGroup& group) {
 }  // namespace
 
 TForm_Database_Property::TForm_Database_Property(const Workbench& workbench)
-    : Fne_Mdf_Init_Size(workbench.Host.locale.DecimalSeparator(), 0, "初期サイズ :"),
-      Fne_Mdf_FileGrowth(workbench.Host.locale.DecimalSeparator(), 0, "サイズ拡張 :"),
-      Fne_Mdf_Max_Size(workbench.Host.locale.DecimalSeparator(), 0, "最大サイズ :"),
-      Fne_Ldf_Init_Size(workbench.Host.locale.DecimalSeparator(), 0, "初期サイズ :"),
-      Fne_Ldf_FileGrowth(workbench.Host.locale.DecimalSeparator(), 0, "サイズ拡張 :"),
-      Fne_Ldf_Max_Size(workbench.Host.locale.DecimalSeparator(), 0, "最大サイズ :"),
+    : Form("Form_Database_Property"),
+      Fne_Mdf_Init_Size("Fne_Mdf_Init_Size", workbench.Host.locale.DecimalSeparator(), 0,
+                        "初期サイズ :"),
+      Fne_Mdf_FileGrowth("Fne_Mdf_FileGrowth", workbench.Host.locale.DecimalSeparator(), 0,
+                         "サイズ拡張 :"),
+      Fne_Mdf_Max_Size("Fne_Mdf_Max_Size", workbench.Host.locale.DecimalSeparator(), 0,
+                       "最大サイズ :"),
+      Fne_Ldf_Init_Size("Fne_Ldf_Init_Size", workbench.Host.locale.DecimalSeparator(), 0,
+                        "初期サイズ :"),
+      Fne_Ldf_FileGrowth("Fne_Ldf_FileGrowth", workbench.Host.locale.DecimalSeparator(), 0,
+                         "サイズ拡張 :"),
+      Fne_Ldf_Max_Size("Fne_Ldf_Max_Size", workbench.Host.locale.DecimalSeparator(), 0,
+                       "最大サイズ :"),
       workbench_(workbench) {
   Caption = "Database設定";
-  Label_InitSizeUnit.Caption = "(MB)";
-  Label_MaxSizeUnit.Caption = "(MB) 0の場合、無制限";
   for (TFnpNumericEdit* edit : {&Fne_Mdf_Init_Size, &Fne_Ldf_Init_Size}) edit->SetValue(10);
   for (TFnpNumericEdit* edit : {&Fne_Mdf_FileGrowth, &Fne_Ldf_FileGrowth}) edit->SetValue(10);
   for (RadioGroup* group : {&RadioGroup_Mdf_GrowthType, &RadioGroup_Ldf_GrowthType}) {
@@ -92,13 +96,12 @@ TForm_Database_Property::TForm_Database_Property(const Workbench& workbench)
 
 void TForm_Database_Property::SetUp(DatabaseFiles files) {
   for (Edit* edit : {&Edit_DatabaseName, &Edit_DataFileName, &Edit_LogFileName}) edit->Text = "";
+  files_ = files;
   const bool create = files == DatabaseFiles::kCreate;
   Pnl_MDF.Visible = create;
   Pnl_LDF.Visible = create;
   SBtn_Update.Caption = create ? kCreateCaption : kAttachCaption;
 }
-
-bool TForm_Database_Property::Creates() const { return SBtn_Update.Caption() == kCreateCaption; }
 
 // A file to attach is chosen, one to create is named after the database in a chosen folder; what
 // the operator cancels leaves the present text.
@@ -106,7 +109,7 @@ std::string TForm_Database_Property::ChooseFile(const std::string& present,
                                                 const std::string& filter,
                                                 std::string_view suffix) const {
   Dialogs& dialogs = workbench_.Host.dialogs;
-  if (!Creates()) return dialogs.OpenFile({filter, "", ""}).value_or(present);
+  if (files_ != DatabaseFiles::kCreate) return dialogs.OpenFile({filter, "", ""}).value_or(present);
   std::optional<std::string> folder = dialogs.ChooseFolder();
   if (!folder) return present;
   if (!folder->ends_with('\\')) *folder += '\\';
@@ -122,7 +125,7 @@ void TForm_Database_Property::Button4Click() {
 }
 
 void TForm_Database_Property::SBtn_UpdateClick() {
-  if (Creates()) {
+  if (files_ == DatabaseFiles::kCreate) {
     Create();
   } else {
     Attach();

@@ -35,7 +35,8 @@ std::string Renamed(std::string path, const std::string& old_name, const std::st
 
 }  // namespace
 
-TFormRestore::TFormRestore(const Workbench& workbench) : workbench_(workbench) {
+TFormRestore::TFormRestore(const Workbench& workbench)
+    : Form("FormRestore"), workbench_(workbench) {
   Caption = "レストア";
   for (Edit* edit : {&Edit_DatabaseName, &Edit_BackupFName, &Edit_DatabaseFName, &Edit_LogFName,
                      &Edit_DataName, &Edit_LogName}) {

@@ -25,20 +25,20 @@ class TFormRestore : public Form {
   // `workbench` outlives the form.
   explicit TFormRestore(const Workbench& workbench);
 
-  Edit Edit_DatabaseName{"Database :"};
-  CheckBox CheckBox_ChangeName{"名前を変えてレストアする"};
-  Edit Edit_BackupFName{"BackupFile :"};
-  Button Sbtn_BackupFName{"..."};
-  CheckBox CheckBox_Ow{"上書きを許可する"};
-  Edit Edit_DatabaseFName{"DatabaseFile :"};
-  Button SBtn_DatabaseFName{"..."};
-  Edit Edit_LogFName{"LogFile :"};
-  Button SBtn_LogFName{"..."};
-  Edit Edit_DataName{"Data :"};
-  Edit Edit_LogName{"Log :"};
-  Button SpeedButton1{"VERIFYONLY"};
-  Button SBtn_Update{"OK"};
-  Button Sbtn_Cancel{"Cancel"};
+  Edit Edit_DatabaseName{"Edit_DatabaseName", "Database :"};
+  CheckBox CheckBox_ChangeName{"CheckBox_ChangeName", "名前を変えてレストアする"};
+  Edit Edit_BackupFName{"Edit_BackupFName", "BackupFile :"};
+  Button Sbtn_BackupFName{"Sbtn_BackupFName", "..."};
+  CheckBox CheckBox_Ow{"CheckBox_Ow", "上書きを許可する"};
+  Edit Edit_DatabaseFName{"Edit_DatabaseFName", "DatabaseFile :"};
+  Button SBtn_DatabaseFName{"SBtn_DatabaseFName", "..."};
+  Edit Edit_LogFName{"Edit_LogFName", "LogFile :"};
+  Button SBtn_LogFName{"SBtn_LogFName", "..."};
+  Edit Edit_DataName{"Edit_DataName", "Data :"};
+  Edit Edit_LogName{"Edit_LogName", "Log :"};
+  Button SpeedButton1{"SpeedButton1", "VERIFYONLY"};
+  Button SBtn_Update{"SBtn_Update", "OK"};
+  Button Sbtn_Cancel{"Sbtn_Cancel", "Cancel"};
 
   // Prepares a showing for a backup set of the history; below 1, for a file that the operator will
   // name. From the history the session's current database becomes msdb. Throws ServerError.

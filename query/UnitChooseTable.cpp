@@ -4,7 +4,7 @@
 
 namespace dbkeeper {
 
-TFormChooseTable::TFormChooseTable() {
+TFormChooseTable::TFormChooseTable() : Form("FormChooseTable") {
   SBtn_Ok.OnClick = [this] { SBtn_OkClick(); };
   Sbtn_Cancel.OnClick = [this] { Sbtn_CancelClick(); };
 }

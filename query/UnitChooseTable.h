@@ -15,9 +15,9 @@ class TFormChooseTable : public Form {
  public:
   TFormChooseTable();
 
-  ComboBox ComboBox_Table{ComboStyle::kDropDownList, "Table :"};
-  Button SBtn_Ok{"OK"};
-  Button Sbtn_Cancel{"Cancel"};
+  ComboBox ComboBox_Table{"ComboBox_Table", ComboStyle::kDropDownList, "Table :"};
+  Button SBtn_Ok{"SBtn_Ok", "OK"};
+  Button Sbtn_Cancel{"Sbtn_Cancel", "Cancel"};
 
   // Shows the dialog with the tables of `database`; absence when it was cancelled.
   std::optional<std::string> Choose(Windows& windows, const std::string& database,

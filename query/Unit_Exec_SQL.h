@@ -39,56 +39,56 @@ class TFormExecSQL : public Form {
   ~TFormExecSQL() override;
 
   // Tool bar.
-  Button Sbtn_Select{"Open", ButtonKind::kToggle};
-  Button SpeedButton3{"Exec"};
-  Button Sbtn_SQL_Log_Back{"↑"};
-  Button Sbtn_SQL_Log_Forward{"↓"};
-  Button Sbtn_Count{"Count"};
-  Button SpeedButton7{"Export"};
-  Button Sbtn_EasySQL{"EasySQL", ButtonKind::kToggle};
-  Button Sbtn_Template{"ﾃﾝﾌﾟﾚｰﾄ", ButtonKind::kToggle};
-  Button Sbtn_ServerMessage{"Message", ButtonKind::kToggle};
-  Button SBtn_RE{"Edit", ButtonKind::kToggle};
-  Navigator DBNavigator1;
+  Button Sbtn_Select{"Sbtn_Select", "Open", ButtonKind::kToggle};
+  Button SpeedButton3{"SpeedButton3", "Exec"};
+  Button Sbtn_SQL_Log_Back{"Sbtn_SQL_Log_Back", "↑"};
+  Button Sbtn_SQL_Log_Forward{"Sbtn_SQL_Log_Forward", "↓"};
+  Button Sbtn_Count{"Sbtn_Count", "Count"};
+  Button SpeedButton7{"SpeedButton7", "Export"};
+  Button Sbtn_EasySQL{"Sbtn_EasySQL", "EasySQL", ButtonKind::kToggle};
+  Button Sbtn_Template{"Sbtn_Template", "ﾃﾝﾌﾟﾚｰﾄ", ButtonKind::kToggle};
+  Button Sbtn_ServerMessage{"Sbtn_ServerMessage", "Message", ButtonKind::kToggle};
+  Button SBtn_RE{"SBtn_RE", "Edit", ButtonKind::kToggle};
+  Navigator DBNavigator1{"DBNavigator1"};
   // The strip at the right end, with the navigator and the database.
-  Panel Panel_ToolRight;
-  ComboBox ComboBox_DatabaseName{ComboStyle::kDropDownList, "DB :"};
+  Panel Panel_ToolRight{"Panel_ToolRight"};
+  ComboBox ComboBox_DatabaseName{"ComboBox_DatabaseName", ComboStyle::kDropDownList, "DB :"};
 
   // Template strip.
-  Panel Panel_Template;
-  ComboBox CmbBox_Template{ComboStyle::kEditable};
-  Button Sbtn_Template_Load{"呼出し"};
-  Button Sbtn_Template_Save{"保存"};
-  Button Sbtn_Template_Serch{"検索>>"};
+  Panel Panel_Template{"Panel_Template"};
+  ComboBox CmbBox_Template{"CmbBox_Template", ComboStyle::kEditable};
+  Button Sbtn_Template_Load{"Sbtn_Template_Load", "呼出し"};
+  Button Sbtn_Template_Save{"Sbtn_Template_Save", "保存"};
+  Button Sbtn_Template_Serch{"Sbtn_Template_Serch", "検索>>"};
 
   // Step strip.
-  Panel Panel_SQL_CmdSet;
-  Button Sbtn_TableClose{"X"};
-  ComboBox CmbBox_CmdSet{ComboStyle::kDropDownList};
-  Button SBtn_CmdSetSet{"セット"};
+  Panel Panel_SQL_CmdSet{"Panel_SQL_CmdSet"};
+  Button Sbtn_TableClose{"Sbtn_TableClose", "X"};
+  ComboBox CmbBox_CmdSet{"CmbBox_CmdSet", ComboStyle::kDropDownList};
+  Button SBtn_CmdSetSet{"SBtn_CmdSetSet", "セット"};
 
-  Memo MemoSQL;
+  Memo MemoSQL{"MemoSQL"};
   // Beside the editor's own commands.
   PopupMenu PopupMenu_Memo{"PopupMenu_Memo"};
   // Whether files dropped from the desktop are taken.
   Property<bool> AcceptsFiles{false};
 
-  DataGrid DBGrid1;
+  DataGrid DBGrid1{"DBGrid1"};
   PopupMenu PopupMenu_Grid{"PopupMenu_Grid"};
-  Panel Splitter_ServerMessage;
-  Memo MemoServerMessage;
+  Panel Splitter_ServerMessage{"Splitter_ServerMessage"};
+  Memo MemoServerMessage{"MemoServerMessage"};
 
   // Builder of skeleton statements.
-  Panel Panel_EasySQL;
-  Panel Splitter_EasySQL;
-  Button Sbtn_EasySQL_Get_Columns{"ﾚｲｱｳﾄ取得"};
-  ComboBox ComboBox_EasySQL_Mode;
-  Button Sbtn_EasySQL_Select{"<< 項目"};
-  Button Sbtn_EasySQL_Where{"<< 条件"};
-  Button Sbtn_EasySQL_OrderBy{"<< 並順"};
-  Button Sbtn_EasySQL_Clear{"ｸﾘｱ >>"};
+  Panel Panel_EasySQL{"Panel_EasySQL"};
+  Panel Splitter_EasySQL{"Splitter_EasySQL"};
+  Button Sbtn_EasySQL_Get_Columns{"Sbtn_EasySQL_Get_Columns", "ﾚｲｱｳﾄ取得"};
+  ComboBox ComboBox_EasySQL_Mode{"ComboBox_EasySQL_Mode"};
+  Button Sbtn_EasySQL_Select{"Sbtn_EasySQL_Select", "<< 項目"};
+  Button Sbtn_EasySQL_Where{"Sbtn_EasySQL_Where", "<< 条件"};
+  Button Sbtn_EasySQL_OrderBy{"Sbtn_EasySQL_OrderBy", "<< 並順"};
+  Button Sbtn_EasySQL_Clear{"Sbtn_EasySQL_Clear", "ｸﾘｱ >>"};
   TFnpNumericEdit Fne_EasySQL_Top;
-  CheckListBox CheckListBox_EasySQL;
+  CheckListBox CheckListBox_EasySQL{"CheckListBox_EasySQL"};
   TFormChooseTable FormChooseTable;
 
   // Fills the list of databases, chooses one, and makes it the session's current one. Throws

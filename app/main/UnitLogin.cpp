@@ -9,7 +9,7 @@ namespace dbkeeper {
 
 TFormLogin::TFormLogin(ServerSession& session, const Host& host, SettingsFile& settings,
                        TFormMain& main)
-    : session_(session), host_(host), settings_(settings), main_(main) {
+    : Form("FormLogin"), session_(session), host_(host), settings_(settings), main_(main) {
   Caption = "SQL Serverへの接続";
   OnShow = [this] { FormShow(); };
   CheckBox_Windows.OnClick = [this] { CheckBox_WindowsClick(); };

@@ -16,12 +16,12 @@ class TFormLogin : public Form {
   // The main window takes the name of the server that was connected to.
   TFormLogin(ServerSession& session, const Host& host, SettingsFile& settings, TFormMain& main);
 
-  Edit Edit_loginame{"login name :"};
-  Edit Edit_passwd{"passwd :"};
-  ComboBox ComboBox_SQL_Server{ComboStyle::kEditable, "SQL Server :"};
-  CheckBox CheckBox_Windows{"Windows統合認証 :"};
-  Button SBtn_Update{"OK"};
-  Button Sbtn_Cancel{"Cancel"};
+  Edit Edit_loginame{"Edit_loginame", "login name :"};
+  Edit Edit_passwd{"Edit_passwd", "passwd :"};
+  ComboBox ComboBox_SQL_Server{"ComboBox_SQL_Server", ComboStyle::kEditable, "SQL Server :"};
+  CheckBox CheckBox_Windows{"CheckBox_Windows", "Windows統合認証 :"};
+  Button SBtn_Update{"SBtn_Update", "OK"};
+  Button Sbtn_Cancel{"Sbtn_Cancel", "Cancel"};
 
   // Fills the server box. Throws FileError when the settings cannot be read.
   void FormCreate();

@@ -64,7 +64,8 @@ constexpr std::size_t kLongestLog = 64 << 20;
 
 TFormMain::TFormMain(ServerSession& session, const dbkeeper::Host& host, SettingsFile& settings,
                      MainForms forms)
-    : PopupMenu_SQLServer(BuildMainMenu("PopupMenu_SQLServer", *this)),
+    : Form("FormMain"),
+      PopupMenu_SQLServer(BuildMainMenu("PopupMenu_SQLServer", *this)),
       PopupMenuServerCfg(BuildMainMenu("PopupMenuServerCfg", *this)),
       PopupMenu_Databases(BuildMainMenu("PopupMenu_Databases", *this)),
       PopupMenu_Table(BuildMainMenu("PopupMenu_Table", *this)),

@@ -52,24 +52,24 @@ class TFormMain : public Form {
   // first command. The browse query of `session` is the table browser's.
   TFormMain(ServerSession& session, const Host& host, SettingsFile& settings, MainForms forms);
 
-  dbkeeper::TreeView TreeView;
-  ListView ListViewMain;
-  StatusBar StatusBar1;
-  Panel Pnl_Main;
-  Panel Pnl_SQL;
-  Panel Splitter_SQL;
+  dbkeeper::TreeView TreeView{"TreeView"};
+  ListView ListViewMain{"ListViewMain"};
+  StatusBar StatusBar1{"StatusBar1"};
+  Panel Pnl_Main{"Pnl_Main"};
+  Panel Pnl_SQL{"Pnl_SQL"};
+  Panel Splitter_SQL{"Splitter_SQL"};
 
   // The table browser's pane.
-  Panel Pnl_SQL_Tool;
-  Button Sbtn_TableClose{"X"};
-  Button Sbtn_TableOpen{"Open", ButtonKind::kToggle};
-  Edit Edit_Open_TableName{"Table :"};
-  ComboBox ComboBox_Table_Where;
-  Button Sbtn_RE{"Edit", ButtonKind::kToggle};
-  Panel Pnl_Navigator;
-  Navigator DBNavigator1;
-  Edit Edit_Table_Where{"where : "};
-  DataGrid DBGrid1;
+  Panel Pnl_SQL_Tool{"Pnl_SQL_Tool"};
+  Button Sbtn_TableClose{"Sbtn_TableClose", "X"};
+  Button Sbtn_TableOpen{"Sbtn_TableOpen", "Open", ButtonKind::kToggle};
+  Edit Edit_Open_TableName{"Edit_Open_TableName", "Table :"};
+  ComboBox ComboBox_Table_Where{"ComboBox_Table_Where"};
+  Button Sbtn_RE{"Sbtn_RE", "Edit", ButtonKind::kToggle};
+  Panel Pnl_Navigator{"Pnl_Navigator"};
+  Navigator DBNavigator1{"DBNavigator1"};
+  Edit Edit_Table_Where{"Edit_Table_Where", "where : "};
+  DataGrid DBGrid1{"DBGrid1"};
 
   const std::unique_ptr<PopupMenu> PopupMenu_SQLServer;
   const std::unique_ptr<PopupMenu> PopupMenuServerCfg;

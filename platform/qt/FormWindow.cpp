@@ -29,7 +29,17 @@ FormDialog::FormDialog(Form& form, const ActionGuard& guard, QWidget* owner)
   Follow(form, *this);
 }
 
-void FormDialog::SetDefaultButton(QPushButton& button) { button.setDefault(true); }
+void FormDialog::SetDefaultButton(QPushButton& button) {
+  button.setDefault(true);
+  // Enter leaves the field as a click would, and comes back to it where the dialog stays open.
+  connect(&button, &QPushButton::pressed, this, [this, &button] {
+    entered_from_ = focusWidget() == &button ? nullptr : focusWidget();
+    button.setFocus();
+  });
+  connect(&button, &QPushButton::clicked, this, [this] {
+    if (entered_from_ != nullptr && isVisible()) entered_from_->setFocus();
+  });
+}
 
 void FormDialog::FixSize() { layout()->setSizeConstraint(QLayout::SetFixedSize); }
 

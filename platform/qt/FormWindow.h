@@ -3,6 +3,7 @@
 
 #include <QDialog>
 #include <QMainWindow>
+#include <QPointer>
 
 #include "controls/ActionGuard.h"
 #include "controls/Form.h"
@@ -37,6 +38,7 @@ class FormDialog : public QDialog {
   Form& form_;
   const ActionGuard& guard_;
   QPushButton* cancel_ = nullptr;
+  QPointer<QWidget> entered_from_;  // where Enter was pressed
 };
 
 // The program's main window; the program ends when it has been closed. Minimised, it takes the

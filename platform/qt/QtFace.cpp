@@ -2,12 +2,7 @@
 
 #include <QWidget>
 
-#include "platform/qt/forms/BackupMediaWindow.h"
-#include "platform/qt/forms/DatabasePropertyWindow.h"
-#include "platform/qt/forms/ExecSqlWindow.h"
-#include "platform/qt/forms/LoginWindow.h"
-#include "platform/qt/forms/MainWindow.h"
-#include "platform/qt/forms/RestoreWindow.h"
+#include "platform/qt/forms/Windows.h"
 
 namespace dbkeeper::qt {
 
@@ -16,24 +11,16 @@ QtFace::QtFace(Application& program, QtWindows& windows) : windows_(windows) {
   windows.Register(program.FormMain, [&program, &guard, &windows](QWidget*) {
     return MakeMainWindow(program.FormMain, guard, windows);
   });
-  windows.Register(program.FormExecSQL, [&program, &guard](QWidget*) {
-    return MakeExecSqlWindow(program.FormExecSQL, guard);
-  });
-  windows.Register(program.FormExecSQL.FormChooseTable, [&program, &guard](QWidget* owner) {
-    return MakeChooseTableWindow(program.FormExecSQL.FormChooseTable, guard, owner);
-  });
-  windows.Register(program.FormLogin, [&program, &guard](QWidget* owner) {
-    return MakeLoginWindow(program.FormLogin, guard, owner);
-  });
-  windows.Register(program.Form_Database_Property, [&program, &guard](QWidget* owner) {
-    return MakeDatabasePropertyWindow(program.Form_Database_Property, guard, owner);
-  });
-  windows.Register(program.Form_BackupMedia, [&program, &guard](QWidget* owner) {
-    return MakeBackupMediaWindow(program.Form_BackupMedia, guard, owner);
-  });
-  windows.Register(program.FormRestore, [&program, &guard](QWidget* owner) {
-    return MakeRestoreWindow(program.FormRestore, guard, owner);
-  });
+  const auto add = [&guard, &windows](auto& form) {
+    windows.Register(form,
+                     [&form, &guard](QWidget* owner) { return MakeWindow(form, guard, owner); });
+  };
+  add(program.FormExecSQL);
+  add(program.FormExecSQL.FormChooseTable);
+  add(program.FormLogin);
+  add(program.Form_Database_Property);
+  add(program.Form_BackupMedia);
+  add(program.FormRestore);
 }
 
 QtFace::~QtFace() { windows_.Clear(); }

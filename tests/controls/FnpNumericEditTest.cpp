@@ -131,7 +131,7 @@ TEST(FnpNumericEdit, KeepsTheFormatWhateverIsTyped) {
       {2, "1|23.00", "[", "1|23.00"},
   };
   for (const Case& c : cases) {
-    TFnpNumericEdit edit('.', c.decimals);
+    TFnpNumericEdit edit("", '.', c.decimals);
     Put(edit, c.before);
     Do(edit, c.keys);
     EXPECT_EQ(Look(edit), c.after) << c.before << " and " << c.keys;
@@ -155,7 +155,7 @@ TEST(FnpNumericEdit, PastesThroughTheSameFilter) {
       {"5|.00", "\xff\xfe", "5|.00"},
   };
   for (const auto& c : cases) {
-    TFnpNumericEdit edit('.');
+    TFnpNumericEdit edit("", '.');
     Put(edit, c.before);
     edit.UserPaste(c.pasted);
     EXPECT_EQ(Look(edit), c.after) << c.before << " and " << c.pasted;
@@ -181,18 +181,18 @@ TEST(FnpNumericEdit, ShowsItsValueInTheDisplayFormat) {
       {0, 1e15, "1000000000000000"},
   };
   for (const auto& c : cases) {
-    TFnpNumericEdit edit('.', c.decimals);
+    TFnpNumericEdit edit("", '.', c.decimals);
     edit.SetValue(c.value);
     EXPECT_EQ(edit.Text(), c.text) << c.value;
   }
-  TFnpNumericEdit comma(',', 1);
+  TFnpNumericEdit comma("", ',', 1);
   comma.SetValue(1.5);
   EXPECT_EQ(comma.Text(), "1,5");
   EXPECT_EQ(comma.Value(), 1.5);
 }
 
 TEST(FnpNumericEdit, KeepsDecimalsBetweenNoneAndNineAndShowsTheValueAnew) {
-  TFnpNumericEdit edit('.');
+  TFnpNumericEdit edit("", '.');
   edit.SetValue(5.25);
   edit.SetDecimals(12);
   EXPECT_EQ(edit.Decimals(), 9);
@@ -204,7 +204,7 @@ TEST(FnpNumericEdit, KeepsDecimalsBetweenNoneAndNineAndShowsTheValueAnew) {
 
 TEST(FnpNumericEdit, RefusesToReadWhatIsNoNumber) {
   for (const char* text : {"", "-", "abc", "1.2.3", "inf", "nan", "1e999"}) {
-    TFnpNumericEdit edit('.');
+    TFnpNumericEdit edit("", '.');
     edit.Text = std::string(text);
     EXPECT_THROW(edit.Value(), ConvertError) << text;
   }
@@ -219,7 +219,7 @@ TEST(FnpNumericEdit, ChecksDifferentBoundsWhenItIsLeft) {
       {1, 10, 10.01, true}, {0, 0, 99, false}, {5, 5, 99, false},
   };
   for (const auto& c : cases) {
-    TFnpNumericEdit edit('.');
+    TFnpNumericEdit edit("", '.');
     edit.MinValue = c.low;
     edit.MaxValue = c.high;
     edit.SetValue(c.value);
@@ -233,7 +233,7 @@ TEST(FnpNumericEdit, ChecksDifferentBoundsWhenItIsLeft) {
 }
 
 TEST(FnpNumericEdit, SelectsAllWhenItIsEnteredByKeyboardOnly) {
-  TFnpNumericEdit edit('.');
+  TFnpNumericEdit edit("", '.');
   edit.UserEnter(TFnpNumericEdit::Entry::kMouse);
   EXPECT_EQ(Look(edit), "|0.00");
   edit.UserEnter(TFnpNumericEdit::Entry::kKeyboard);
@@ -241,7 +241,7 @@ TEST(FnpNumericEdit, SelectsAllWhenItIsEnteredByKeyboardOnly) {
 }
 
 TEST(FnpNumericEdit, IsLeftAloneWhileReadOnly) {
-  TFnpNumericEdit edit('.');
+  TFnpNumericEdit edit("", '.');
   edit.SetValue(5);
   edit.ReadOnly = true;
   edit.UserSelectAll();
@@ -253,7 +253,7 @@ TEST(FnpNumericEdit, IsLeftAloneWhileReadOnly) {
 }
 
 TEST(FnpNumericEdit, UndoesTheLastChangeAndDoesItAgain) {
-  TFnpNumericEdit edit('.');
+  TFnpNumericEdit edit("", '.');
   int changes = 0;
   edit.OnChange = [&] { ++changes; };
   edit.UserPaste("12");
@@ -265,7 +265,7 @@ TEST(FnpNumericEdit, UndoesTheLastChangeAndDoesItAgain) {
 }
 
 TEST(FnpNumericEdit, LetsItsOwnerDropACharacterFirst) {
-  TFnpNumericEdit edit('.');
+  TFnpNumericEdit edit("", '.');
   edit.OnKeyPress = [](char32_t& key) {
     if (key == '7') key = 0;
   };

@@ -23,7 +23,7 @@ TEST(Edit, LockedOrDisabledEditTakesNoTyping) {
 }
 
 TEST(Button, ToggleButtonIsDownBeforeItsEvent) {
-  Button button("Open", ButtonKind::kToggle);
+  Button button("", "Open", ButtonKind::kToggle);
   std::vector<bool> seen;
   button.OnClick = [&] { seen.push_back(button.Down); };
   button.UserClick();
@@ -34,7 +34,7 @@ TEST(Button, ToggleButtonIsDownBeforeItsEvent) {
 }
 
 TEST(CheckBox, OnlyAPersonRaisesItsEvent) {
-  CheckBox box("x");
+  CheckBox box("", "x");
   int clicks = 0;
   box.OnClick = [&] { ++clicks; };
   box.Checked = true;
@@ -45,7 +45,7 @@ TEST(CheckBox, OnlyAPersonRaisesItsEvent) {
 }
 
 TEST(ComboBox, TextFollowsTheItemAndTypingNeedsAnEditableBox) {
-  ComboBox list(ComboStyle::kDropDownList);
+  ComboBox list("", ComboStyle::kDropDownList);
   list.Items.Assign({"a", "b"});
   EXPECT_EQ(list.ItemIndex(), -1);
   list.UserSelect(1);
@@ -54,7 +54,7 @@ TEST(ComboBox, TextFollowsTheItemAndTypingNeedsAnEditableBox) {
   list.SetItemIndex(7);
   EXPECT_EQ(list.Text(), "");
 
-  ComboBox editable(ComboStyle::kEditable);
+  ComboBox editable("", ComboStyle::kEditable);
   editable.UserType("host,1433");
   EXPECT_EQ(editable.Text(), "host,1433");
 }

@@ -2,7 +2,6 @@
 // widget, what a person does reaches the control's User... methods, through the one guard.
 #pragma once
 
-#include <QString>
 #include <functional>
 
 #include "controls/ActionGuard.h"
@@ -38,38 +37,40 @@ enum class Picks { kDate, kTime };
 class Binder {
  public:
   // The widgets become children of `window`; a layout may give them another parent. Guard and
-  // controls must outlive them. `name` is the control's name in its form, and the widget's.
+  // controls must outlive them. A widget is named as its control.
   Binder(const ActionGuard& guard, QWidget& window) : guard_(guard), window_(window) {}
 
-  QLabel* Make(Label& label, const QString& name) const;
-  // The edit alone; its label is made with Make(edit.EditLabel, ...).
-  QLineEdit* Make(Edit& edit, const QString& name) const;
+  QWidget& Window() const { return window_; }
+
+  QLabel* Make(Label& label) const;
+  // The edit alone; its label is made with Make(edit.EditLabel).
+  QLineEdit* Make(Edit& edit) const;
   // As Make, showing "*" for each character.
-  QLineEdit* MakePassword(Edit& edit, const QString& name) const;
-  QPushButton* Make(Button& button, const QString& name) const;
-  QCheckBox* Make(CheckBox& box, const QString& name) const;
-  QComboBox* Make(ComboBox& box, const QString& name) const;
-  QGroupBox* Make(RadioGroup& group, const QString& name) const;
-  QListWidget* Make(CheckListBox& list, const QString& name) const;
-  QPlainTextEdit* Make(Memo& memo, const QString& name) const;
+  QLineEdit* MakePassword(Edit& edit) const;
+  QPushButton* Make(Button& button) const;
+  QCheckBox* Make(CheckBox& box) const;
+  QComboBox* Make(ComboBox& box) const;
+  QGroupBox* Make(RadioGroup& group) const;
+  QListWidget* Make(CheckListBox& list) const;
+  QPlainTextEdit* Make(Memo& memo) const;
   // Ties a memo to an editor that the form has made. What the program puts in can be undone.
-  void Bind(Memo& memo, QPlainTextEdit& editor, const QString& name) const;
+  void Bind(Memo& memo, QPlainTextEdit& editor) const;
   // The box alone, as with an edit.
-  QLineEdit* Make(TFnpNumericEdit& edit, const QString& name) const;
+  QLineEdit* Make(TFnpNumericEdit& edit) const;
   // An empty frame; the form's layout fills it. A Height or Width of 0 leaves it to the layout.
-  QFrame* Make(Panel& panel, const QString& name) const;
-  QStatusBar* Make(StatusBar& bar, const QString& name) const;
-  QTabBar* Make(TabControl& tabs, const QString& name) const;
-  QDateTimeEdit* Make(DateTimePicker& picker, const QString& name, Picks picks) const;
-  ListWidget* Make(ListView& list, const QString& name) const;
-  TreeWidget* Make(TreeView& tree, const QString& name) const;
+  QFrame* Make(Panel& panel) const;
+  QStatusBar* Make(StatusBar& bar) const;
+  QTabBar* Make(TabControl& tabs) const;
+  QDateTimeEdit* Make(DateTimePicker& picker, Picks picks) const;
+  ListWidget* Make(ListView& list) const;
+  TreeWidget* Make(TreeView& tree) const;
   // The grid with the line below it that says why rows cannot be edited.
-  QWidget* Make(DataGrid& grid, const QString& name) const;
-  QWidget* Make(Navigator& navigator, const QString& name) const;
+  QWidget* Make(DataGrid& grid) const;
+  QWidget* Make(Navigator& navigator) const;
 
  private:
   // Name, enabling, visibility, hint and focus, which every control has.
-  void BindCommon(Control& control, QWidget& widget, const QString& name) const;
+  void BindCommon(Control& control, QWidget& widget) const;
   // Focus entering and leaving the widget.
   void BindFocus(Edit& edit, QLineEdit& widget) const;
 

@@ -65,12 +65,12 @@ DateTimeValue FromQt(const QDateTime& value) {
 
 }  // namespace
 
-QPushButton* Binder::Make(Button& button, const QString& name) const {
+QPushButton* Binder::Make(Button& button) const {
   auto* widget = new QPushButton(&window_);
   // Only the button that the form names answers to Enter.
   widget->setAutoDefault(false);
   widget->setCheckable(button.Kind == ButtonKind::kToggle);
-  BindCommon(button, *widget, name);
+  BindCommon(button, *widget);
   Keep(*widget, button.Caption.Observe(
                     [widget](const std::string& text) { widget->setText(ToQtCaption(text)); }));
   Keep(*widget, button.Down.Observe([widget](bool down) { widget->setChecked(down); }));
@@ -81,9 +81,9 @@ QPushButton* Binder::Make(Button& button, const QString& name) const {
   return widget;
 }
 
-QCheckBox* Binder::Make(CheckBox& box, const QString& name) const {
+QCheckBox* Binder::Make(CheckBox& box) const {
   auto* widget = new QCheckBox(&window_);
-  BindCommon(box, *widget, name);
+  BindCommon(box, *widget);
   Keep(*widget, box.Caption.Observe(
                     [widget](const std::string& text) { widget->setText(ToQtCaption(text)); }));
   Keep(*widget, box.Checked.Observe([widget](bool checked) { widget->setChecked(checked); }));
@@ -95,14 +95,14 @@ QCheckBox* Binder::Make(CheckBox& box, const QString& name) const {
   return widget;
 }
 
-QComboBox* Binder::Make(ComboBox& box, const QString& name) const {
+QComboBox* Binder::Make(ComboBox& box) const {
   auto* widget = new QComboBox(&window_);
   const bool editable = box.Style == ComboStyle::kEditable;
   widget->setEditable(editable);
   widget->setInsertPolicy(QComboBox::NoInsert);
   // Completion ignores case and would change what was typed; "(LOCAL)" is not "(local)".
   if (editable) widget->setCompleter(nullptr);
-  BindCommon(box, *widget, name);
+  BindCommon(box, *widget);
   Keep(*widget, box.Items.Observe(
                     [&box, widget](const std::vector<std::string>&) { ShowItems(box, *widget); }));
   Keep(*widget, box.Text.Observe([&box, widget](const std::string&) { ShowChoice(box, *widget); }));
@@ -120,11 +120,11 @@ QComboBox* Binder::Make(ComboBox& box, const QString& name) const {
   return widget;
 }
 
-QGroupBox* Binder::Make(RadioGroup& group, const QString& name) const {
+QGroupBox* Binder::Make(RadioGroup& group) const {
   auto* widget = new QGroupBox(&window_);
   auto* layout = new QVBoxLayout(widget);
   auto* choices = new QButtonGroup(widget);
-  BindCommon(group, *widget, name);
+  BindCommon(group, *widget);
   Keep(*widget, group.Caption.Observe(
                     [widget](const std::string& text) { widget->setTitle(ToQtCaption(text)); }));
   const auto show_choice = [&group, choices] {
@@ -159,9 +159,9 @@ QGroupBox* Binder::Make(RadioGroup& group, const QString& name) const {
   return widget;
 }
 
-QListWidget* Binder::Make(CheckListBox& list, const QString& name) const {
+QListWidget* Binder::Make(CheckListBox& list) const {
   auto* widget = new QListWidget(&window_);
-  BindCommon(list, *widget, name);
+  BindCommon(list, *widget);
   // Set while the program changes the items: the widget tells every change of an item alike.
   auto mirroring = std::make_shared<bool>(false);
   const auto mirror = [mirroring](auto show) {
@@ -191,9 +191,9 @@ QListWidget* Binder::Make(CheckListBox& list, const QString& name) const {
   return widget;
 }
 
-QFrame* Binder::Make(Panel& panel, const QString& name) const {
+QFrame* Binder::Make(Panel& panel) const {
   auto* widget = new QFrame(&window_);
-  BindCommon(panel, *widget, name);
+  BindCommon(panel, *widget);
   Keep(*widget, panel.Height.Observe([widget](int height) {
     if (height > 0) widget->setFixedHeight(Scaled(*widget, height));
   }));
@@ -203,9 +203,9 @@ QFrame* Binder::Make(Panel& panel, const QString& name) const {
   return widget;
 }
 
-QTabBar* Binder::Make(TabControl& tabs, const QString& name) const {
+QTabBar* Binder::Make(TabControl& tabs) const {
   auto* widget = new QTabBar(&window_);
-  BindCommon(tabs, *widget, name);
+  BindCommon(tabs, *widget);
   Keep(*widget, tabs.Tabs.Observe([&tabs, widget](const std::vector<std::string>& captions) {
     const QSignalBlocker quiet(widget);
     while (widget->count() > 0) widget->removeTab(0);
@@ -225,12 +225,12 @@ QTabBar* Binder::Make(TabControl& tabs, const QString& name) const {
   return widget;
 }
 
-QDateTimeEdit* Binder::Make(DateTimePicker& picker, const QString& name, Picks picks) const {
+QDateTimeEdit* Binder::Make(DateTimePicker& picker, Picks picks) const {
   auto* widget = new QDateTimeEdit(&window_);
   const bool date = picks == Picks::kDate;
   widget->setDisplayFormat(date ? "yyyy/MM/dd" : "HH:mm:ss");
   widget->setCalendarPopup(date);
-  BindCommon(picker, *widget, name);
+  BindCommon(picker, *widget);
   const auto show = [&picker, widget] {
     const QSignalBlocker quiet(widget);
     widget->setDateTime(ToQt(picker.Value()));

@@ -6,8 +6,8 @@
 
 namespace dbkeeper::qt {
 
-void Binder::BindCommon(Control& control, QWidget& widget, const QString& name) const {
-  widget.setObjectName(name);
+void Binder::BindCommon(Control& control, QWidget& widget) const {
+  widget.setObjectName(ToQt(control.Name));
   Keep(widget, control.Enabled.Observe([&widget](bool enabled) { widget.setEnabled(enabled); }));
   Keep(widget, control.Visible.Observe([&widget](bool visible) {
     // A widget that has not been shown yet is hidden, but would appear with its window.

@@ -8,11 +8,11 @@
 
 namespace dbkeeper::qt {
 
-QWidget* Binder::Make(DataGrid& grid, const QString& name) const {
+QWidget* Binder::Make(DataGrid& grid) const {
   auto* area = new QWidget(&window_);
-  area->setObjectName(name + "_Area");
   auto* widget = new GridWidget(grid, guard_, area);
-  BindCommon(grid, *widget, name);
+  BindCommon(grid, *widget);
+  area->setObjectName(widget->objectName() + "_Area");
   auto* layout = new QVBoxLayout(area);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setSpacing(0);
@@ -21,9 +21,9 @@ QWidget* Binder::Make(DataGrid& grid, const QString& name) const {
   return area;
 }
 
-QWidget* Binder::Make(Navigator& navigator, const QString& name) const {
+QWidget* Binder::Make(Navigator& navigator) const {
   auto* widget = new NavigatorWidget(navigator, guard_, &window_);
-  BindCommon(navigator, *widget, name);
+  BindCommon(navigator, *widget);
   return widget;
 }
 

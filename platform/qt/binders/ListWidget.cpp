@@ -160,9 +160,9 @@ void ListWidget::ShowSelection() {
   scrollTo(first);
 }
 
-ListWidget* Binder::Make(ListView& list, const QString& name) const {
+ListWidget* Binder::Make(ListView& list) const {
   auto* widget = new ListWidget(list, guard_, &window_);
-  BindCommon(list, *widget, name);
+  BindCommon(list, *widget);
   return widget;
 }
 

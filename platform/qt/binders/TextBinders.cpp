@@ -62,18 +62,18 @@ class FocusWatcher : public QObject {
 
 }  // namespace
 
-QLabel* Binder::Make(Label& label, const QString& name) const {
+QLabel* Binder::Make(Label& label) const {
   auto* widget = new QLabel(&window_);
   widget->setTextFormat(Qt::PlainText);
-  BindCommon(label, *widget, name);
+  BindCommon(label, *widget);
   Keep(*widget, label.Caption.Observe(
                     [widget](const std::string& text) { widget->setText(ToQtLines(text)); }));
   return widget;
 }
 
-QLineEdit* Binder::Make(Edit& edit, const QString& name) const {
+QLineEdit* Binder::Make(Edit& edit) const {
   auto* widget = new QLineEdit(&window_);
-  BindCommon(edit, *widget, name);
+  BindCommon(edit, *widget);
   BindFocus(edit, *widget);
   Keep(*widget, edit.Text.Observe([widget](const std::string& text) { Show(*widget, text); }));
   Keep(*widget,
@@ -90,8 +90,8 @@ QLineEdit* Binder::Make(Edit& edit, const QString& name) const {
   return widget;
 }
 
-QLineEdit* Binder::MakePassword(Edit& edit, const QString& name) const {
-  QLineEdit* widget = Make(edit, name);
+QLineEdit* Binder::MakePassword(Edit& edit) const {
+  QLineEdit* widget = Make(edit);
   widget->setEchoMode(QLineEdit::Password);
   widget->setStyleSheet("QLineEdit { lineedit-password-character: 42 }");
   return widget;
@@ -104,16 +104,16 @@ void Binder::BindFocus(Edit& edit, QLineEdit& widget) const {
       [run, &edit] { run([&edit] { edit.UserExit(); }); });
 }
 
-QPlainTextEdit* Binder::Make(Memo& memo, const QString& name) const {
+QPlainTextEdit* Binder::Make(Memo& memo) const {
   auto* widget = new QPlainTextEdit(&window_);
   // The tab key goes to the next control, as everywhere in a dialog.
   widget->setTabChangesFocus(true);
-  Bind(memo, *widget, name);
+  Bind(memo, *widget);
   return widget;
 }
 
-void Binder::Bind(Memo& memo, QPlainTextEdit& editor, const QString& name) const {
-  BindCommon(memo, editor, name);
+void Binder::Bind(Memo& memo, QPlainTextEdit& editor) const {
+  BindCommon(memo, editor);
   Keep(editor, memo.ReadOnly.Observe([&editor](bool read_only) { editor.setReadOnly(read_only); }));
   // Set while the text comes from the program: the widget has no signal of its own for typing.
   auto mirroring = std::make_shared<bool>(false);
@@ -133,15 +133,15 @@ void Binder::Bind(Memo& memo, QPlainTextEdit& editor, const QString& name) const
                    });
 }
 
-QLineEdit* Binder::Make(TFnpNumericEdit& edit, const QString& name) const {
+QLineEdit* Binder::Make(TFnpNumericEdit& edit) const {
   auto* widget = new NumericWidget(edit, guard_, &window_);
-  BindCommon(edit, *widget, name);
+  BindCommon(edit, *widget);
   return widget;
 }
 
-QStatusBar* Binder::Make(StatusBar& bar, const QString& name) const {
+QStatusBar* Binder::Make(StatusBar& bar) const {
   auto* widget = new QStatusBar(&window_);
-  BindCommon(bar, *widget, name);
+  BindCommon(bar, *widget);
   // A label, because the bar's own message gives way to the hints of menu items.
   auto* text = new QLabel(widget);
   text->setTextFormat(Qt::PlainText);

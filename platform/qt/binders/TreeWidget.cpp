@@ -101,9 +101,9 @@ void TreeWidget::ShowSelection() {
   selectionModel()->setCurrentIndex(selected, QItemSelectionModel::ClearAndSelect);
 }
 
-TreeWidget* Binder::Make(TreeView& tree, const QString& name) const {
+TreeWidget* Binder::Make(TreeView& tree) const {
   auto* widget = new TreeWidget(tree, guard_, &window_);
-  BindCommon(tree, *widget, name);
+  BindCommon(tree, *widget);
   return widget;
 }
 

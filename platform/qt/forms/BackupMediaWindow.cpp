@@ -1,14 +1,7 @@
-#include "platform/qt/forms/BackupMediaWindow.h"
-
-#include <QGridLayout>
-#include <QHBoxLayout>
-#include <QPushButton>
-#include <QVBoxLayout>
-
-#include "platform/qt/FormWindow.h"
-#include "platform/qt/Look.h"
-#include "platform/qt/binders/Binder.h"
+#include "database/Unit_BackupMedia.h"
+#include "platform/qt/forms/DialogFrame.h"
 #include "platform/qt/forms/FieldRows.h"
+#include "platform/qt/forms/Windows.h"
 
 namespace dbkeeper::qt {
 
@@ -16,29 +9,15 @@ namespace {
 constexpr int kFieldWidth = 320;
 }
 
-std::unique_ptr<QWidget> MakeBackupMediaWindow(TForm_BackupMedia& form, const ActionGuard& guard,
-                                               QWidget* owner) {
-  auto window = std::make_unique<FormDialog>(form, guard, owner);
-  window->setObjectName("Form_BackupMedia");
-  const Binder binder(guard, *window);
-
-  auto* grid = new QGridLayout;
-  FieldRows rows(binder, *grid);
-  rows.Add(form.Edit_Name, "Edit_Name");
-  rows.Add(form.Edit_FileName, "Edit_FileName", form.Button3, "Button3");
-  grid->setColumnMinimumWidth(1, Scaled(*window, kFieldWidth));
-
-  auto* ok = binder.Make(form.SBtn_Update, "SBtn_Update");
-  auto* cancel = binder.Make(form.Sbtn_Cancel, "Sbtn_Cancel");
-  window->SetDefaultButton(*ok);
-  window->SetCancelButton(*cancel);
-
-  auto* layout = new QVBoxLayout(window.get());
-  layout->addLayout(grid);
-  layout->addSpacing(Scaled(*window, 8));
-  layout->addLayout(MakeButtonRow({ok, cancel}));
-  window->FixSize();
-  return window;
+std::unique_ptr<QWidget> MakeWindow(TForm_BackupMedia& form, const ActionGuard& guard,
+                                    QWidget* owner) {
+  DialogFrame frame(form, guard, owner);
+  FieldRows rows(frame.Controls(), kFieldWidth);
+  rows.Add(form.Edit_Name);
+  rows.Add(form.Edit_FileName, form.Button3);
+  frame.Add(rows.Grid());
+  frame.AddButtons(form.SBtn_Update, form.Sbtn_Cancel);
+  return frame.Take();
 }
 
 }  // namespace dbkeeper::qt

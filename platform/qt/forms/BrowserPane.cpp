@@ -30,11 +30,11 @@ QHBoxLayout* Row(const QWidget& widget) {
 }
 
 QHBoxLayout* MakeToolRow(TFormMain& form, const Binder& binder, const QWidget& area) {
-  auto* close = binder.Make(form.Sbtn_TableClose, "Sbtn_TableClose");
-  auto* open = binder.Make(form.Sbtn_TableOpen, "Sbtn_TableOpen");
-  auto* name = binder.Make(form.Edit_Open_TableName, "Edit_Open_TableName");
-  auto* filter = binder.Make(form.ComboBox_Table_Where, "ComboBox_Table_Where");
-  auto* mode = binder.Make(form.Sbtn_RE, "Sbtn_RE");
+  auto* close = binder.Make(form.Sbtn_TableClose);
+  auto* open = binder.Make(form.Sbtn_TableOpen);
+  auto* name = binder.Make(form.Edit_Open_TableName);
+  auto* filter = binder.Make(form.ComboBox_Table_Where);
+  auto* mode = binder.Make(form.Sbtn_RE);
   close->setFixedWidth(Scaled(area, kCloseWidth));
   open->setFixedWidth(Scaled(area, kButtonWidth));
   mode->setFixedWidth(Scaled(area, kButtonWidth));
@@ -44,15 +44,15 @@ QHBoxLayout* MakeToolRow(TFormMain& form, const Binder& binder, const QWidget& a
   for (QWidget* widget : std::initializer_list<QWidget*>{close, open, filter, mode}) {
     widget->setFixedHeight(Scaled(area, kToolHeight));
   }
-  auto* navigator = binder.Make(form.Pnl_Navigator, "Pnl_Navigator");
+  auto* navigator = binder.Make(form.Pnl_Navigator);
   auto* inside = Row(area);
-  inside->addWidget(binder.Make(form.DBNavigator1, "DBNavigator1"));
+  inside->addWidget(binder.Make(form.DBNavigator1));
   navigator->setLayout(inside);
 
   auto* row = Row(area);
   row->addWidget(close);
   row->addWidget(open);
-  row->addWidget(binder.Make(form.Edit_Open_TableName.EditLabel, "Edit_Open_TableName_Label"));
+  row->addWidget(binder.Make(form.Edit_Open_TableName.EditLabel));
   row->addWidget(name);
   row->addWidget(filter);
   row->addWidget(mode);
@@ -62,10 +62,10 @@ QHBoxLayout* MakeToolRow(TFormMain& form, const Binder& binder, const QWidget& a
 }
 
 QHBoxLayout* MakeFilterRow(TFormMain& form, const Binder& binder, const QWidget& area) {
-  auto* where = binder.Make(form.Edit_Table_Where, "Edit_Table_Where");
+  auto* where = binder.Make(form.Edit_Table_Where);
   where->setFixedHeight(Scaled(area, kFilterHeight));
   auto* row = Row(area);
-  row->addWidget(binder.Make(form.Edit_Table_Where.EditLabel, "Edit_Table_Where_Label"));
+  row->addWidget(binder.Make(form.Edit_Table_Where.EditLabel));
   row->addWidget(where);
   return row;
 }
@@ -73,7 +73,7 @@ QHBoxLayout* MakeFilterRow(TFormMain& form, const Binder& binder, const QWidget&
 }  // namespace
 
 void LayOutBrowserPane(TFormMain& form, const Binder& binder, QFrame& pane) {
-  auto* area = binder.Make(form.Pnl_SQL_Tool, "Pnl_SQL_Tool");
+  auto* area = binder.Make(form.Pnl_SQL_Tool);
   const int side = Scaled(pane, kSide);
   auto* rows = new QVBoxLayout(area);
   rows->setContentsMargins(side, side, side, side);
@@ -85,7 +85,7 @@ void LayOutBrowserPane(TFormMain& form, const Binder& binder, QFrame& pane) {
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setSpacing(0);
   layout->addWidget(area);
-  layout->addWidget(binder.Make(form.DBGrid1, "DBGrid1"), 1);
+  layout->addWidget(binder.Make(form.DBGrid1), 1);
 }
 
 }  // namespace dbkeeper::qt

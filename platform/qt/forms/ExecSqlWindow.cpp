@@ -1,5 +1,3 @@
-#include "platform/qt/forms/ExecSqlWindow.h"
-
 #include <QComboBox>
 #include <QDragEnterEvent>
 #include <QFrame>
@@ -26,7 +24,10 @@
 #include "platform/qt/binders/MenuBinder.h"
 #include "platform/qt/editor/FindBar.h"
 #include "platform/qt/editor/SqlEditor.h"
+#include "platform/qt/forms/DialogFrame.h"
 #include "platform/qt/forms/FieldRows.h"
+#include "platform/qt/forms/Windows.h"
+#include "query/Unit_Exec_SQL.h"
 
 namespace dbkeeper::qt {
 
@@ -47,7 +48,7 @@ class ExecSqlWindow : public FormSecondWindow {
  public:
   ExecSqlWindow(TFormExecSQL& form, const ActionGuard& guard)
       : FormSecondWindow(form, guard), form_(form), guard_(guard), binder_(guard, *this) {
-    setObjectName("FormExecSQL");
+    setObjectName(ToQt(form.Name));
     LayOut();
     AddShortcut(Qt::Key_F5, [this] { form_.RunOpen(); });
     AddShortcut(Qt::CTRL | Qt::Key_E, [this] { form_.SpeedButton3.UserClick(); });
@@ -89,8 +90,8 @@ class ExecSqlWindow : public FormSecondWindow {
     halves->setObjectName("Splitter_Result");
     halves->setChildrenCollapsible(false);
     halves->addWidget(MakeEditorSide());
-    halves->addWidget(binder_.Make(form_.DBGrid1, "DBGrid1"));
-    halves->addWidget(binder_.Make(form_.MemoServerMessage, "MemoServerMessage"));
+    halves->addWidget(binder_.Make(form_.DBGrid1));
+    halves->addWidget(binder_.Make(form_.MemoServerMessage));
     halves->setSizes({Scaled(*this, kEditorHeight),
                       Scaled(*this, kHeight - kEditorHeight - kMessagesHeight),
                       Scaled(*this, kMessagesHeight)});
@@ -99,8 +100,8 @@ class ExecSqlWindow : public FormSecondWindow {
   }
 
   // A button as narrow as the widest of its captions so far, for there are many in a row.
-  QPushButton* Narrow(Button& button, const QString& name) {
-    QPushButton* const widget = binder_.Make(button, name);
+  QPushButton* Narrow(Button& button) {
+    QPushButton* const widget = binder_.Make(button);
     Keep(*widget, button.Caption.Observe([widget](const std::string& caption) {
       const int text = widget->fontMetrics().horizontalAdvance(ToQt(caption));
       widget->setFixedWidth(
@@ -118,38 +119,28 @@ class ExecSqlWindow : public FormSecondWindow {
   }
 
   QHBoxLayout* MakeToolBar() {
-    struct Entry {
-      Button* button;
-      const char* name;
-    };
-    const Entry entries[] = {
-        {&form_.Sbtn_Select, "Sbtn_Select"},
-        {&form_.SpeedButton3, "SpeedButton3"},
-        {&form_.Sbtn_SQL_Log_Back, "Sbtn_SQL_Log_Back"},
-        {&form_.Sbtn_SQL_Log_Forward, "Sbtn_SQL_Log_Forward"},
-        {&form_.Sbtn_Count, "Sbtn_Count"},
-        {&form_.SpeedButton7, "SpeedButton7"},
-        {&form_.Sbtn_EasySQL, "Sbtn_EasySQL"},
-        {&form_.Sbtn_Template, "Sbtn_Template"},
-        {&form_.Sbtn_ServerMessage, "Sbtn_ServerMessage"},
-        {&form_.SBtn_RE, "SBtn_RE"},
+    Button* const buttons[] = {
+        &form_.Sbtn_Select,        &form_.SpeedButton3,
+        &form_.Sbtn_SQL_Log_Back,  &form_.Sbtn_SQL_Log_Forward,
+        &form_.Sbtn_Count,         &form_.SpeedButton7,
+        &form_.Sbtn_EasySQL,       &form_.Sbtn_Template,
+        &form_.Sbtn_ServerMessage, &form_.SBtn_RE,
     };
     auto* bar = Row();
-    for (const Entry& entry : entries) bar->addWidget(Narrow(*entry.button, entry.name));
+    for (Button* button : buttons) bar->addWidget(Narrow(*button));
     bar->addStretch();
     bar->addWidget(MakeRightStrip());
     return bar;
   }
 
   QFrame* MakeRightStrip() {
-    QFrame* const strip = binder_.Make(form_.Panel_ToolRight, "Panel_ToolRight");
+    QFrame* const strip = binder_.Make(form_.Panel_ToolRight);
     auto* row = new QHBoxLayout(strip);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(Scaled(*this, kSide));
-    row->addWidget(binder_.Make(form_.DBNavigator1, "DBNavigator1"));
-    row->addWidget(
-        binder_.Make(form_.ComboBox_DatabaseName.EditLabel, "ComboBox_DatabaseName_Label"));
-    row->addWidget(binder_.Make(form_.ComboBox_DatabaseName, "ComboBox_DatabaseName"), 1);
+    row->addWidget(binder_.Make(form_.DBNavigator1));
+    row->addWidget(binder_.Make(form_.ComboBox_DatabaseName.EditLabel));
+    row->addWidget(binder_.Make(form_.ComboBox_DatabaseName), 1);
     return strip;
   }
 
@@ -175,27 +166,27 @@ class ExecSqlWindow : public FormSecondWindow {
   }
 
   QFrame* MakeTemplateStrip() {
-    QFrame* const strip = binder_.Make(form_.Panel_Template, "Panel_Template");
+    QFrame* const strip = binder_.Make(form_.Panel_Template);
     auto* row = Row();
-    QComboBox* const name = binder_.Make(form_.CmbBox_Template, "CmbBox_Template");
+    QComboBox* const name = binder_.Make(form_.CmbBox_Template);
     name->setFixedWidth(Scaled(*this, kNameWidth));
     row->addWidget(name);
-    row->addWidget(Narrow(form_.Sbtn_Template_Load, "Sbtn_Template_Load"));
-    row->addWidget(Narrow(form_.Sbtn_Template_Save, "Sbtn_Template_Save"));
-    row->addWidget(Narrow(form_.Sbtn_Template_Serch, "Sbtn_Template_Serch"));
+    row->addWidget(Narrow(form_.Sbtn_Template_Load));
+    row->addWidget(Narrow(form_.Sbtn_Template_Save));
+    row->addWidget(Narrow(form_.Sbtn_Template_Serch));
     row->addStretch();
     strip->setLayout(row);
     return strip;
   }
 
   QFrame* MakeStepStrip() {
-    QFrame* const strip = binder_.Make(form_.Panel_SQL_CmdSet, "Panel_SQL_CmdSet");
+    QFrame* const strip = binder_.Make(form_.Panel_SQL_CmdSet);
     auto* row = Row();
-    row->addWidget(Narrow(form_.Sbtn_TableClose, "Sbtn_TableClose"));
-    QComboBox* const steps = binder_.Make(form_.CmbBox_CmdSet, "CmbBox_CmdSet");
+    row->addWidget(Narrow(form_.Sbtn_TableClose));
+    QComboBox* const steps = binder_.Make(form_.CmbBox_CmdSet);
     steps->setFixedWidth(Scaled(*this, kNameWidth));
     row->addWidget(steps);
-    row->addWidget(Narrow(form_.SBtn_CmdSetSet, "SBtn_CmdSetSet"));
+    row->addWidget(Narrow(form_.SBtn_CmdSetSet));
     row->addStretch();
     strip->setLayout(row);
     return strip;
@@ -203,7 +194,7 @@ class ExecSqlWindow : public FormSecondWindow {
 
   QWidget* MakeEditor() {
     editor_ = new SqlEditor(this);
-    binder_.Bind(form_.MemoSQL, *editor_, "MemoSQL");
+    binder_.Bind(form_.MemoSQL, *editor_);
     editor_->OnFiles = [this](const QStringList& files) { TakeFiles(files); };
     editor_->OnContextMenu = [this](QMenu& menu) {
       menu.addSeparator();
@@ -213,27 +204,27 @@ class ExecSqlWindow : public FormSecondWindow {
   }
 
   QFrame* MakeBuilder() {
-    QFrame* const panel = binder_.Make(form_.Panel_EasySQL, "Panel_EasySQL");
+    QFrame* const panel = binder_.Make(form_.Panel_EasySQL);
     const int side = Scaled(*this, kSide);
     auto* column = new QVBoxLayout(panel);
     column->setContentsMargins(side, side, side, side);
     column->setSpacing(side);
-    column->addWidget(binder_.Make(form_.Sbtn_EasySQL_Get_Columns, "Sbtn_EasySQL_Get_Columns"));
+    column->addWidget(binder_.Make(form_.Sbtn_EasySQL_Get_Columns));
     auto* top = new QHBoxLayout;
-    top->addWidget(binder_.Make(form_.ComboBox_EasySQL_Mode, "ComboBox_EasySQL_Mode"), 1);
-    top->addWidget(binder_.Make(form_.Fne_EasySQL_Top.EditLabel, "Fne_EasySQL_Top_Label"));
-    QLineEdit* const count = binder_.Make(form_.Fne_EasySQL_Top, "Fne_EasySQL_Top");
+    top->addWidget(binder_.Make(form_.ComboBox_EasySQL_Mode), 1);
+    top->addWidget(binder_.Make(form_.Fne_EasySQL_Top.EditLabel));
+    QLineEdit* const count = binder_.Make(form_.Fne_EasySQL_Top);
     count->setFixedWidth(count->minimumWidth());
     top->addWidget(count);
     column->addLayout(top);
     auto* buttons = new QGridLayout;
     buttons->setSpacing(side);
-    buttons->addWidget(binder_.Make(form_.Sbtn_EasySQL_Select, "Sbtn_EasySQL_Select"), 0, 0);
-    buttons->addWidget(binder_.Make(form_.Sbtn_EasySQL_Where, "Sbtn_EasySQL_Where"), 0, 1);
-    buttons->addWidget(binder_.Make(form_.Sbtn_EasySQL_OrderBy, "Sbtn_EasySQL_OrderBy"), 1, 0);
-    buttons->addWidget(binder_.Make(form_.Sbtn_EasySQL_Clear, "Sbtn_EasySQL_Clear"), 1, 1);
+    buttons->addWidget(binder_.Make(form_.Sbtn_EasySQL_Select), 0, 0);
+    buttons->addWidget(binder_.Make(form_.Sbtn_EasySQL_Where), 0, 1);
+    buttons->addWidget(binder_.Make(form_.Sbtn_EasySQL_OrderBy), 1, 0);
+    buttons->addWidget(binder_.Make(form_.Sbtn_EasySQL_Clear), 1, 1);
     column->addLayout(buttons);
-    column->addWidget(binder_.Make(form_.CheckListBox_EasySQL, "CheckListBox_EasySQL"), 1);
+    column->addWidget(binder_.Make(form_.CheckListBox_EasySQL), 1);
     return panel;
   }
 
@@ -246,30 +237,19 @@ class ExecSqlWindow : public FormSecondWindow {
 
 }  // namespace
 
-std::unique_ptr<QWidget> MakeExecSqlWindow(TFormExecSQL& form, const ActionGuard& guard) {
+std::unique_ptr<QWidget> MakeWindow(TFormExecSQL& form, const ActionGuard& guard,
+                                    QWidget* /*owner*/) {
   return std::make_unique<ExecSqlWindow>(form, guard);
 }
 
-std::unique_ptr<QWidget> MakeChooseTableWindow(TFormChooseTable& form, const ActionGuard& guard,
-                                               QWidget* owner) {
-  auto window = std::make_unique<FormDialog>(form, guard, owner);
-  window->setObjectName("FormChooseTable");
-  const Binder binder(guard, *window);
-  QComboBox* const table = binder.Make(form.ComboBox_Table, "ComboBox_Table");
-  table->setMinimumWidth(Scaled(*window, kNameWidth));
-  QPushButton* const ok = binder.Make(form.SBtn_Ok, "SBtn_Ok");
-  QPushButton* const cancel = binder.Make(form.Sbtn_Cancel, "Sbtn_Cancel");
-  window->SetDefaultButton(*ok);
-  window->SetCancelButton(*cancel);
-
-  auto* field = new QHBoxLayout;
-  field->addWidget(binder.Make(form.ComboBox_Table.EditLabel, "ComboBox_Table_Label"));
-  field->addWidget(table, 1);
-  auto* layout = new QVBoxLayout(window.get());
-  layout->addLayout(field);
-  layout->addLayout(MakeButtonRow({ok, cancel}));
-  window->FixSize();
-  return window;
+std::unique_ptr<QWidget> MakeWindow(TFormChooseTable& form, const ActionGuard& guard,
+                                    QWidget* owner) {
+  DialogFrame frame(form, guard, owner);
+  FieldRows rows(frame.Controls(), kNameWidth);
+  rows.Add(form.ComboBox_Table);
+  frame.Add(rows.Grid());
+  frame.AddButtons(form.SBtn_Ok, form.Sbtn_Cancel);
+  return frame.Take();
 }
 
 }  // namespace dbkeeper::qt

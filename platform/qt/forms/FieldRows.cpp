@@ -1,7 +1,6 @@
 #include "platform/qt/forms/FieldRows.h"
 
 #include <QGridLayout>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -12,39 +11,52 @@ namespace dbkeeper::qt {
 
 namespace {
 constexpr int kChooserWidth = 32;
+constexpr int kGap = 8;
+
+void KeepPlace(QWidget& hidden) {
+  QSizePolicy policy = hidden.sizePolicy();
+  policy.setRetainSizeWhenHidden(true);
+  hidden.setSizePolicy(policy);
 }
 
-int FieldRows::AddLabel(Edit& edit, const QString& name) {
-  const int row = grid_.rowCount();
-  grid_.addWidget(binder_.Make(edit.EditLabel, name + "_Label"), row, 0);
-  return row;
+}  // namespace
+
+FieldRows::FieldRows(const Binder& binder, int field_width)
+    : binder_(binder), grid_(new QGridLayout) {
+  grid_->setColumnMinimumWidth(1, Scaled(binder.Window(), field_width));
 }
 
-QLineEdit* FieldRows::Add(Edit& edit, const QString& name) {
-  const int row = AddLabel(edit, name);
-  QLineEdit* field = binder_.Make(edit, name);
-  grid_.addWidget(field, row, 1, 1, 2);
+void FieldRows::AddWidget(QWidget& widget) { grid_->addWidget(&widget, row_++, 1, 1, 2); }
+
+void FieldRows::AddGap() { grid_->setRowMinimumHeight(row_++, Scaled(binder_.Window(), kGap)); }
+
+QLineEdit* FieldRows::AddPassword(Edit& edit) {
+  QLabel* const label = AddLabel(edit.EditLabel);
+  QLineEdit* const field = binder_.MakePassword(edit);
+  AddField(*field, nullptr);
+  KeepPlace(*label);
+  KeepPlace(*field);
   return field;
 }
 
-QLineEdit* FieldRows::Add(Edit& edit, const QString& name, Button& button,
-                          const QString& button_name) {
-  const int row = AddLabel(edit, name);
-  QLineEdit* field = binder_.Make(edit, name);
-  grid_.addWidget(field, row, 1);
-  QPushButton* chooser = binder_.Make(button, button_name);
-  chooser->setFixedWidth(Scaled(*chooser, kChooserWidth));
-  grid_.addWidget(chooser, row, 2);
-  return field;
+QLabel* FieldRows::AddLabel(Label& label) {
+  QLabel* const widget = binder_.Make(label);
+  grid_->addWidget(widget, row_, 0);
+  return widget;
 }
 
-void FieldRows::Add(QWidget& widget) { grid_.addWidget(&widget, grid_.rowCount(), 1, 1, 2); }
+void FieldRows::AddField(QWidget& field, QWidget* behind) {
+  grid_->addWidget(&field, row_, 1, 1, behind == nullptr ? 2 : 1);
+  if (behind != nullptr) grid_->addWidget(behind, row_, 2);
+  ++row_;
+}
 
-QHBoxLayout* MakeButtonRow(std::initializer_list<QPushButton*> buttons) {
-  auto* row = new QHBoxLayout;
-  row->addStretch();
-  for (QPushButton* button : buttons) row->addWidget(button);
-  return row;
+QWidget* FieldRows::MakeBehind(Label& unit) const { return binder_.Make(unit); }
+
+QWidget* FieldRows::MakeBehind(Button& chooser) const {
+  QPushButton* const widget = binder_.Make(chooser);
+  widget->setFixedWidth(Scaled(*widget, kChooserWidth));
+  return widget;
 }
 
 }  // namespace dbkeeper::qt

@@ -1,5 +1,3 @@
-#include "platform/qt/forms/MainWindow.h"
-
 #include <QFrame>
 #include <QMenu>
 #include <QMenuBar>
@@ -8,14 +6,17 @@
 #include <QStatusBar>
 #include <QVBoxLayout>
 
+#include "app/main/UnitMain.h"
 #include "platform/qt/FormWindow.h"
 #include "platform/qt/Keep.h"
 #include "platform/qt/Look.h"
 #include "platform/qt/QtText.h"
+#include "platform/qt/QtWindows.h"
 #include "platform/qt/binders/Binder.h"
 #include "platform/qt/binders/ListWidget.h"
 #include "platform/qt/binders/TreeWidget.h"
 #include "platform/qt/forms/BrowserPane.h"
+#include "platform/qt/forms/Windows.h"
 
 namespace dbkeeper::qt {
 
@@ -46,8 +47,8 @@ QWidget* MakeListSide(TFormMain& form, const Binder& binder, FormMainWindow& win
   auto* side = new QSplitter(Qt::Vertical, &window);
   side->setObjectName("Splitter_SQL");
   side->setChildrenCollapsible(false);
-  side->addWidget(binder.Make(form.ListViewMain, "ListViewMain"));
-  QFrame* pane = binder.Make(form.Pnl_SQL, "Pnl_SQL");
+  side->addWidget(binder.Make(form.ListViewMain));
+  QFrame* pane = binder.Make(form.Pnl_SQL);
   LayOutBrowserPane(form, binder, *pane);
   side->addWidget(pane);
   side->setStretchFactor(0, 1);
@@ -60,13 +61,13 @@ QWidget* MakeListSide(TFormMain& form, const Binder& binder, FormMainWindow& win
 std::unique_ptr<QWidget> MakeMainWindow(TFormMain& form, const ActionGuard& guard,
                                         const QtWindows& windows) {
   auto window = std::make_unique<FormMainWindow>(form, guard);
-  window->setObjectName("FormMain");
+  window->setObjectName(ToQt(form.Name));
   const Binder binder(guard, *window);
 
-  auto* panel = binder.Make(form.Pnl_Main, "Pnl_Main");
+  auto* panel = binder.Make(form.Pnl_Main);
   auto* halves = new QSplitter(window.get());
   halves->setChildrenCollapsible(false);
-  halves->addWidget(binder.Make(form.TreeView, "TreeView"));
+  halves->addWidget(binder.Make(form.TreeView));
   halves->addWidget(MakeListSide(form, binder, *window));
   halves->setStretchFactor(1, 1);
   const int tree_width = Scaled(*window, kTreeWidth);
@@ -75,7 +76,7 @@ std::unique_ptr<QWidget> MakeMainWindow(TFormMain& form, const ActionGuard& guar
   layout->setContentsMargins(0, 0, 0, 0);
   layout->addWidget(halves);
   window->setCentralWidget(panel);
-  window->setStatusBar(binder.Make(form.StatusBar1, "StatusBar1"));
+  window->setStatusBar(binder.Make(form.StatusBar1));
   AddSystemMenu(*window, form, guard, windows);
 
   auto* refresh = new QShortcut(QKeySequence(Qt::Key_F5), window.get());

@@ -38,8 +38,8 @@ class BinderTest : public ::testing::Test {
 };
 
 TEST_F(BinderTest, EveryWidgetFollowsWhatAllControlsShare) {
-  Button button("OK");
-  QPushButton* widget = binder.Make(button, "SBtn_Update");
+  Button button("SBtn_Update", "OK");
+  QPushButton* widget = binder.Make(button);
   EXPECT_EQ(widget->objectName(), "SBtn_Update");
   button.Enabled = false;
   button.Visible = false;
@@ -52,12 +52,12 @@ TEST_F(BinderTest, EveryWidgetFollowsWhatAllControlsShare) {
 }
 
 TEST_F(BinderTest, AnEditShowsItsTextAndTakesTyping) {
-  Edit edit("login name :");
+  Edit edit("", "login name :");
   edit.OnChange = Counted();
   edit.Text = "日本";
-  QLineEdit* widget = binder.Make(edit, "Edit_loginame");
+  QLineEdit* widget = binder.Make(edit);
   EXPECT_EQ(widget->text(), "日本");
-  EXPECT_EQ(binder.Make(edit.EditLabel, "label")->text(), "login name :");
+  EXPECT_EQ(binder.Make(edit.EditLabel)->text(), "login name :");
   QTest::keyClicks(widget, "x");
   EXPECT_EQ(edit.Text(), "日本x");
   EXPECT_EQ(events, 1);
@@ -72,7 +72,7 @@ TEST_F(BinderTest, AnEditShowsItsTextAndTakesTyping) {
 TEST_F(BinderTest, AHandlerThatChangesWhatWasTypedIsShown) {
   Edit edit;
   edit.OnChange = [&edit] { edit.Text = "upper"; };
-  QLineEdit* widget = binder.Make(edit, "Edit");
+  QLineEdit* widget = binder.Make(edit);
   QTest::keyClicks(widget, "a");
   EXPECT_EQ(widget->text(), "upper");
 }
@@ -80,12 +80,12 @@ TEST_F(BinderTest, AHandlerThatChangesWhatWasTypedIsShown) {
 TEST_F(BinderTest, APasswordShowsOneStarForEachCharacter) {
   Edit edit;
   edit.Text = "秘密x";
-  EXPECT_EQ(binder.MakePassword(edit, "Edit_passwd")->displayText(), "***");
+  EXPECT_EQ(binder.MakePassword(edit)->displayText(), "***");
 }
 
 TEST_F(BinderTest, AToggleButtonStaysDownAndShowsWhatTheHandlerMadeOfIt) {
-  Button button("Open", ButtonKind::kToggle);
-  QPushButton* widget = binder.Make(button, "Sbtn_TableOpen");
+  Button button("", "Open", ButtonKind::kToggle);
+  QPushButton* widget = binder.Make(button);
   widget->click();
   EXPECT_TRUE(button.Down());
   EXPECT_TRUE(widget->isChecked());
@@ -97,14 +97,14 @@ TEST_F(BinderTest, AToggleButtonStaysDownAndShowsWhatTheHandlerMadeOfIt) {
 }
 
 TEST_F(BinderTest, ACaptionKeepsItsAmpersand) {
-  Button button("A&B");
-  EXPECT_EQ(binder.Make(button, "Button")->text(), "A&&B");
+  Button button("", "A&B");
+  EXPECT_EQ(binder.Make(button)->text(), "A&&B");
 }
 
 TEST_F(BinderTest, ACheckBoxMirrorsBothWays) {
-  CheckBox box("Windows統合認証 :");
+  CheckBox box("", "Windows統合認証 :");
   box.OnClick = Counted();
-  QCheckBox* widget = binder.Make(box, "CheckBox_Windows");
+  QCheckBox* widget = binder.Make(box);
   widget->click();
   EXPECT_TRUE(box.Checked());
   EXPECT_EQ(events, 1);
@@ -114,10 +114,10 @@ TEST_F(BinderTest, ACheckBoxMirrorsBothWays) {
 }
 
 TEST_F(BinderTest, AnEditableComboBoxTakesTypingAsItIsAndOffersItsItems) {
-  ComboBox box(ComboStyle::kEditable);
+  ComboBox box("", ComboStyle::kEditable);
   box.Items.Assign({"(local)", "pc02"});
   box.Text = "(local)";
-  QComboBox* widget = binder.Make(box, "ComboBox_SQL_Server");
+  QComboBox* widget = binder.Make(box);
   EXPECT_EQ(widget->count(), 2);
   EXPECT_EQ(widget->currentText(), "(local)");
   widget->lineEdit()->selectAll();
@@ -131,7 +131,7 @@ TEST_F(BinderTest, AnEditableComboBoxTakesTypingAsItIsAndOffersItsItems) {
 TEST_F(BinderTest, ADropDownListShowsTheChosenItemAndNothingElse) {
   ComboBox box;
   box.OnChange = Counted();
-  QComboBox* widget = binder.Make(box, "ComboBox_Table_Where");
+  QComboBox* widget = binder.Make(box);
   box.Items.Assign({"*", "id"});
   EXPECT_EQ(widget->currentIndex(), -1);
   box.SetItemIndex(0);
@@ -145,7 +145,7 @@ TEST_F(BinderTest, ARadioGroupMirrorsBothWays) {
   RadioGroup group;
   group.Items.Assign({"daily", "weekly"});
   group.ItemIndex = 0;
-  QGroupBox* widget = binder.Make(group, "RadioGroup");
+  QGroupBox* widget = binder.Make(group);
   const auto buttons = widget->findChildren<QRadioButton*>();
   ASSERT_EQ(buttons.size(), 2);
   EXPECT_TRUE(buttons[0]->isChecked());
@@ -158,7 +158,7 @@ TEST_F(BinderTest, ARadioGroupMirrorsBothWays) {
 TEST_F(BinderTest, ACheckListMirrorsBothWays) {
   CheckListBox list;
   list.OnClickCheck = Counted();
-  QListWidget* widget = binder.Make(list, "CheckListBox");
+  QListWidget* widget = binder.Make(list);
   list.Add("select", true);
   list.Add("insert");
   ASSERT_EQ(widget->count(), 2);
@@ -174,7 +174,7 @@ TEST_F(BinderTest, ACheckListMirrorsBothWays) {
 TEST_F(BinderTest, AMemoKeepsCrLfInsideAndLinesOutside) {
   Memo memo;
   memo.Text = "select 1\r\ngo";
-  QPlainTextEdit* widget = binder.Make(memo, "Memo");
+  QPlainTextEdit* widget = binder.Make(memo);
   EXPECT_EQ(widget->toPlainText(), "select 1\ngo");
   memo.OnChange = Counted();
   widget->moveCursor(QTextCursor::End);
@@ -185,14 +185,14 @@ TEST_F(BinderTest, AMemoKeepsCrLfInsideAndLinesOutside) {
 
 TEST_F(BinderTest, AStatusBarShowsOneLine) {
   StatusBar bar;
-  QStatusBar* widget = binder.Make(bar, "StatusBar1");
+  QStatusBar* widget = binder.Make(bar);
   bar.SimpleText = " >select *\r\nfrom t";
   EXPECT_EQ(widget->findChild<QLabel*>()->text(), " >select * from t");
 }
 
 TEST_F(BinderTest, APanelHasItsHeightAtEveryScale) {
   Panel panel;
-  QFrame* widget = binder.Make(panel, "Pnl");
+  QFrame* widget = binder.Make(panel);
   panel.Height = 31;
   EXPECT_EQ(widget->minimumHeight(), (31 * window.logicalDpiX() + 48) / 96);
 }
@@ -200,7 +200,7 @@ TEST_F(BinderTest, APanelHasItsHeightAtEveryScale) {
 TEST_F(BinderTest, TabsMirrorBothWays) {
   TabControl tabs;
   tabs.OnChange = Counted();
-  QTabBar* widget = binder.Make(tabs, "Tabs");
+  QTabBar* widget = binder.Make(tabs);
   tabs.Tabs.Assign({"DB 1", "DB 2"});
   EXPECT_EQ(events, 0);
   widget->setCurrentIndex(1);
@@ -214,26 +214,26 @@ TEST_F(BinderTest, TabsMirrorBothWays) {
 TEST_F(BinderTest, APickerMirrorsBothWays) {
   DateTimePicker picker;
   picker.Value = DateTimeValue{2005, 3, 8, 9, 5, 7};
-  QDateTimeEdit* widget = binder.Make(picker, "Picker", Picks::kTime);
+  QDateTimeEdit* widget = binder.Make(picker, Picks::kTime);
   EXPECT_EQ(widget->text(), "09:05:07");
   widget->setTime({23, 0, 0});
   EXPECT_EQ(picker.Value(), (DateTimeValue{2005, 3, 8, 23, 0, 0}));
 }
 
 TEST_F(BinderTest, WhatAHandlerThrowsReachesTheErrorHandlerAndNothingElse) {
-  Button button("OK");
+  Button button("", "OK");
   button.OnClick = [] { throw std::runtime_error("Login failed for user 'sa'."); };
-  QPushButton* widget = binder.Make(button, "SBtn_Update");
+  QPushButton* widget = binder.Make(button);
   widget->click();
   EXPECT_EQ(errors, std::vector<std::string>{"Login failed for user 'sa'."});
 }
 
 TEST_F(BinderTest, AControlMayGoBeforeItsWidgetAndTheOtherWayRound) {
   auto edit = std::make_unique<Edit>();
-  QLineEdit* widget = binder.Make(*edit, "Edit");
+  QLineEdit* widget = binder.Make(*edit);
   delete widget;
   edit->Text = "nobody watches";
-  binder.Make(*edit, "Edit");
+  binder.Make(*edit);
   edit.reset();
 }
 

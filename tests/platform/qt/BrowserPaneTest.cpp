@@ -7,7 +7,7 @@
 #include <cstdlib>
 
 #include "platform/qt/binders/GridWidget.h"
-#include "platform/qt/forms/MainWindow.h"
+#include "platform/qt/forms/Windows.h"
 #include "tests/support/AppFixture.h"
 
 namespace dbkeeper::testing {

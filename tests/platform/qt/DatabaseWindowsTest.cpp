@@ -8,9 +8,7 @@
 #include <string>
 
 #include "app/main/Application.h"
-#include "platform/qt/forms/BackupMediaWindow.h"
-#include "platform/qt/forms/DatabasePropertyWindow.h"
-#include "platform/qt/forms/RestoreWindow.h"
+#include "platform/qt/forms/Windows.h"
 #include "tests/support/FakeConnection.h"
 #include "tests/support/FakeHost.h"
 
@@ -43,7 +41,7 @@ class DatabaseWindows : public ::testing::Test {
 
 TEST_F(DatabaseWindows, EnterInTheNameFieldRenamesTheFilesBeforeTheRestore) {
   TFormRestore& form = app.FormRestore;
-  const auto window = qt::MakeRestoreWindow(form, app.Guard(), nullptr);
+  const auto window = qt::MakeWindow(form, app.Guard(), nullptr);
   form.SetUp({.database = "db",
               .file = "C:\\b.bak",
               .log_logical = "l",
@@ -67,7 +65,7 @@ TEST_F(DatabaseWindows, EnterInTheNameFieldRenamesTheFilesBeforeTheRestore) {
 
 TEST_F(DatabaseWindows, SizesAreTypedAndGrowthIsChosenByMouse) {
   TForm_Database_Property& form = app.Form_Database_Property;
-  const auto window = qt::MakeDatabasePropertyWindow(form, app.Guard(), nullptr);
+  const auto window = qt::MakeWindow(form, app.Guard(), nullptr);
   form.SetUp(DatabaseFiles::kCreate);
   Show(form, *window);
   Type(*window, "Edit_DatabaseName", "sales");
@@ -92,7 +90,7 @@ TEST_F(DatabaseWindows, SizesAreTypedAndGrowthIsChosenByMouse) {
 
 TEST_F(DatabaseWindows, AttachingShowsNoSizes) {
   TForm_Database_Property& form = app.Form_Database_Property;
-  const auto window = qt::MakeDatabasePropertyWindow(form, app.Guard(), nullptr);
+  const auto window = qt::MakeWindow(form, app.Guard(), nullptr);
   form.SetUp(DatabaseFiles::kAttach);
   Show(form, *window);
   const int height = window->height();
@@ -106,13 +104,14 @@ TEST_F(DatabaseWindows, AttachingShowsNoSizes) {
 
 TEST_F(DatabaseWindows, AHalfFilledDeviceStaysOnEnter) {
   TForm_BackupMedia& form = app.Form_BackupMedia;
-  const auto window = qt::MakeBackupMediaWindow(form, app.Guard(), nullptr);
+  const auto window = qt::MakeWindow(form, app.Guard(), nullptr);
   Show(form, *window);
   Type(*window, "Edit_Name", "dev");
   QTest::keyClick(&Child(*window, "Edit_Name"), Qt::Key_Return);
   EXPECT_TRUE(form.Visible);
   EXPECT_TRUE(connection.statements.empty());
   EXPECT_EQ(form.Edit_Name.Text(), "dev");
+  EXPECT_EQ(window->focusWidget(), &Child(*window, "Edit_Name"));
 }
 
 }  // namespace

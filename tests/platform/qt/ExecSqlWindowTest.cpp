@@ -14,7 +14,7 @@
 #include <string>
 
 #include "platform/qt/editor/SqlEditor.h"
-#include "platform/qt/forms/ExecSqlWindow.h"
+#include "platform/qt/forms/Windows.h"
 #include "tests/query/QueryFixture.h"
 
 namespace dbkeeper {
@@ -26,7 +26,7 @@ using testing::TextFields;
 
 class ExecSqlWindowTest : public QueryFixture {
  protected:
-  ExecSqlWindowTest() : shown(qt::MakeExecSqlWindow(app.FormExecSQL, app.Guard())) {
+  ExecSqlWindowTest() : shown(qt::MakeWindow(app.FormExecSQL, app.Guard(), nullptr)) {
     connection.Answer("select", {TextFields({"id"}), {{"1"}, {"2"}}});
     shown->show();
     QApplication::processEvents();

@@ -18,7 +18,7 @@ class ListTest : public ::testing::Test {
     list.AddColumn("dbid", 48, Alignment::kRight);
     list.AddColumn("Name", 96);
     list.OnSelectItem = [this] { ++selections; };
-    widget = binder.Make(list, "ListViewMain");
+    widget = binder.Make(list);
     window.resize(400, 300);
     widget->resize(400, 300);
     window.show();

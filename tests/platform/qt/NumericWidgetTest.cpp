@@ -24,7 +24,7 @@ class NumericWidgetTest : public ::testing::Test {
 
   ActionGuard guard{[this](const std::exception& error) { failure = error.what(); }};
   std::string failure;
-  TFnpNumericEdit edit{'.'};
+  TFnpNumericEdit edit{"", '.'};
   QLineEdit other;
   qt::NumericWidget widget{edit, guard, nullptr};
 };

@@ -23,7 +23,7 @@ class TreeTest : public ::testing::Test {
     tree.Select(server);
     tree.OnClick = [this] { events += "click " + tree.Selected()->Text() + ";"; };
     tree.OnKeyUp = [this] { events += "key " + tree.Selected()->Text() + ";"; };
-    widget = binder.Make(tree, "TreeView");
+    widget = binder.Make(tree);
     widget->resize(300, 300);
     window.resize(300, 300);
     window.show();
