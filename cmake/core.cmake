@@ -7,6 +7,8 @@ add_library(dbkeeper_core STATIC
   controls/ListView.cpp
   controls/Menu.cpp
   controls/Navigator.cpp
+  controls/Pages.cpp
+  controls/RecordMode.cpp
   controls/TreeView.cpp
   app/support/DateText.cpp
   app/support/FileReplacement.cpp
@@ -97,6 +99,7 @@ dbkeeper_test(core_tests
     tests/controls/InputsTest.cpp
     tests/controls/ListViewTest.cpp
     tests/controls/ObservableTest.cpp
+    tests/controls/RecordModeTest.cpp
     tests/controls/TreeViewTest.cpp
     tests/database/BackupMediaTest.cpp
     tests/database/DatabasePropertyTest.cpp
