@@ -6,6 +6,7 @@
 #include <QToolButton>
 #include <cstdlib>
 
+#include "platform/qt/QtWindows.h"
 #include "platform/qt/binders/GridWidget.h"
 #include "platform/qt/forms/Windows.h"
 #include "tests/support/AppFixture.h"
