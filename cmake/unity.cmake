@@ -3,9 +3,11 @@
 set_source_files_properties(
   app/session/CellText.cpp
   catalog/DatabaseProperties.cpp
+  catalog/ObjectLists.cpp
   catalog/ServerLists.cpp
   database/Unit_Restore.cpp
   document/xls/StyleTable.cpp
+  platform/qt/binders/TextBinders.cpp
   server/instance/sample_instance.cpp
   server/procedures/job_procedures.cpp
   server/procedures/login_procedures.cpp
@@ -17,3 +19,7 @@ set_source_files_properties(
   server/sql/number_functions.cpp
   server/types/conversion.cpp
   PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+
+# Each window has measures of its own, named alike.
+file(GLOB windows RELATIVE ${CMAKE_SOURCE_DIR} CONFIGURE_DEPENDS platform/qt/forms/*.cpp)
+set_source_files_properties(${windows} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
