@@ -25,6 +25,7 @@ add_library(dbkeeper_server_sql STATIC
   server/sql/server_functions.cpp
   server/sql/text_functions.cpp
   server/sql/translator.cpp
+  server/types/collation.cpp
   server/types/conversion.cpp
   server/types/datetime.cpp
   server/types/decimal.cpp
@@ -77,6 +78,7 @@ add_library(dbkeeper_server_engine STATIC
   server/procedures/user_procedures.cpp
   server/storage/host_file.cpp
   server/storage/sqlite.cpp
+  server/storage/text_order.cpp
 )
 target_precompile_headers(dbkeeper_server_engine REUSE_FROM dbkeeper_headers)
 target_include_directories(dbkeeper_server_engine PUBLIC ${CMAKE_SOURCE_DIR})
@@ -108,5 +110,6 @@ dbkeeper_test(server_engine_tests
     tests/server/engine/permissions_test.cpp
     tests/server/engine/session_test.cpp
     tests/server/engine/statement_cases_test.cpp
+    tests/server/engine/text_order_test.cpp
   LIBS dbkeeper_server_engine
 )

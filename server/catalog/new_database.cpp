@@ -7,6 +7,7 @@
 
 #include "server/sql/parser.h"
 #include "server/storage/host_file.h"
+#include "server/storage/text_order.h"
 #include "server/types/type_rules.h"
 
 namespace dbkeeper::server {
@@ -120,6 +121,7 @@ SqliteConnection MakeDatabaseFile(const std::filesystem::path& file, const std::
   FillTypes(connection);
   catalog.Run(kFillUsers, Cell(Blob{owner_sid}), CurrentTime());
   catalog.Run("insert into {}sysmembers values (1, 16384)");
+  MarkTextOrder(connection, "main");
   connection.Execute("commit");
   return connection;
 }

@@ -10,6 +10,7 @@
 #include "server/catalog/catalog.h"
 #include "server/catalog/login_store.h"
 #include "server/engine/engine_session.h"
+#include "server/storage/text_order.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {
@@ -72,6 +73,7 @@ void InstanceState::LockFolder() { lock_ = std::make_unique<FolderLock>(options_
 
 void InstanceState::LoadPlaces() {
   SqliteConnection master = OpenMaster(*this);
+  RenewTextOrder(master, "main", "master");
   places_.Load(master);
 }
 

@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "server/catalog/system_tables.h"
+#include "server/storage/text_order.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {
@@ -89,6 +90,12 @@ std::string Workspace::Open(const DatabaseInfo& database) {
   MakeRoomToAttach();
   connection_.Run("attach ?1 as " + alias, FileUri(instance_.FileOf(database.dbid), "mode=rw"));
   attached_.push_back({database.dbid, file.generation});
+  try {
+    RenewTextOrder(connection_, alias, database.name);
+  } catch (const SqlError&) {
+    Detach(database.dbid);
+    throw;
+  }
   if (!login_.sysadmin) {
     const bool known =
         Catalog(connection_, alias)

@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "server/sql/function_table.h"
+#include "server/types/collation.h"
 #include "server/types/conversion.h"
 #include "server/types/datetime.h"
 #include "server/types/messages.h"
@@ -16,8 +17,9 @@ namespace {
 
 using enum ResultRule;
 
-constexpr std::size_t kLongestText = 8000;
-constexpr std::size_t kLongestName = 384;  // in bytes
+constexpr int kLongestText = 8000;                    // in bytes of the code page
+constexpr std::size_t kMostBytes = 3 * kLongestText;  // of such a text
+constexpr std::size_t kLongestName = 384;             // in bytes
 
 std::size_t ClampedLength(Integer length) {
   return static_cast<std::size_t>(std::clamp<Integer>(length, 0, 1 << 30));
@@ -83,58 +85,57 @@ Cell Substring(const Cell& value, Integer start, Integer length) {
       bytes.substr(static_cast<std::size_t>(begin - 1), static_cast<std::size_t>(count)))};
 }
 
-// Where `wanted` begins in `text` at or behind `from`, both counting characters; npos: nowhere.
-std::size_t Find(const std::u32string& text, const std::u32string& wanted, std::size_t from) {
-  for (std::size_t i = from; i + wanted.size() <= text.size(); ++i) {
-    const std::u32string_view piece = std::u32string_view(text).substr(i, wanted.size());
-    if (piece == wanted) return i;
-    // Trailing blanks count here, so the texts are compared with a mark behind them.
-    if (CompareText(EncodeUtf8(piece) + '|', EncodeUtf8(wanted) + '|') == 0) return i;
-  }
-  return std::u32string::npos;
+// The number of the character that begins at `place`, from 1 on.
+Integer Ordinal(std::string_view text, std::size_t place) {
+  return static_cast<Integer>(DecodeUtf8(text.substr(0, place)).size()) + 1;
 }
 
-Cell CharIndex(const std::u32string& wanted, const std::u32string& text,
-               std::optional<Integer> start) {
+// Blanks at the end of the wanted text count here.
+Cell CharIndex(std::string_view wanted, std::string_view text, std::optional<Integer> start) {
   if (wanted.empty()) return Integer{0};
-  const std::size_t found = Find(text, wanted, ClampedLength(start.value_or(1) - 1));
-  return found == std::u32string::npos ? Integer{0} : static_cast<Integer>(found + 1);
+  const std::u32string skipped = DecodeUtf8(text).substr(0, ClampedLength(start.value_or(1) - 1));
+  const FoldedText folded(text);
+  const auto from = std::ranges::lower_bound(folded.places, EncodeUtf8(skipped).size());
+  const std::size_t found = folded.characters.find(
+      FoldedText(wanted).characters, static_cast<std::size_t>(from - folded.places.begin()));
+  return found == std::u32string::npos ? Integer{0} : Ordinal(text, folded.places[found]);
 }
 
 // The first place where the pattern between its % matches.
-Cell PatIndex(std::string_view pattern, const std::u32string& text) {
-  const bool anywhere = !pattern.empty() && pattern.front() == '%';
-  const std::string_view rest = anywhere ? pattern.substr(1) : pattern;
-  const std::size_t last = anywhere ? text.size() : 0;
-  for (std::size_t i = 0; i <= last; ++i) {
-    if (MatchesPattern(EncodeUtf8(std::u32string_view(text).substr(i)), rest, 0)) {
-      return static_cast<Integer>(i + 1);
-    }
-  }
-  return Integer{0};
+Cell PatIndex(std::string_view pattern, std::string_view text) {
+  if (!pattern.starts_with('%')) return Integer{MatchesPattern(text, pattern, 0) ? 1 : 0};
+  const std::size_t found = FindPattern(text, pattern);
+  return found == std::string_view::npos ? Integer{0} : Ordinal(text, found);
 }
 
-Cell Replace(std::string_view whole, const std::u32string& wanted, const std::u32string& by) {
-  if (wanted.empty()) return std::string(whole);
-  const std::u32string text = DecodeUtf8(whole);
-  std::u32string result;
+std::string CutToLongest(std::string_view text) {
+  return std::string(CutText(text, kLongestText, TextUnit::kCodePageByte));
+}
+
+// What is longer than the longest text is cut off, before and behind.
+Cell Replace(std::string_view whole, std::string_view wanted, std::string_view given) {
+  const std::string text = CutToLongest(whole);
+  const std::string by = CutToLongest(given);
+  const FoldedText folded(text);
+  const std::u32string old = FoldedText(wanted).characters;
+  std::string result;
   std::size_t position = 0;
-  for (std::size_t found = Find(text, wanted, 0); found != std::u32string::npos;
-       found = Find(text, wanted, position)) {
-    result.append(text, position, found - position).append(by);
-    position = found + wanted.size();
+  while (!old.empty() && result.size() <= kMostBytes) {
+    const std::size_t found = folded.characters.find(old, position);
+    if (found == std::u32string::npos) break;
+    const std::size_t begin = folded.places[position];
+    result.append(text, begin, folded.places[found] - begin).append(by);
+    position = found + old.size();
   }
-  return EncodeUtf8(result.append(text, position));
+  return CutToLongest(result.append(text, folded.places[position]));
 }
 
 Cell Replicate(std::string_view text, Integer count) {
   if (count < 0) return {};
   std::string result;
-  for (Integer i = 0; i < count && result.size() + text.size() <= 3 * kLongestText; ++i) {
-    if (text.empty()) break;
-    result += text;
-  }
-  return std::string(CutText(result, kLongestText, TextUnit::kCodePageByte));
+  const std::string one = CutToLongest(text);
+  for (Integer i = 0; i < count && !one.empty() && result.size() <= kMostBytes; ++i) result += one;
+  return CutToLongest(result);
 }
 
 Cell Reverse(std::u32string characters) {
@@ -143,10 +144,7 @@ Cell Reverse(std::u32string characters) {
 }
 
 Cell Upper(std::u32string characters) {
-  for (char32_t& c : characters) {
-    const char32_t capital = c - 32;
-    if (Lowered(capital) == c) c = capital;
-  }
+  for (char32_t& c : characters) c = Raised(c);
   return EncodeUtf8(characters);
 }
 
@@ -157,7 +155,7 @@ Cell Lower(std::u32string characters) {
 
 Cell Space(Integer count) {
   if (count < 0) return {};
-  return std::string(std::min(ClampedLength(count), kLongestText), ' ');
+  return std::string(std::min<std::size_t>(ClampedLength(count), kLongestText), ' ');
 }
 
 Cell Stuff(const std::u32string& text, Integer start, Integer length, const std::u32string& by) {

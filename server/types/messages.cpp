@@ -475,6 +475,9 @@ constexpr MessageRow kMessages[] = {
     {50002, 16, 1, "The local server could not run the statement: %1"},
     {50011, 0, 1, "The local server keeps %1 '%2' as text but does not run it."},
     {50012, 16, 1, "The local server keeps procedure '%1' as text and cannot run it."},
+    {50013, 16, 1,
+     "Database '%1' is older than the local server, which takes kana for equal whatever their type "
+     "and width. It cannot be opened, because rows of table '%2' have become duplicates by that."},
 };
 
 // After these the rest of the batch is not run: what could not be resolved, and conversions.

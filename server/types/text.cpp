@@ -24,12 +24,6 @@ std::string Moved(std::string_view text, char first, char to) {
   return moved;
 }
 
-std::u32string Folded(std::string_view text) {
-  std::u32string characters = DecodeUtf8(text);
-  for (char32_t& c : characters) c = Lowered(c);
-  return characters;
-}
-
 int UnitsOf(char32_t c, TextUnit unit) {
   if (unit == TextUnit::kUtf16Unit) return c >= 0x10000 && c < 0x110000 ? 2 : 1;
   return c < 0x80 || (c >= 0xFF61 && c <= 0xFF9F) ? 1 : 2;
@@ -43,61 +37,6 @@ int Measure(std::string_view text, TextUnit unit) {
   return length;
 }
 
-// The class that begins behind "[" at `position`; moves behind its "]". A class that is not closed
-// matches nothing.
-bool MatchesClass(char32_t c, const std::u32string& pattern, std::size_t& position) {
-  const bool negated = position < pattern.size() && pattern[position] == '^';
-  if (negated) ++position;
-  bool found = false;
-  const std::size_t first = position;
-  while (position < pattern.size() && (position == first || pattern[position] != ']')) {
-    const char32_t low = pattern[position++];
-    char32_t high = low;
-    if (position + 1 < pattern.size() && pattern[position] == '-' && pattern[position + 1] != ']') {
-      high = pattern[position + 1];
-      position += 2;
-    }
-    found = found || (c >= low && c <= high);
-  }
-  return position++ < pattern.size() && found != negated;
-}
-
-// One step of the pattern at `p` against `c`; moves `p` behind it.
-bool MatchesOne(char32_t c, const std::u32string& pattern, std::size_t& p, char32_t escape) {
-  const char32_t wanted = pattern[p++];
-  if (escape != 0 && wanted == escape && p < pattern.size()) return pattern[p++] == c;
-  if (wanted == '_') return true;
-  if (wanted == '[') return MatchesClass(c, pattern, p);
-  return wanted == c;
-}
-
-bool Matches(const std::u32string& text, const std::u32string& pattern, char32_t escape) {
-  constexpr std::size_t kNone = static_cast<std::size_t>(-1);
-  std::size_t t = 0;
-  std::size_t p = 0;
-  std::size_t star = kNone;  // behind the last "%", and where in the text it was tried
-  std::size_t star_text = 0;
-  for (;;) {
-    if (p < pattern.size() && pattern[p] == '%' && escape != '%') {
-      star = ++p;
-      star_text = t;
-      continue;
-    }
-    if (t == text.size() && p == pattern.size()) return true;
-    if (t < text.size() && p < pattern.size()) {
-      std::size_t next = p;
-      if (MatchesOne(text[t], pattern, next, escape)) {
-        p = next;
-        ++t;
-        continue;
-      }
-    }
-    if (star == kNone || star_text >= text.size()) return false;
-    t = ++star_text;
-    p = star;
-  }
-}
-
 // The byte of each pair of a guid's digits: the first three groups stand with their lowest byte
 // first.
 constexpr std::size_t kGuidOrder[] = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
@@ -106,35 +45,6 @@ constexpr std::size_t kGuidText = 36;
 bool IsDashPlace(std::size_t i) { return i == 8 || i == 13 || i == 18 || i == 23; }
 
 }  // namespace
-
-char32_t Lowered(char32_t c) {
-  const bool capital = (c >= 'A' && c <= 'Z') || (c >= 0xC0 && c <= 0xDE && c != 0xD7) ||
-                       (c >= 0xFF21 && c <= 0xFF3A);
-  return capital ? c + 32 : c;
-}
-
-int CompareText(std::string_view left, std::string_view right) {
-  left = TrimRight(left);
-  right = TrimRight(right);
-  std::size_t l = 0;
-  std::size_t r = 0;
-  while (l < left.size() && r < right.size()) {
-    // Most characters are the same byte on both sides.
-    if (left[l] == right[r] && static_cast<unsigned char>(left[l]) < 0x80) {
-      ++l;
-      ++r;
-      continue;
-    }
-    const char32_t left_character = Lowered(NextCharacter(left, l));
-    const char32_t right_character = Lowered(NextCharacter(right, r));
-    if (left_character != right_character) return left_character < right_character ? -1 : 1;
-  }
-  return static_cast<int>(l < left.size()) - static_cast<int>(r < right.size());
-}
-
-bool SameName(std::string_view left, std::string_view right) {
-  return CompareText(left, right) == 0;
-}
 
 std::string ToUpperAscii(std::string_view text) { return Moved(text, 'a', 'A'); }
 
@@ -190,16 +100,6 @@ int HexValue(char digit) {
   if (digit >= 'a' && digit <= 'f') return digit - 'a' + 10;
   if (digit >= 'A' && digit <= 'F') return digit - 'A' + 10;
   return -1;
-}
-
-bool MatchesPattern(std::string_view text, std::string_view pattern, char32_t escape,
-                    EndBlanks blanks) {
-  std::u32string characters = Folded(text);
-  const std::u32string steps = Folded(pattern);
-  if (Matches(characters, steps, Lowered(escape))) return true;
-  if (blanks == EndBlanks::kCount || !characters.ends_with(U' ')) return false;
-  characters.erase(characters.find_last_not_of(U' ') + 1);
-  return Matches(characters, steps, Lowered(escape));
 }
 
 int CodePageLength(std::string_view text) { return Measure(text, TextUnit::kCodePageByte); }

@@ -10,16 +10,18 @@
 
 namespace dbkeeper::server {
 
-// The order of the collation MSTEXT: Latin letters without case, trailing blanks do not count.
-// Below, at or above zero.
+// The order of the collation MSTEXT: characters as collation.h folds them, trailing blanks do not
+// count. Below, at or above zero.
 int CompareText(std::string_view left, std::string_view right);
 
 // Whether two names mean the same; they compare as texts do.
 bool SameName(std::string_view left, std::string_view right);
 
-// The small letter of a capital of ASCII, Latin-1 or the full-width Latin letters, as the collation
-// folds them; any other character as it is.
+// The small letter of a capital of ASCII, Latin-1, the full-width Latin letters, Greek, Cyrillic or
+// the Roman numerals; any other character as it is.
 char32_t Lowered(char32_t c);
+// The other way round.
+char32_t Raised(char32_t c);
 
 // ASCII letters alone.
 std::string ToUpperAscii(std::string_view text);

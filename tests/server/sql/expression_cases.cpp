@@ -34,7 +34,8 @@ constexpr StatementCase kExpressions[] = {
     {"select '1' + 2, 1.0 + '2.5'", "3|3.5"},
     {"select 'a' - 'b'", "error 403"},
     {"select 1 where 'abc ' = 'ABC'", "1"},
-    {"select 1 where N'Ａ' = N'a'", ""},
+    {"select 1 where N'Ａ' = N'a' and N'ｱ' = N'あ' and N'ｶﾞ' in (N'が')", "1"},
+    {"select 1 where N'か' = N'が' or N'っ' = N'ツ'", ""},
     {"select 1 where 'é' = 'É'", "1"},
     {"select 1 where 'a' < 'B' and 'b' > 'A' and 'a' <> 'b'", "1"},
     {"select 1 where 'x' = 1", "error 245"},
@@ -125,6 +126,17 @@ constexpr StatementCase kFunctions[] = {
      "2)",
      "ab|ef|bcd|a"},
     {"select left('abc', -1)", "error 536"},
+    {"select charindex(N'が', N'ｱｶﾞｶ'), charindex(N'カ', N'ｶﾞか'), charindex(N'b', N'ａｂｃ', 2), "
+     "charindex('a ', 'aa b')",
+     "2|3|2|2"},
+    {"select patindex(N'%ガ_%', N'ｶｶﾞｶ'), patindex('%b%a', 'abcba'), patindex('a%', 'xa'), "
+     "patindex('%[b-c]', 'abac')",
+     "2|2|0|4"},
+    {"select replace(N'ｶﾞラス硝子', N'ガ', N'x'), replace(N'ａbA', 'A', ''), replace('abc', '', "
+     "'x')",
+     "xラス硝子|b|abc"},
+    {"select len(replace(replicate('a', 4000), 'a', 'abc')), upper(N'ωяⅳａß'), lower(N'ΩЯⅣＡß')",
+     "8000|ΩЯⅣＡß|ωяⅳａß"},
     {"select charindex('C', 'abcabc'), charindex('c', 'abcabc', 4), charindex('x', 'abc'), "
      "patindex('%B_a%', 'abcabc')",
      "3|6|0|2"},

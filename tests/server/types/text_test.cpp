@@ -18,13 +18,47 @@ TEST(Text, ComparesWithoutCaseAndTrailingBlanks) {
   EXPECT_EQ(CompareText("", "   "), 0);
   EXPECT_EQ(CompareText("Ａｂ", "ａＢ"), 0);
   EXPECT_EQ(CompareText("ÀÞ", "àþ"), 0);
-  EXPECT_NE(CompareText("ｱ", "ア"), 0);
   EXPECT_NE(CompareText(" a", "a"), 0);
   EXPECT_LT(CompareText("a", "b"), 0);
   EXPECT_GT(CompareText("b", "A"), 0);
   EXPECT_LT(CompareText("a", "ab"), 0);
   EXPECT_LT(CompareText("z", "あ"), 0);
   EXPECT_NE(CompareText("\xFF", "\xFE"), 0);
+}
+
+TEST(Text, KanaTypeAndWidthDoNotCount) {
+  struct Case {
+    std::string_view left;
+    std::string_view right;
+    bool same;
+  };
+  constexpr Case kCases[] = {
+      {"Ａ１！", "a1!", true}, {"ｱ", "あ", true},
+      {"ｱ", "ア", true},       {"ﾃｰﾌﾞﾙ", "てーぶる", true},
+      {"ｶﾞ", "が", true},      {"ﾊﾟﾝ", "ぱん", true},
+      {"ｳﾞ", "ヴ", true},      {"が", "ガ", true},
+      {"ゝゞ", "ヽヾ", true},  {"｢ｱ｣", "「ア」", true},
+      {"￥100", "¥100", true}, {"a　", "a", true},
+      {"a　b", "a b", true},   {"Ω", "ω", true},
+      {"Ｄ Я", "d я", true},   {"Ⅳ", "ⅳ", true},
+      {"か", "が", false},     {"ﾊ", "ﾊﾟ", false},
+      {"つ", "っ", false},     {"ﾔ", "ｬ", false},
+      {"ア", "ァ", false},     {"ﾝﾞ", "ン", false},
+      {"ー", "-", false},      {"一", "ー", false},
+      {"À", "A", false},       {"ﾞ", "゛", true},
+      {"ｶﾞ", "カ゛", false},
+  };
+  for (const Case& test : kCases) {
+    EXPECT_EQ(CompareText(test.left, test.right) == 0, test.same)
+        << test.left << " and " << test.right;
+    EXPECT_EQ(CompareText(test.right, test.left) == 0, test.same)
+        << test.right << " and " << test.left;
+    EXPECT_EQ(MatchesPattern(test.left, test.right, 0), test.same)
+        << test.left << " like " << test.right;
+  }
+  EXPECT_LT(CompareText("カ", "が"), 0);
+  EXPECT_LT(CompareText("が", "キ"), 0);
+  EXPECT_LT(CompareText("ｂ", "C"), 0);
 }
 
 TEST(Text, PatternsMatchAsWildcardsAndClassesSay) {
@@ -35,6 +69,9 @@ TEST(Text, PatternsMatchAsWildcardsAndClassesSay) {
       {"abc", "[x-z]%", false}, {"a]c", "a]c", true},       {"a[c", "a[[]c", true},
       {"a-c", "a[-]c", true},   {"日本", "日_", true},      {"日本", "[あ-本]%", true},
       {"abc  ", "abc", true},   {"abc", "abc  ", false},    {"a%c", "a[%]c", true},
+      {"ガス", "ｶﾞ_", true},    {"ｶﾞｽ", "__", true},        {"い", "[ｱ-ｳ]", true},
+      {"50%", "５０％", true},  {"50x", "50％", false},     {"a_", "a＿", true},
+      {"ab", "a＿", false},     {"[a]", "［Ａ］", true},    {"ｱﾊﾟﾄ", "%ぱ%", true},
       {"abc", "[abc", false},   {"aaaaab", "%a%a%b", true}, {"ab", "[", false},
   };
   for (const PatternCase& test : kCases) {
