@@ -9,6 +9,8 @@ set_source_files_properties(
   document/xls/StyleTable.cpp
   platform/qt/binders/TextBinders.cpp
   server/instance/sample_instance.cpp
+  server/procedures/backup_history_procedures.cpp
+  server/procedures/database_procedures.cpp
   server/procedures/job_procedures.cpp
   server/procedures/login_procedures.cpp
   server/procedures/metadata_procedures.cpp
