@@ -67,7 +67,7 @@ class StandingConnection : public Connection {
     return nullptr;
   }
   std::int64_t Execute(const std::string&) override { return -1; }
-  std::unique_ptr<PageCursor> OpenCursor(const std::string&) override { return nullptr; }
+  ScrolledRows OpenCursor(const std::string&) override { return {}; }
   std::vector<ServerMessage> TakeMessages() override { return {}; }
 };
 

@@ -38,9 +38,7 @@ class ManyDatabases : public Connection {
     return connection_.Query(sql == kDatabasesSql ? sql_ : sql);
   }
   std::int64_t Execute(const std::string& sql) override { return connection_.Execute(sql); }
-  std::unique_ptr<PageCursor> OpenCursor(const std::string& sql) override {
-    return connection_.OpenCursor(sql);
-  }
+  ScrolledRows OpenCursor(const std::string& sql) override { return connection_.OpenCursor(sql); }
   std::vector<ServerMessage> TakeMessages() override { return connection_.TakeMessages(); }
 
  private:

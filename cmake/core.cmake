@@ -13,10 +13,12 @@ add_library(dbkeeper_core STATIC
   app/support/DateText.cpp
   app/support/FileReplacement.cpp
   app/support/Files.cpp
+  app/support/Hexadecimal.cpp
   app/support/NumberText.cpp
   app/support/SettingsFile.cpp
   app/support/TextFilling.cpp
   app/support/TextHelpers.cpp
+  app/support/Utf16.cpp
   app/support/Utf8.cpp
   app/session/BrowseQuery.cpp
   app/session/CellText.cpp
@@ -93,6 +95,7 @@ dbkeeper_test(core_tests
     tests/app/StartUpTest.cpp
     tests/app/StatementRunTest.cpp
     tests/app/SupportTest.cpp
+    tests/app/Utf16Test.cpp
     tests/catalog/CatalogTest.cpp
     tests/catalog/PermissionScriptTest.cpp
     tests/controls/FnpNumericEditTest.cpp
@@ -116,6 +119,7 @@ dbkeeper_test(rows_tests
   SOURCES
     tests/app/TableBrowserTest.cpp
     tests/session/CellTextTest.cpp
+    tests/session/RowOverlayTest.cpp
     tests/session/RowStoreTest.cpp
     tests/session/RowViewTest.cpp
   LIBS dbkeeper_test_support

@@ -3,6 +3,7 @@ find_path(ODBC_INCLUDE_DIR sql.h REQUIRED)
 find_library(ODBC_LIBRARY odbc REQUIRED)
 
 add_library(dbkeeper_odbc STATIC
+  platform/odbc/BoundRows.cpp
   platform/odbc/ConnectionString.cpp
   platform/odbc/Diagnostics.cpp
   platform/odbc/Driver.cpp
@@ -10,8 +11,6 @@ add_library(dbkeeper_odbc STATIC
   platform/odbc/OdbcConnection.cpp
   platform/odbc/Pages.cpp
   platform/odbc/Reader.cpp
-  platform/odbc/RowBlock.cpp
-  platform/odbc/Utf16.cpp
 )
 target_precompile_headers(dbkeeper_odbc REUSE_FROM dbkeeper_headers)
 target_include_directories(dbkeeper_odbc SYSTEM PRIVATE ${ODBC_INCLUDE_DIR})
@@ -21,7 +20,6 @@ dbkeeper_test(odbc_test
   SOURCES
     tests/platform/odbc/ConnectionStringTest.cpp
     tests/platform/odbc/ReachingTest.cpp
-    tests/platform/odbc/Utf16Test.cpp
   LIBS dbkeeper_odbc)
 
 add_library(dbkeeper_local_server STATIC platform/host/LocalServerProcess.cpp)

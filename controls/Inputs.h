@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "app/support/DateTimeValue.h"
 #include "controls/Control.h"
 
 namespace dbkeeper {
@@ -169,12 +170,6 @@ class TabControl : public Control {
   Event OnChange;
 
   void UserSelect(int index);
-};
-
-// A calendar date or a time of day.
-struct DateTimeValue {
-  int year = 1900, month = 1, day = 1, hour = 0, minute = 0, second = 0;
-  bool operator==(const DateTimeValue&) const = default;
 };
 
 struct DateTimePicker : Control {

@@ -35,10 +35,8 @@ std::optional<std::string> TFormExecSQL::AskForTable() {
   const std::string& database = ComboBox_DatabaseName.Text();
   Query& query = session_.ADOQuerySystem;
   query.UseDatabase(database);
-  query.Open("select name from sysobjects where(xtype='S')or(xtype='U') order by name");
-  std::vector<std::string> tables;
-  for (; !query.Eof(); query.Next()) tables.push_back(query.FieldByName("name").AsString());
-  query.Close();
+  std::vector<std::string> tables = query.Texts(
+      "select name from sysobjects where(xtype='S')or(xtype='U') order by name", "name");
   return FormChooseTable.Choose(host_.windows, database, std::move(tables));
 }
 
@@ -52,18 +50,17 @@ void TFormExecSQL::GetColumns(const std::string& table) {
   const BusyScope busy(host_.windows);
   Query& query = session_.ADOQuerySystem;
   query.UseDatabase(ComboBox_DatabaseName.Text);
-  query.Open(
+  std::vector<std::string> columns = query.Texts(
       "select syscolumns.colid, syscolumns.name\r\n"
       "  from sysobjects\r\n"
       " inner join syscolumns\r\n"
       "         on sysobjects.id = syscolumns.id\r\n"
       " where sysobjects.name = '" +
-      table +
-      "'\r\n"
-      " order by colid");
-  std::vector<std::string> columns = {"*"};
-  for (; !query.Eof(); query.Next()) columns.push_back(query.FieldByName("name").AsString());
-  query.Close();
+          table +
+          "'\r\n"
+          " order by colid",
+      "name");
+  columns.insert(columns.begin(), "*");
   easy_sql_table_ = table;
   CheckListBox_EasySQL.Clear();
   const std::size_t count = columns.size();

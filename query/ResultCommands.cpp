@@ -5,6 +5,7 @@
 
 #include "app/support/Errors.h"
 #include "app/support/Files.h"
+#include "app/support/Hexadecimal.h"
 #include "app/support/Messages.h"
 #include "query/QueryMessages.h"
 #include "query/ResultExport.h"
@@ -19,28 +20,6 @@ namespace {
 constexpr const char* kBlobLoadFile = "D:\\TEST.bmp";
 constexpr const char* kBlobSaveFile = "D:\\TEST2.bmp";
 constexpr std::size_t kLongestBlob = std::size_t{256} << 20;
-
-std::string ToHexadecimal(std::string_view bytes) {
-  constexpr const char* kDigits = "0123456789ABCDEF";
-  std::string text;
-  text.reserve(bytes.size() * 2);
-  for (const char c : bytes) {
-    const auto byte = static_cast<unsigned char>(c);
-    text += kDigits[byte >> 4];
-    text += kDigits[byte & 15];
-  }
-  return text;
-}
-
-std::string FromHexadecimal(std::string_view text) {
-  const auto digit = [](char c) { return c <= '9' ? c - '0' : (c | 0x20) - 'a' + 10; };
-  std::string bytes;
-  bytes.reserve(text.size() / 2);
-  for (std::size_t i = 0; i + 1 < text.size(); i += 2) {
-    bytes += static_cast<char>(digit(text[i]) * 16 + digit(text[i + 1]));
-  }
-  return bytes;
-}
 
 }  // namespace
 

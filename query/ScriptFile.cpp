@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
 #include <utility>
 
 #include "app/support/Errors.h"
 #include "app/support/Files.h"
 #include "app/support/Messages.h"
+#include "app/support/Utf16.h"
 #include "app/support/Utf8.h"
 #include "query/QueryMessages.h"
 
@@ -23,23 +23,14 @@ constexpr std::string_view kUtf16BigMark = "\xFE\xFF";
 // `low` is the place of the lower byte in each pair. Absence for half a character.
 std::optional<std::string> FromUtf16(std::string_view bytes, std::size_t low) {
   if (bytes.size() % 2 != 0) return std::nullopt;
-  const auto unit = [bytes, low](std::size_t at) {
-    const auto byte = [bytes](std::size_t i) { return static_cast<unsigned char>(bytes[i]); };
-    return static_cast<std::uint32_t>(byte(at + low) | (byte(at + 1 - low) << 8));
-  };
-  std::string text;
+  const auto byte = [bytes](std::size_t at) { return static_cast<unsigned char>(bytes[at]); };
+  std::u16string units;
+  units.reserve(bytes.size() / 2);
   for (std::size_t at = 0; at < bytes.size(); at += 2) {
-    std::uint32_t code = unit(at);
-    if (code >= 0xD800 && code < 0xE000) {
-      at += 2;
-      if (code >= 0xDC00 || at >= bytes.size()) return std::nullopt;
-      const std::uint32_t second = unit(at);
-      if (second < 0xDC00 || second >= 0xE000) return std::nullopt;
-      code = 0x10000 + ((code - 0xD800) << 10) + (second - 0xDC00);
-    }
-    Utf8Append(text, code);
+    units += static_cast<char16_t>(byte(at + low) | byte(at + 1 - low) << 8);
   }
-  return text;
+  if (HasHalfCharacter(units)) return std::nullopt;
+  return Utf16ToUtf8(units);
 }
 
 // The longest character of a UTF-8 text in bytes, or 0 when it is none.

@@ -147,7 +147,6 @@ class TFormExecSQL : public Form {
   void ReleaseOpen();
   void SetToEditor(const std::vector<std::string>& lines);
   void RecordHistory();
-  void ShowHistory();
   // Runs `run` with what the server says about it going to the message pane.
   void Logged(const std::string& sql, const std::function<void()>& run);
   void NoteMessages();

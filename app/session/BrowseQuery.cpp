@@ -11,10 +11,11 @@ namespace dbkeeper {
 namespace {
 
 // Rows that the server cannot scroll in are read to the end, so that the connection is free again.
-std::unique_ptr<RowSource> RowsBehind(std::unique_ptr<PageCursor> cursor) {
-  if (cursor->Scrolls()) return std::make_unique<CursorRows>(std::move(cursor));
-  auto store = std::make_unique<RowStore>(cursor->Fields());
-  store->ReadAll(*cursor);
+std::unique_ptr<RowSource> RowsBehind(ScrolledRows rows) {
+  if (rows.cursor != nullptr) return std::make_unique<CursorRows>(std::move(rows.cursor));
+  if (rows.reader == nullptr) return nullptr;
+  auto store = std::make_unique<RowStore>(rows.reader->Fields());
+  store->ReadAll(*rows.reader);
   return store;
 }
 
@@ -34,9 +35,9 @@ std::string BrowseQuery::Text() const {
 void BrowseQuery::Open() {
   Close();
   const std::string text = Text();
-  auto cursor = connection_.OpenCursor(text);
-  if (cursor == nullptr) return;
-  Rows.Open(RowsBehind(std::move(cursor)));
+  auto rows = RowsBehind(connection_.OpenCursor(text));
+  if (rows == nullptr) return;
+  Rows.Open(std::move(rows));
   if (lock_ == LockType::kReadOnly) return;
   try {
     Rows.AllowEditing(std::make_unique<RowEditor>(connection_, text, Rows.Fields()));

@@ -8,6 +8,7 @@
 
 #include "app/support/DateText.h"
 #include "app/support/Errors.h"
+#include "app/support/Hexadecimal.h"
 #include "app/support/Messages.h"
 #include "app/support/TextHelpers.h"
 #include "app/support/Utf8.h"
@@ -17,7 +18,6 @@ namespace dbkeeper {
 namespace {
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-bool IsHexDigit(char c) { return IsDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
 bool AllDigits(std::string_view text) {
   return !text.empty() && std::all_of(text.begin(), text.end(), &IsDigit);
 }
@@ -87,7 +87,7 @@ std::optional<std::string> TypedBit(std::string_view typed, HostLocale&) {
 
 std::optional<std::string> TypedBinary(std::string_view typed, HostLocale&) {
   if (typed.starts_with("0x") || typed.starts_with("0X")) typed.remove_prefix(2);
-  if (typed.size() % 2 != 0 || !std::all_of(typed.begin(), typed.end(), &IsHexDigit)) {
+  if (typed.size() % 2 != 0 || !std::all_of(typed.begin(), typed.end(), &IsHexadecimalDigit)) {
     return std::nullopt;
   }
   return UpperCase(std::string(typed));
@@ -100,7 +100,7 @@ std::optional<std::string> TypedGuid(std::string_view typed, HostLocale&) {
   }
   if (typed.size() != kForm.size()) return std::nullopt;
   for (std::size_t i = 0; i < kForm.size(); ++i) {
-    if (kForm[i] == '-' ? typed[i] != '-' : !IsHexDigit(typed[i])) return std::nullopt;
+    if (kForm[i] == '-' ? typed[i] != '-' : !IsHexadecimalDigit(typed[i])) return std::nullopt;
   }
   return UpperCase(std::string(typed));
 }

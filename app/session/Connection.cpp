@@ -20,4 +20,21 @@ std::string JoinTexts(const std::vector<ServerMessage>& messages) {
 ServerError::ServerError(std::vector<ServerMessage> messages)
     : Error(JoinTexts(messages)), messages_(std::move(messages)) {}
 
+void RowReader::AddRow(RowBlock& block) const {
+  for (std::size_t field = 0; field < Fields().size(); ++field) {
+    if (IsNull(field)) {
+      block.AddNull();
+    } else {
+      block.AddCell(Text(field));
+    }
+  }
+  block.EndRow();
+}
+
+std::size_t RowReader::Fill(RowBlock& block, std::size_t bytes) {
+  std::size_t added = 0;
+  for (; block.Bytes() < bytes && Next(); ++added) AddRow(block);
+  return added;
+}
+
 }  // namespace dbkeeper

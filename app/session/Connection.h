@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "app/session/RowBlock.h"
 #include "app/support/Errors.h"
 
 namespace dbkeeper {
@@ -59,6 +60,11 @@ class RowReader {
   virtual bool IsNull(std::size_t field) const = 0;
   // The present row's value, empty for a null; lives until the next move.
   virtual std::string_view Text(std::size_t field) const = 0;
+  // Adds the rows that follow to `block` until it holds `bytes` or the result ends; gives how many
+  // there were, none at the end. Throws ServerError; the rows before a failure have been added.
+  virtual std::size_t Fill(RowBlock& block, std::size_t bytes);
+  // Adds the present row to `block`.
+  void AddRow(RowBlock& block) const;
   // Goes to the next result set of the batch; false when there is none. Rows left unread are
   // skipped.
   virtual bool NextResult() = 0;
@@ -70,18 +76,18 @@ class PageCursor {
  public:
   virtual ~PageCursor() = default;
   virtual const std::vector<Field>& Fields() const = 0;
-  // Whether the server really scrolls; otherwise pages can only be read forward, once.
-  virtual bool Scrolls() const = 0;
-  // The number of rows, or -1 while the server has not told.
-  virtual std::int64_t RowCount() const = 0;
-  // Reads up to `count` rows from row `first` on; gives how many there were. Throws ServerError.
-  virtual std::size_t Fetch(std::int64_t first, std::size_t count) = 0;
-  // Reads the last `count` rows or fewer; gives the place of the first of them and sets RowCount.
-  virtual std::int64_t FetchLast(std::size_t count) = 0;
-  // Cells of the page read last.
-  virtual std::size_t PageRows() const = 0;
-  virtual bool IsNull(std::size_t page_row, std::size_t field) const = 0;
-  virtual std::string_view Text(std::size_t page_row, std::size_t field) const = 0;
+  // Adds up to `count` rows from row `first` on to `block`; gives how many there were. Throws
+  // ServerError.
+  virtual std::size_t Fetch(std::int64_t first, std::size_t count, RowBlock& block) = 0;
+  // Asks the server for the number of rows. Throws ServerError.
+  virtual std::int64_t CountRows() = 0;
+};
+
+// The rows of a statement that was to open a cursor: behind one, or read in order where the server
+// makes none. Neither when the statement gives no rows.
+struct ScrolledRows {
+  std::unique_ptr<PageCursor> cursor = nullptr;
+  std::unique_ptr<RowReader> reader = nullptr;
 };
 
 class Connection {
@@ -96,8 +102,8 @@ class Connection {
   virtual std::unique_ptr<RowReader> Query(const std::string& sql) = 0;
   // Runs a batch to its end; gives the rows that its last counting statement affected, or -1.
   virtual std::int64_t Execute(const std::string& sql) = 0;
-  // Opens a scrolling cursor; throws ServerError. Null when the statement gives no rows.
-  virtual std::unique_ptr<PageCursor> OpenCursor(const std::string& sql) = 0;
+  // Opens a scrolling cursor where the server makes one. Throws ServerError.
+  virtual ScrolledRows OpenCursor(const std::string& sql) = 0;
   // The informational messages since the last call, in the server's order.
   virtual std::vector<ServerMessage> TakeMessages() = 0;
 };

@@ -22,9 +22,7 @@ CursorRows::CursorRows(std::unique_ptr<PageCursor> cursor, std::size_t budget)
     : cursor_(std::move(cursor)),
       fields_(cursor_->Fields()),
       page_rows_(PageRowsFor(fields_)),
-      budget_(budget),
-      known_(std::max<std::int64_t>(cursor_->RowCount(), 0)),
-      exact_(cursor_->RowCount() >= 0) {
+      budget_(budget) {
   Fetch(0);
 }
 
@@ -47,18 +45,8 @@ CursorRows::Page* CursorRows::Have(std::int64_t number) {
 
 CursorRows::Page& CursorRows::Fetch(std::int64_t number) {
   const std::int64_t first = number * PageSize();
-  const std::size_t count = cursor_->Fetch(first, page_rows_);
   Page page{.number = number, .rows = {}};
-  for (std::size_t row = 0; row < count; ++row) {
-    for (std::size_t field = 0; field < fields_.size(); ++field) {
-      if (cursor_->IsNull(row, field)) {
-        page.rows.AddNull();
-      } else {
-        page.rows.AddCell(cursor_->Text(row, field));
-      }
-    }
-    page.rows.EndRow();
-  }
+  const std::size_t count = cursor_->Fetch(first, page_rows_, page.rows);
   page.rows.Finish();
   NoteCount(first, count);
   kept_bytes_ += page.rows.Size();
@@ -82,8 +70,7 @@ void CursorRows::FetchTo(std::int64_t row) {
 
 void CursorRows::FetchLast() {
   if (exact_ || cursor_ == nullptr) return;
-  const std::int64_t first = cursor_->FetchLast(page_rows_);
-  known_ = first + static_cast<std::int64_t>(cursor_->PageRows());
+  known_ = cursor_->CountRows();
   exact_ = true;
 }
 

@@ -18,8 +18,8 @@ class CursorRows : public RowSource {
  public:
   static constexpr std::size_t kDefaultBudget = std::size_t{8} << 20;
 
-  // The cursor must scroll. Fetches the first page; throws ServerError. Pages beyond `budget` bytes
-  // are dropped, the longest unused first, but never the last two.
+  // Fetches the first page; throws ServerError. Pages beyond `budget` bytes are dropped, the
+  // longest unused first, but never the last two.
   explicit CursorRows(std::unique_ptr<PageCursor> cursor, std::size_t budget = kDefaultBudget);
   ~CursorRows() override;
 
@@ -50,8 +50,8 @@ class CursorRows : public RowSource {
   const std::size_t budget_;
   std::list<Page> pages_;  // the latest used first
   std::size_t kept_bytes_ = 0;
-  std::int64_t known_;
-  bool exact_;
+  std::int64_t known_ = 0;
+  bool exact_ = false;
 };
 
 }  // namespace dbkeeper

@@ -49,6 +49,14 @@ void Query::Open(std::string text) {
   Open();
 }
 
+std::vector<std::string> Query::Texts(std::string text, std::string_view field) {
+  Open(std::move(text));
+  std::vector<std::string> texts;
+  for (; !Eof(); Next()) texts.push_back(FieldByName(field).AsString());
+  Close();
+  return texts;
+}
+
 std::int64_t Query::ExecSQL() {
   Close();
   const std::string text = Text();

@@ -56,6 +56,8 @@ class Query {
   void Open();
   // Closes, puts the one text in place, and opens.
   void Open(std::string text);
+  // Opens the one text, gives this field of every row as a text, and closes.
+  std::vector<std::string> Texts(std::string text, std::string_view field);
   // Runs the text without rows; gives the number of rows affected, or -1. Throws ServerError.
   std::int64_t ExecSQL();
   // Closes, runs the one text without rows, and clears it.

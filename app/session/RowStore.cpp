@@ -15,7 +15,6 @@ namespace {
 constexpr std::size_t kChunkBytes = std::size_t{256} << 10;
 // What is kept of the chunks that were read back from the file.
 constexpr std::size_t kReadBackBytes = std::size_t{16} << 20;
-constexpr std::size_t kForwardRows = 500;
 
 [[noreturn]] void FailToWrite() { throw FileError(std::string(messages::kCannotWriteRows)); }
 [[noreturn]] void FailToRead() { throw FileError(std::string(messages::kCannotReadRows)); }
@@ -27,54 +26,34 @@ RowStore::RowStore(std::vector<Field> fields, std::size_t budget)
 
 RowStore::~RowStore() = default;
 
-void RowStore::ReadAll(RowReader& reader) {
-  while (reader.Next()) Append(reader);
+std::int64_t RowStore::KnownRows() const {
+  const bool open = !chunks_.empty() && !chunks_.back().sealed;
+  return sealed_rows_ + (open ? static_cast<std::int64_t>(chunks_.back().rows.Rows()) : 0);
 }
 
-void RowStore::ReadAll(PageCursor& cursor) {
-  while (const std::size_t count = cursor.Fetch(rows_, kForwardRows)) {
-    for (std::size_t row = 0; row < count; ++row) {
-      RowBlock& block = OpenBlock();
-      for (std::size_t field = 0; field < fields_.size(); ++field) {
-        if (cursor.IsNull(row, field)) {
-          block.AddNull();
-        } else {
-          block.AddCell(cursor.Text(row, field));
-        }
-      }
-      EndRow();
-    }
-  }
+void RowStore::ReadAll(RowReader& reader) {
+  while (reader.Fill(OpenBlock(), kChunkBytes) > 0) Settle();
 }
 
 void RowStore::Append(const RowReader& reader) {
-  RowBlock& block = OpenBlock();
-  for (std::size_t field = 0; field < fields_.size(); ++field) {
-    if (reader.IsNull(field)) {
-      block.AddNull();
-    } else {
-      block.AddCell(reader.Text(field));
-    }
-  }
-  EndRow();
+  reader.AddRow(OpenBlock());
+  Settle();
 }
 
 RowBlock& RowStore::OpenBlock() {
   if (chunks_.empty() || chunks_.back().sealed) {
     chunks_.emplace_back();
-    chunks_.back().first_row = rows_;
+    chunks_.back().first_row = sealed_rows_;
   }
   return chunks_.back().rows;
 }
 
-void RowStore::EndRow() {
-  Chunk& chunk = chunks_.back();
-  chunk.rows.EndRow();
-  ++rows_;
-  if (chunk.rows.Bytes() >= kChunkBytes) Seal(chunk);
+void RowStore::Settle() {
+  if (chunks_.back().rows.Bytes() >= kChunkBytes) Seal(chunks_.back());
 }
 
 void RowStore::Seal(Chunk& chunk) {
+  sealed_rows_ += static_cast<std::int64_t>(chunk.rows.Rows());
   chunk.sealed = true;
   chunk.rows.Finish();
   if (memory_used_ + chunk.rows.Size() > budget_) {
@@ -135,7 +114,7 @@ RowBlock& RowStore::Loaded(std::size_t index) {
 }
 
 std::optional<std::string_view> RowStore::Value(std::int64_t row, std::size_t field) {
-  if (row < 0 || row >= rows_) return std::nullopt;
+  if (row < 0 || row >= KnownRows()) return std::nullopt;
   const std::size_t index = ChunkOf(row);
   RowBlock& block = Loaded(index);
   return block.Cell(static_cast<std::size_t>(row - chunks_[index].first_row), field);

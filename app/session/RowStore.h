@@ -24,10 +24,8 @@ class RowStore : public RowSource {
   ~RowStore() override;
 
   // Reads the rows that are left in the reader's present result. Throws ServerError, or FileError
-  // when the temporary file cannot be written.
+  // when the temporary file cannot be written; the rows before a failure are there.
   void ReadAll(RowReader& reader);
-  // The same for a cursor that does not scroll.
-  void ReadAll(PageCursor& cursor);
   // The reader's present row.
   void Append(const RowReader& reader);
 
@@ -35,7 +33,7 @@ class RowStore : public RowSource {
   std::uint64_t FileUsed() const { return file_used_; }
 
   const std::vector<Field>& Fields() const override { return fields_; }
-  std::int64_t KnownRows() const override { return rows_; }
+  std::int64_t KnownRows() const override;
   bool CountIsExact() const override { return true; }
   void FetchTo(std::int64_t) override {}
   void FetchLast() override {}
@@ -56,7 +54,8 @@ class RowStore : public RowSource {
   };
 
   RowBlock& OpenBlock();
-  void EndRow();
+  // Closes the open chunk once it is full.
+  void Settle();
   void Seal(Chunk& chunk);
   void WriteOut(Chunk& chunk);
   std::size_t ChunkOf(std::int64_t row);
@@ -65,7 +64,7 @@ class RowStore : public RowSource {
   const std::vector<Field> fields_;
   const std::size_t budget_;
   std::deque<Chunk> chunks_;  // the last one is open for more rows
-  std::int64_t rows_ = 0;
+  std::int64_t sealed_rows_ = 0;
   std::size_t memory_used_ = 0;
   std::uint64_t file_used_ = 0;
   std::unique_ptr<std::FILE, CloseFile> file_;

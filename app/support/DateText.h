@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "controls/Inputs.h"
+#include "app/support/DateTimeValue.h"
 
 namespace dbkeeper {
 

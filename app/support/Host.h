@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "app/support/DateTimeValue.h"
 #include "controls/Form.h"
-#include "controls/Inputs.h"
 
 namespace dbkeeper {
 

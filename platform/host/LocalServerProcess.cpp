@@ -19,6 +19,7 @@
 #include <utility>
 
 #include "app/support/Errors.h"
+#include "app/support/Hexadecimal.h"
 #include "app/support/Messages.h"
 
 namespace dbkeeper {
@@ -36,17 +37,11 @@ std::string SystemMessage() { return std::strerror(errno); }
 
 // 256 bits of the system's randomness, in hexadecimal.
 std::string MakeSecret() {
-  std::array<unsigned char, 32> bytes{};
+  std::array<char, 32> bytes{};
   if (getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
     FailToStart(SystemMessage());
   }
-  constexpr char kDigits[] = "0123456789abcdef";
-  std::string text;
-  for (const unsigned char byte : bytes) {
-    text += kDigits[byte >> 4];
-    text += kDigits[byte & 15];
-  }
-  return text;
+  return ToHexadecimal({bytes.data(), bytes.size()});
 }
 
 // Without the computer before it: the driver takes a name with a backslash for a login at a domain

@@ -7,7 +7,7 @@
 #include <array>
 #include <utility>
 
-#include "platform/odbc/Utf16.h"
+#include "app/support/Utf16.h"
 
 namespace dbkeeper::odbc {
 

@@ -6,8 +6,8 @@
 #include <utility>
 
 #include "app/support/Messages.h"
+#include "app/support/Utf16.h"
 #include "platform/odbc/Diagnostics.h"
-#include "platform/odbc/Utf16.h"
 
 namespace dbkeeper::odbc {
 

@@ -7,8 +7,9 @@
 #include <charconv>
 #include <cstring>
 
+#include "app/support/Hexadecimal.h"
 #include "app/support/TextHelpers.h"
-#include "platform/odbc/Utf16.h"
+#include "app/support/Utf16.h"
 
 namespace dbkeeper::odbc {
 
@@ -158,16 +159,6 @@ void WriteTimestamp(const SQL_TIMESTAMP_STRUCT& time, std::string& text) {
   WriteDigits(static_cast<int>(std::min<SQLUINTEGER>(rounded, 999)), 3, ++at);
 }
 
-void WriteHexadecimal(std::string_view bytes, std::string& text) {
-  constexpr char kDigits[] = "0123456789ABCDEF";
-  text.resize(2 * bytes.size());
-  for (std::size_t i = 0; i < bytes.size(); ++i) {
-    const auto byte = static_cast<unsigned char>(bytes[i]);
-    text[2 * i] = kDigits[byte >> 4];
-    text[2 * i + 1] = kDigits[byte & 15];
-  }
-}
-
 }  // namespace
 
 std::vector<ColumnType> DescribeColumns(const Statement& statement) {
@@ -196,7 +187,8 @@ std::string_view TextOfValue(SQLSMALLINT c_type, std::string_view value, std::st
       WriteTimestamp(ValueAs<SQL_TIMESTAMP_STRUCT>(value), scratch);
       return scratch;
     case SQL_C_BINARY:
-      WriteHexadecimal(value, scratch);
+      scratch.clear();
+      AppendHexadecimal(value, scratch);
       return scratch;
     default:
       return value;

@@ -121,14 +121,14 @@ std::int64_t OdbcConnection::Execute(const std::string& sql) {
   return affected;
 }
 
-std::unique_ptr<PageCursor> OdbcConnection::OpenCursor(const std::string& sql) {
+ScrolledRows OdbcConnection::OpenCursor(const std::string& sql) {
   link_->ClearWire();
   const auto statement = std::make_shared<Statement>(link_);
   statement->SetAttribute(SQL_ATTR_CURSOR_TYPE, SQL_CURSOR_KEYSET_DRIVEN);
-  if (RunToRows(*statement, sql) != Step::kRows) return nullptr;
-  auto pages = std::make_unique<odbc::ScrollingPages>(statement);
-  if (pages->IsReallyCursor()) return pages;
-  return std::make_unique<odbc::ForwardPages>(std::make_unique<odbc::Reader>(statement));
+  if (RunToRows(*statement, sql) != Step::kRows) return {};
+  auto pages = std::make_unique<odbc::Pages>(statement);
+  if (pages->IsReallyCursor()) return {.cursor = std::move(pages)};
+  return {.reader = std::make_unique<odbc::Reader>(statement)};
 }
 
 std::vector<ServerMessage> OdbcConnection::TakeMessages() { return link_->TakeMessages(); }

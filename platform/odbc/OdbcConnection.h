@@ -52,7 +52,7 @@ class OdbcConnection : public Connection {
   // Rows are skipped. The first failure is thrown after the batch has ended; later ones are then
   // found among the messages.
   std::int64_t Execute(const std::string& sql) override;
-  std::unique_ptr<PageCursor> OpenCursor(const std::string& sql) override;
+  ScrolledRows OpenCursor(const std::string& sql) override;
   std::vector<ServerMessage> TakeMessages() override;
 
  private:

@@ -21,7 +21,7 @@ Reader::Reader(const Reader& other, Place place)
 Reader::~Reader() { statement_->TheLink().ReturnWire(*this); }
 
 void Reader::BeginResult() {
-  block_ = std::make_unique<RowBlock>(*statement_);
+  block_ = std::make_unique<BoundRows>(*statement_);
   fields_ = block_->Fields();
   scratch_.assign(fields_.size(), {});
   place_ = Place::kBeforeRows;
@@ -74,6 +74,13 @@ std::string_view Reader::Text(std::size_t field) const {
   RequireRow();
   return place_ == Place::kOnKeptRow ? KeptValue(field).value_or(std::string_view())
                                      : block_->Text(row_, field, scratch_[field]);
+}
+
+std::size_t Reader::Fill(RowBlock& block, std::size_t bytes) {
+  if (left_wire_) return RowReader::Fill(block, bytes);
+  std::size_t added = 0;
+  for (; block.Bytes() < bytes && Next(); ++added) block_->AddRow(row_, block);
+  return added;
 }
 
 void Reader::RequireRow() const {

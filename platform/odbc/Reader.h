@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "app/session/RowStore.h"
+#include "platform/odbc/BoundRows.h"
 #include "platform/odbc/Driver.h"
-#include "platform/odbc/RowBlock.h"
 
 namespace dbkeeper::odbc {
 
@@ -27,6 +27,7 @@ class Reader : public RowReader, public WireUser {
   bool Next() override;
   bool IsNull(std::size_t field) const override;
   std::string_view Text(std::size_t field) const override;
+  std::size_t Fill(RowBlock& block, std::size_t bytes) override;
   bool NextResult() override;
 
   void LeaveWire() override;
@@ -57,7 +58,7 @@ class Reader : public RowReader, public WireUser {
 
   std::shared_ptr<Statement> statement_;
   std::vector<Field> fields_;
-  std::unique_ptr<RowBlock> block_;
+  std::unique_ptr<BoundRows> block_;
   std::size_t row_ = 0;  // in the block
   Place place_ = Place::kBeforeRows;
   bool on_next_result_ = false;  // the statement stands on the next result with rows already

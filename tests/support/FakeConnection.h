@@ -63,8 +63,8 @@ class FakeReader : public RowReader {
 // How the cursors of a server behave, and what they are asked for.
 struct FakeCursors {
   bool scroll = true;
-  bool tell_count = true;
   std::vector<std::pair<std::int64_t, std::size_t>> fetches{};  // first row and count
+  int counts = 0;
   // The connection breaks when a row from here on is fetched.
   std::optional<std::int64_t> break_at{};
 };
@@ -72,46 +72,32 @@ struct FakeCursors {
 class FakeCursor : public PageCursor {
  public:
   FakeCursor(FakeResult result, FakeCursors& cursors, bool& is_open)
-      : result_(std::move(result)), cursors_(cursors), is_open_(is_open) {
-    if (cursors_.tell_count) count_ = static_cast<std::int64_t>(result_.rows.size());
-  }
+      : result_(std::move(result)), cursors_(cursors), is_open_(is_open) {}
 
   const std::vector<Field>& Fields() const override { return result_.fields; }
-  bool Scrolls() const override { return cursors_.scroll; }
-  std::int64_t RowCount() const override { return count_; }
-  std::size_t Fetch(std::int64_t first, std::size_t count) override {
+  std::size_t Fetch(std::int64_t first, std::size_t count, RowBlock& block) override {
     cursors_.fetches.emplace_back(first, count);
     const auto end = std::min(result_.rows.size(), static_cast<std::size_t>(first) + count);
     if (cursors_.break_at && static_cast<std::int64_t>(end) > *cursors_.break_at) {
       is_open_ = false;
       throw ServerError({{.number = 20006, .text = "Write to the server failed"}});
     }
-    page_first_ = std::min(static_cast<std::size_t>(first), end);
-    page_rows_ = end - page_first_;
-    return page_rows_;
+    const std::size_t start = std::min(static_cast<std::size_t>(first), end);
+    for (std::size_t row = start; row < end; ++row) {
+      for (const auto& cell : result_.rows[row]) cell ? block.AddCell(*cell) : block.AddNull();
+      block.EndRow();
+    }
+    return end - start;
   }
-  std::int64_t FetchLast(std::size_t count) override {
-    count_ = static_cast<std::int64_t>(result_.rows.size());
-    const auto first = std::max<std::int64_t>(0, count_ - static_cast<std::int64_t>(count));
-    Fetch(first, count);
-    return first;
-  }
-  std::size_t PageRows() const override { return page_rows_; }
-  bool IsNull(std::size_t row, std::size_t field) const override {
-    return !result_.rows[page_first_ + row][field];
-  }
-  std::string_view Text(std::size_t row, std::size_t field) const override {
-    const auto& cell = result_.rows[page_first_ + row][field];
-    return cell ? std::string_view(*cell) : std::string_view();
+  std::int64_t CountRows() override {
+    ++cursors_.counts;
+    return static_cast<std::int64_t>(result_.rows.size());
   }
 
  private:
   FakeResult result_;
   FakeCursors& cursors_;
   bool& is_open_;
-  std::int64_t count_ = -1;
-  std::size_t page_first_ = 0;
-  std::size_t page_rows_ = 0;
 };
 
 class FakeConnection : public Connection {
@@ -144,10 +130,11 @@ class FakeConnection : public Connection {
     return std::make_unique<FakeReader>(std::move(result));
   }
   std::int64_t Execute(const std::string& sql) override { return Take(sql).affected; }
-  std::unique_ptr<PageCursor> OpenCursor(const std::string& sql) override {
+  ScrolledRows OpenCursor(const std::string& sql) override {
     FakeResult result = Take(sql);
-    if (result.fields.empty()) return nullptr;
-    return std::make_unique<FakeCursor>(std::move(result), cursors, is_open_);
+    if (result.fields.empty()) return {};
+    if (!cursors.scroll) return {.reader = std::make_unique<FakeReader>(std::move(result))};
+    return {.cursor = std::make_unique<FakeCursor>(std::move(result), cursors, is_open_)};
   }
   std::vector<ServerMessage> TakeMessages() override { return std::exchange(messages, {}); }
 

@@ -248,50 +248,67 @@ void ExpectBigThings(Connection& connection) {
             12000U);
 }
 
+// The first column of a cursor's rows from `first` on, nulls as "-".
+std::vector<std::string> Fetched(PageCursor& cursor, std::int64_t first, std::size_t count) {
+  RowBlock block;
+  const std::size_t fetched = cursor.Fetch(first, count, block);
+  EXPECT_EQ(fetched, block.Rows());
+  std::vector<std::string> texts;
+  for (std::size_t row = 0; row < block.Rows(); ++row) {
+    texts.emplace_back(block.Cell(row, 0).value_or("-"));
+  }
+  return texts;
+}
+
 void ExpectCursors(Connection& connection) {
+  using Texts = std::vector<std::string>;
   MakeNumbers(connection, 1000);
-  const auto cursor = connection.OpenCursor("select n, t from #numbers order by n");
+  const auto cursor = connection.OpenCursor("select n, t from #numbers order by n").cursor;
   ASSERT_NE(cursor, nullptr);
-  ASSERT_TRUE(cursor->Scrolls());
-  EXPECT_EQ(cursor->Fetch(0, 250), 250U);
-  EXPECT_EQ(cursor->Text(0, 1), "row 1");
-  EXPECT_EQ(cursor->Text(249, 0), "250");
+  RowBlock block;
+  EXPECT_EQ(cursor->Fetch(0, 250, block), 250U);
+  EXPECT_EQ(block.Cell(0, 1), "row 1");
+  EXPECT_EQ(block.Cell(249, 0), "250");
   EXPECT_EQ(SingleValue(connection, "select count(*) from #numbers"), "1000");
-  EXPECT_EQ(cursor->FetchLast(30), 970);
-  EXPECT_EQ(cursor->RowCount(), 1000);
-  EXPECT_EQ(cursor->PageRows(), 30U);
-  EXPECT_EQ(cursor->Text(29, 1), "row 1000");
-  EXPECT_EQ(cursor->Fetch(500, 7), 7U);
-  EXPECT_EQ(cursor->Text(6, 0), "507");
-  EXPECT_EQ(cursor->Fetch(995, 100), 5U);
-  EXPECT_EQ(cursor->Fetch(2000, 10), 0U);
-  EXPECT_EQ(cursor->Fetch(10, 1), 1U);
-  EXPECT_EQ(cursor->Text(0, 0), "11");
+  EXPECT_EQ(Fetched(*cursor, 0, 2), (Texts{"1", "2"}));
+  EXPECT_EQ(cursor->CountRows(), 1000);
+  EXPECT_EQ(Fetched(*cursor, 0, 1), Texts{"1"});
+  EXPECT_EQ(Fetched(*cursor, 998, 3), (Texts{"999", "1000"}));
+  EXPECT_EQ(Fetched(*cursor, 2000, 10), Texts{});
+  EXPECT_EQ(Fetched(*cursor, 10, 1), Texts{"11"});
+
+  const auto few = connection.OpenCursor("select n from #numbers where n > 995 order by n").cursor;
+  EXPECT_EQ(Fetched(*few, 0, 2), (Texts{"996", "997"})) << "fewer than were fetched at the opening";
+  EXPECT_EQ(Fetched(*few, 0, 100).size(), 5U);
+  const auto none = connection.OpenCursor("select n from #numbers where n > 2000").cursor;
+  ASSERT_NE(none, nullptr);
+  EXPECT_EQ(none->CountRows(), 0);
+  EXPECT_EQ(Fetched(*none, 0, 100), Texts{});
 
   // An open cursor makes no difference to other statements.
-  EXPECT_EQ(connection.OpenCursor("print 'nothing'"), nullptr);
+  const auto nothing = connection.OpenCursor("print 'nothing'");
+  EXPECT_TRUE(nothing.cursor == nullptr && nothing.reader == nullptr);
   EXPECT_EQ(connection.Query("use tempdb"), nullptr);
   EXPECT_EQ(connection.Execute("update #numbers set t = t where n <= 3"), 3);
-  EXPECT_EQ(cursor->Fetch(20, 1), 1U);
+  EXPECT_EQ(Fetched(*cursor, 20, 1), Texts{"21"});
   EXPECT_EQ(connection.Execute("update #numbers set t = t where n < 0"), 0);
   EXPECT_THROW(connection.OpenCursor("select * from 存在しない表"), ServerError);
-  const auto forward =
+  const auto batch =
       connection.OpenCursor("print 'first'\r\nselect n from #numbers where n > 5 order by n");
-  ASSERT_NE(forward, nullptr);
-  ASSERT_FALSE(forward->Scrolls());
-  EXPECT_EQ(forward->Fetch(0, 10), 10U);
+  ASSERT_EQ(batch.cursor, nullptr);
+  ASSERT_NE(batch.reader, nullptr);
+  for (int n = 6; n < 16; ++n) {
+    ASSERT_TRUE(batch.reader->Next());
+    EXPECT_EQ(batch.reader->Text(0), std::to_string(n));
+  }
   EXPECT_EQ(SingleValue(connection, "select 1"), "1");
-  EXPECT_EQ(forward->Fetch(20, 10), 10U);
-  EXPECT_EQ(forward->Text(0, 0), "26");
-  EXPECT_THROW(forward->Fetch(0, 10), SessionError);
-  EXPECT_EQ(forward->FetchLast(300), 695);
-  EXPECT_EQ(forward->RowCount(), 995);
-  EXPECT_EQ(forward->Text(299, 0), "1000");
+  RowBlock rest;
+  EXPECT_EQ(batch.reader->Fill(rest, std::size_t{1} << 20), 985U);
+  EXPECT_EQ(rest.Cell(0, 0), "16");
+  EXPECT_EQ(batch.reader->Fill(rest, std::size_t{2} << 20), 0U);
 
   connection.Execute("delete #numbers where n = 12");
-  EXPECT_EQ(cursor->Fetch(10, 3), 3U);
-  EXPECT_TRUE(cursor->IsNull(1, 0)) << "a deleted row keeps its place";
-  EXPECT_EQ(cursor->Text(2, 0), "13");
+  EXPECT_EQ(Fetched(*cursor, 10, 3), (Texts{"11", "-", "13"})) << "a deleted row keeps its place";
   connection.Execute("drop table #numbers");
 }
 

@@ -90,7 +90,7 @@ TEST_F(OnLocalServer, AShutdownIsAnsweredOrTheServerIsKnownToBeGone) {
 
 TEST_F(OnLocalServer, ReadersOfAClosedConnectionAreHarmless) {
   connection_.Open(kWindowsLogin);
-  const auto cursor = connection_.OpenCursor("select name from master.dbo.sysobjects");
+  const auto cursor = connection_.OpenCursor("select name from master.dbo.sysobjects").cursor;
   const auto early = connection_.Query("select name from master.dbo.sysobjects");
   ASSERT_TRUE(early->Next());
   const auto late = connection_.Query("select name from master.dbo.sysobjects");
@@ -100,7 +100,8 @@ TEST_F(OnLocalServer, ReadersOfAClosedConnectionAreHarmless) {
   EXPECT_THROW(early->Next(), SessionError);
   EXPECT_THROW(late->Next(), SessionError);
   EXPECT_THROW(late->NextResult(), SessionError);
-  EXPECT_THROW(cursor->Fetch(0, 10), SessionError);
+  RowBlock block;
+  EXPECT_THROW(cursor->Fetch(0, 10, block), SessionError);
 }
 
 TEST_F(OnLocalServer, ReadersMayOutliveTheConnection) {

@@ -236,6 +236,7 @@ TEST_F(GridTest, TellsALostPageOnceAndKeepsTheRowsBeforeIt) {
   for (int i = 0; i < 1000; ++i) many.rows.push_back({std::to_string(i)});
   cursors.break_at = 150;
   view.Open(std::make_unique<CursorRows>(std::make_unique<FakeCursor>(many, cursors, is_open)));
+  view.Last();
   Focus(900, 0);
   EXPECT_TRUE(QTest::qWaitFor([&] { return !errors.empty(); }));
   EXPECT_EQ(errors, std::vector<std::string>{"Write to the server failed"});

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "app/session/RowBlock.h"
 #include "platform/odbc/Driver.h"
 #include "platform/odbc/FieldTypes.h"
 
@@ -16,11 +17,11 @@ namespace dbkeeper::odbc {
 
 // Binds the columns of the statement's present result, in place of an earlier block, which keeps
 // the rows it has but cannot fetch any more.
-class RowBlock {
+class BoundRows {
  public:
-  explicit RowBlock(Statement& statement);
-  RowBlock(const RowBlock&) = delete;
-  RowBlock& operator=(const RowBlock&) = delete;
+  explicit BoundRows(Statement& statement);
+  BoundRows(const BoundRows&) = delete;
+  BoundRows& operator=(const BoundRows&) = delete;
 
   std::vector<Field> Fields() const;
   // The most rows of one fetch.
@@ -32,8 +33,8 @@ class RowBlock {
   // Fetches up to `count` rows, at most the capacity, from row `first` (from 0) of a scrolling
   // cursor.
   std::size_t FetchAt(std::int64_t first, std::size_t count);
-  // Fetches the last `count` rows.
-  std::size_t FetchLast(std::size_t count);
+  // Fetches the last row; none when there are no rows.
+  std::size_t FetchLast();
 
   // The failure that the next fetch would throw.
   std::optional<ServerError> TakeFailure() { return std::exchange(failure_, std::nullopt); }
@@ -52,6 +53,9 @@ class RowBlock {
         column.type.c_type,
         {column.values.get() + row * column.type.width, static_cast<std::size_t>(length)}, scratch);
   }
+
+  // Adds a row to those of `block`.
+  void AddRow(std::size_t row, RowBlock& block);
 
  private:
   struct Column {
@@ -73,6 +77,7 @@ class RowBlock {
   SQLULEN fetched_ = 0;
   std::size_t rows_ = 0;
   std::optional<ServerError> failure_;
+  std::string scratch_;
 };
 
 }  // namespace dbkeeper::odbc

@@ -1,4 +1,4 @@
-// The text form of the driver manager's wide calls.
+// Texts in UTF-16, as the server and its driver hold them.
 #pragma once
 
 #include <string>
@@ -11,5 +11,8 @@ std::u16string Utf8ToUtf16(std::string_view text);
 
 // An unpaired surrogate becomes U+FFFD.
 std::string Utf16ToUtf8(std::u16string_view text);
+
+// Whether an unpaired surrogate is in it.
+bool HasHalfCharacter(std::u16string_view text);
 
 }  // namespace dbkeeper

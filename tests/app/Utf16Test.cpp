@@ -1,4 +1,4 @@
-#include "platform/odbc/Utf16.h"
+#include "app/support/Utf16.h"
 
 #include <gtest/gtest.h>
 
@@ -30,6 +30,9 @@ TEST(Utf16, AnUnpairedSurrogateBecomesTheReplacementCharacter) {
   EXPECT_EQ(Utf16ToUtf8({u"a\xD800", 2}), "a\uFFFD");
   EXPECT_EQ(Utf16ToUtf8({u"\xDC00z", 2}), "\uFFFDz");
   EXPECT_EQ(Utf16ToUtf8({u"\xD800\xD842\xDFB7", 3}), "\uFFFD𠮷");
+  EXPECT_TRUE(HasHalfCharacter({u"a\xD800", 2}));
+  EXPECT_TRUE(HasHalfCharacter({u"\xDC00z", 2}));
+  EXPECT_FALSE(HasHalfCharacter(u"a𠮷"));
 }
 
 }  // namespace

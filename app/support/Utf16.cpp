@@ -1,9 +1,9 @@
-#include "platform/odbc/Utf16.h"
+#include "app/support/Utf16.h"
 
 #include <cstddef>
-#include <cstdint>
 
 #include "app/support/Errors.h"
+#include "app/support/Utf8.h"
 
 namespace dbkeeper {
 
@@ -16,20 +16,24 @@ bool IsLowSurrogate(char32_t unit) { return unit >= 0xDC00 && unit < 0xE000; }
 
 // Decodes the character at `position` and moves behind it.
 char32_t TakeCharacter(std::string_view text, std::size_t& position) {
-  const auto lead = static_cast<std::uint8_t>(text[position++]);
-  if (lead < 0x80) return lead;
-  const int following = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : 1;
-  constexpr char32_t kSmallest[] = {0, 0x80, 0x800, 0x10000};
-  char32_t character = lead & (0x3F >> following);
-  bool valid = lead >= 0xC0 && lead < 0xF8;
-  for (int i = 0; valid && i < following; ++i) {
-    valid = position < text.size() && (static_cast<std::uint8_t>(text[position]) & 0xC0) == 0x80;
-    if (valid) character = character << 6 | (static_cast<std::uint8_t>(text[position++]) & 0x3F);
-  }
-  valid = valid && character >= kSmallest[following] && character <= 0x10FFFF &&
-          !IsHighSurrogate(character) && !IsLowSurrogate(character);
+  const std::string_view bytes = text.substr(position, Utf8Length(text, position));
+  const char32_t character = Utf8Decode(bytes);
+  // The smallest character that is written in so many bytes.
+  constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
+  const bool stray = bytes.size() == 1 && character >= 0x80;
+  const bool valid = !stray && character >= kSmallest[bytes.size()] && character <= 0x10FFFF &&
+                     !IsHighSurrogate(character) && !IsLowSurrogate(character);
   if (!valid) throw ConvertError("The text is not valid UTF-8.");
+  position += bytes.size();
   return character;
+}
+
+// The character at `position`, which moves behind it; an unpaired surrogate is given as it is.
+char32_t TakeCharacter(std::u16string_view text, std::size_t& position) {
+  const char32_t unit = text[position++];
+  if (!IsHighSurrogate(unit) || position >= text.size()) return unit;
+  if (!IsLowSurrogate(text[position])) return unit;
+  return 0x10000 + ((unit - 0xD800) << 10) + (text[position++] - 0xDC00);
 }
 
 void AppendUtf8(char32_t character, std::string& text) {
@@ -65,16 +69,20 @@ std::u16string Utf8ToUtf16(std::string_view text) {
 std::string Utf16ToUtf8(std::u16string_view text) {
   std::string narrow;
   narrow.reserve(text.size());
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    char32_t character = text[i];
-    if (IsHighSurrogate(character) && i + 1 < text.size() && IsLowSurrogate(text[i + 1])) {
-      character = 0x10000 + ((character - 0xD800) << 10) + (text[++i] - 0xDC00);
-    } else if (IsHighSurrogate(character) || IsLowSurrogate(character)) {
-      character = kReplacement;
-    }
-    AppendUtf8(character, narrow);
+  for (std::size_t position = 0; position < text.size();) {
+    const char32_t character = TakeCharacter(text, position);
+    const bool half = IsHighSurrogate(character) || IsLowSurrogate(character);
+    AppendUtf8(half ? kReplacement : character, narrow);
   }
   return narrow;
+}
+
+bool HasHalfCharacter(std::u16string_view text) {
+  for (std::size_t position = 0; position < text.size();) {
+    const char32_t character = TakeCharacter(text, position);
+    if (IsHighSurrogate(character) || IsLowSurrogate(character)) return true;
+  }
+  return false;
 }
 
 }  // namespace dbkeeper

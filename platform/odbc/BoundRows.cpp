@@ -1,4 +1,4 @@
-#include "platform/odbc/RowBlock.h"
+#include "platform/odbc/BoundRows.h"
 
 #include <algorithm>
 #include <utility>
@@ -14,7 +14,7 @@ constexpr std::size_t kPieceBytes = 64 << 10;
 
 }  // namespace
 
-RowBlock::RowBlock(Statement& statement) : statement_(statement) {
+BoundRows::BoundRows(Statement& statement) : statement_(statement) {
   std::size_t row_bytes = 1;
   for (ColumnType& type : DescribeColumns(statement)) {
     row_bytes += type.width;
@@ -26,7 +26,7 @@ RowBlock::RowBlock(Statement& statement) : statement_(statement) {
   Bind();
 }
 
-void RowBlock::Bind() {
+void BoundRows::Bind() {
   statement_.Check("SQLFreeStmt", SQLFreeStmt(statement_.Handle(), SQL_UNBIND));
   statement_.SetAttribute(SQL_ATTR_ROW_ARRAY_SIZE, capacity_);
   statement_.SetPointer(SQL_ATTR_ROWS_FETCHED_PTR, &fetched_);
@@ -44,26 +44,26 @@ void RowBlock::Bind() {
   }
 }
 
-std::vector<Field> RowBlock::Fields() const {
+std::vector<Field> BoundRows::Fields() const {
   std::vector<Field> fields;
   fields.reserve(columns_.size());
   for (const Column& column : columns_) fields.push_back(column.type.field);
   return fields;
 }
 
-std::size_t RowBlock::FetchNext() { return Fetch(SQL_FETCH_NEXT, 0); }
+std::size_t BoundRows::FetchNext() { return Fetch(SQL_FETCH_NEXT, 0); }
 
-std::size_t RowBlock::FetchAt(std::int64_t first, std::size_t count) {
+std::size_t BoundRows::FetchAt(std::int64_t first, std::size_t count) {
   statement_.SetAttribute(SQL_ATTR_ROW_ARRAY_SIZE, std::min(count, capacity_));
   return Fetch(SQL_FETCH_ABSOLUTE, first + 1);
 }
 
-std::size_t RowBlock::FetchLast(std::size_t count) {
-  statement_.SetAttribute(SQL_ATTR_ROW_ARRAY_SIZE, std::min(count, capacity_));
+std::size_t BoundRows::FetchLast() {
+  statement_.SetAttribute(SQL_ATTR_ROW_ARRAY_SIZE, 1);
   return Fetch(SQL_FETCH_LAST, 0);
 }
 
-std::size_t RowBlock::Fetch(SQLSMALLINT orientation, SQLLEN offset) {
+std::size_t BoundRows::Fetch(SQLSMALLINT orientation, SQLLEN offset) {
   rows_ = 0;
   if (const auto failure = TakeFailure()) throw ServerError(*failure);
   fetched_ = 0;
@@ -80,7 +80,18 @@ std::size_t RowBlock::Fetch(SQLSMALLINT orientation, SQLLEN offset) {
   return rows_;
 }
 
-void RowBlock::ReadLongValues() {
+void BoundRows::AddRow(std::size_t row, RowBlock& block) {
+  for (std::size_t field = 0; field < columns_.size(); ++field) {
+    if (IsNull(row, field)) {
+      block.AddNull();
+    } else {
+      block.AddCell(Text(row, field, scratch_));
+    }
+  }
+  block.EndRow();
+}
+
+void BoundRows::ReadLongValues() {
   SQLUSMALLINT number = 0;
   for (Column& column : columns_) {
     ++number;
@@ -88,7 +99,7 @@ void RowBlock::ReadLongValues() {
   }
 }
 
-void RowBlock::ReadInPieces(SQLUSMALLINT number, Column& column) {
+void BoundRows::ReadInPieces(SQLUSMALLINT number, Column& column) {
   const bool binary = column.type.c_type == SQL_C_BINARY;
   std::string bytes;
   column.long_text.clear();
