@@ -84,7 +84,7 @@ TEST_F(QueryTest, GivesAFieldOfEveryRowAsTexts) {
   connection.Answer("from t", {TextFields({"id", "name"}), {{"1", "a"}, {"2", {}}, {"3", "c"}}});
   EXPECT_EQ(query.Texts("select * from t", "Name"), (std::vector<std::string>{"a", "", "c"}));
   EXPECT_FALSE(query.Active());
-  EXPECT_EQ(query.Texts("delete from t where 1 = 0", "name"), std::vector<std::string>{});
+  EXPECT_EQ(query.Texts("delete from u", "name"), std::vector<std::string>{});
   EXPECT_THROW(query.Texts("select * from t", "absent"), SessionError);
 }
 
