@@ -36,19 +36,6 @@ char32_t TakeCharacter(std::u16string_view text, std::size_t& position) {
   return 0x10000 + ((unit - 0xD800) << 10) + (text[position++] - 0xDC00);
 }
 
-void AppendUtf8(char32_t character, std::string& text) {
-  if (character < 0x80) {
-    text += static_cast<char>(character);
-    return;
-  }
-  const int following = character >= 0x10000 ? 3 : character >= 0x800 ? 2 : 1;
-  constexpr char32_t kLead[] = {0, 0xC0, 0xE0, 0xF0};
-  text += static_cast<char>(kLead[following] | character >> (6 * following));
-  for (int i = following - 1; i >= 0; --i) {
-    text += static_cast<char>(0x80 | (character >> (6 * i) & 0x3F));
-  }
-}
-
 }  // namespace
 
 std::u16string Utf8ToUtf16(std::string_view text) {
@@ -72,7 +59,7 @@ std::string Utf16ToUtf8(std::u16string_view text) {
   for (std::size_t position = 0; position < text.size();) {
     const char32_t character = TakeCharacter(text, position);
     const bool half = IsHighSurrogate(character) || IsLowSurrogate(character);
-    AppendUtf8(half ? kReplacement : character, narrow);
+    Utf8Append(narrow, half ? kReplacement : character);
   }
   return narrow;
 }
