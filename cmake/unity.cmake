@@ -2,6 +2,7 @@
 # these stand alone: names of their own meet those of a neighbour.
 set_source_files_properties(
   app/session/CellText.cpp
+  catalog/DatabaseList.cpp
   catalog/DatabaseProperties.cpp
   catalog/ObjectLists.cpp
   catalog/ServerLists.cpp
