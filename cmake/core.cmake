@@ -63,32 +63,49 @@ add_library(dbkeeper_core STATIC
   document/xls/Writer.cpp
   app/main/Application.cpp
   app/main/CsvExport.cpp
-  app/main/DatabaseCommands.cpp
-  app/main/DropCommands.cpp
-  app/main/ListCommands.cpp
-  app/main/MainMenus.cpp
+  app/main/ErrorLog.cpp
+  app/main/MainList.cpp
+  app/main/MainTree.cpp
   app/main/MenuTable.cpp
-  app/main/NodeDispatch.cpp
-  app/main/QueryCommands.cpp
   app/main/RowCommand.cpp
-  app/main/ServerCommands.cpp
   app/main/TableBrowser.cpp
   app/main/UnitLogin.cpp
   app/main/UnitMain.cpp
+  app/main/nodes/BackUpDevice.cpp
+  app/main/nodes/BackupHistory.cpp
+  app/main/nodes/Config.cpp
+  app/main/nodes/Database.cpp
+  app/main/nodes/Databases.cpp
+  app/main/nodes/Job.cpp
+  app/main/nodes/Login.cpp
+  app/main/nodes/NodeKinds.cpp
+  app/main/nodes/Procedure.cpp
+  app/main/nodes/ProcessLock.cpp
+  app/main/nodes/Role.cpp
+  app/main/nodes/Server.cpp
+  app/main/nodes/ServerRole.cpp
+  app/main/nodes/SharedRows.cpp
+  app/main/nodes/Table.cpp
+  app/main/nodes/User.cpp
+  app/main/nodes/View.cpp
 )
 target_precompile_headers(dbkeeper_core REUSE_FROM dbkeeper_headers)
 target_include_directories(dbkeeper_core PUBLIC ${CMAKE_SOURCE_DIR})
 
 # Fakes of the outside, for every test program of the core.
-add_library(dbkeeper_test_support STATIC tests/support/FakeHost.cpp)
+add_library(dbkeeper_test_support STATIC tests/support/FakeHost.cpp tests/support/Golden.cpp)
 target_precompile_headers(dbkeeper_test_support REUSE_FROM dbkeeper_headers)
-target_link_libraries(dbkeeper_test_support PUBLIC dbkeeper_core)
+target_link_libraries(dbkeeper_test_support PUBLIC dbkeeper_core GTest::gtest)
+# A definition of its own, which the precompiled headers do not have.
+set_source_files_properties(tests/support/Golden.cpp PROPERTIES
+  SKIP_PRECOMPILE_HEADERS ON
+  COMPILE_DEFINITIONS GOLDEN_FOLDER="${CMAKE_SOURCE_DIR}/tests/golden")
 
 dbkeeper_test(core_tests
   SOURCES
     tests/app/ConnectTest.cpp
     tests/app/DatabaseCommandsTest.cpp
-    tests/app/MainMenusTest.cpp
+    tests/app/MainWindowTest.cpp
     tests/app/NodeDispatchTest.cpp
     tests/app/NumberDateTextTest.cpp
     tests/app/RowCommandTest.cpp

@@ -16,6 +16,9 @@ class Form {
   Form& operator=(const Form&) = delete;
   virtual ~Form() = default;
 
+  // Once, when every form has been made and the face can show boxes; in the order of the forms.
+  virtual void FormCreate() {}
+
   const std::string Name;
   Property<std::string> Caption;
   Property<bool> Visible{false};

@@ -69,7 +69,7 @@ constexpr ClickRow kClicks[] = {
 
 // The query knows nothing of the session's name for the current database: what the window records
 // there is a claim about the connection that the texts run here deliberately leave alone.
-TFormExecSQL::TFormExecSQL(Workbench& workbench)
+TFormExecSQL::TFormExecSQL(const Workbench& workbench)
     : Form("FormExecSQL"),
       Fne_EasySQL_Top("Fne_EasySQL_Top", workbench.Host.locale.DecimalSeparator(), 0, "Top:"),
       workbench_(workbench),

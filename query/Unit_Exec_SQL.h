@@ -35,7 +35,7 @@ namespace dbkeeper {
 
 class TFormExecSQL : public Form {
  public:
-  explicit TFormExecSQL(Workbench& workbench);
+  explicit TFormExecSQL(const Workbench& workbench);
   ~TFormExecSQL() override;
 
   // Tool bar.
@@ -104,7 +104,7 @@ class TFormExecSQL : public Form {
   // What the desktop drops on the window; the first file counts. Throws FileError.
   void FilesDropped(const std::vector<std::string>& files);
 
-  void FormCreate();
+  void FormCreate() override;
   void FormShow();
   void FormClose();
   void FormDestroy();
@@ -160,7 +160,7 @@ class TFormExecSQL : public Form {
   easy_sql::Action EasySqlAction() const;
   easy_sql::Columns TickedColumns() const;
 
-  Workbench& workbench_;
+  const Workbench& workbench_;
   ServerSession& session_;
   const Host& host_;
   Query query_;

@@ -36,13 +36,25 @@ class Application {
 
  public:
   ServerSession Session;
-  // Declared in the order in which they are created.
-  TFormMain FormMain;
-  TForm_Database_Property Form_Database_Property;
-  TFormExecSQL FormExecSQL;
-  TFormLogin FormLogin;
-  TForm_BackupMedia Form_BackupMedia;
-  TFormRestore FormRestore;
+  // The windows in the order in which they are created. A new one has its line here and in the
+  // list below.
+  TFormMain FormMain{Session, host_, settings_, *this};
+  TForm_Database_Property Form_Database_Property{FormMain.Workbench()};
+  TFormExecSQL FormExecSQL{FormMain.Workbench()};
+  TFormLogin FormLogin{FormMain};
+  TForm_BackupMedia Form_BackupMedia{FormMain.Workbench()};
+  TFormRestore FormRestore{FormMain.Workbench()};
+
+  // Calls `visit` with each window, in the same order.
+  template <class Visitor>
+  void ForEachForm(Visitor visit) {
+    visit(FormMain);
+    visit(Form_Database_Property);
+    visit(FormExecSQL);
+    visit(FormLogin);
+    visit(Form_BackupMedia);
+    visit(FormRestore);
+  }
 
  private:
   ActionGuard guard_;

@@ -5,22 +5,20 @@
 #include <utility>
 #include <vector>
 
+#include "app/main/Application.h"
+
 namespace dbkeeper {
 
 namespace {
 
-std::unique_ptr<MenuItem> BuildItem(const MenuRow& row, bool has_children, TFormMain& form) {
-  auto item = std::make_unique<MenuItem>(std::string(row.name), std::string(row.caption));
-  item->Hint = std::string(row.hint);
-  item->Default = row.look == MenuLook::kDefault;
-  item->Visible = row.look != MenuLook::kInvisible;
-  item->Enabled = row.command != nullptr || has_children;
-  if (row.command != nullptr) {
-    // The menu owns the item and the form owns the menu: both outlive the call.
-    item->OnClick = [&form, command = row.command, sender = item.get()] { command(form, *sender); };
-  }
-  return item;
-}
+struct Runner {
+  const CommandContext& context;
+
+  void operator()(std::monostate) const {}
+  void operator()(void (*function)(const CommandContext&)) const { function(context); }
+  void operator()(const RowCommand* command) const { RunRowCommand(context.workbench, *command); }
+  void operator()(void (TFormMain::*member)()) const { (context.program.FormMain.*member)(); }
+};
 
 struct RuledItem {
   MenuItem* item;
@@ -29,15 +27,26 @@ struct RuledItem {
 
 }  // namespace
 
-std::unique_ptr<PopupMenu> BuildMenu(std::string_view name, std::span<const MenuRow> rows,
-                                     TFormMain& form) {
-  auto menu = std::make_unique<PopupMenu>(std::string(name));
+std::unique_ptr<PopupMenu> BuildMenu(const MenuTable& table, const Workbench& workbench,
+                                     Application& program) {
+  auto menu = std::make_unique<PopupMenu>(std::string(table.name));
   std::vector<RuledItem> ruled;
   std::vector<MenuItem*> open_at;  // the latest item of each depth
-  for (std::size_t i = 0; i < rows.size(); ++i) {
-    const MenuRow& row = rows[i];
-    const bool has_children = i + 1 < rows.size() && rows[i + 1].depth > row.depth;
-    auto item = BuildItem(row, has_children, form);
+  for (std::size_t i = 0; i < table.rows.size(); ++i) {
+    const MenuRow& row = table.rows[i];
+    const bool has_children = i + 1 < table.rows.size() && table.rows[i + 1].depth > row.depth;
+    const bool has_command = !std::holds_alternative<std::monostate>(row.command);
+    auto item = std::make_unique<MenuItem>(std::string(row.name), std::string(row.caption));
+    item->Hint = std::string(row.hint);
+    item->Default = row.look == MenuLook::kDefault;
+    item->Visible = row.look != MenuLook::kInvisible;
+    item->Enabled = has_command || has_children;
+    if (has_command) {
+      // The menu owns the item: it outlives the call.
+      item->OnClick = [&row, &workbench, &program, sender = item.get()] {
+        std::visit(Runner{{workbench, program, *sender}}, row.command);
+      };
+    }
     const auto depth = static_cast<std::size_t>(row.depth);
     MenuItem& added =
         depth == 0 ? menu->Add(std::move(item)) : open_at.at(depth - 1)->Add(std::move(item));
@@ -45,8 +54,8 @@ std::unique_ptr<PopupMenu> BuildMenu(std::string_view name, std::span<const Menu
     open_at.push_back(&added);
     if (row.rule != nullptr && added.Enabled) ruled.push_back({&added, row.rule});
   }
-  menu->OnPopup = [&form, ruled = std::move(ruled)] {
-    for (const RuledItem& entry : ruled) entry.item->Enabled = entry.rule(form);
+  menu->OnPopup = [&workbench, ruled = std::move(ruled)] {
+    for (const RuledItem& entry : ruled) entry.item->Enabled = entry.rule(workbench);
   };
   return menu;
 }

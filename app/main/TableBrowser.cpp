@@ -1,8 +1,5 @@
-// The pane below the main list: the rows of one table or view, a filter, and editing on demand.
+#include "app/main/TableBrowser.h"
 
-#include <string>
-
-#include "app/main/UnitMain.h"
 #include "app/support/Messages.h"
 
 namespace dbkeeper {
@@ -29,17 +26,18 @@ constexpr Mode kEditMode = {
 
 }  // namespace
 
-void TFormMain::PrepareTableBrowser() {
+TableBrowser::TableBrowser(const Workbench& workbench)
+    : workbench_(workbench), query_(workbench.Session.ADOQuery_User) {
   Edit_Open_TableName.Text = ">";
   Edit_Open_TableName.Lock(true);
   ComboBox_Table_Where.Items.Assign({"*"});
   ComboBox_Table_Where.SetItemIndex(0);
   Pnl_Navigator.Width = kReadOnlyMode.panel_width;
-  DBNavigator1.Source = &session_.ADOQuery_User.Rows;
+  DBNavigator1.Source = &query_.Rows;
   DBNavigator1.ConfirmDelete = [this] {
     return workbench_.ConfirmCaution(std::string(messages::kDeleteRow));
   };
-  DBGrid1.Source = &session_.ADOQuery_User.Rows;
+  DBGrid1.Source = &query_.Rows;
   Sbtn_TableOpen.OnClick = [this] { Sbtn_TableOpenClick(); };
   Sbtn_TableClose.OnClick = [this] { Sbtn_TableCloseClick(); };
   Sbtn_RE.OnClick = [this] { Sbtn_REClick(); };
@@ -47,29 +45,23 @@ void TFormMain::PrepareTableBrowser() {
   ShowFilterRow(false);
 }
 
-void TFormMain::ListViewMainDblClick() {
-  if (ListViewMain.Selected() == nullptr || !session_.ADOQuery_User.Active()) return;
-  PopupMenu_Table_OpenClick();
-}
-
-void TFormMain::PopupMenu_Table_OpenClick() {
-  const ListItem* const row = ListViewMain.Selected();
-  const TreeNode* const node = TreeView.Selected();
+void TableBrowser::OpenSelected() {
+  const ListItem* const row = workbench_.List.Selected();
+  const TreeNode* const node = workbench_.Tree.Selected();
   if (row == nullptr || node == nullptr || node->Parent() == nullptr) return;
   const std::string name(row->SubItem(0));
   RunningStatus status(workbench_);
-  BrowseQuery& query = session_.ADOQuery_User;
-  query.UseDatabase(node->Parent()->Text());
-  query.Clear();
-  query.Add("select * from [" + name + "]");
+  query_.UseDatabase(node->Parent()->Text());
+  query_.Clear();
+  query_.Add("select * from [" + name + "]");
 
   Edit_Open_TableName.Text = name;
   Sbtn_TableOpen.Down = true;
   Edit_Table_Where.Text = std::string();
   ComboBox_Table_Where.Items.Assign({"*"});
-  OpenBrowseQuery();
-  if (query.Active()) {
-    for (const Field& field : query.Rows.Fields()) ComboBox_Table_Where.Items.Add(field.name);
+  OpenQuery();
+  if (query_.Active()) {
+    for (const Field& field : query_.Rows.Fields()) ComboBox_Table_Where.Items.Add(field.name);
   }
   ComboBox_Table_Where.SetItemIndex(0);
   ShowFilterRow(false);
@@ -78,62 +70,66 @@ void TFormMain::PopupMenu_Table_OpenClick() {
   status.Done("select * from " + name);
 }
 
-void TFormMain::Sbtn_TableOpenClick() {
-  BrowseQuery& query = session_.ADOQuery_User;
+void TableBrowser::Sbtn_TableOpenClick() {
   if (!Sbtn_TableOpen.Down) {
-    query.Close();
-    ShowBrowseState();
+    query_.Close();
+    ShowState();
     return;
   }
-  const BusyScope busy(host_.windows);
-  query.Clear();
-  query.Add("select * from [" + Edit_Open_TableName.Text() + "]");
+  const BusyScope busy(workbench_.Host.windows);
+  query_.Clear();
+  query_.Add("select * from [" + Edit_Open_TableName.Text() + "]");
   // As it was typed: the text is a condition of the server's language.
-  if (!Edit_Table_Where.Text().empty()) query.Add(" where " + Edit_Table_Where.Text());
-  OpenBrowseQuery();
+  if (!Edit_Table_Where.Text().empty()) query_.Add(" where " + Edit_Table_Where.Text());
+  OpenQuery();
 }
 
-void TFormMain::OpenBrowseQuery() {
+void TableBrowser::OpenQuery() {
   try {
-    session_.ADOQuery_User.Open();
+    query_.Open();
   } catch (...) {
-    ShowBrowseState();
+    ShowState();
     throw;
   }
-  ShowBrowseState();
+  ShowState();
 }
 
-void TFormMain::ShowBrowseState() {
-  const bool active = session_.ADOQuery_User.Active();
+void TableBrowser::ShowState() {
+  const bool active = query_.Active();
   Sbtn_TableOpen.Caption = active ? "Close" : "Open";
   Sbtn_TableOpen.Down = active;
 }
 
-void TFormMain::SettleTableBrowser() {
-  BrowseQuery& query = session_.ADOQuery_User;
-  if (query.Active() && !session_.Connected()) query.Rows.Detach();
-  if (Sbtn_TableOpen.Down && !query.Active()) ShowBrowseState();
+void TableBrowser::Settle() {
+  if (query_.Active() && !workbench_.Session.Connected()) query_.Rows.Detach();
+  if (Sbtn_TableOpen.Down && !query_.Active()) ShowState();
 }
 
-void TFormMain::Sbtn_TableCloseClick() {
-  HideTableBrowser();
+void TableBrowser::Abandon() {
+  query_.Rows.Cancel();
+  query_.Close();
+  Settle();
+}
+
+void TableBrowser::Sbtn_TableCloseClick() {
+  Hide();
   // Deliberate: its caption stays as it was; the next open sets it.
   Sbtn_TableOpen.Down = false;
 }
 
-void TFormMain::HideTableBrowser() {
+void TableBrowser::Hide() {
   Pnl_SQL.Visible = false;
   Splitter_SQL.Visible = false;
-  session_.ADOQuery_User.Close();
+  query_.Close();
 }
 
-void TFormMain::ShowFilterRow(bool shown) {
+void TableBrowser::ShowFilterRow(bool shown) {
   Edit_Table_Where.Visible = shown;
   Edit_Table_Where.EditLabel.Visible = shown;
   Pnl_SQL_Tool.Height = shown ? kTwoRows : kOneRow;
 }
 
-void TFormMain::ComboBox_Table_WhereChange() {
+void TableBrowser::ComboBox_Table_WhereChange() {
   const std::string& field = ComboBox_Table_Where.Text();
   if (field == "*") {
     Edit_Table_Where.Text = std::string();
@@ -146,7 +142,7 @@ void TFormMain::ComboBox_Table_WhereChange() {
   ShowFilterRow(true);
 }
 
-void TFormMain::Sbtn_REClick() {
+void TableBrowser::Sbtn_REClick() {
   const Mode& mode = Sbtn_RE.Down ? kEditMode : kReadOnlyMode;
   const bool editing = mode.lock == LockType::kOptimistic;
   DBGrid1.ReadOnly = !editing;
@@ -154,8 +150,8 @@ void TFormMain::Sbtn_REClick() {
   DBNavigator1.Width = mode.navigator_width;
   Pnl_Navigator.Width = mode.panel_width;
   Sbtn_RE.Caption = mode.caption;
-  StatusBar1.SimpleText = std::string(" >") + mode.status;
-  session_.ADOQuery_User.SetLock(mode.lock);
+  workbench_.Status.SimpleText = std::string(" >") + mode.status;
+  query_.SetLock(mode.lock);
 }
 
 }  // namespace dbkeeper

@@ -3,13 +3,11 @@
 #include <string>
 
 #include "app/main/UnitMain.h"
-#include "app/session/ServerSession.h"
 
 namespace dbkeeper {
 
-TFormLogin::TFormLogin(ServerSession& session, const Host& host, SettingsFile& settings,
-                       TFormMain& main)
-    : Form("FormLogin"), session_(session), host_(host), settings_(settings), main_(main) {
+TFormLogin::TFormLogin(TFormMain& main)
+    : Form("FormLogin"), main_(main), workbench_(main.Workbench()) {
   Caption = "SQL Serverへの接続";
   OnShow = [this] { FormShow(); };
   CheckBox_Windows.OnClick = [this] { CheckBox_WindowsClick(); };
@@ -21,7 +19,7 @@ void TFormLogin::FormCreate() {
   ComboBox_SQL_Server.Items.Clear();
   ComboBox_SQL_Server.Items.Add(kLocalServer);
   ComboBox_SQL_Server.Text = kLocalServer;
-  for (std::string& name : settings_.Keys("SQLServer")) {
+  for (std::string& name : workbench_.Settings.Keys("SQLServer")) {
     ComboBox_SQL_Server.Items.Add(std::move(name));
   }
 }
@@ -41,7 +39,7 @@ void TFormLogin::FormShow() {
 
 void TFormLogin::CheckBox_WindowsClick() {
   const bool windows = CheckBox_Windows.Checked;
-  Edit_loginame.Text = windows ? host_.shell.UserName() : std::string();
+  Edit_loginame.Text = windows ? workbench_.Host.shell.UserName() : std::string();
   Edit_loginame.Lock(windows);
   Edit_passwd.Text = "";
   ShowPassword(!windows);
@@ -49,29 +47,27 @@ void TFormLogin::CheckBox_WindowsClick() {
 
 void TFormLogin::SBtn_UpdateClick() {
   const std::string server = ComboBox_SQL_Server.Text;
-  session_.ServerName = server;
-  session_.LoginName = Edit_loginame.Text;
-  session_.Password = Edit_passwd.Text;
-  session_.LoginMode =
+  ServerSession& session = workbench_.Session;
+  session.ServerName = server;
+  session.LoginName = Edit_loginame.Text;
+  session.Password = Edit_passwd.Text;
+  session.LoginMode =
       CheckBox_Windows.Checked ? Authentication::kWindows : Authentication::kSqlServer;
   {
-    const BusyScope busy(host_.windows);
-    session_.Open();
+    const BusyScope busy(workbench_.Host.windows);
+    session.Open();
   }
-  main_.TreeView.Roots().front()->SetText("SQL Server :" + server);
-  const std::string title = server + "  へ接続中";
-  host_.windows.SetApplicationTitle(title);
-  main_.Caption = "DBKEEPER.exe  " + title;
+  main_.ShowServer(server);
   Edit_loginame.Text = "";
   Edit_passwd.Text = "";
   Close();
   // Behind the close: a settings file that cannot be written is told, and the connection stands.
-  if (server != kLocalServer) settings_.Write("SQLServer", server, "Connected");
+  if (server != kLocalServer) workbench_.Settings.Write("SQLServer", server, "Connected");
 }
 
 void TFormLogin::Sbtn_CancelClick() {
-  session_.LoginName.clear();
-  session_.Password.clear();
+  workbench_.Session.LoginName.clear();
+  workbench_.Session.Password.clear();
   Close();
 }
 

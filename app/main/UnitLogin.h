@@ -1,20 +1,18 @@
 // The dialog that connects to a server.
 #pragma once
 
-#include "app/support/Host.h"
-#include "app/support/SettingsFile.h"
+#include "app/workbench/Workbench.h"
 #include "controls/Form.h"
 #include "controls/Inputs.h"
 
 namespace dbkeeper {
 
-class ServerSession;
 class TFormMain;
 
 class TFormLogin : public Form {
  public:
   // The main window takes the name of the server that was connected to.
-  TFormLogin(ServerSession& session, const Host& host, SettingsFile& settings, TFormMain& main);
+  explicit TFormLogin(TFormMain& main);
 
   Edit Edit_loginame{"Edit_loginame", "login name :"};
   Edit Edit_passwd{"Edit_passwd", "passwd :"};
@@ -24,7 +22,7 @@ class TFormLogin : public Form {
   Button Sbtn_Cancel{"Sbtn_Cancel", "Cancel"};
 
   // Fills the server box. Throws FileError when the settings cannot be read.
-  void FormCreate();
+  void FormCreate() override;
   void FormShow();
   void CheckBox_WindowsClick();
   void SBtn_UpdateClick();
@@ -33,10 +31,8 @@ class TFormLogin : public Form {
  private:
   void ShowPassword(bool shown);
 
-  ServerSession& session_;
-  const Host& host_;
-  SettingsFile& settings_;
   TFormMain& main_;
+  const Workbench& workbench_;
 };
 
 }  // namespace dbkeeper

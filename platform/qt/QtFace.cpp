@@ -1,6 +1,8 @@
 #include "platform/qt/QtFace.h"
 
 #include <QWidget>
+#include <memory>
+#include <type_traits>
 
 #include "platform/qt/forms/Windows.h"
 
@@ -8,19 +10,17 @@ namespace dbkeeper::qt {
 
 QtFace::QtFace(Application& program, QtWindows& windows) : windows_(windows) {
   const ActionGuard& guard = program.Guard();
-  windows.Register(program.FormMain, [&program, &guard, &windows](QWidget*) {
-    return MakeMainWindow(program.FormMain, guard, windows);
-  });
   const auto add = [&guard, &windows](auto& form) {
-    windows.Register(form,
-                     [&form, &guard](QWidget* owner) { return MakeWindow(form, guard, owner); });
+    windows.Register(form, [&form, &guard, &windows](QWidget* owner) -> std::unique_ptr<QWidget> {
+      if constexpr (std::is_same_v<decltype(form), TFormMain&>) {
+        return MakeMainWindow(form, guard, windows);
+      } else {
+        return MakeWindow(form, guard, owner);
+      }
+    });
   };
-  add(program.FormExecSQL);
+  program.ForEachForm(add);
   add(program.FormExecSQL.FormChooseTable);
-  add(program.FormLogin);
-  add(program.Form_Database_Property);
-  add(program.Form_BackupMedia);
-  add(program.FormRestore);
 }
 
 QtFace::~QtFace() { windows_.Clear(); }

@@ -18,7 +18,7 @@ class ConnectTest : public AppFixture {
   ConnectTest() { app.Start(); }
 
   bool ItemEnabled(const std::string& name) {
-    return app.FormMain.PopupMenu_SQLServer->Find("PopupMenu_SQLServer_" + name)->Enabled;
+    return app.FormMain.Menu("PopupMenu_SQLServer").Find("PopupMenu_SQLServer_" + name)->Enabled;
   }
   void ExpectState(bool connected) {
     EXPECT_EQ(ItemEnabled("Connect"), !connected);
@@ -34,7 +34,7 @@ class ConnectTest : public AppFixture {
       login.Edit_passwd.UserType("pw");
       app.Guard().Run([&] { login.SBtn_Update.UserClick(); });
     });
-    Choose(*app.FormMain.PopupMenu_SQLServer, "PopupMenu_SQLServer_Connect");
+    Choose(app.FormMain.Menu("PopupMenu_SQLServer"), "PopupMenu_SQLServer_Connect");
   }
 
   TFormLogin& login = app.FormLogin;
@@ -109,7 +109,7 @@ TEST_F(ConnectTest, FailedOpenLeavesTheDialogOpenWithItsInputs) {
     open = login.Visible;
     typed = login.Edit_loginame.Text();
   });
-  Choose(*main.PopupMenu_SQLServer, "PopupMenu_SQLServer_Connect");
+  Choose(main.Menu("PopupMenu_SQLServer"), "PopupMenu_SQLServer_Connect");
   EXPECT_TRUE(open);
   EXPECT_EQ(typed, "sa");
   EXPECT_EQ(fake.dialogs.errors, (std::vector<std::string>{"Login failed for user 'sa'."}));
@@ -122,7 +122,7 @@ TEST_F(ConnectTest, CancelForgetsLoginAndPassword) {
   app.Session.LoginName = "sa";
   app.Session.Password = "pw";
   fake.windows.modal.emplace_back([&](Form&) { login.Sbtn_Cancel.UserClick(); });
-  Choose(*main.PopupMenu_SQLServer, "PopupMenu_SQLServer_Connect");
+  Choose(main.Menu("PopupMenu_SQLServer"), "PopupMenu_SQLServer_Connect");
   EXPECT_EQ(app.Session.LoginName, "");
   EXPECT_EQ(app.Session.Password, "");
   EXPECT_FALSE(login.Visible);
@@ -132,7 +132,7 @@ TEST_F(ConnectTest, DisconnectEmptiesTreeAndListWhicheverRootIsSelected) {
   Connect();
   ClickPath({"Database"});
   Click(*main.TreeView.Roots()[1]);
-  Choose(*main.PopupMenu_SQLServer, "PopupMenu_SQLServer_DisConnect");
+  Choose(main.Menu("PopupMenu_SQLServer"), "PopupMenu_SQLServer_DisConnect");
   EXPECT_FALSE(connection.IsOpen());
   EXPECT_FALSE(Node({}).HasChildren());
   EXPECT_TRUE(main.ListViewMain.Items().empty());
@@ -153,7 +153,7 @@ TEST_F(ConnectTest, StopAndPauseAskFirstAndThenDisconnect) {
   };
   for (const Case& c : cases) {
     Connect();
-    Choose(*main.PopupMenu_SQLServer, c.item);
+    Choose(main.Menu("PopupMenu_SQLServer"), c.item);
     ExpectState(true);
     const Question& question = fake.dialogs.questions.back();
     EXPECT_EQ(question.text, c.question);
@@ -161,7 +161,7 @@ TEST_F(ConnectTest, StopAndPauseAskFirstAndThenDisconnect) {
     EXPECT_EQ(question.icon, Icon::kStop);
     EXPECT_EQ(question.default_answer, Answer::kCancel);
     fake.dialogs.answers.push_back(Answer::kOk);
-    Choose(*main.PopupMenu_SQLServer, c.item);
+    Choose(main.Menu("PopupMenu_SQLServer"), c.item);
     EXPECT_EQ(Status(), c.status);
     ExpectState(false);
   }
@@ -179,7 +179,7 @@ TEST_F(ConnectTest, ServerToolsAreOpenedAndNamedInTheStatusBar) {
       {"PopupMenuServerCfg_OdbcAd", "odbcad32.exe", " >odbcad32.exe"},
   };
   for (const auto& c : cases) {
-    Choose(*main.PopupMenuServerCfg, c.item);
+    Choose(main.Menu("PopupMenuServerCfg"), c.item);
     EXPECT_EQ(fake.shell.opened.back(), c.program);
     EXPECT_EQ(Status(), c.status);
   }
@@ -189,7 +189,7 @@ TEST_F(ConnectTest, FailedShutdownKeepsTheConnection) {
   Connect();
   connection.Fail("shutdown", "denied");
   fake.dialogs.answers.push_back(Answer::kOk);
-  Choose(*main.PopupMenu_SQLServer, "PopupMenu_SQLServer_Stop");
+  Choose(main.Menu("PopupMenu_SQLServer"), "PopupMenu_SQLServer_Stop");
   EXPECT_EQ(fake.dialogs.errors, (std::vector<std::string>{"denied"}));
   ExpectState(true);
   EXPECT_EQ(fake.windows.busy, 0);
@@ -200,7 +200,7 @@ TEST_F(ConnectTest, AServerThatIsGoneBeforeItAnswersItsShutdownIsStopped) {
   connection.Answer("shutdown", {.error = ServerMessage{.number = 20017, .text = "Unexpected EOF"},
                                  .breaks = true});
   fake.dialogs.answers.push_back(Answer::kOk);
-  Choose(*main.PopupMenu_SQLServer, "PopupMenu_SQLServer_Stop");
+  Choose(main.Menu("PopupMenu_SQLServer"), "PopupMenu_SQLServer_Stop");
   EXPECT_TRUE(fake.dialogs.errors.empty());
   EXPECT_EQ(Status(), " >shutdown");
   ExpectState(false);

@@ -38,7 +38,7 @@ class DatabaseCommandsTest : public AppFixture {
   void ChooseRestoreFromFile() {
     fake.dialogs.paths = {"C:\\b.bak"};
     fake.windows.modal.emplace_back([this](Form& form) { shown = &form; });
-    Choose(*main.PopupMenu_Databases, "PopupMenu_Databases_Backup_Restore");
+    Choose(main.Menu("PopupMenu_Databases"), "PopupMenu_Databases_Backup_Restore");
   }
 
   TFormMain& main = app.FormMain;
@@ -56,7 +56,7 @@ TEST_F(DatabaseCommandsTest, ManualBackupIsOneStatementOfFourLines) {
     connection.statements.clear();
     fake.dialogs.paths = {"D:\\sales.bak"};
     fake.dialogs.answers = {Answer::kOk};
-    Choose(*main.PopupMenu_Databases, "PopupMenu_Databases_Backup_Backup");
+    Choose(main.Menu("PopupMenu_Databases"), "PopupMenu_Databases_Backup_Backup");
     EXPECT_EQ(fake.dialogs.choices.back().filter, kFilter);
     EXPECT_EQ(fake.dialogs.questions.back().text,
               "ﾃﾞｰﾀﾍﾞｰｽ:sales のバックアップを実行してよろしいですか?");
@@ -72,10 +72,10 @@ TEST_F(DatabaseCommandsTest, ManualBackupIsOneStatementOfFourLines) {
 
 TEST_F(DatabaseCommandsTest, ManualBackupStopsWithoutFileOrConsent) {
   main.ListViewMain.UserSelect({1});
-  Choose(*main.PopupMenu_Databases, "PopupMenu_Databases_Backup_Backup");
+  Choose(main.Menu("PopupMenu_Databases"), "PopupMenu_Databases_Backup_Backup");
   EXPECT_TRUE(fake.dialogs.questions.empty());
   fake.dialogs.paths = {"D:\\sales.bak"};
-  Choose(*main.PopupMenu_Databases, "PopupMenu_Databases_Backup_Backup");
+  Choose(main.Menu("PopupMenu_Databases"), "PopupMenu_Databases_Backup_Backup");
   EXPECT_EQ(fake.dialogs.questions.size(), 1U);
   EXPECT_EQ(connection.statements, Texts{});
 }
@@ -135,7 +135,7 @@ TEST_F(DatabaseCommandsTest, FileWithoutAHeaderShowsNoMedia) {
 
 TEST_F(DatabaseCommandsTest, HistoryOlderThanSevenDaysIsDeletedUnasked) {
   fake.clock.now = {2005, 3, 8, 14, 5, 9};
-  Choose(*main.PopupMenu_DB_BackUp, "PopupMenu_DB_BackUp_Drop_Log");
+  Choose(main.Menu("PopupMenu_DB_BackUp"), "PopupMenu_DB_BackUp_Drop_Log");
   EXPECT_TRUE(fake.dialogs.questions.empty());
   EXPECT_EQ(connection.statements,
             Texts{"exec sp_delete_backuphistory @oldest_date = '2005/03/01'"});
@@ -153,24 +153,25 @@ TEST_F(DatabaseCommandsTest, RestoreFromTheHistoryTakesDatabaseAndSetNumber) {
   ClickPath({"Database", "sales", "Backup"});
   ASSERT_EQ(main.ListViewMain.Items().size(), 1U);
   main.ListViewMain.UserSelect({0});
-  Choose(*main.PopupMenu_DB_BackUp, "PopupMenu_DB_BackUp_Restore");
+  Choose(main.Menu("PopupMenu_DB_BackUp"), "PopupMenu_DB_BackUp_Restore");
   EXPECT_EQ(restore.Edit_DatabaseName.Text(), "sales");
   EXPECT_EQ(restore.Edit_BackupFName.Text(), "C:\\b.bak");
   EXPECT_TRUE(connection.statements.back().ends_with("backup_set_id = 41 order by file_number"));
 
-  main.PopupMenu_DB_BackUp_Direct_RestoreClick();
+  // The item is not shown.
+  main.Menu("PopupMenu_DB_BackUp").Find("PopupMenu_DB_BackUp_Direct_Restore")->OnClick();
   EXPECT_EQ(restore.Edit_DatabaseName.Text(), "sales");
   EXPECT_TRUE(restore.Sbtn_BackupFName.Enabled);
 }
 
 TEST_F(DatabaseCommandsTest, BulkBoxesAppearWithTheirCommandsAndGoWithTheNextClick) {
-  const MenuItem& item = *main.PopupMenu_Table->Find("PopupMenu_Table_Select_ChkBox");
+  const MenuItem& item = *main.Menu("PopupMenu_Table").Find("PopupMenu_Table_Select_ChkBox");
   for (const bool on : {true, false, true}) {
-    main.PopupMenu_Table_Select_ChkBoxClick();
+    Choose(main.Menu("PopupMenu_Table"), "PopupMenu_Table_Select_ChkBox");
     EXPECT_EQ(item.Checked(), on);
     EXPECT_EQ(main.ListViewMain.CheckBoxes(), on);
     for (const char* name : {"PopupMenu_Table_Select_Truncate", "PopupMenu_Table_Select_Drop"}) {
-      EXPECT_EQ(main.PopupMenu_Table->Find(name)->Visible(), on) << name;
+      EXPECT_EQ(main.Menu("PopupMenu_Table").Find(name)->Visible(), on) << name;
     }
   }
   ClickPath({"Database"});
@@ -188,7 +189,7 @@ TEST_F(DatabaseCommandsTest, CsvHoldsTheListAsItStands) {
   const std::string file = (folder / "out.csv").string();
   PutFile(file, "what stood there before");
   fake.dialogs.paths = {file};
-  Choose(*main.PopupMenu_Minimum, "PopupMenu_Minimum_CSV_Out");
+  Choose(main.Menu("PopupMenu_Minimum"), "PopupMenu_Minimum_CSV_Out");
   EXPECT_EQ(fake.dialogs.choices.back().filter,
             "CSVﾌｧｲﾙ(*.csv)|*.csv|ﾃｷｽﾄﾌｧｲﾙ(*.txt)|*.txt|全てのﾌｧｲﾙ(*.*)|*.*");
   EXPECT_EQ(FileBytes(file),
@@ -208,7 +209,7 @@ TEST_F(DatabaseCommandsTest, CsvThatTheCodePageCannotHoldLeavesTheFileAndNamesTh
   const std::string file = (folder / "out.csv").string();
   PutFile(file, "old");
   fake.dialogs.paths = {file};
-  Choose(*main.PopupMenu_Minimum, "PopupMenu_Minimum_CSV_Out");
+  Choose(main.Menu("PopupMenu_Minimum"), "PopupMenu_Minimum_CSV_Out");
   EXPECT_EQ(FileBytes(file), "old");
   EXPECT_EQ(fake.dialogs.errors,
             Texts{"シフトJISで表せない文字があります: \u00e9 (2行目、2列目「Name」)"});

@@ -309,7 +309,7 @@ TEST_F(RowCommandTest, RefreshAfterADatabaseCommandGrowsTheNodesAnew) {
                       {"7", "sales", "512", "0", "2005-03-08 09:05:07", "C:\\sales.mdf"}}});
   list.UserSelect({1});
   fake.dialogs.answers = {Answer::kOk};
-  Choose(*main.PopupMenu_Databases, "PopupMenu_Databases_OffLine");
+  Choose(main.Menu("PopupMenu_Databases"), "PopupMenu_Databases_OffLine");
   ASSERT_EQ(Node({"Database"}).Children().size(), 1U);
   EXPECT_EQ(Node({"Database"}).Children()[0]->Text(), "master");
   EXPECT_EQ(list.Items()[1].SubItem(1), "offline,");
@@ -329,7 +329,7 @@ TEST_F(RowCommandTest, JobsAreAssignedOnceAndWithdrawnOnce) {
     list.UserSelect({0});
     connection.statements.clear();
     fake.dialogs.messages.clear();
-    Choose(*main.PopupMenu_Job, c.item);
+    Choose(main.Menu("PopupMenu_Job"), c.item);
     EXPECT_EQ(fake.dialogs.messages, Texts{c.message});
     EXPECT_EQ(connection.statements, Texts{});
   }
@@ -344,7 +344,7 @@ TEST_F(RowCommandTest, TablesAreListedAgainWithoutDescriptionsWhateverTheSwitch)
   list.UserSelect({0});
   connection.statements.clear();
   fake.dialogs.answers = {Answer::kOk};
-  Choose(*main.PopupMenu_Table, "PopupMenu_Table_Drop");
+  Choose(main.Menu("PopupMenu_Table"), "PopupMenu_Table_Drop");
   EXPECT_EQ(connection.statements.size(), 3U);
   EXPECT_EQ(connection.statements.back().find("xtype='S'"), std::string::npos);
 }

@@ -31,8 +31,8 @@ TEST_F(StartUpTest, MakesTheFoldersDropsTheOldLogAndShowsTheInformationRows) {
   ASSERT_EQ(list.Items().size(), 4U);
   EXPECT_EQ(list.Items()[0].SubItem(1), "DBKEEPER");
   EXPECT_EQ(list.Items()[1].SubItem(1), "Err_バージョン情報が取得できません");
-  EXPECT_EQ(list.Popup(), app.FormMain.PopupMenu1.get());
-  EXPECT_FALSE(app.FormMain.Pnl_SQL.Visible);
+  EXPECT_EQ(list.Popup(), &app.FormMain.Menu("PopupMenu1"));
+  EXPECT_FALSE(app.FormMain.Browser.Pnl_SQL.Visible);
 }
 
 TEST_F(StartUpTest, SettingsDecideTheSwitchesByTheirExactText) {
@@ -53,7 +53,8 @@ TEST_F(StartUpTest, SettingsDecideTheSwitchesByTheirExactText) {
     app.Start();
     EXPECT_EQ(app.FormMain.Workbench().Switches.Advanced, c.advanced);
     EXPECT_EQ(app.FormMain.Workbench().Switches.ShowSystemTables, c.system_tables);
-    EXPECT_EQ(app.FormMain.PopupMenu_Table->Find("PM_DspSysTbl")->Checked(), c.system_tables);
+    EXPECT_EQ(app.FormMain.Menu("PopupMenu_Table").Find("PM_DspSysTbl")->Checked(),
+              c.system_tables);
   }
 }
 
@@ -91,8 +92,8 @@ TEST_F(StartUpTest, HidingTheMainWindowSaysOk) {
 }
 
 TEST_F(StartUpTest, DeveloperCheckIsInvisibleAndShowsTheDate) {
-  EXPECT_FALSE(app.FormMain.PopupMenu_SQLServer->Find("EST1")->Visible());
-  app.FormMain.EST1Click();
+  EXPECT_FALSE(app.FormMain.Menu("PopupMenu_SQLServer").Find("EST1")->Visible());
+  app.FormMain.Menu("PopupMenu_SQLServer").Find("EST1")->OnClick();
   EXPECT_EQ(fake.dialogs.messages, (std::vector<std::string>{"OK:2005/03/08"}));
 }
 

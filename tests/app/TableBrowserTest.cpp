@@ -39,14 +39,14 @@ class TableBrowserTest : public AppFixture {
   }
   void OpenItems() {
     ShowTables();
-    Choose(*form.PopupMenu_Table, "PopupMenu_Table_Open");
+    Choose(form.Menu("PopupMenu_Table"), "PopupMenu_Table_Open");
   }
   void Press(Button& button) {
     app.Guard().Run([&] { button.UserClick(); });
   }
   void ChooseFilter(const std::string& field) {
     app.Guard().Run([&] {
-      form.ComboBox_Table_Where.UserSelect(form.ComboBox_Table_Where.Items.IndexOf(field));
+      browser.ComboBox_Table_Where.UserSelect(browser.ComboBox_Table_Where.Items.IndexOf(field));
     });
   }
   std::string Cell(std::int64_t row, std::size_t column) {
@@ -54,20 +54,21 @@ class TableBrowserTest : public AppFixture {
   }
 
   TFormMain& form = app.FormMain;
+  TableBrowser& browser = form.Browser;
   RowView& rows = app.Session.ADOQuery_User.Rows;
 };
 
 TEST_F(TableBrowserTest, OpensTheSelectedTableWithItsFieldsAsFilters) {
   OpenItems();
   EXPECT_EQ(connection.statements, (Statements{"use [sales]", "select * from [items]"}));
-  EXPECT_EQ(form.Edit_Open_TableName.Text(), "items");
-  EXPECT_EQ(form.Sbtn_TableOpen.Caption(), "Close");
-  EXPECT_TRUE(form.Sbtn_TableOpen.Down());
-  EXPECT_EQ(form.ComboBox_Table_Where.Items.All(), (Statements{"*", "id", "name"}));
-  EXPECT_EQ(form.ComboBox_Table_Where.Text(), "*");
-  EXPECT_EQ(form.Pnl_SQL_Tool.Height(), 31);
-  EXPECT_TRUE(form.Pnl_SQL.Visible());
-  EXPECT_TRUE(form.Splitter_SQL.Visible());
+  EXPECT_EQ(browser.Edit_Open_TableName.Text(), "items");
+  EXPECT_EQ(browser.Sbtn_TableOpen.Caption(), "Close");
+  EXPECT_TRUE(browser.Sbtn_TableOpen.Down());
+  EXPECT_EQ(browser.ComboBox_Table_Where.Items.All(), (Statements{"*", "id", "name"}));
+  EXPECT_EQ(browser.ComboBox_Table_Where.Text(), "*");
+  EXPECT_EQ(browser.Pnl_SQL_Tool.Height(), 31);
+  EXPECT_TRUE(browser.Pnl_SQL.Visible());
+  EXPECT_TRUE(browser.Splitter_SQL.Visible());
   EXPECT_EQ(Status(), " >select * from items");
   rows.FetchMore();
   rows.FetchMore();
@@ -78,28 +79,28 @@ TEST_F(TableBrowserTest, BuildsAFilterThatTheNextOpenSendsAsItStands) {
   OpenItems();
   ChooseFilter("id");
   ChooseFilter("name");
-  EXPECT_EQ(form.Edit_Table_Where.Text(), "(id = '')and(name = '')");
-  EXPECT_EQ(form.Pnl_SQL_Tool.Height(), 53);
-  EXPECT_TRUE(form.Edit_Table_Where.Visible());
-  form.Edit_Table_Where.UserType("id = '1' -- x");
+  EXPECT_EQ(browser.Edit_Table_Where.Text(), "(id = '')and(name = '')");
+  EXPECT_EQ(browser.Pnl_SQL_Tool.Height(), 53);
+  EXPECT_TRUE(browser.Edit_Table_Where.Visible());
+  browser.Edit_Table_Where.UserType("id = '1' -- x");
   connection.statements.clear();
-  Press(form.Sbtn_TableOpen);
+  Press(browser.Sbtn_TableOpen);
   EXPECT_TRUE(connection.statements.empty());
-  EXPECT_EQ(form.Sbtn_TableOpen.Caption(), "Open");
+  EXPECT_EQ(browser.Sbtn_TableOpen.Caption(), "Open");
   EXPECT_EQ(rows.State(), GridState::kClosed);
-  Press(form.Sbtn_TableOpen);
+  Press(browser.Sbtn_TableOpen);
   EXPECT_EQ(connection.statements, Statements{"select * from [items]\r\n where id = '1' -- x"});
   ChooseFilter("*");
-  EXPECT_EQ(form.Edit_Table_Where.Text(), "");
-  EXPECT_EQ(form.Pnl_SQL_Tool.Height(), 31);
+  EXPECT_EQ(browser.Edit_Table_Where.Text(), "");
+  EXPECT_EQ(browser.Pnl_SQL_Tool.Height(), 31);
 }
 
 TEST_F(TableBrowserTest, AFailedOpenLeavesTheButtonReleased) {
   connection.Fail("select * from [items]", "Invalid object name 'items'.");
   OpenItems();
   EXPECT_EQ(fake.dialogs.errors, Statements{"Invalid object name 'items'."});
-  EXPECT_EQ(form.Sbtn_TableOpen.Caption(), "Open");
-  EXPECT_FALSE(form.Sbtn_TableOpen.Down());
+  EXPECT_EQ(browser.Sbtn_TableOpen.Caption(), "Open");
+  EXPECT_FALSE(browser.Sbtn_TableOpen.Down());
   EXPECT_EQ(Status(), " *");
 }
 
@@ -107,7 +108,7 @@ TEST_F(TableBrowserTest, ADoubleClickOpensOnlyWhileATableIsOpen) {
   ShowTables();
   form.ListViewMain.UserDblClick();
   EXPECT_TRUE(connection.statements.empty());
-  Choose(*form.PopupMenu_Table, "PopupMenu_Table_Open");
+  Choose(form.Menu("PopupMenu_Table"), "PopupMenu_Table_Open");
   connection.statements.clear();
   form.ListViewMain.UserDblClick();
   EXPECT_EQ(connection.statements, (Statements{"use [sales]", "select * from [items]"}));
@@ -117,14 +118,14 @@ TEST_F(TableBrowserTest, ClosesByItsButtonAndByATreeClick) {
   for (const bool by_button : {true, false}) {
     OpenItems();
     if (by_button) {
-      Press(form.Sbtn_TableClose);
-      EXPECT_FALSE(form.Sbtn_TableOpen.Down());
-      EXPECT_EQ(form.Sbtn_TableOpen.Caption(), "Close") << "deliberately left";
+      Press(browser.Sbtn_TableClose);
+      EXPECT_FALSE(browser.Sbtn_TableOpen.Down());
+      EXPECT_EQ(browser.Sbtn_TableOpen.Caption(), "Close") << "deliberately left";
     } else {
       ClickPath({"Security"});
     }
-    EXPECT_FALSE(form.Pnl_SQL.Visible());
-    EXPECT_FALSE(form.Splitter_SQL.Visible());
+    EXPECT_FALSE(browser.Pnl_SQL.Visible());
+    EXPECT_FALSE(browser.Splitter_SQL.Visible());
     EXPECT_EQ(rows.State(), GridState::kClosed);
     app.Session.Close();
   }
@@ -133,36 +134,36 @@ TEST_F(TableBrowserTest, ClosesByItsButtonAndByATreeClick) {
 TEST_F(TableBrowserTest, EditModeOpensTheRowsAgainAndSurvivesTheNextTable) {
   OpenItems();
   EXPECT_FALSE(rows.CanEdit());
-  Press(form.Sbtn_RE);
+  Press(browser.Sbtn_RE);
   EXPECT_TRUE(rows.CanEdit());
-  EXPECT_TRUE(form.DBGrid1.Editable(1));
-  EXPECT_EQ(form.Sbtn_RE.Caption(), "Ronly");
-  EXPECT_EQ(form.DBNavigator1.VisibleButtons().size(), 10U);
-  EXPECT_EQ(form.DBNavigator1.Width(), 250);
-  EXPECT_EQ(form.Pnl_Navigator.Width(), 254);
+  EXPECT_TRUE(browser.DBGrid1.Editable(1));
+  EXPECT_EQ(browser.Sbtn_RE.Caption(), "Ronly");
+  EXPECT_EQ(browser.DBNavigator1.VisibleButtons().size(), 10U);
+  EXPECT_EQ(browser.DBNavigator1.Width(), 250);
+  EXPECT_EQ(browser.Pnl_Navigator.Width(), 254);
   EXPECT_EQ(Status(),
             " >Tab="
             "Cancelと処理します。Inser時に全ﾌｨｰﾙﾄﾞを埋ない場合は、空白ﾌｨｰﾙﾄﾞにﾌｫｰｶｽを移動させてNull"
             "扱いを明示して"
             "、「データ更新」を押します。");
-  Choose(*form.PopupMenu_Table, "PopupMenu_Table_Open");
+  Choose(form.Menu("PopupMenu_Table"), "PopupMenu_Table_Open");
   EXPECT_TRUE(rows.CanEdit());
-  Press(form.Sbtn_RE);
+  Press(browser.Sbtn_RE);
   EXPECT_FALSE(rows.CanEdit());
-  EXPECT_FALSE(form.DBGrid1.Editable(1));
-  EXPECT_EQ(form.Sbtn_RE.Caption(), "Edit");
-  EXPECT_EQ(form.DBNavigator1.VisibleButtons(), MovingButtons());
-  EXPECT_EQ(form.DBNavigator1.Width(), 100);
-  EXPECT_EQ(form.Pnl_Navigator.Width(), 104);
+  EXPECT_FALSE(browser.DBGrid1.Editable(1));
+  EXPECT_EQ(browser.Sbtn_RE.Caption(), "Edit");
+  EXPECT_EQ(browser.DBNavigator1.VisibleButtons(), MovingButtons());
+  EXPECT_EQ(browser.DBNavigator1.Width(), 100);
+  EXPECT_EQ(browser.Pnl_Navigator.Width(), 104);
   EXPECT_EQ(Status(), " >");
 }
 
 TEST_F(TableBrowserTest, AFailedOperationClosesTheTableWithTheRemedy) {
   OpenItems();
-  Press(form.Sbtn_RE);
+  Press(browser.Sbtn_RE);
   connection.Fail("with (updlock)", "複数の手順の操作でエラーが発生しました。");
-  app.Guard().Run([&] { form.DBGrid1.UserSetCell(1, "x"); });
-  app.Guard().Run([&] { form.DBGrid1.UserMoveTo(1, 1); });
+  app.Guard().Run([&] { browser.DBGrid1.UserSetCell(1, "x"); });
+  app.Guard().Run([&] { browser.DBGrid1.UserMoveTo(1, 1); });
   ASSERT_EQ(fake.dialogs.messages.size(), 1U);
   EXPECT_EQ(fake.dialogs.messages[0],
             "異常が発生したので、TableをCloseします。\r\n対処方法：\r\n　新規挿入時には、全フィール"
@@ -170,9 +171,9 @@ TEST_F(TableBrowserTest, AFailedOperationClosesTheTableWithTheRemedy) {
             "\r\n\r\n複数の手順の操作でエラーが発生しました。");
   EXPECT_TRUE(fake.dialogs.errors.empty());
   EXPECT_EQ(rows.State(), GridState::kClosed);
-  EXPECT_EQ(form.Sbtn_TableOpen.Caption(), "Open");
-  EXPECT_FALSE(form.Sbtn_TableOpen.Down());
-  EXPECT_TRUE(form.Pnl_SQL.Visible());
+  EXPECT_EQ(browser.Sbtn_TableOpen.Caption(), "Open");
+  EXPECT_FALSE(browser.Sbtn_TableOpen.Down());
+  EXPECT_TRUE(browser.Pnl_SQL.Visible());
 }
 
 TEST_F(TableBrowserTest, ALostConnectionLeavesTheFetchedRowsAndTheWindow) {
@@ -186,9 +187,9 @@ TEST_F(TableBrowserTest, ALostConnectionLeavesTheFetchedRowsAndTheWindow) {
   EXPECT_EQ(fake.dialogs.errors, Statements{"Write to the server failed"});
   EXPECT_FALSE(rows.Active());
   EXPECT_EQ(Cell(99, 0), "99");
-  EXPECT_FALSE(form.Sbtn_TableOpen.Down());
-  EXPECT_EQ(form.Sbtn_TableOpen.Caption(), "Open");
-  app.Guard().Run([&] { form.DBNavigator1.UserPress(NavigatorButton::kNext); });
+  EXPECT_FALSE(browser.Sbtn_TableOpen.Down());
+  EXPECT_EQ(browser.Sbtn_TableOpen.Caption(), "Open");
+  app.Guard().Run([&] { browser.DBNavigator1.UserPress(NavigatorButton::kNext); });
   EXPECT_EQ(rows.CurrentRow(), 1);
 }
 

@@ -28,7 +28,7 @@ class DatabasePropertyTest : public AppFixture {
       app.Guard().Run(work);
       closed = !form.Visible;
     });
-    Choose(*app.FormMain.PopupMenu_Databases, item);
+    Choose(app.FormMain.Menu("PopupMenu_Databases"), item);
   }
   void Create(std::function<void()> work) {
     Use("PopupMenu_Databases_Create", [this, work = std::move(work)] {

@@ -139,7 +139,7 @@ TEST_F(EasySqlTest, TheTableMenuOpensTheWindowWithTheSelectedTablesLayout) {
   list.UserSelect({0});
   window.MemoSQL.Text = std::string("old");
   connection.statements.clear();
-  Choose(*app.FormMain.PopupMenu_Table, "PopupMenu_Table_SQL");
+  Choose(app.FormMain.Menu("PopupMenu_Table"), "PopupMenu_Table_SQL");
   EXPECT_TRUE(window.Sbtn_EasySQL.Down);
   EXPECT_TRUE(window.Panel_EasySQL.Visible);
   EXPECT_EQ(window.MemoSQL.Text(), "");

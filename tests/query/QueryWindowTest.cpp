@@ -165,31 +165,28 @@ TEST_F(QueryWindowTest, RunningRecordsTheChosenDatabaseWithoutSwitching) {
 TEST_F(QueryWindowTest, TheMenusOfTheNodesOpenTheWindowForTheirDatabase) {
   struct Case {
     Texts node;
-    std::unique_ptr<PopupMenu> const TFormMain::*menu;
+    const char* menu;
     const char* item;
     const char* database;
   };
   const Case cases[] = {
-      {{"Database"}, &TFormMain::PopupMenu_Databases, "PopupMenu_Databases_SQL", "master"},
-      {{"Database", "sales"}, &TFormMain::PopupMenu_Minimum, "PopupMenu_Minimum_SQL", "master"},
-      {{"Database", "sales", "View"}, &TFormMain::PopupMenu_View, "PopupMenu_View_SQL", "sales"},
-      {{"Database", "sales", "Backup"},
-       &TFormMain::PopupMenu_DB_BackUp,
-       "PopupMenu_DB_BackUp_SQL",
-       "sales"},
-      {{"Security", "Server role"}, &TFormMain::PopupMenu_SvRole, "PopupMenu_SvRole_SQL", "master"},
-      {{"Management", "Job"}, &TFormMain::PopupMenu_Job, "PopupMenu_Job_SQL", "master"},
+      {{"Database"}, "PopupMenu_Databases", "PopupMenu_Databases_SQL", "master"},
+      {{"Database", "sales"}, "PopupMenu_Minimum", "PopupMenu_Minimum_SQL", "master"},
+      {{"Database", "sales", "View"}, "PopupMenu_View", "PopupMenu_View_SQL", "sales"},
+      {{"Database", "sales", "Backup"}, "PopupMenu_DB_BackUp", "PopupMenu_DB_BackUp_SQL", "sales"},
+      {{"Security", "Server role"}, "PopupMenu_SvRole", "PopupMenu_SvRole_SQL", "master"},
+      {{"Management", "Job"}, "PopupMenu_Job", "PopupMenu_Job_SQL", "master"},
   };
   for (const Case& c : cases) {
     app.FormMain.TreeView.Select(&Node(c.node));
     window.Close();
-    Choose(*(app.FormMain.*c.menu), c.item);
+    Choose(app.FormMain.Menu(c.menu), c.item);
     EXPECT_TRUE(window.Visible) << c.item;
     EXPECT_EQ(window.ComboBox_DatabaseName.Text(), c.database) << c.item;
     EXPECT_EQ(app.Session.CurrentDatabase(), c.database) << c.item;
   }
   app.FormMain.TreeView.Select(app.FormMain.TreeView.Roots()[1].get());
-  Choose(*app.FormMain.PopupMenu_Management, "PopupMenu_Management_SQL");
+  Choose(app.FormMain.Menu("PopupMenu_Management"), "PopupMenu_Management_SQL");
   EXPECT_EQ(window.ComboBox_DatabaseName.Text(), "master");
 }
 

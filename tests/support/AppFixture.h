@@ -24,7 +24,7 @@ class AppTest : public ::testing::Test {
       app.Guard().Run([&] { login.CheckBox_Windows.UserCheck(true); });
       app.Guard().Run([&] { login.SBtn_Update.UserClick(); });
     });
-    Choose(*app.FormMain.PopupMenu_SQLServer, "PopupMenu_SQLServer_Connect");
+    Choose(app.FormMain.Menu("PopupMenu_SQLServer"), "PopupMenu_SQLServer_Connect");
   }
 
   // Pops the menu up and chooses an item by its name.

@@ -29,7 +29,7 @@ QHBoxLayout* Row(const QWidget& widget) {
   return row;
 }
 
-QHBoxLayout* MakeToolRow(TFormMain& form, const Binder& binder, const QWidget& area) {
+QHBoxLayout* MakeToolRow(TableBrowser& form, const Binder& binder, const QWidget& area) {
   auto* close = binder.Make(form.Sbtn_TableClose);
   auto* open = binder.Make(form.Sbtn_TableOpen);
   auto* name = binder.Make(form.Edit_Open_TableName);
@@ -61,7 +61,7 @@ QHBoxLayout* MakeToolRow(TFormMain& form, const Binder& binder, const QWidget& a
   return row;
 }
 
-QHBoxLayout* MakeFilterRow(TFormMain& form, const Binder& binder, const QWidget& area) {
+QHBoxLayout* MakeFilterRow(TableBrowser& form, const Binder& binder, const QWidget& area) {
   auto* where = binder.Make(form.Edit_Table_Where);
   where->setFixedHeight(Scaled(area, kFilterHeight));
   auto* row = Row(area);
@@ -72,7 +72,7 @@ QHBoxLayout* MakeFilterRow(TFormMain& form, const Binder& binder, const QWidget&
 
 }  // namespace
 
-void LayOutBrowserPane(TFormMain& form, const Binder& binder, QFrame& pane) {
+void LayOutBrowserPane(TableBrowser& form, const Binder& binder, QFrame& pane) {
   auto* area = binder.Make(form.Pnl_SQL_Tool);
   const int side = Scaled(pane, kSide);
   auto* rows = new QVBoxLayout(area);

@@ -48,8 +48,8 @@ QWidget* MakeListSide(TFormMain& form, const Binder& binder, FormMainWindow& win
   side->setObjectName("Splitter_SQL");
   side->setChildrenCollapsible(false);
   side->addWidget(binder.Make(form.ListViewMain));
-  QFrame* pane = binder.Make(form.Pnl_SQL);
-  LayOutBrowserPane(form, binder, *pane);
+  QFrame* pane = binder.Make(form.Browser.Pnl_SQL);
+  LayOutBrowserPane(form.Browser, binder, *pane);
   side->addWidget(pane);
   side->setStretchFactor(0, 1);
   side->setSizes({kHeight, Scaled(window, kBrowserHeight)});

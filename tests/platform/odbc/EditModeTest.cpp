@@ -120,7 +120,7 @@ class EditModeTest : public ::testing::TestWithParam<Face> {
   OdbcConnection other{OdbcOptions{}, server_->Endpoint()};
   Application app{connection, Installed(fake, folder)};
   TFormExecSQL& window = app.FormExecSQL;
-  TFormMain& browser = app.FormMain;
+  TableBrowser& browser = app.FormMain.Browser;
   Button& opener = OnQueryWindow() ? window.Sbtn_Select : browser.Sbtn_TableOpen;
   DataGrid& grid = OnQueryWindow() ? window.DBGrid1 : browser.DBGrid1;
   Navigator& navigator = OnQueryWindow() ? window.DBNavigator1 : browser.DBNavigator1;

@@ -39,7 +39,7 @@ class BrowserPaneTest : public AppFixture {
     app.FormMain.ListViewMain.AddItem({"1", "商品", "dbo"});
     app.FormMain.ListViewMain.Select({0});
     window->show();
-    Choose(*app.FormMain.PopupMenu_Table, "PopupMenu_Table_Open");
+    Choose(app.FormMain.Menu("PopupMenu_Table"), "PopupMenu_Table_Open");
     QApplication::processEvents();
   }
 
@@ -81,7 +81,7 @@ TEST_F(BrowserPaneTest, ShowsTheFilterRowWhenAFieldIsChosen) {
   Picture("browser_filter");
   EXPECT_TRUE(Find<QWidget>("Edit_Table_Where").isVisible());
   EXPECT_GT(Find<QWidget>("Pnl_SQL_Tool").height(), height);
-  EXPECT_EQ(app.FormMain.Edit_Table_Where.Text(), "(id = '')");
+  EXPECT_EQ(app.FormMain.Browser.Edit_Table_Where.Text(), "(id = '')");
 }
 
 TEST_F(BrowserPaneTest, SaysInEditModeWhyAViewCannotBeWritten) {

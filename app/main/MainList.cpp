@@ -1,18 +1,13 @@
-// What a person does in the main list itself: sorting, opening by double click, the capacity view,
-// the switch for system tables, the check boxes for work on many rows, the export.
+// What a person does in the main list itself: sorting, and opening by double click.
 
 #include <algorithm>
 #include <numeric>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include "app/main/CsvExport.h"
 #include "app/main/UnitMain.h"
-#include "app/support/Files.h"
 #include "app/support/TextHelpers.h"
 #include "app/support/Utf8.h"
-#include "catalog/ObjectLists.h"
 
 namespace dbkeeper {
 
@@ -55,38 +50,8 @@ void TFormMain::ListViewMainColumnClick(std::size_t column) {
   ListViewMain.Reorder(order);
 }
 
-void TFormMain::PopupMenu_Table_CapacityClick() {
-  const TreeNode* const node = TreeView.Selected();
-  if (node == nullptr || node->Parent() == nullptr) return;
-  RunningStatus status(workbench_);
-  ListCapacity(workbench_, node->Parent()->Text());
-  status.Done("EXEC sp_spaceused Tablexxx");
-}
-
-void TFormMain::PM_DspSysTblClick() {
-  options_.ShowSystemTables = !options_.ShowSystemTables;
-  PopupMenu_Table->Find("PM_DspSysTbl")->Checked = options_.ShowSystemTables;
-  settings_.Write("SYSTEM", "DspSysTbl", options_.ShowSystemTables ? "True" : "False");
-}
-
-// The two items that work on the checked rows appear with the boxes.
-void TFormMain::PopupMenu_Table_Select_ChkBoxClick() {
-  MenuItem& item = *PopupMenu_Table->Find("PopupMenu_Table_Select_ChkBox");
-  const bool shown = !item.Checked();
-  item.Checked = shown;
-  ListViewMain.CheckBoxes = shown;
-  for (const char* name : {"PopupMenu_Table_Select_Truncate", "PopupMenu_Table_Select_Drop"}) {
-    PopupMenu_Table->Find(name)->Visible = shown;
-  }
-}
-
-void TFormMain::PopupMenu_Minimum_CSV_OutClick() {
-  const auto file = host_.dialogs.SaveFile(
-      {"CSVﾌｧｲﾙ(*.csv)|*.csv|ﾃｷｽﾄﾌｧｲﾙ(*.txt)|*.txt|全てのﾌｧｲﾙ(*.*)|*.*", "", ""});
-  if (!file) return;
-  const BusyScope busy(host_.windows);
-  // Whole before the file is touched: a text that cannot be written leaves it as it was.
-  ReplaceFile(PathOf(*file), CsvBytes(ListViewMain, host_.code_page));
+void TFormMain::ListViewMainDblClick() {
+  if (ListViewMain.Selected() != nullptr && session_.ADOQuery_User.Active()) Browser.OpenSelected();
 }
 
 }  // namespace dbkeeper

@@ -1,0 +1,76 @@
+#include "app/main/nodes/SharedRows.h"
+
+#include "app/main/Application.h"
+#include "app/main/CsvExport.h"
+#include "app/main/nodes/NodeKinds.h"
+#include "app/support/Files.h"
+
+namespace dbkeeper {
+
+namespace {
+
+constexpr const char* kMaster = "master";
+
+// The text of the selected node's parent where that is a database.
+std::string DatabaseOfSelection(const TreeView& tree) {
+  const TreeNode* node = tree.Selected();
+  const TreeNode* parent = node == nullptr ? nullptr : node->Parent();
+  const bool is_database =
+      parent != nullptr && parent->Level() == 2 && parent->Parent()->Text() == "Database";
+  return is_database ? parent->Text() : kMaster;
+}
+
+constexpr MenuRow kFirstRows[] = {kOnlineHelpRow, kReadmeRow, kHomePageRow};
+
+constexpr MenuRow kMinimumRows[] = {
+    SqlRow("PopupMenu_Minimum_SQL", &PopupMenu_Minimum_SQLClick),
+    kCsvRow,
+};
+
+}  // namespace
+
+constinit const MenuTable kFirstMenu = {"PopupMenu1", kFirstRows};
+constinit const MenuTable kMinimumMenu = {"PopupMenu_Minimum", kMinimumRows};
+
+bool RowSelected(const Workbench& workbench) { return workbench.List.SelCount() > 0; }
+bool Connected(const Workbench& workbench) { return workbench.Session.Connected(); }
+bool Disconnected(const Workbench& workbench) { return !workbench.Session.Connected(); }
+
+void PopupMenu_Minimum_CSV_OutClick(const CommandContext& context) {
+  const Host& host = context.workbench.Host;
+  const auto file = host.dialogs.SaveFile(
+      {"CSVﾌｧｲﾙ(*.csv)|*.csv|ﾃｷｽﾄﾌｧｲﾙ(*.txt)|*.txt|全てのﾌｧｲﾙ(*.*)|*.*", "", ""});
+  if (!file) return;
+  const BusyScope busy(host.windows);
+  // Whole before the file is touched: a text that cannot be written leaves it as it was.
+  ReplaceFile(PathOf(*file), CsvBytes(context.workbench.List, host.code_page));
+}
+
+void PopupMenu_Databases_SQLClick(const CommandContext& context) {
+  context.workbench.Status.SimpleText = " *";
+  PopupMenu_Minimum_SQLClick(context);
+}
+
+void PopupMenu_Minimum_SQLClick(const CommandContext& context) {
+  TFormExecSQL& window = context.program.FormExecSQL;
+  window.OpenForDatabase(kMaster);
+  context.workbench.Host.windows.Show(window);
+}
+
+void PopupMenu_Table_SQLClick(const CommandContext& context) {
+  TFormExecSQL& window = context.program.FormExecSQL;
+  const TreeNode* const node = context.workbench.Tree.Selected();
+  const std::string database = DatabaseOfSelection(context.workbench.Tree);
+  if (node != nullptr && node->Text() == kTableNode.text) {
+    window.OpenForTables(database);
+  } else {
+    window.OpenForDatabase(database);
+  }
+  context.workbench.Host.windows.Show(window);
+}
+
+void PopupMenu_Table_OpenClick(const CommandContext& context) {
+  context.program.FormMain.Browser.OpenSelected();
+}
+
+}  // namespace dbkeeper
