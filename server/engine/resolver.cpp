@@ -83,6 +83,11 @@ FoundObject Resolver::Need(const ObjectName& name, std::string_view xtypes, int 
   return *found;
 }
 
+std::string NextIdentitySql(const FoundObject& table, const SqlType& type) {
+  return "ms_state('next_identity', " + QuoteText(table.alias) + ", " +
+         std::to_string(table.object.id) + ", " + std::to_string(EncodeType(type)) + ")";
+}
+
 std::optional<ObjectInfo> Resolver::ResolveObject(const ObjectName& name) {
   if (SameName(name.owner, kInformationSchema)) {
     const FoundObject place = Place(name);
@@ -131,8 +136,7 @@ ObjectInfo Resolver::ReadTable(const FoundObject& found) {
   for (const CatalogColumn& column : catalog.Columns(found.object.id)) {
     ColumnInfo column_info = ColumnInfoOf(column);
     if (column.identity) {
-      column_info.identity_sql = "ms_state('next_identity', " + QuoteText(found.alias) + ", " +
-                                 std::to_string(found.object.id) + ")";
+      column_info.identity_sql = NextIdentitySql(found, column.type);
     }
     info.columns.push_back(std::move(column_info));
   }

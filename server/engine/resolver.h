@@ -21,6 +21,9 @@ struct FoundObject {
   bool IsSystem() const { return object.xtype == "S" || object.id < 100; }
 };
 
+// What gives the next value of the table's identity column, of the type.
+std::string NextIdentitySql(const FoundObject& table, const SqlType& type);
+
 class Resolver : public NameResolver {
  public:
   explicit Resolver(Workspace& workspace) : workspace_(workspace) {}

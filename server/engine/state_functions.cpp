@@ -177,7 +177,8 @@ struct StateFunction {
 constexpr StateFunction kFunctions[] = {
     {"next_identity",
      [](auto& c, auto& a) {
-       return Number(c.workspace.NextIdentity(TextAt(a, 0), IntegerAt(a, 1)));
+       return Number(
+           c.workspace.NextIdentity(TextAt(a, 0), IntegerAt(a, 1), DecodeType(IntegerAt(a, 2))));
      }},
     {"next_timestamp",
      [](auto& c, auto&) { return Cell(Blob{c.workspace.instance().NextTimestamp()}); }},

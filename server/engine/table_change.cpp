@@ -3,6 +3,7 @@
 
 #include "server/catalog/system_tables.h"
 #include "server/engine/table_definition.h"
+#include "server/sql/lexer.h"
 #include "server/types/messages.h"
 #include "server/types/type_rules.h"
 
@@ -14,8 +15,20 @@ bool HasKey(const std::vector<KeyColumn>& keys, std::string_view name) {
   return std::ranges::any_of(keys, [&](const KeyColumn& key) { return SameName(key.name, name); });
 }
 
+// Whether the text of a check names the column.
+bool Names(const std::string& text, std::string_view column) {
+  return std::ranges::any_of(Tokenize(text, QuotedIdentifiers::kOn), [&](const Token& token) {
+    const bool name = token.kind == TokenKind::kWord || token.kind == TokenKind::kQuotedName;
+    return name && SameName(token.text, column);
+  });
+}
+
 bool HasName(const std::vector<std::string>& names, std::string_view name) {
   return std::ranges::any_of(names, [&](const std::string& n) { return SameName(n, name); });
+}
+
+bool IsOfAnyLength(TypeId id) {
+  return id == TypeId::kVarChar || id == TypeId::kNVarChar || id == TypeId::kVarBinary;
 }
 
 // True when every value of the one type is one of the other as it stands.
@@ -64,8 +77,7 @@ void TableDefinition::AddNewColumns(Work& work, const AddColumns& action) {
     work.catalog.AddColumn(work.found.object.id, column);
     const std::string set = "update " + path + " set " + QuoteName(column.name) + " = ";
     if (column.identity) {
-      connection.Execute(set + "ms_state('next_identity', " + QuoteText(work.found.alias) + ", " +
-                         std::to_string(work.found.object.id) + ")");
+      connection.Execute(set + NextIdentitySql(work.found, column.type));
       workspace_.SaveIdentities();
     } else if (!column.type.nullable && column.default_id != 0) {
       connection.Execute(set +
@@ -88,7 +100,12 @@ void TableDefinition::AddNewColumns(Work& work, const AddColumns& action) {
   AddConstraints(work, constraints, action.check_existing);
 }
 
-bool TableDefinition::TellDependents(Work& work, const CatalogColumn& column, ResultSink& sink) {
+bool TableDefinition::TellDependents(Work& work, const CatalogColumn& column,
+                                     const SqlType* new_type, ResultSink& sink) {
+  // Another length, precision or scale is nothing to a default, and the length of a column that is
+  // of any length is nothing to a check.
+  const bool same_type = new_type != nullptr && new_type->id == column.type.id;
+  const bool only_length = same_type && IsOfAnyLength(column.type.id);
   bool any = false;
   const auto tell = [&](std::string_view kind, std::string_view name) {
     sink.OnMessage(MakeMessage(5074, {kind, name, column.name}));
@@ -105,11 +122,11 @@ bool TableDefinition::TellDependents(Work& work, const CatalogColumn& column, Re
     if (HasName(key.parent_columns, column.name)) tell("object", key.name);
   }
   for (const CatalogCheck& check : work.table.checks) {
-    if (SameName(check.column, column.name)) tell("object", check.name);
+    if (!only_length && Names(check.text, column.name)) tell("object", check.name);
   }
-  if (column.default_id != 0) {
-    if (const auto object = work.catalog.FindObject(column.default_id))
-      tell("object", object->name);
+  if (column.default_id != 0 && !same_type) {
+    const auto object = work.catalog.FindObject(column.default_id);
+    if (object) tell("object", object->name);
   }
   return any;
 }
@@ -120,7 +137,9 @@ void TableDefinition::ChangeColumn(Work& work, const ColumnDefinition& definitio
   const CatalogColumn* existing = work.table.FindColumn(definition.name);
   if (existing == nullptr) Fail(4924, {"ALTER", definition.name, table_name});
   const CatalogColumn before = *existing;
-  if (before.type.id == TypeId::kTimestamp) Fail(4928, {before.name, "timestamp"});
+  if (before.type.id == TypeId::kTimestamp || IsLargeObject(before.type.id)) {
+    Fail(4928, {before.name, NameOf(before.type.id)});
+  }
   CatalogColumn after = before;
   after.type = definition.type;
   // Without a word about nulls the column allows them, as the server does by its ANSI default.
@@ -134,9 +153,11 @@ void TableDefinition::ChangeColumn(Work& work, const ColumnDefinition& definitio
   const bool in_primary_key =
       work.table.PrimaryKey() != nullptr && HasKey(work.table.PrimaryKey()->keys, before.name);
   const bool loosens_key = in_primary_key && after.type.nullable;
-  if ((loosens_key || !OnlyWidens(before.type, after.type)) && TellDependents(work, before, sink)) {
+  if ((loosens_key || !OnlyWidens(before.type, after.type)) &&
+      TellDependents(work, before, &after.type, sink)) {
     Fail(4922, {"ALTER", before.name});
   }
+  if (after.identity && !TakesIdentity(after.type)) Fail(2749, {after.name});
   if (after.identity) after.type.nullable = false;
   const std::string path = work.catalog.Path(table_name);
   if (!after.type.nullable &&
@@ -157,7 +178,9 @@ void TableDefinition::ConvertRows(Work& work, const CatalogColumn& before,
   ObjectName name;
   name.database = work.found.object.name.starts_with('#') ? "" : work.found.database.name;
   name.name = work.found.object.name;
-  const std::optional<ObjectInfo> info = resolver_.ResolveObject(name);
+  std::optional<ObjectInfo> info = resolver_.ResolveObject(name);
+  // What the identity column holds it may keep in another type.
+  for (ColumnInfo& column : info->columns) column.identity_sql.clear();
   const Parameters columns = {{after.name, before.type}};
   const Translation update = Translator(resolver_, columns).UpdateRow(*info, columns);
   SqliteConnection& connection = workspace_.connection();
@@ -197,15 +220,10 @@ void TableDefinition::DropColumn(Work& work, const std::string& name, ResultSink
   const CatalogColumn* found = work.table.FindColumn(name);
   if (found == nullptr) Fail(4924, {"DROP", name, table_name});
   const CatalogColumn column = *found;
-  if (TellDependents(work, column, sink)) Fail(4922, {"DROP", column.name});
+  if (TellDependents(work, column, nullptr, sink)) Fail(4922, {"DROP", column.name});
   if (work.table.columns.size() == 1) Fail(4923, {column.name, table_name});
-  try {
-    workspace_.connection().Execute("alter table " + work.catalog.Path(table_name) +
-                                    " drop column " + QuoteName(column.name));
-  } catch (const SqliteError&) {
-    // SQLite refuses when a check over several columns names it.
-    Fail(4922, {"DROP", column.name});
-  }
+  workspace_.connection().Execute("alter table " + work.catalog.Path(table_name) + " drop column " +
+                                  QuoteName(column.name));
   work.catalog.DropColumn(work.found.object.id, column.colid);
   work.catalog.Touch(work.found.object.id);
   Reload(work);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "server/catalog/system_tables.h"
+#include "server/types/decimal.h"
 #include "server/types/messages.h"
 #include "server/types/type_rules.h"
 
@@ -15,17 +16,28 @@ bool IsKeyKind(const Constraint& constraint) {
          constraint.kind == ConstraintKind::kUnique;
 }
 
-CatalogIdentity IdentityOf(const Identity& identity) {
-  return {std::stoll(identity.seed), std::stoll(identity.increment)};
+// Throws SqlError 8115 for numbers that a column of the type, or 64 bits, cannot hold.
+CatalogIdentity IdentityOf(const Identity& identity, const SqlType& type) {
+  const auto number = [&](const std::string& text) {
+    const std::optional<Decimal> value = ParseDecimal(text);
+    if (!value || !FitsType(*value, type) || !FitsInteger(*value, TypeId::kBigInt)) {
+      Fail(8115, {"IDENTITY", NameOf(type.id)});
+    }
+    return static_cast<std::int64_t>(value->value);
+  };
+  // Steps go down in types without negative numbers too.
+  const std::string& step = identity.increment;
+  const std::int64_t size = number(step.starts_with('-') ? step.substr(1) : step);
+  return {number(identity.seed), step.starts_with('-') ? -size : size};
 }
+
+}  // namespace
 
 bool TakesIdentity(const SqlType& type) {
   const TypeFamily family = FamilyOf(type.id);
   return (family == TypeFamily::kInteger && type.id != TypeId::kBit) ||
          (family == TypeFamily::kDecimal && type.scale == 0);
 }
-
-}  // namespace
 
 ServerMessage ConflictMessage(std::string_view verb, std::string_view kind,
                               std::string_view constraint, const DatabaseInfo& database,
@@ -102,7 +114,7 @@ CatalogColumn TableDefinition::MakeColumn(const Work& work, const ColumnDefiniti
     if (!TakesIdentity(column.type) || (definition.null_said && column.type.nullable)) {
       Fail(2749, {column.name});
     }
-    column.identity = IdentityOf(*definition.identity);
+    column.identity = IdentityOf(*definition.identity, column.type);
     column.type.nullable = false;
   }
   return column;

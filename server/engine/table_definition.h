@@ -69,12 +69,17 @@ class TableDefinition {
   void DropConstraint(Work& work, const std::string& name);
   void DropColumn(Work& work, const std::string& name, ResultSink& sink);
   void Switch(Work& work, const SwitchParts& action);
-  // Tells the sink what hangs on the column; true when something does.
-  bool TellDependents(Work& work, const CatalogColumn& column, ResultSink& sink);
+  // Tells the sink what keeps the column from being dropped (null) or from getting the new type;
+  // true when something does.
+  bool TellDependents(Work& work, const CatalogColumn& column, const SqlType* new_type,
+                      ResultSink& sink);
 
   Workspace& workspace_;
   Resolver& resolver_;
 };
+
+// Whether a column of the type may be an identity column.
+bool TakesIdentity(const SqlType& type);
 
 // The message that a change of the database meets a constraint: `kind` is "CHECK", "FOREIGN KEY" or
 // "REFERENCE"; `column` is empty when the constraint is on several.

@@ -6,6 +6,7 @@
 #include "server/catalog/system_tables.h"
 #include "server/storage/text_order.h"
 #include "server/types/messages.h"
+#include "server/types/type_rules.h"
 
 namespace dbkeeper::server {
 
@@ -215,7 +216,8 @@ bool Workspace::LostTransaction() {
   return true;
 }
 
-std::int64_t Workspace::NextIdentity(const std::string& alias, std::int64_t table) {
+std::int64_t Workspace::NextIdentity(const std::string& alias, std::int64_t table,
+                                     const SqlType& type) {
   const auto [found, is_new] = identities_.try_emplace({alias, table});
   Counter& counter = found->second;
   if (is_new) {
@@ -224,10 +226,14 @@ std::int64_t Workspace::NextIdentity(const std::string& alias, std::int64_t tabl
             .Prepare("select seed, increment, last from {}\"#identity\" where id = ?1", table);
     if (!row.Step()) throw std::runtime_error("identity column without a counter");
     counter.increment = row.Integer(1);
-    counter.next = row.IsNull(2) ? row.Integer(0) : row.Integer(2) + counter.increment;
+    counter.next.value = row.IsNull(2) ? row.Integer(0) : row.Integer(2);
+    if (!row.IsNull(2)) counter.next.value += counter.increment;
   }
-  counter.last = counter.next;
-  counter.next += counter.increment;
+  if (!FitsType(counter.next, type) || !FitsInteger(counter.next, TypeId::kBigInt)) {
+    Fail(8115, {"IDENTITY", NameOf(type.id)});
+  }
+  counter.last = static_cast<std::int64_t>(counter.next.value);
+  counter.next.value += counter.increment;
   return *counter.last;
 }
 

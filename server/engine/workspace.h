@@ -15,6 +15,7 @@
 #include "server/catalog/catalog.h"
 #include "server/engine/instance_state.h"
 #include "server/storage/sqlite.h"
+#include "server/types/decimal.h"
 
 namespace dbkeeper::server {
 
@@ -116,8 +117,9 @@ class Workspace {
   // Notices that SQLite gave up the transaction; true when it did.
   bool LostTransaction();
 
-  // Identity columns; inserts take from them.
-  std::int64_t NextIdentity(const std::string& alias, std::int64_t table);
+  // Identity columns; inserts take from them. Throws SqlError 8115 when a column of the type cannot
+  // hold the next value.
+  std::int64_t NextIdentity(const std::string& alias, std::int64_t table, const SqlType& type);
   void SaveIdentities();
   void ForgetIdentities() { identities_.clear(); }
   std::optional<std::int64_t> last_identity;         // that an insert took
@@ -137,7 +139,7 @@ class Workspace {
   friend class WriteScope;
   struct Counter {
     std::int64_t increment = 1;
-    std::int64_t next = 1;
+    Decimal next{1, 0};
     std::optional<std::int64_t> last;
   };
 

@@ -128,9 +128,10 @@ class Lexer {
     } else if (c == '"') {
       token.kind = quoted_ == QuotedIdentifiers::kOn ? TokenKind::kQuotedName : TokenKind::kString;
       token.text = Quoted('"');
+      if (quoted_ == QuotedIdentifiers::kOn) token.text = WithoutEndBlanks(token.text);
     } else if (c == '[') {
       token.kind = TokenKind::kQuotedName;
-      token.text = Quoted(']');
+      token.text = WithoutEndBlanks(Quoted(']'));
     } else if (IsDigit(c) || (c == '.' && IsDigit(At(1)))) {
       Number(token);
     } else if (c == '$' && (IsDigit(At(1)) || At(1) == '.')) {
@@ -221,8 +222,17 @@ class Lexer {
     position_ += length;
   }
 
+  // As names are kept; of one of blanks alone the first stays.
+  static std::string WithoutEndBlanks(const std::string& name) {
+    return name.substr(0, std::max<std::size_t>(TrimRight(name).size(), 1));
+  }
+
   static void CheckName(const Token& token) {
     if (token.kind != TokenKind::kWord && token.kind != TokenKind::kQuotedName) return;
+    const std::size_t zero = token.text.find('\0');
+    if (zero != std::string::npos) {
+      throw MakeError(170, {token.text.substr(0, zero), std::to_string(token.line)}, token.line);
+    }
     const std::string_view kept = CutText(token.text, kMaximumNameCharacters, TextUnit::kUtf16Unit);
     if (kept.size() < token.text.size()) throw MakeError(103, {kept}, token.line);
   }

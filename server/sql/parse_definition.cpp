@@ -112,8 +112,10 @@ Parser::Node Parser::ParseModule(bool alter) {
   module.name = ExpectObjectName();
   if (module.object_class == ObjectClass::kTrigger) ParseTriggerHead(module);
   bool body = false;
-  for (; Current().kind != TokenKind::kEnd; Advance()) {
-    body = body || IsKeyword("AS") || IsKeyword("RETURNS");
+  while (Current().kind != TokenKind::kEnd) {
+    const bool head = IsKeyword("AS") || IsKeyword("RETURNS");
+    Advance();
+    body = body || (head && Current().kind != TokenKind::kEnd);
   }
   if (!body) Fail();
   module.text = text_;

@@ -136,6 +136,11 @@ bool FitsInteger(const Decimal& number, TypeId type) {
   return FitsBits(value, type == TypeId::kSmallInt ? 16 : type == TypeId::kInt ? 32 : 64);
 }
 
+bool FitsType(const Decimal& number, const SqlType& type) {
+  const bool decimal = type.id == TypeId::kDecimal || type.id == TypeId::kNumeric;
+  return decimal ? FitsPrecision(number, type.precision) : FitsInteger(number, type.id);
+}
+
 bool FitsBits(Int128 value, int bits) {
   const Int128 sign = value >> (bits - 1);
   return sign == 0 || sign == -1;

@@ -26,6 +26,8 @@ std::string FormatDecimal(const Decimal& number);
 int PrecisionOf(const Decimal& number);
 bool FitsPrecision(const Decimal& number, int precision);
 bool FitsInteger(const Decimal& number, TypeId type);
+// Whether a column of the type, an integer or a decimal, can hold the number.
+bool FitsType(const Decimal& number, const SqlType& type);
 // Whether a signed number of so many bits can be `value`.
 bool FitsBits(Int128 value, int bits);
 

@@ -255,6 +255,99 @@ TEST_F(StatementTest, ColumnsAreAddedChangedAndDropped) {
   Converse(Operator(), kCases);
 }
 
+TEST_F(StatementTest, TheTableDesignersStatementsRun) {
+  constexpr Case kCases[] = {
+      {"create table [社員](\r\n"
+       "    [社員番号                        ] int               not null  identity(1,1),\r\n"
+       "    [名                              ] varchar          (20) null      default ('x'),\r\n"
+       "    [給与                            ] decimal          (10,2) null     )",
+       ""},
+      {"select name + '|' from syscolumns where id = object_id('社員') order by colid",
+       "社員番号|\n名|\n給与|"},
+      {"create table [ ] ([ ] int) drop table [ ]", ""},
+      {"create table [誤](\r\n)", "error 170"},
+      {"create table [誤](\r\n    [a] money            (10,2) null     )", "error 2716"},
+      {"insert 社員 (給与) values (12345.67) insert 社員 (名) values ('12:x')", "(1)\n(1)"},
+      {"alter table [社員]  add 部 nvarchar\r\n(20\r\n)\r\n not null ", "error 4901"},
+      {"alter table [社員]  add 部 nvarchar\r\n(20\r\n)\r\n not null \r\n default N'人事' ", ""},
+      {"alter table [社員]  add 率 decimal\r\n(10\r\n,2\r\n)\r\n null \r\n default (nosuch) ",
+       "error 207"},
+      {"alter table [社員]  add 連番 int\r\n not null \r\n identity(100,1)", "error 2744"},
+      // A column with a default may become longer or shorter, but no other type.
+      {"alter table [社員] alter column 名 varchar(30) null", ""},
+      {"alter table [社員] alter column 名 varchar(2) null", "error 8152\nmessage 3621"},
+      {"alter table [社員] alter column 名 int null", "error 5074\nerror 4922"},
+      {"alter table [社員] alter column 給与 decimal(4,2) null", "error 8115\nmessage 3621"},
+      {"alter table [社員] alter column 給与 tinyint null", "error 8115\nmessage 3621"},
+      {"alter table [社員] alter column 給与 datetime null", ""},
+      {"alter table [社員] alter column 給与 decimal(10,2) null", "error 257"},
+      {"alter table [社員] add 記 text null, 文 varchar(9) null", ""},
+      {"update 社員 set 記 = 'a', 文 = 'b'", "(2)"},
+      {"alter table [社員] alter column 記 varchar(20)", "error 4928"},
+      {"alter table [社員] alter column 文 decimal(5,1)", "error 8114"},
+      {"alter table [社員] alter column 文 int", "error 245"},
+      {"select 社員番号, 名, 部, 文 from 社員", "1|x|人事|b\n2|12:x|人事|b"},
+      {"alter table [社員] alter column 社員番号 bigint not null", ""},
+      {"insert 社員 (名) values ('y') select max(社員番号) from 社員", "(1)\n3"},
+      {"alter table 社員  add constraint PK_社員      primary key(社員番号  )", ""},
+      {"create clustered unique index 一    on [社員](名  , 社員番号  desc )", "error 1902"},
+      {"create unique index 一    on [社員](名  , 社員番号  desc )", ""},
+      {"create unique index 二    on [社員](部 )", "error 1505\nmessage 3621"},
+      {"create clustered  index 二    on [社員](部 )", "error 1902"},
+      {"create index 二    on [社員](部 )", ""},
+      {"create index 三    on [社員](記 )", "error 1919"},
+      {"sp_helpindex '社員'",
+       "PK_社員|clustered, unique, primary key located on PRIMARY|社員番号\n"
+       "一|nonclustered, unique located on PRIMARY|名, 社員番号(-)\n"
+       "二|nonclustered located on PRIMARY|部"},
+      {"select sum(sysindexes.keycnt) as Idx_Sum  from sysobjects       inner join sysindexes      "
+       "         on sysobjects.id = sysindexes.id where sysobjects.name = '社員'",
+       "4"},
+      {"drop index [社員].一", ""},
+      {"drop index 社員.一", "error 3701"},
+      {"drop index 社員.PK_社員", "error 3723"},
+      {"alter table [社員] drop constraint PK_社員", ""},
+      {"alter table [社員] drop constraint PK_社員", "error 3728"},
+      {"alter table [社員]\r\n  add constraint 検\r\n check(\r\n社員番号 > 0 and 名 <> 部\r\n )",
+       ""},
+      {"alter table [社員]\r\n  add constraint 検2\r\n check(\r\n社員番号 > 1\r\n )",
+       "error 547\nmessage 3621"},
+      {"alter table [社員]\r\n  add constraint 検2\r\n check(\r\n社員番号 > \r\n )", "error 170"},
+      {"alter table [社員] drop column 社員番号", "error 5074\nerror 4922"},
+      {"alter table [社員] alter column 社員番号 smallint", "error 5074\nerror 4922"},
+      {"alter table [社員] alter column 名 varchar(40) null", ""},
+      {"alter table [社員] drop constraint 検", ""},
+      {"alter table [社員] drop column 社員番号 select count(*) from 社員", "3"},
+      {"create table 空 (a int) exec sp_helpindex '空'", "message 15472"},
+  };
+  Converse(Operator(), kCases);
+}
+
+TEST_F(StatementTest, TriggersAreKeptAsTexts) {
+  constexpr Case kCases[] = {
+      {"create table t (a int)", ""},
+      {"create trigger [Name] on t\r\nfor insert, update, delete\r\nas\r\n", "error 156"},
+      {"create trigger [Name] on t\r\nfor insert, update, delete\r\nas\r\nprint 'x'",
+       "message 50011"},
+      {"create trigger [Name] on t for insert as print 'y'", "error 2714"},
+      {"alter trigger [Name] on t for insert as print 'y'", "message 50011"},
+      {"alter trigger [nosuch] on t for insert as print 'y'", "error 208"},
+      {"create trigger [other] on nosuch for insert as print 'y'", "error 208"},
+      {"select c.text from sysobjects o join syscomments c on c.id = o.id where o.xtype = 'TR' and "
+       "o.parent_obj = object_id('t')",
+       "alter trigger [Name] on t for insert as print 'y'"},
+      {"insert t values (1)", "(1)"},
+      {"execute sp_addextendedproperty 'Note', 'x','user', 'dbo', 'table','t', 'trigger', 'Name'",
+       ""},
+      {"execute sp_addextendedproperty 'Note', 'x','user', 'dbo', 'table','t', 'trigger', 'Name'",
+       "error 15233"},
+      {"drop trigger Name", ""},
+      {"drop trigger Name", "error 3701"},
+      {"select count(*) from sysproperties", "0"},
+  };
+  Converse(Operator(), kCases);
+}
+
 TEST_F(StatementTest, IdentityColumnsCount) {
   constexpr Case kCases[] = {
       {"create table t (i int identity(5,5), a int)", ""},
@@ -277,6 +370,26 @@ TEST_F(StatementTest, IdentityColumnsCount) {
       {"create table u (a int) set identity_insert u on", "error 8106"},
       {"create table v (a int identity, b int identity)", "error 2744"},
       {"create table v (a varchar(3) identity)", "error 2749"},
+      {"create table x (i tinyint identity(254,1), a int) insert x values (1) insert x values (1)",
+       "(1)\n(1)"},
+      {"insert x values (1)", "error 8115\nmessage 3621"},
+      {"insert x select a from x", "error 8115\nmessage 3621"},
+      {"alter table x alter column i smallint insert x values (1) select max(i) from x",
+       "(1)\n256"},
+      {"alter table x alter column i varchar(5)", "error 2749"},
+      {"create table x2 (i int identity(2147483647,1), a int) insert x2 values (1)", "(1)"},
+      {"insert x2 values (1)", "error 8115\nmessage 3621"},
+      {"create table x3 (i bigint identity(-9223372036854775807,-1), a int) insert x3 values (1) "
+       "insert x3 values (1)",
+       "(1)\n(1)"},
+      {"insert x3 values (1)", "error 8115\nmessage 3621"},
+      {"create table x4 (i decimal(2) identity(99,1), a int) insert x4 values (1)", "(1)"},
+      {"insert x4 values (1)", "error 8115\nmessage 3621"},
+      {"create table x5 (i tinyint identity(256,1))", "error 8115\nmessage 3621"},
+      {"create table x5 (i int identity(12345678901234567890,1))", "error 8115\nmessage 3621"},
+      {"create table x5 (i bigint identity(1,12345678901234567890))", "error 8115\nmessage 3621"},
+      {"create table x5 (i decimal(38) identity(12345678901234567890,1))",
+       "error 8115\nmessage 3621"},
       {"select i, a into w from t insert w values (2) select * from w", "(1)\n(1)\n5|1\n6|2"},
   };
   Converse(Operator(), kCases);
