@@ -8,6 +8,7 @@
 #include "platform/host/DesktopShell.h"
 #include "platform/host/IconvCodePage.h"
 #include "platform/host/LocalServerProcess.h"
+#include "platform/host/PosixDisk.h"
 #include "platform/host/SessionSettings.h"
 #include "platform/host/SystemClock.h"
 #include "platform/host/SystemRandom.h"
@@ -16,6 +17,7 @@
 #include "platform/qt/ProgramRun.h"
 #include "platform/qt/QtDialogs.h"
 #include "platform/qt/QtFace.h"
+#include "platform/qt/QtProgress.h"
 #include "platform/qt/QtWindows.h"
 
 int main(int argc, char** argv) {
@@ -36,9 +38,11 @@ int main(int argc, char** argv) {
   host::IconvCodePage code_page;
   host::DesktopLocale locale;
   qt::QtWindows windows;
-  const Host outside{shell, dialogs, clock, random, code_page, locale, windows};
+  host::PosixDisk disk;
+  qt::QtProgress progress;
+  const Host outside{shell, dialogs, clock, random, code_page, locale, windows, disk, progress};
 
-  const SettingsFile settings(SettingsPath(program_file), code_page);
+  const SettingsFile settings(SettingsPath(program_file), outside);
   LocalServerProcess local_server(host::LocalServerOf(program_file));
   host::LocalServerChoice local(settings, local_server);
   OdbcConnection connection(host::ReadOdbcOptions(settings), local);

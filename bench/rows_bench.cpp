@@ -14,6 +14,7 @@
 #include "app/session/RowView.h"
 #include "bench/bare_loop.h"
 #include "platform/host/IconvCodePage.h"
+#include "platform/host/PosixDisk.h"
 #include "platform/odbc/OdbcConnection.h"
 #include "query/ResultExport.h"
 #include "tests/support/FakeHost.h"
@@ -138,6 +139,10 @@ void Export(benchmark::State& state) {
   const testing::TemporaryFolder folder;
   testing::FakeLocale locale;
   host::IconvCodePage code_page;
+  host::PosixDisk disk;
+  testing::FakeHost fake;
+  const Host outside{fake.shell,  fake.dialogs, fake.clock, fake.random,  code_page,
+                     fake.locale, fake.windows, disk,       fake.progress};
   const auto reader = TheTables().Read();
   auto store = std::make_unique<RowStore>(reader->Fields());
   store->ReadAll(*reader);
@@ -145,7 +150,7 @@ void Export(benchmark::State& state) {
   rows.Open(std::move(store));
   const double before = Memory();
   MeasureBesideBareLoop(
-      state, [&] { benchmark::DoNotOptimize(ExportResult(rows, folder / "out.csv", code_page)); });
+      state, [&] { benchmark::DoNotOptimize(ExportResult(rows, folder / "out.csv", outside)); });
   state.counters["memory_MiB"] = Memory() - before;
 }
 BENCHMARK(Export)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(5);

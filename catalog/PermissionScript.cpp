@@ -2,14 +2,11 @@
 
 #include <algorithm>
 #include <array>
-#include <fstream>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "app/support/Errors.h"
-#include "app/support/Files.h"
-#include "app/support/Messages.h"
+#include "app/support/AnsiTextFile.h"
 #include "app/support/TextHelpers.h"
 
 namespace dbkeeper {
@@ -56,32 +53,10 @@ std::string WordOf(const std::array<CodeWord, N>& words, std::int64_t code) {
   return found == words.end() ? std::string() : std::string(found->word);
 }
 
-// Every line is in the file before the next one is made: what fails later takes nothing back.
-class Script {
- public:
-  Script(CodePage& code_page, const std::filesystem::path& file)
-      : code_page_(code_page), file_(file), stream_(file, std::ios::binary | std::ios::trunc) {
-    Check();
-  }
-
-  void Line(const std::string& text) {
-    stream_ << ToAnsi(code_page_, text) << "\r\n" << std::flush;
-    Check();
-  }
-  void Batch(const std::string& text) {
-    Line(text);
-    Line("go");
-  }
-
- private:
-  void Check() const {
-    if (!stream_) throw FileError(messages::Fill(messages::kCannotWrite, PathText(file_)));
-  }
-
-  CodePage& code_page_;
-  const std::filesystem::path file_;
-  std::ofstream stream_;
-};
+void AddBatch(AnsiTextFile& script, const std::string& text) {
+  script.Line(text);
+  script.Line("go");
+}
 
 std::string Trimmed(const Query& query, std::string_view field) {
   return Trim(query.FieldByName(field).AsString());
@@ -102,47 +77,48 @@ std::vector<std::string> UserDatabases(Query& query) {
   return databases;
 }
 
-void WriteUsers(Query& query, Script& script) {
+void WriteUsers(Query& query, AnsiTextFile& script) {
   for (query.Open(kUsersSql); !query.Eof(); query.Next()) {
     const std::string user = Quoted(Trimmed(query, "name"));
-    script.Batch("EXEC sp_revokedbaccess " + user);
-    script.Batch("EXEC sp_grantdbaccess " + user + "," + user);
+    AddBatch(script, "EXEC sp_revokedbaccess " + user);
+    AddBatch(script, "EXEC sp_grantdbaccess " + user + "," + user);
   }
   query.Close();
 }
 
-void WriteMembers(Query& query, Script& script) {
+void WriteMembers(Query& query, AnsiTextFile& script) {
   for (query.Open("exec sp_helprolemember"); !query.Eof(); query.Next()) {
     const std::string member = Trimmed(query, "MemberName");
     if (member == "dbo") continue;
-    script.Batch("exec sp_addrolemember " + Quoted(Trimmed(query, "DbRole")) + "," +
-                 Quoted(member));
+    AddBatch(script,
+             "exec sp_addrolemember " + Quoted(Trimmed(query, "DbRole")) + "," + Quoted(member));
   }
   query.Close();
 }
 
-void WriteRights(Query& query, Script& script) {
+void WriteRights(Query& query, AnsiTextFile& script) {
   for (query.Open(kRightsSql); !query.Eof(); query.Next()) {
     const std::string verb = WordOf(kVerbs, query.FieldByName("protecttype").AsInteger());
     const std::string action = WordOf(kActions, query.FieldByName("action").AsInteger());
     if (verb.empty() || action.empty()) continue;
-    script.Batch(verb + action + Trimmed(query, "name") + " to " + Trimmed(query, "usersname"));
+    AddBatch(script, verb + action + Trimmed(query, "name") + " to " + Trimmed(query, "usersname"));
   }
   query.Close();
 }
 
 }  // namespace
 
-void WritePermissionScript(Query& query, CodePage& code_page, const std::filesystem::path& file) {
-  Script script(code_page, file);
+void WritePermissionScript(Query& query, const Host& host, const std::filesystem::path& file) {
+  AnsiTextFile script(host, file, Writing::kAsItGoes);
   for (const std::string& database : UserDatabases(query)) {
-    script.Batch("use " + database);
+    AddBatch(script, "use " + database);
     query.UseDatabase(database);
     WriteUsers(query, script);
     WriteMembers(query, script);
     WriteRights(query, script);
     script.Line("");
   }
+  script.Finish();
 }
 
 }  // namespace dbkeeper

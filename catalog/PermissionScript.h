@@ -15,6 +15,6 @@ namespace dbkeeper {
 // the code page lacks a character; the file then keeps what was written so far.
 //
 // Names are deliberately written without quotes doubled and without brackets.
-void WritePermissionScript(Query& query, CodePage& code_page, const std::filesystem::path& file);
+void WritePermissionScript(Query& query, const Host& host, const std::filesystem::path& file);
 
 }  // namespace dbkeeper

@@ -10,6 +10,7 @@ add_library(dbkeeper_core STATIC
   controls/Pages.cpp
   controls/RecordMode.cpp
   controls/TreeView.cpp
+  app/support/AnsiTextFile.cpp
   app/support/DateText.cpp
   app/support/FileReplacement.cpp
   app/support/Files.cpp
@@ -18,6 +19,7 @@ add_library(dbkeeper_core STATIC
   app/support/SettingsFile.cpp
   app/support/TextFilling.cpp
   app/support/TextHelpers.cpp
+  app/support/TextLines.cpp
   app/support/Utf16.cpp
   app/support/Utf8.cpp
   app/session/BrowseQuery.cpp
@@ -106,12 +108,14 @@ dbkeeper_test(core_tests
     tests/app/ConnectTest.cpp
     tests/app/DatabaseCommandsTest.cpp
     tests/app/MainWindowTest.cpp
+    tests/app/FailureTest.cpp
     tests/app/NodeDispatchTest.cpp
     tests/app/NumberDateTextTest.cpp
     tests/app/RowCommandTest.cpp
     tests/app/StartUpTest.cpp
     tests/app/StatementRunTest.cpp
     tests/app/SupportTest.cpp
+    tests/app/TextFileTest.cpp
     tests/app/Utf16Test.cpp
     tests/catalog/CatalogTest.cpp
     tests/catalog/PermissionScriptTest.cpp

@@ -5,6 +5,7 @@ add_library(dbkeeper_host STATIC
   platform/host/DesktopLocale.cpp
   platform/host/DesktopShell.cpp
   platform/host/IconvCodePage.cpp
+  platform/host/PosixDisk.cpp
   platform/host/SessionSettings.cpp
   platform/host/SystemClock.cpp
   platform/host/SystemRandom.cpp
@@ -16,6 +17,7 @@ add_library(dbkeeper_qt STATIC
   platform/qt/Look.cpp
   platform/qt/QtDialogs.cpp
   platform/qt/QtFace.cpp
+  platform/qt/QtProgress.cpp
   platform/qt/QtText.cpp
   platform/qt/QtWindows.cpp
   platform/qt/binders/CellViewer.cpp
@@ -86,6 +88,7 @@ dbkeeper_test(qt_tests QT
     tests/platform/qt/DatabaseWindowsTest.cpp
     tests/platform/qt/ListTest.cpp
     tests/platform/qt/OffscreenMain.cpp
+    tests/platform/qt/ProgressTest.cpp
     tests/platform/qt/RealWindows.cpp
     tests/platform/qt/TreeTest.cpp
     tests/platform/qt/WindowsTest.cpp
@@ -95,6 +98,7 @@ dbkeeper_test(host_tests
   SOURCES
     tests/platform/host/CodePageTest.cpp
     tests/platform/host/MachineTest.cpp
+    tests/platform/host/PosixDiskTest.cpp
   LIBS dbkeeper_host dbkeeper_test_support)
 
 dbkeeper_test(qt_grid_tests QT

@@ -8,7 +8,6 @@ namespace dbkeeper::messages {
 inline constexpr std::string_view kNoResult = "結果が開かれていません。";
 inline constexpr std::string_view kOpenedReadOnly =
     "この結果は読取専用で開かれています。「Edit」を押した状態でOpenし直すと編集できます。";
-inline constexpr std::string_view kNotText = "テキストファイルとして読み取れません: %1";
 inline constexpr std::string_view kBadTemplateName =
     "テンプレート名に使用できない文字があるか、名前が長すぎます。";
 inline constexpr std::string_view kExportedAsUtf8 =

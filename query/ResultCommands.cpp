@@ -36,7 +36,7 @@ void TFormExecSQL::SpeedButton7Click() {
   std::optional<std::string> lacking;
   {
     const BusyScope busy(host_.windows);
-    lacking = ExportResult(rows_, PathOf(*file), host_.code_page);
+    lacking = ExportResult(rows_, PathOf(*file), host_);
   }
   if (lacking) {
     host_.dialogs.ShowMessage(messages::Fill(messages::kExportedAsUtf8, *lacking));
@@ -80,7 +80,7 @@ void TFormExecSQL::PopupMenu_Grid_Blob_SaveClick() {
   const std::size_t field = SelectedField();
   const std::string value(rows_.Value(rows_.CurrentRow(), field).value_or(""));
   const bool binary = rows_.Fields()[field].kind == FieldKind::kBinary;
-  ReplaceFile(workbench_.ProgramFolder / kBlobSaveFile,
+  ReplaceFile(host_.disk, workbench_.ProgramFolder / kBlobSaveFile,
               binary ? FromHexadecimal(value) : ToAnsi(host_.code_page, value));
 }
 

@@ -14,8 +14,8 @@ constexpr std::int64_t kHeader = -1;  // the line before the first row
 
 class Exporter {
  public:
-  Exporter(RowView& rows, const std::filesystem::path& file, CodePage& code_page)
-      : rows_(rows), code_page_(code_page), file_(file) {}
+  Exporter(RowView& rows, const std::filesystem::path& file, const Host& host)
+      : rows_(rows), code_page_(host.code_page), file_(host.disk, file) {}
 
   std::optional<std::string> Run() {
     auto lacking = WriteInCodePage();
@@ -89,8 +89,8 @@ class Exporter {
 }  // namespace
 
 std::optional<std::string> ExportResult(RowView& rows, const std::filesystem::path& file,
-                                        CodePage& code_page) {
-  return Exporter(rows, file, code_page).Run();
+                                        const Host& host) {
+  return Exporter(rows, file, host).Run();
 }
 
 }  // namespace dbkeeper

@@ -15,6 +15,6 @@ namespace dbkeeper {
 // the first such place is given in words. The old file is the new one only once that is whole.
 // Throws FileError, and ServerError when a row cannot be read.
 std::optional<std::string> ExportResult(RowView& rows, const std::filesystem::path& file,
-                                        CodePage& code_page);
+                                        const Host& host);
 
 }  // namespace dbkeeper

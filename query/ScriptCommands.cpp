@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "app/support/Files.h"
+#include "app/support/TextLines.h"
 #include "app/support/Utf8.h"
 #include "query/QueryMessages.h"
 #include "query/ScriptFile.h"

@@ -1,20 +1,13 @@
-// Scripts from text files: their text whatever its encoding, and the numbered steps that separator
-// lines of the form "/* COM01:label */" divide them into.
+// Scripts from text files: the numbered steps that separator lines of the form "/* COM01:label */"
+// divide them into.
 #pragma once
 
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "app/support/Host.h"
-
 namespace dbkeeper {
-
-// The lines of a text file in UTF-8 or UTF-16 with a mark, or in UTF-8 or the ANSI code page
-// without. Throws FileError when it cannot be read, is longer than 32 MiB, or is no such text.
-std::vector<std::string> ReadTextLines(const std::filesystem::path& file, CodePage& code_page);
 
 struct StepSeparator {
   int step = 0;

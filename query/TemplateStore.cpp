@@ -5,8 +5,9 @@
 #include <string_view>
 #include <system_error>
 
+#include "app/support/AnsiTextFile.h"
 #include "app/support/Files.h"
-#include "query/ScriptFile.h"
+#include "app/support/TextLines.h"
 
 namespace dbkeeper {
 
@@ -15,8 +16,8 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::string_view kEnd = ".txt";
-// What a file name may have in bytes, less the ".new" behind it while it is written.
-constexpr std::size_t kLongestFileName = 251;
+// What a file name may have in bytes.
+constexpr std::size_t kLongestFileName = 255;
 
 std::string Prefix(const std::string& database) { return "TMP_" + database + "_"; }
 
@@ -26,8 +27,8 @@ std::string FileName(const std::string& database, const std::string& name) {
 
 }  // namespace
 
-TemplateStore::TemplateStore(const fs::path& program_folder, CodePage& code_page)
-    : folder_(program_folder / "template"), code_page_(code_page) {}
+TemplateStore::TemplateStore(const fs::path& program_folder, const Host& host)
+    : folder_(program_folder / "template"), host_(host) {}
 
 bool TemplateStore::CanName(const std::string& database, const std::string& name) {
   const std::string file = FileName(database, name);
@@ -49,13 +50,14 @@ bool TemplateStore::Exists(const std::string& database, const std::string& name)
 
 void TemplateStore::Save(const std::string& database, const std::string& name,
                          const std::string& text) const {
-  const std::string lines = text.empty() ? text : text + "\r\n";
-  ReplaceFile(PathOfTemplate(database, name), ToAnsi(code_page_, lines));
+  AnsiTextFile file(host_, PathOfTemplate(database, name), Writing::kWhole);
+  if (!text.empty()) file.Line(text);
+  file.Finish();
 }
 
 std::vector<std::string> TemplateStore::Load(const std::string& database,
                                              const std::string& name) const {
-  return ReadTextLines(PathOfTemplate(database, name), code_page_);
+  return ReadTextLines(PathOfTemplate(database, name), host_.code_page);
 }
 
 std::vector<std::string> TemplateStore::Names(const std::string& database) const {

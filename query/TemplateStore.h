@@ -11,7 +11,8 @@ namespace dbkeeper {
 
 class TemplateStore {
  public:
-  TemplateStore(const std::filesystem::path& program_folder, CodePage& code_page);
+  // `host` outlives this.
+  TemplateStore(const std::filesystem::path& program_folder, const Host& host);
 
   // Whether a file can be named so: no part of a path, no character that file systems keep for
   // themselves, not too long. The others must be called with such names only.
@@ -31,7 +32,7 @@ class TemplateStore {
   std::filesystem::path PathOfTemplate(const std::string& database, const std::string& name) const;
 
   std::filesystem::path folder_;
-  CodePage& code_page_;
+  const Host& host_;
 };
 
 }  // namespace dbkeeper

@@ -77,7 +77,7 @@ TFormExecSQL::TFormExecSQL(const Workbench& workbench)
       host_(workbench.Host),
       query_(workbench.Session.TheConnection(), workbench.Host.locale, nullptr),
       rows_(workbench.Host.locale),
-      templates_(workbench.ProgramFolder, workbench.Host.code_page) {
+      templates_(workbench.ProgramFolder, workbench.Host) {
   Caption =
       "SQL発行:   ScriptﾌｧｲﾙのDrop可, 「/* COM01:xxxx */」, 「/* COM02:aaaa "
       "*/」形式の区切行がある場合, Step分けの投入可";

@@ -4,7 +4,7 @@ namespace dbkeeper {
 
 Application::Application(Connection& connection, const Host& host)
     : host_(host),
-      settings_(SettingsPath(host_.shell.Executable()), host_.code_page),
+      settings_(SettingsPath(host_.shell.Executable()), host_),
       Session(connection, host_.locale),
       guard_([this](const std::exception& error) { FormMain.ApplicationException(error); }) {}
 

@@ -1,9 +1,10 @@
 #include "app/main/CsvExport.h"
 
 #include <cstddef>
+#include <string>
+#include <string_view>
 
 #include "app/support/Errors.h"
-#include "app/support/Files.h"
 
 namespace dbkeeper {
 
@@ -22,12 +23,11 @@ std::string Place(const ListView& list, std::size_t line, std::size_t column) {
 
 }  // namespace
 
-std::string CsvBytes(const ListView& list, CodePage& code_page) {
-  std::string bytes;
+void WriteCsv(const ListView& list, AnsiTextFile& file) {
   const auto add = [&](std::string_view text, std::size_t line, std::size_t column) {
-    if (column > 0) bytes += ',';
+    if (column > 0) file.Add(",");
     try {
-      bytes += ToAnsi(code_page, Quoted(text));
+      file.Add(Quoted(text));
     } catch (const FileError& error) {
       throw FileError(error.what() + Place(list, line, column));
     }
@@ -35,15 +35,14 @@ std::string CsvBytes(const ListView& list, CodePage& code_page) {
   for (std::size_t column = 0; column < list.Columns().size(); ++column) {
     add(list.Columns()[column].Caption, 0, column);
   }
-  bytes += "\r\n";
+  file.EndLine();
   for (std::size_t row = 0; row < list.Items().size(); ++row) {
     const ListItem& item = list.Items()[row];
     for (std::size_t column = 0; column < item.CellCount(); ++column) {
       add(item.Cell(column), row + 1, column);
     }
-    bytes += "\r\n";
+    file.EndLine();
   }
-  return bytes;
 }
 
 }  // namespace dbkeeper

@@ -50,7 +50,7 @@ void ErrorLog::Append(const std::exception& error) {
   for (const std::string& line : lines) {
     bytes += ToAnsiWithNumbers(host_.code_page, line) + "\r\n";
   }
-  ReplaceFile(file_, bytes);
+  ReplaceFile(host_.disk, file_, bytes);
 }
 
 }  // namespace dbkeeper

@@ -2,16 +2,23 @@
 #pragma once
 
 #include <filesystem>
-#include <fstream>
+#include <memory>
 #include <string_view>
+#include <system_error>
+
+#include "app/support/Disk.h"
+#include "app/support/Errors.h"
 
 namespace dbkeeper {
 
+// That a file cannot be written, and why, in words.
+FileError CannotWrite(const std::filesystem::path& file, const std::error_code& reason);
+
 class FileReplacement {
  public:
-  // Begins a new file beside the old one. Throws FileError when the place is no plain file, is
-  // write-protected, or cannot be written.
-  explicit FileReplacement(std::filesystem::path file);
+  // Begins a fresh file in the folder of the old one; a link's is that of what it leads to. Throws
+  // FileError when the place is no plain file, is write-protected, or cannot be written.
+  FileReplacement(Disk& disk, std::filesystem::path file);
   FileReplacement(const FileReplacement&) = delete;
   FileReplacement& operator=(const FileReplacement&) = delete;
   // Without a Commit the old file stays as it was.
@@ -19,19 +26,20 @@ class FileReplacement {
 
   // Throws FileError.
   void Write(std::string_view bytes);
-  // Drops what was written.
+  // Drops what was written. Throws FileError.
   void Restart();
-  // Puts the new file in the place of the old one. Throws FileError.
+  // Puts the new file, once it is on the medium, in the place of the old one, with the old one's
+  // permissions. Throws FileError.
   void Commit();
 
  private:
-  [[noreturn]] void Fail() const;
+  void Drop();
 
+  Disk& disk_;
   std::filesystem::path file_;
-  std::filesystem::path fresh_;
+  std::filesystem::path target_;  // `file_` without links
   std::filesystem::file_status old_;
-  std::ofstream stream_;
-  bool committed_ = false;
+  std::unique_ptr<OutputFile> fresh_;
 };
 
 }  // namespace dbkeeper

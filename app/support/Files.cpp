@@ -49,8 +49,8 @@ std::string ReadFile(const fs::path& file, std::size_t limit) {
   return bytes;
 }
 
-void ReplaceFile(const fs::path& file, std::string_view bytes) {
-  FileReplacement replacement(file);
+void ReplaceFile(Disk& disk, const fs::path& file, std::string_view bytes) {
+  FileReplacement replacement(disk, file);
   replacement.Write(bytes);
   replacement.Commit();
 }

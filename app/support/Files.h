@@ -19,7 +19,7 @@ std::string ReadFile(const std::filesystem::path& file, std::size_t limit);
 
 // Puts the bytes in the place of the file, which is the old one or the new one at every moment.
 // Throws FileError; a file that is write-protected stays as it is.
-void ReplaceFile(const std::filesystem::path& file, std::string_view bytes);
+void ReplaceFile(Disk& disk, const std::filesystem::path& file, std::string_view bytes);
 
 // A text file's bytes in the ANSI code page. Throws FileError that names the first character that
 // the code page lacks.

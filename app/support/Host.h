@@ -10,6 +10,8 @@
 #include <vector>
 
 #include "app/support/DateTimeValue.h"
+#include "app/support/Disk.h"
+#include "app/support/Progress.h"
 #include "controls/Form.h"
 
 namespace dbkeeper {
@@ -128,6 +130,8 @@ struct Host {
   CodePage& code_page;
   HostLocale& locale;
   Windows& windows;
+  Disk& disk;
+  Progress& progress;
 };
 
 // The waiting cursor for a scope.

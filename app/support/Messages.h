@@ -12,6 +12,9 @@ namespace dbkeeper::messages {
 
 inline constexpr std::string_view kCannotRead = "ファイルを読み込めません: %1";
 inline constexpr std::string_view kCannotWrite = "ファイルに書き込めません: %1";
+inline constexpr std::string_view kNotText = "テキストファイルとして読み取れません: %1";
+inline constexpr std::string_view kNoPlainFile = "通常のファイルではありません。";
+inline constexpr std::string_view kWriteProtected = "書込みが禁止されています。";
 inline constexpr std::string_view kTooLong = "ファイルが大きすぎます: %1";
 inline constexpr std::string_view kNoSettingsText =
     "設定ファイルの内容を読み取れません。ファイルは変更されません: %1";

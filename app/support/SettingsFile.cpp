@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "app/support/AnsiTextFile.h"
 #include "app/support/Errors.h"
 #include "app/support/Files.h"
 #include "app/support/Messages.h"
@@ -70,14 +71,13 @@ fs::path SettingsPath(const fs::path& executable) {
   return executable.parent_path() / PathOf(name.substr(0, name.find('.')) + ".ini");
 }
 
-SettingsFile::SettingsFile(fs::path file, CodePage& code_page)
-    : file_(std::move(file)), code_page_(code_page) {}
+SettingsFile::SettingsFile(fs::path file, const Host& host) : file_(std::move(file)), host_(host) {}
 
 std::vector<std::string> SettingsFile::Lines() const {
   std::error_code problem;
   if (!fs::exists(file_, problem) && !problem) return {};
   const std::string bytes = ReadFile(file_, kLongestFile);
-  const auto text = code_page_.ToUtf8(bytes);
+  const auto text = host_.code_page.ToUtf8(bytes);
   if (!text || text->find('\0') != std::string::npos) {
     throw FileError(messages::Fill(messages::kNoSettingsText, PathText(file_)));
   }
@@ -117,9 +117,9 @@ void SettingsFile::Write(std::string_view section, std::string_view key, std::st
     lines.push_back("[" + std::string(section) + "]");
     lines.push_back(entry);
   }
-  std::string text;
-  for (const std::string& line : lines) text += line + "\r\n";
-  ReplaceFile(file_, ToAnsi(code_page_, text));
+  AnsiTextFile text(host_, file_, Writing::kWhole);
+  for (const std::string& line : lines) text.Line(line);
+  text.Finish();
 }
 
 }  // namespace dbkeeper

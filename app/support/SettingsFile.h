@@ -17,7 +17,8 @@ std::filesystem::path SettingsPath(const std::filesystem::path& executable);
 
 class SettingsFile {
  public:
-  SettingsFile(std::filesystem::path file, CodePage& code_page);
+  // `host` outlives this.
+  SettingsFile(std::filesystem::path file, const Host& host);
 
   // Section and key names compare without case; of several sections of a name the first counts. The
   // default stands for an absent key, section or file. Throws FileError when the file is there and
@@ -34,7 +35,7 @@ class SettingsFile {
   std::vector<std::string> Lines() const;
 
   std::filesystem::path file_;
-  CodePage& code_page_;
+  const Host& host_;
 };
 
 }  // namespace dbkeeper

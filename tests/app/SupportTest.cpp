@@ -20,6 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::FakeCodePage;
+using testing::FakeHost;
 using testing::FileBytes;
 using testing::PutFile;
 using testing::TemporaryFolder;
@@ -141,9 +142,9 @@ TEST(SettingsPath, CutsTheNameAtItsFirstPoint) {
 class SettingsFileTest : public ::testing::Test {
  protected:
   TemporaryFolder folder;
-  FakeCodePage code_page;
+  FakeHost fake;
   fs::path path = folder / "DBKEEPER.ini";
-  SettingsFile settings{path, code_page};
+  SettingsFile settings{path, fake.host};
 };
 
 TEST_F(SettingsFileTest, ReadsWithDefaultsAndKeepsEveryOtherLineWhenWriting) {

@@ -47,13 +47,12 @@ class PermissionScriptTest : public ::testing::Test {
     connection.Answer("sysprotects", {TextFields({"name", "usersname", "action", "protecttype"}),
                                       std::move(rows)});
   }
-  void Write() { WritePermissionScript(query, code_page, file); }
+  void Write() { WritePermissionScript(query, fake.host, file); }
   std::string Written() const { return testing::FileBytes(file); }
 
   FakeConnection connection;
-  testing::FakeLocale locale;
-  testing::FakeCodePage code_page;
-  Query query{connection, locale, {}};
+  testing::FakeHost fake;
+  Query query{connection, fake.locale, {}};
   testing::TemporaryFolder folder;
   std::filesystem::path file = folder / "permissions.sql";
 };

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "app/main/Application.h"
+#include "tests/support/FailingConnection.h"
 #include "tests/support/FakeConnection.h"
 #include "tests/support/FakeHost.h"
 
@@ -70,11 +71,12 @@ class AppTest : public ::testing::Test {
 // What must be there before the program that uses it.
 struct HasFakeConnection {
   FakeConnection connection;
+  FailingConnection failing{connection};
 };
 
 class AppFixture : protected HasFakeConnection, public AppTest {
  protected:
-  AppFixture() : AppTest(connection) {
+  AppFixture() : AppTest(failing) {
     connection.Answer("sysdatabases",
                       {TextFields({"dbid", "name", "status", "status2", "crdate", "filename"}),
                        {{"1", "master", "8", "0", "2003-01-01 00:00:00", "C:\\master.mdf"},

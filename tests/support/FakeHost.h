@@ -2,9 +2,12 @@
 // beforehand.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -173,6 +176,42 @@ class FakeWindows : public Windows {
   void EndBusy() override { --busy; }
 };
 
+// The machine's disk, on which the bytes that still have a place can be counted.
+class FakeDisk : public Disk {
+ public:
+  // What may still be written before the disk is full; without it there is no end.
+  std::optional<std::size_t> room;
+  int synced = 0;
+
+  std::unique_ptr<OutputFile> CreateFresh(const std::filesystem::path& folder,
+                                          std::filesystem::perms permissions) override;
+  std::unique_ptr<OutputFile> Overwrite(const std::filesystem::path& file) override;
+
+ private:
+  class File;
+
+  int files_ = 0;
+};
+
+class FakeProgress : public Progress {
+ public:
+  std::vector<std::string> works;
+  std::vector<std::pair<std::int64_t, std::int64_t>> steps;
+  bool running = false;
+  // The operator stops the work at this step.
+  std::optional<std::int64_t> stop_at;
+
+  void Begin(const std::string& what) override {
+    works.push_back(what);
+    running = true;
+  }
+  bool GoOn(std::int64_t done, std::int64_t total) override {
+    steps.emplace_back(done, total);
+    return !stop_at || done < *stop_at;
+  }
+  void End() override { running = false; }
+};
+
 // All of them, joined.
 struct FakeHost {
   FakeShell shell;
@@ -182,7 +221,9 @@ struct FakeHost {
   FakeCodePage code_page;
   FakeLocale locale;
   FakeWindows windows;
-  Host host{shell, dialogs, clock, random, code_page, locale, windows};
+  FakeDisk disk;
+  FakeProgress progress;
+  Host host{shell, dialogs, clock, random, code_page, locale, windows, disk, progress};
 };
 
 // A folder of its own for a test, removed with everything in it.

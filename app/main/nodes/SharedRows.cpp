@@ -42,8 +42,9 @@ void PopupMenu_Minimum_CSV_OutClick(const CommandContext& context) {
       {"CSVﾌｧｲﾙ(*.csv)|*.csv|ﾃｷｽﾄﾌｧｲﾙ(*.txt)|*.txt|全てのﾌｧｲﾙ(*.*)|*.*", "", ""});
   if (!file) return;
   const BusyScope busy(host.windows);
-  // Whole before the file is touched: a text that cannot be written leaves it as it was.
-  ReplaceFile(PathOf(*file), CsvBytes(context.workbench.List, host.code_page));
+  AnsiTextFile csv(host, PathOf(*file), Writing::kWhole);
+  WriteCsv(context.workbench.List, csv);
+  csv.Finish();
 }
 
 void PopupMenu_Databases_SQLClick(const CommandContext& context) {

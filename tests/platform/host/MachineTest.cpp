@@ -74,9 +74,9 @@ TEST(SessionSettings, OdbcOptionsComeFromTheSettingsFileOrAreTheDefaults) {
   };
   for (const OdbcCase& c : cases) {
     const testing::TemporaryFolder folder;
-    testing::FakeCodePage code_page;
+    testing::FakeHost fake;
     testing::PutFile(folder / "DBKEEPER.ini", c.settings);
-    const OdbcOptions read = ReadOdbcOptions(SettingsFile(folder / "DBKEEPER.ini", code_page));
+    const OdbcOptions read = ReadOdbcOptions(SettingsFile(folder / "DBKEEPER.ini", fake.host));
     EXPECT_EQ(read.driver, c.wanted.driver) << c.settings;
     EXPECT_EQ(read.tds_version, c.wanted.tds_version) << c.settings;
     EXPECT_EQ(read.login_timeout_seconds, c.wanted.login_timeout_seconds) << c.settings;
@@ -90,8 +90,8 @@ class StartedServer : public LocalEndpoint {
 
 TEST(SessionSettings, LocalIsTheConfiguredServerOrTheStartedOne) {
   const testing::TemporaryFolder folder;
-  testing::FakeCodePage code_page;
-  const SettingsFile settings(folder / "DBKEEPER.ini", code_page);
+  testing::FakeHost fake;
+  const SettingsFile settings(folder / "DBKEEPER.ini", fake.host);
   StartedServer started;
   LocalServerChoice local(settings, started);
   EXPECT_EQ(local.Locate().data_source, "127.0.0.1,4711");

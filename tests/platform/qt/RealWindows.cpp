@@ -16,7 +16,8 @@ RealWindows::RealWindows() {
 
 Host RealWindows::MakeHost() {
   fake.shell.executable = folder / "DBKEEPER.exe";
-  return {fake.shell, dialogs, fake.clock, fake.random, fake.code_page, fake.locale, windows};
+  return {fake.shell,  dialogs, fake.clock, fake.random, fake.code_page,
+          fake.locale, windows, fake.disk,  progress};
 }
 
 void RealWindows::Run(qt::tour::Steps steps) {

@@ -6,6 +6,7 @@
 #include "app/main/Application.h"
 #include "platform/qt/QtDialogs.h"
 #include "platform/qt/QtFace.h"
+#include "platform/qt/QtProgress.h"
 #include "platform/qt/QtWindows.h"
 #include "platform/qt/tour/Tour.h"
 #include "tests/support/FakeConnection.h"
@@ -26,6 +27,7 @@ class RealWindows : public ::testing::Test {
   FakeConnection connection;
   qt::QtDialogs dialogs;
   qt::QtWindows windows;
+  qt::QtProgress progress;
 
  private:
   Host MakeHost();
