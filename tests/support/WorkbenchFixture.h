@@ -18,7 +18,7 @@ struct WorkbenchOn {
   ListView list;
   StatusBar status;
   Options options;
-  SettingsFile settings{folder / "DBKEEPER.ini", fake.code_page};
+  SettingsFile settings{folder / "DBKEEPER.ini", fake.host};
   Workbench workbench{session, fake.host, tree, list, status, options, settings, folder.Path()};
 };
 
