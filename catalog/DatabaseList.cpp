@@ -35,7 +35,7 @@ std::string StateText(const FieldValue& status) {
   return DecodeDatabaseStatus(static_cast<std::int32_t>(status.AsInteger()));
 }
 
-constexpr std::array<CatalogColumn, 7> kColumns = {{
+constexpr std::array<CatalogColumn, 7> kDatabaseColumns = {{
     {"dbid", 48, Alignment::kRight, FieldText{"dbid"}},
     {"Name", 96, Alignment::kLeft, FieldText{"name"}},
     {"状態", 118, Alignment::kLeft, DecodedField{"status", StateText}},
@@ -83,11 +83,11 @@ void ListDatabases(const Workbench& workbench, const std::string& /*database*/) 
   const bool grow = parent != nullptr && !parent->HasChildren();
   const TreeUpdate tree_update(workbench.Tree);
   const ListUpdate update(list);
-  ResetList(list, kColumns);
+  ResetList(list, kDatabaseColumns);
   query.Open("select * from master.dbo.sysdatabases");
   const std::size_t name = query.FieldIndex("name");
   const std::size_t status = query.FieldIndex("status");
-  AppendRows(list, query, kColumns, [&](const Query& record) {
+  AppendRows(list, query, kDatabaseColumns, [&](const Query& record) {
     if (grow) GrowTree(*parent, record.FieldAt(name), record.FieldAt(status));
     return true;
   });

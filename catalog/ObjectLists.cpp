@@ -19,7 +19,7 @@ constexpr CatalogColumn kName = {"Name", 100, Alignment::kLeft, FieldText{"name"
 constexpr CatalogColumn kType = {"xtype", 48, Alignment::kLeft, FieldText{"xtype"}};
 constexpr CatalogColumn kCreated = {"作成日", 118, Alignment::kLeft, FieldText{"crdate"}};
 
-constexpr std::array<CatalogColumn, 4> kColumns = {{kNumber, kName, kType, kCreated}};
+constexpr std::array<CatalogColumn, 4> kObjectColumns = {{kNumber, kName, kType, kCreated}};
 constexpr std::array<CatalogColumn, 6> kDescribedColumns = {{
     kNumber,
     kName,
@@ -107,15 +107,15 @@ void ListTables(const Workbench& workbench, const std::string& database) {
 }
 
 void ListTablesAlone(const Workbench& workbench, const std::string& database) {
-  ListObjects(workbench, database, TablesToShow(workbench), kColumns);
+  ListObjects(workbench, database, TablesToShow(workbench), kObjectColumns);
 }
 
 void ListViews(const Workbench& workbench, const std::string& database) {
-  ListObjects(workbench, database, kViews, kColumns);
+  ListObjects(workbench, database, kViews, kObjectColumns);
 }
 
 void ListProcedures(const Workbench& workbench, const std::string& database) {
-  ListObjects(workbench, database, kProcedures, kColumns);
+  ListObjects(workbench, database, kProcedures, kObjectColumns);
 }
 
 void ListCapacity(const Workbench& workbench, const std::string& database) {

@@ -12,7 +12,7 @@ namespace dbkeeper {
 
 namespace {
 
-constexpr std::size_t kPieceBytes = std::size_t{64} << 10;
+constexpr std::size_t kBytesAtOnce = std::size_t{64} << 10;
 
 }  // namespace
 
@@ -86,7 +86,7 @@ void AnsiTextFile::Add(std::string_view text) { bytes_ += ToAnsi(code_page_, tex
 
 void AnsiTextFile::EndLine() {
   bytes_ += "\r\n";
-  if (bytes_.size() >= kPieceBytes) WriteBytes();
+  if (bytes_.size() >= kBytesAtOnce) WriteBytes();
 }
 
 void AnsiTextFile::Finish() {
