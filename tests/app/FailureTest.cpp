@@ -49,7 +49,7 @@ TEST(Failures, AreShownOnceAndEndTheFlow) {
        [](Program& p) {
          p.ClickPath({"Database", "sales", "Table"});
        },
-       2},
+       1},
       {"drop",
        [](Program& p) { p.Choose(*p.app.FormMain.PopupMenu_Table, "PopupMenu_Table_Drop"); }, 3},
   };
