@@ -36,7 +36,7 @@ class FailingConnection : public Connection {
     Count(sql);
     return server_.Execute(sql);
   }
-  std::unique_ptr<PageCursor> OpenCursor(const std::string& sql) override {
+  ScrolledRows OpenCursor(const std::string& sql) override {
     Count(sql);
     return server_.OpenCursor(sql);
   }
