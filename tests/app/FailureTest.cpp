@@ -51,7 +51,8 @@ TEST(Failures, AreShownOnceAndEndTheFlow) {
        },
        1},
       {"drop",
-       [](Program& p) { p.Choose(*p.app.FormMain.PopupMenu_Table, "PopupMenu_Table_Drop"); }, 3},
+       [](Program& p) { p.Choose(p.app.FormMain.Menu("PopupMenu_Table"), "PopupMenu_Table_Drop"); },
+       3},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.title);
