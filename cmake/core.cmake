@@ -63,6 +63,10 @@ add_library(dbkeeper_core STATIC
   document/xls/Text.cpp
   document/xls/Workbook.cpp
   document/xls/Writer.cpp
+  security/Unit_Login_Property.cpp
+  security/Unit_Privileges.cpp
+  security/Unit_Role.cpp
+  security/Unit_User.cpp
   app/main/Application.cpp
   app/main/CsvExport.cpp
   app/main/ErrorLog.cpp
@@ -131,6 +135,10 @@ dbkeeper_test(core_tests
     tests/query/EasySqlTest.cpp
     tests/query/QueryWindowTest.cpp
     tests/query/ScriptTest.cpp
+    tests/security/LoginPropertyTest.cpp
+    tests/security/PrivilegesTest.cpp
+    tests/security/RoleTest.cpp
+    tests/security/UserTest.cpp
     tests/session/SessionTest.cpp
   LIBS dbkeeper_test_support
 )

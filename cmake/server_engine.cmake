@@ -49,7 +49,7 @@ add_library(dbkeeper_server_engine STATIC
   server/engine/database_files.cpp
   server/engine/database_places.cpp
   server/engine/engine_session.cpp
-  server/engine/host_account.cpp
+  server/storage/host_account.cpp
   server/engine/instance_state.cpp
   server/engine/live_tables.cpp
   server/engine/object_definition.cpp

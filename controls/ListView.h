@@ -14,7 +14,7 @@
 
 namespace dbkeeper {
 
-enum class Alignment { kLeft, kRight };
+enum class Alignment { kLeft, kCenter, kRight };
 
 struct ListColumn {
   std::string Caption;

@@ -20,6 +20,21 @@ std::string JoinTexts(const std::vector<ServerMessage>& messages) {
 ServerError::ServerError(std::vector<ServerMessage> messages)
     : Error(JoinTexts(messages)), messages_(std::move(messages)) {}
 
+std::string ConfidentialError::LogText() const {
+  std::string text;
+  for (const ServerMessage& message : Messages()) {
+    const std::string& words = message.text;
+    const std::size_t first = words.find_first_of("'\"");
+    if (!text.empty()) text += "\r\n";
+    text += words.substr(0, first);
+    // A secret may hold quotes of its own: from the first to the last.
+    if (first == std::string::npos) continue;
+    const std::size_t last = words.find_last_of("'\"");
+    text += words[first] + std::string("***") + (last > first ? words.substr(last) : "");
+  }
+  return text;
+}
+
 void RowReader::AddRow(RowBlock& block) const {
   for (std::size_t field = 0; field < Fields().size(); ++field) {
     if (IsNull(field)) {

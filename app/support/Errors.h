@@ -11,6 +11,8 @@ class Error : public std::runtime_error {
  public:
   explicit Error(const std::string& message) : std::runtime_error(message) {}
   virtual const char* ClassName() const { return "Error"; }
+  // What the error log says of it.
+  virtual std::string LogText() const { return what(); }
 };
 
 // A file could not be read or written.

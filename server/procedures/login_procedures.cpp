@@ -1,7 +1,7 @@
 // Logins of the instance.
 #include "server/catalog/login_store.h"
-#include "server/engine/host_account.h"
 #include "server/procedures/procedure_call.h"
+#include "server/storage/host_account.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {

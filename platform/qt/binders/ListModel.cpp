@@ -17,7 +17,8 @@ QString CellText(std::string_view text) {
 }
 
 Qt::Alignment ToQtAlignment(Alignment align) {
-  return (align == Alignment::kRight ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter;
+  constexpr Qt::AlignmentFlag kFlags[] = {Qt::AlignLeft, Qt::AlignHCenter, Qt::AlignRight};
+  return kFlags[static_cast<std::size_t>(align)] | Qt::AlignVCenter;
 }
 
 }  // namespace

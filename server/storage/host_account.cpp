@@ -1,4 +1,4 @@
-#include "server/engine/host_account.h"
+#include "server/storage/host_account.h"
 
 #include <grp.h>
 #include <pwd.h>
