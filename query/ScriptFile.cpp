@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <utility>
 
+#include "app/support/Files.h"
+#include "app/support/TextHelpers.h"
 #include "app/support/Utf8.h"
 
 namespace dbkeeper {
@@ -36,6 +38,28 @@ ScriptPart TakeSteps(const std::vector<std::string>& script, int first_step, int
     }
   }
   return part;
+}
+
+std::vector<std::string> Batches(const std::string& text) {
+  const std::vector<std::string> lines = SplitLines(text);
+  const auto separates = [](const std::string& line) { return LowerCase(Trim(line)) == "go"; };
+  if (std::ranges::none_of(lines, separates)) return {text};
+  std::vector<std::string> batches;
+  std::string batch;
+  const auto end_batch = [&] {
+    if (!Trim(batch).empty()) batches.push_back(batch);
+    batch.clear();
+  };
+  for (const std::string& line : lines) {
+    if (separates(line)) {
+      end_batch();
+    } else {
+      batch += (batch.empty() ? "" : "\r\n") + line;
+    }
+  }
+  end_batch();
+  if (batches.empty()) batches.emplace_back();
+  return batches;
 }
 
 }  // namespace dbkeeper

@@ -27,4 +27,8 @@ struct ScriptPart {
 // number, is `wanted_step`; separators themselves go nowhere.
 ScriptPart TakeSteps(const std::vector<std::string>& script, int first_step, int wanted_step);
 
+// What stands between lines of the one word "go", in any case; batches of blanks are left out. At
+// least one: a text without such a line is one batch as it stands.
+std::vector<std::string> Batches(const std::string& text);
+
 }  // namespace dbkeeper

@@ -9,6 +9,7 @@
 #include "app/support/DateText.h"
 #include "app/support/Messages.h"
 #include "query/QueryMessages.h"
+#include "query/ScriptFile.h"
 
 namespace dbkeeper {
 
@@ -64,6 +65,16 @@ constexpr ClickRow kClicks[] = {
     {&TFormExecSQL::Sbtn_EasySQL_OrderBy, &TFormExecSQL::Sbtn_EasySQL_OrderByClick},
     {&TFormExecSQL::Sbtn_EasySQL_Clear, &TFormExecSQL::Sbtn_EasySQL_ClearClick},
 };
+
+// So many that a box can show them; the message pane has them all.
+std::vector<ServerMessage> Shortened(std::vector<ServerMessage> failures) {
+  constexpr std::size_t kShown = 10;
+  if (failures.size() <= kShown) return failures;
+  const std::string rest = std::to_string(failures.size() - kShown);
+  failures.resize(kShown);
+  failures.push_back({.text = messages::Fill(messages::kMoreMessages, rest)});
+  return failures;
+}
 
 }  // namespace
 
@@ -192,17 +203,21 @@ void TFormExecSQL::Sbtn_SelectClick() {
     return;
   }
   session_.RecordCurrentDatabase(ComboBox_DatabaseName.Text);
-  opened_sql_ = MemoSQL.Text();
-  if (!OpenResult()) return;
+  // The last batch is the one that is opened, and opened again when its rows are read anew.
+  std::vector<std::string> batches = Batches(MemoSQL.Text);
+  opened_sql_ = std::move(batches.back());
+  batches.pop_back();
+  if (!OpenResult(batches)) return;
   RecordHistory();
   Sbtn_Select.Caption = "Close";
   Sbtn_Count.Enabled = true;
 }
 
-bool TFormExecSQL::OpenResult() {
+bool TFormExecSQL::OpenResult(std::span<const std::string> before) {
   try {
     const BusyScope busy(host_.windows);
     CloseResult();
+    if (!before.empty()) RunBatches(before);
     if (auto store = ReadResult()) {
       const std::vector<Field> fields = store->Fields();
       rows_.Open(std::move(store));
@@ -249,22 +264,33 @@ std::unique_ptr<RowStore> TFormExecSQL::ReadResult() {
 void TFormExecSQL::SpeedButton3Click() {
   session_.RecordCurrentDatabase(ComboBox_DatabaseName.Text);
   ReleaseOpen();
-  std::int64_t affected = 0;
-  const std::string sql = MemoSQL.Text;
-  {
-    const BusyScope busy(host_.windows);
-    Logged(sql, [&] {
-      query_.Clear();
-      query_.Add(sql);
-      affected = query_.ExecSQL();
-      NoteMessages();
-      if (affected >= 0) {
-        messages_.AddLine(messages::Fill(messages::kRowsAffected, std::to_string(affected)));
-      }
-    });
-  }
+  const std::int64_t affected = RunBatches(Batches(MemoSQL.Text));
   RecordHistory();
   Caption = "RowsAffected : " + std::to_string(affected);
+}
+
+std::int64_t TFormExecSQL::RunBatches(std::span<const std::string> batches) {
+  const BusyScope busy(host_.windows);
+  std::int64_t affected = -1;
+  std::vector<ServerMessage> failures;
+  for (const std::string& sql : batches) {
+    try {
+      Logged(sql, [&] {
+        query_.Clear();
+        query_.Add(sql);
+        const std::int64_t rows = query_.ExecSQL();
+        NoteMessages();
+        if (rows < 0) return;
+        messages_.AddLine(messages::Fill(messages::kRowsAffected, std::to_string(rows)));
+        affected = std::max<std::int64_t>(affected, 0) + rows;
+      });
+    } catch (const ServerError& error) {
+      if (batches.size() == 1 || !session_.Connected()) throw;
+      failures.insert(failures.end(), error.Messages().begin(), error.Messages().end());
+    }
+  }
+  if (!failures.empty()) throw ServerError(Shortened(std::move(failures)));
+  return affected;
 }
 
 void TFormExecSQL::Logged(const std::string& sql, const std::function<void()>& run) {

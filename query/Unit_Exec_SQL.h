@@ -12,6 +12,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -138,9 +139,12 @@ class TFormExecSQL : public Form {
 
   void JoinEvents();
   void BuildMenus();
-  // Runs opened_sql_ and shows its result; false when it gives none. What it throws, and false,
-  // leave the Open button released.
-  bool OpenResult();
+  // Runs batches without rows, each one whatever became of those before, and gives the rows that
+  // they affected. Throws ServerError with what the failed ones were told.
+  std::int64_t RunBatches(std::span<const std::string> batches);
+  // Runs opened_sql_, after what goes before it, and shows its result; false when it gives none.
+  // What it throws, and false, leave the Open button released.
+  bool OpenResult(std::span<const std::string> before = {});
   // Null when the text gives no result.
   std::unique_ptr<RowStore> ReadResult();
   void CloseResult();

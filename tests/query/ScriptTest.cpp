@@ -54,6 +54,54 @@ TEST(ScriptSeparator, IsRecognisedByItsFirstNineCharacters) {
   }
 }
 
+TEST(ScriptBatches, AreDividedByLinesOfTheOneWordGo) {
+  const struct {
+    const char* text;
+    Texts batches;
+  } cases[] = {
+      {"", {""}},
+      {" \r\n", {" \r\n"}},
+      {"select 1\r\n", {"select 1\r\n"}},
+      {"going\r\ngo on\r\n-- go", {"going\r\ngo on\r\n-- go"}},
+      {"a\r\nb\r\ngo\r\nc", {"a\r\nb", "c"}},
+      {"a\r\n GO \r\n\r\ngo\r\n\r\nGo", {"a"}},
+      {"go", {""}},
+  };
+  for (const auto& each : cases) EXPECT_EQ(Batches(each.text), each.batches) << each.text;
+}
+
+TEST_F(ScriptTest, BatchesRunOneByOneWhateverBecomesOfThoseBefore) {
+  connection.Answer("two", {.affected = 2});
+  connection.Answer("three", {.affected = 3});
+  Run("two\r\ngo\r\nthree\r\ngo\r\n", window.SpeedButton3);
+  EXPECT_EQ(connection.statements, (Texts{"two", "three"}));
+  EXPECT_EQ(window.Caption(), "RowsAffected : 5");
+  connection.statements.clear();
+  connection.Fail("three", "no such user");
+  Run("three\r\ngo\r\ntwo\r\ngo\r\nthree\r\ngo\r\ntwo", window.SpeedButton3);
+  EXPECT_EQ(connection.statements, (Texts{"three", "two", "three", "two"}));
+  EXPECT_EQ(fake.dialogs.errors, Texts{"no such user\r\nno such user"});
+  std::string many;
+  for (int i = 0; i < 25; ++i) many += "three\r\ngo\r\n";
+  Run(many, window.SpeedButton3);
+  const std::string& told = fake.dialogs.errors.back();
+  EXPECT_TRUE(told.ends_with("no such user\r\n(以下 15 件のメッセージは省略しました)")) << told;
+}
+
+TEST_F(ScriptTest, OpenShowsTheRowsOfTheLastBatch) {
+  connection.Answer("select", {testing::TextFields({"a"}), {{"1"}}});
+  Run("use x\r\ngo\r\nselect a", window.Sbtn_Select);
+  EXPECT_EQ(connection.statements, (Texts{"use x", "select a"}));
+  EXPECT_TRUE(window.Sbtn_Select.Down);
+  Press(window.Sbtn_Select);
+  connection.Fail("use x", "no such database");
+  connection.statements.clear();
+  Run("use x\r\ngo\r\nuse y\r\ngo\r\nselect a", window.Sbtn_Select);
+  EXPECT_EQ(connection.statements, (Texts{"use x", "use y"}));
+  EXPECT_EQ(fake.dialogs.errors, Texts{"no such database"});
+  EXPECT_FALSE(window.Sbtn_Select.Down);
+}
+
 TEST_F(ScriptTest, ADropLoadsTheTextBeforeTheStepsAndStepOne) {
   Drop("use x\r\n/* COM01:one */\r\na\r\n\r\nb\r\n/* COM02:two */\r\nc\r\n/* COM03:x */\r\nd");
   EXPECT_EQ(window.MemoSQL.Text(), "use x\r\na\r\n\r\nb");
