@@ -89,10 +89,10 @@ TForm_Privileges::TForm_Privileges(const Workbench& workbench)
 
 void TForm_Privileges::Prepare(const std::string& database, const std::string& object,
                                const std::string& kind) {
-  const bool with_rows = kind == "Table" || kind == "View";
+  has_rows_ = kind == "Table" || kind == "View";
   for (const Right& right : kRights) {
     RadioGroup& group = this->*right.group;
-    group.Enabled = (right.objects == Objects::kWithRows) == with_rows;
+    group.Enabled = (right.objects == Objects::kWithRows) == has_rows_;
     group.ItemIndex = -1;
   }
   Edit_User.Text = "";
@@ -125,6 +125,7 @@ void TForm_Privileges::FillList() {
         std::ranges::find(kRights, query.FieldByName("action").AsInteger(), &Right::action);
     const char* const state = StateOf(query.FieldByName("protecttype").AsInteger());
     if (row == row_of.end() || right == kRights.end() || state == nullptr) continue;
+    if ((right->objects == Objects::kWithRows) != has_rows_) continue;
     const auto index = static_cast<std::size_t>(right - kRights.begin());
     ListView.SetSubItem(row->second, SubItemOf(index), state);
   }

@@ -43,6 +43,7 @@ class TForm_Privileges : public Form {
   void FillList();
 
   const Workbench& workbench_;
+  bool has_rows_ = true;  // the object is a table or a view
 };
 
 }  // namespace dbkeeper

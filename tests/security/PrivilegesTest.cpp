@@ -97,7 +97,7 @@ TEST_F(PrivilegesTest, ShowsTheRightsOfEveryUser) {
   EXPECT_EQ(form.Edit_ObjectName.Text(), "items");
   EXPECT_EQ(Rows(), (std::vector<Texts>{{"0", "public", "-", "-", "-", "-", "-"},
                                         {"5", "kato", "Permit", "Deny", "-", "-", "-"},
-                                        {"16400", "課", "-", "-", "-", "Deny", "Permit"}}));
+                                        {"16400", "課", "-", "-", "-", "Deny", "-"}}));
   form.ListView.UserSelect({1});
   EXPECT_EQ(form.Edit_User.Text(), "kato");
   EXPECT_EQ(form.RadioGroup_Select.ItemIndex(), kPermit);
@@ -146,13 +146,18 @@ TEST_F(PrivilegesTest, EveryStepFromOneStateToAnotherHasItsStatements) {
        " grant" + select + " deny" + insert + " grant" + update},
       {{{&form.RadioGroup_Update, kDeny}}, " grant" + select + " deny" + insert + " deny" + update},
       {{{&form.RadioGroup_Delete, kPermit}, {&form.RadioGroup_Exec, kPermit}},
-       " grant" + select + " deny" + insert + " grant delete on [items] to [kato]\r\n" +
-           " grant execute on [items] to [kato]\r\n"},
+       " grant" + select + " deny" + insert + " grant delete on [items] to [kato]\r\n"},
   };
   for (const auto& each : cases) EXPECT_EQ(Apply(1, each.choices), batch(each.statements));
   EXPECT_EQ(Apply(0, {}), "");
   EXPECT_EQ(Apply(0, {{&form.RadioGroup_Delete, kDeny}}),
             batch(" deny delete on [items] to [public]\r\n"));
+  form.Prepare("sales", "items", "Procedure");
+  EXPECT_EQ(Rows().at(2), (Texts{"16400", "課", "-", "-", "-", "-", "Permit"}));
+  EXPECT_EQ(Apply(2, {{&form.RadioGroup_Delete, kPermit}}),
+            batch(" grant execute on [items] to [課]\r\n"));
+  EXPECT_EQ(Apply(2, {{&form.RadioGroup_Exec, kNone}}),
+            batch(" revoke execute on [items] to [課]\r\n"));
 }
 
 TEST_F(PrivilegesTest, WithoutAUserOrARowNothingHappens) {
