@@ -43,7 +43,7 @@ select d.name, convert(nvarchar(13), str(database_bytes(d.dbid) / 1048576.0, 10,
       + case when d.status2 & 1073741824 = 1073741824 then N', IsAutoUpdateStatistics'
         else N'' end end) as status, d.cmptlevel as compatibility_level
 from master.dbo.sysdatabases d left join master.dbo.syslogins l on l.sid = d.sid
-where @dbname is null or d.name = @dbname
+where d.name = @dbname or (@dbname is null and d.status & 512 = 0)
 order by d.name)";
 
 constexpr std::string_view kFiles = R"(
@@ -54,11 +54,19 @@ select convert(sysname, rtrim(name)) as name, fileid, filename,
   case groupid when 0 then 'log only' else 'data only' end as usage
 from sysfiles order by fileid)";
 
+// All databases are listed but for those that nobody can use.
+void TellOffline(ProcedureCall& call) {
+  SqliteStatement row = call.sqlite().Prepare(
+      "select name from main.sysdatabases where status & 512 <> 0 order by name");
+  while (row.Step()) call.Inform(15622, {row.Text(0)});
+}
+
 void HelpDatabase(ProcedureCall& call) {
   const std::string wanted = call.Text("@dbname");
   const auto database = call.workspace().LookUpDatabase(wanted);
   if (call.Has("@dbname") && !database) Fail(15010, {wanted});
   call.Run(kDatabases);
+  if (!call.Has("@dbname")) TellOffline(call);
   if (!database || database->Has(DatabaseStatus::kOffline)) return;
   call.workspace().Open(*database);
   call.workspace().SetCurrent(*database);

@@ -464,6 +464,7 @@ constexpr MessageRow kMessages[] = {
     {15488, 0, 1, "'%1' added to role '%2'."},
     {15489, 0, 1, "'%1' dropped from role '%2'."},
     {15600, 15, 1, "An invalid parameter or option was specified for procedure '%1'."},
+    {15622, 10, 1, "No permission to access database '%1'."},
     {16902, 16, 1, "%1: The value of the parameter '%2' is invalid."},
     {16909, 16, 1, "%1: The cursor identifier value provided (%2) is not valid."},
     {16929, 16, 1, "The cursor is READ ONLY."},

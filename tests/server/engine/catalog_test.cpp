@@ -274,6 +274,12 @@ TEST_F(CatalogTest, SizesComeFromThePages) {
   EXPECT_TRUE(whole.starts_with("販売管理|")) << whole;
   EXPECT_NE(whole.find(" MB|"), std::string::npos);
   EXPECT_EQ(client.Run("exec sp_spaceused nothing"), "error 15009");
+  // What is offline is told of only where it is asked for.
+  const std::string all = client.Run("sp_helpdb");
+  EXPECT_NE(all.find("\n販売管理|"), std::string::npos) << all;
+  EXPECT_EQ(all.find("旧販売管理|"), std::string::npos) << all;
+  EXPECT_TRUE(all.ends_with("message 15622")) << all;
+  EXPECT_NE(client.Run("sp_helpdb [旧販売管理]").find("Status=OFFLINE"), std::string::npos);
   const std::string status = client.Run("sp_helpdb [郵便番号]");
   EXPECT_NE(status.find("Status=ONLINE, Updateability=READ_ONLY, UserAccess=MULTI_USER, "
                         "Recovery=SIMPLE, Version=539, Collation=Japanese_CI_AS, SQLSortOrder=0, "
