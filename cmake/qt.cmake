@@ -43,9 +43,13 @@ add_library(dbkeeper_qt STATIC
   platform/qt/forms/DialogFrame.cpp
   platform/qt/forms/FieldRows.cpp
   platform/qt/forms/ExecSqlWindow.cpp
+  platform/qt/forms/LoginPropertyWindow.cpp
   platform/qt/forms/LoginWindow.cpp
   platform/qt/forms/MainWindow.cpp
+  platform/qt/forms/PrivilegesWindow.cpp
   platform/qt/forms/RestoreWindow.cpp
+  platform/qt/forms/RoleWindow.cpp
+  platform/qt/forms/UserWindow.cpp
 )
 target_link_libraries(dbkeeper_qt PUBLIC dbkeeper_core Qt6::Widgets)
 target_compile_definitions(dbkeeper_qt PUBLIC QT_NO_KEYWORDS)
@@ -90,6 +94,7 @@ dbkeeper_test(qt_tests QT
     tests/platform/qt/OffscreenMain.cpp
     tests/platform/qt/ProgressTest.cpp
     tests/platform/qt/RealWindows.cpp
+    tests/platform/qt/SecurityWindowsTest.cpp
     tests/platform/qt/TreeTest.cpp
     tests/platform/qt/WindowsTest.cpp
   LIBS dbkeeper_tour_kit dbkeeper_test_support)

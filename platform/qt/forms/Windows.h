@@ -13,8 +13,12 @@ class TFormExecSQL;
 class TFormLogin;
 class TFormMain;
 class TFormRestore;
+class TFormRole;
 class TForm_BackupMedia;
 class TForm_Database_Property;
+class TForm_Login_Property;
+class TForm_Privileges;
+class TForm_User;
 
 namespace qt {
 
@@ -30,6 +34,12 @@ std::unique_ptr<QWidget> MakeWindow(TForm_BackupMedia& form, const ActionGuard& 
                                     QWidget* owner);
 std::unique_ptr<QWidget> MakeWindow(TForm_Database_Property& form, const ActionGuard& guard,
                                     QWidget* owner);
+std::unique_ptr<QWidget> MakeWindow(TFormRole& form, const ActionGuard& guard, QWidget* owner);
+std::unique_ptr<QWidget> MakeWindow(TForm_Login_Property& form, const ActionGuard& guard,
+                                    QWidget* owner);
+std::unique_ptr<QWidget> MakeWindow(TForm_Privileges& form, const ActionGuard& guard,
+                                    QWidget* owner);
+std::unique_ptr<QWidget> MakeWindow(TForm_User& form, const ActionGuard& guard, QWidget* owner);
 // The main window, with what the program has added to the system menu of `windows`.
 std::unique_ptr<QWidget> MakeMainWindow(TFormMain& form, const ActionGuard& guard,
                                         const QtWindows& windows);
