@@ -5,10 +5,13 @@ set_source_files_properties(
   catalog/DatabaseList.cpp
   catalog/DatabaseProperties.cpp
   catalog/ObjectLists.cpp
+  catalog/PermissionScript.cpp
   catalog/ServerLists.cpp
   database/Unit_Restore.cpp
   document/xls/StyleTable.cpp
   platform/qt/binders/TextBinders.cpp
+  security/Unit_Privileges.cpp
+  security/Unit_Role.cpp
   server/instance/sample_instance.cpp
   server/procedures/backup_history_procedures.cpp
   server/procedures/database_procedures.cpp
