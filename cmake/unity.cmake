@@ -26,6 +26,7 @@ set_source_files_properties(
   server/types/conversion.cpp
   PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
 
-# Each window has measures of its own, named alike.
-file(GLOB windows RELATIVE ${CMAKE_SOURCE_DIR} CONFIGURE_DEPENDS platform/qt/forms/*.cpp)
+# Each window has measures of its own, named alike, and each chapter of the tour its places.
+file(GLOB windows RELATIVE ${CMAKE_SOURCE_DIR} CONFIGURE_DEPENDS
+  platform/qt/forms/*.cpp platform/qt/tour/*.cpp)
 set_source_files_properties(${windows} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
