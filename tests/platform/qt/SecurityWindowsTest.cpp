@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "controls/ActionGuard.h"
 #include "platform/qt/forms/Windows.h"
 #include "security/Unit_Login_Property.h"
 #include "security/Unit_Privileges.h"
