@@ -116,6 +116,7 @@ dbkeeper_test(core_tests
     tests/app/NodeDispatchTest.cpp
     tests/app/NumberDateTextTest.cpp
     tests/app/RowCommandTest.cpp
+    tests/app/SecurityCommandsTest.cpp
     tests/app/StartUpTest.cpp
     tests/app/StatementRunTest.cpp
     tests/app/SupportTest.cpp

@@ -113,6 +113,13 @@ dbkeeper_test(qt_grid_tests QT
     tests/platform/qt/OffscreenMain.cpp
   LIBS dbkeeper_qt dbkeeper_test_support)
 
+# Users and rights over the wire, with the machine's own code page.
+if(TARGET dbkeeper_test_server)
+  dbkeeper_test(security_server_test WIRE
+    SOURCES tests/platform/odbc/SecurityTest.cpp
+    LIBS dbkeeper_host dbkeeper_test_server dbkeeper_test_support)
+endif()
+
 # The whole of it on the local server: real windows, real wire.
 if(TARGET dbkeeper-server)
   add_test(NAME guided_tour COMMAND dbkeeper-tour ${CMAKE_BINARY_DIR}/tour)

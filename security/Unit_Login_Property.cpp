@@ -23,18 +23,18 @@ TForm_Login_Property::TForm_Login_Property(const Workbench& workbench)
   Sbtn_Cancel.OnClick = [this] { Sbtn_CancelClick(); };
 }
 
-void TForm_Login_Property::PrepareNew() { Prepare(Record::kNew, ""); }
+void TForm_Login_Property::SetUpNew() { SetUp(Record::kNew, ""); }
 
-void TForm_Login_Property::PrepareExisting(const std::string& name) {
-  Prepare(Record::kExisting, name);
+void TForm_Login_Property::SetUpExisting(const std::string& name) {
+  SetUp(Record::kExisting, name);
+  CheckBox_Windows.Checked = false;
+  CheckBox_WindowsClick();
 }
 
-void TForm_Login_Property::Prepare(Record record, const std::string& name) {
+void TForm_Login_Property::SetUp(Record record, const std::string& name) {
   mode_.Show(record);
   Edit_loginame.Text = name;
   WipePasswords();
-  CheckBox_Windows.Checked = false;
-  CheckBox_WindowsClick();
 }
 
 void TForm_Login_Property::WipePasswords() {

@@ -26,8 +26,8 @@ class TForm_Login_Property : public Form {
   Button Sbtn_Cancel{"Sbtn_Cancel", "Cancel"};
 
   // Get the dialog ready for a new login, or for the password of one that exists.
-  void PrepareNew();
-  void PrepareExisting(const std::string& name);
+  void SetUpNew();
+  void SetUpExisting(const std::string& name);
 
   void CheckBox_WindowsClick();
   // Throws ServerError, with fields and dialog as they stand.
@@ -35,7 +35,7 @@ class TForm_Login_Property : public Form {
   void Sbtn_CancelClick();
 
  private:
-  void Prepare(Record record, const std::string& name);
+  void SetUp(Record record, const std::string& name);
   // The statement that the fields make, or an empty text when they make none.
   std::string Statement() const;
   void WipePasswords();

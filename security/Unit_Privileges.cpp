@@ -87,8 +87,8 @@ TForm_Privileges::TForm_Privileges(const Workbench& workbench)
   SpeedButton1.OnClick = [this] { SpeedButton1Click(); };
 }
 
-void TForm_Privileges::Prepare(const std::string& database, const std::string& object,
-                               const std::string& kind) {
+void TForm_Privileges::SetUp(const std::string& database, const std::string& object,
+                             const std::string& kind) {
   has_rows_ = kind == "Table" || kind == "View";
   for (const Right& right : kRights) {
     RadioGroup& group = this->*right.group;

@@ -31,7 +31,7 @@ class TForm_Privileges : public Form {
 
   // Gets the dialog ready for an object and reads its rights. `kind` is the text of the tree node
   // that it is listed under: "Table", "View" or "Procedure".
-  void Prepare(const std::string& database, const std::string& object, const std::string& kind);
+  void SetUp(const std::string& database, const std::string& object, const std::string& kind);
 
   void ListViewSelectItem();
   // Sends what the radio groups say of the selected user as one batch. Throws ServerError, with the

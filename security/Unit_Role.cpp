@@ -32,8 +32,8 @@ TFormRole::TFormRole(const Workbench& workbench) : Form("FormRole"), workbench_(
   SBtn_Close.OnClick = [this] { SBtn_CloseClick(); };
 }
 
-void TFormRole::Prepare(const std::string& database, const std::string& role,
-                        const std::string& kind) {
+void TFormRole::SetUp(const std::string& database, const std::string& role,
+                      const std::string& kind) {
   kind_ = kind;
   mode_.Show(role.empty() ? Record::kNew : Record::kExisting);
   Edit_Database.Text = database;

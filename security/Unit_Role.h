@@ -31,7 +31,7 @@ class TFormRole : public Form {
   Button SBtn_Close{"SBtn_Close", "閉じる"};
 
   // Gets the dialog ready for a role, a new one where the name is empty, and reads who is a member.
-  void Prepare(const std::string& database, const std::string& role, const std::string& kind);
+  void SetUp(const std::string& database, const std::string& role, const std::string& kind);
 
   void ListViewSelectItem();
   // Creates the role when it is new, then makes the user a member or no member of it. Throws

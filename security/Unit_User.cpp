@@ -14,7 +14,7 @@ TForm_User::TForm_User(const Workbench& workbench) : Form("Form_User"), workbenc
   Sbtn_Cancel.OnClick = [this] { Sbtn_CancelClick(); };
 }
 
-void TForm_User::Prepare(const std::string& database) {
+void TForm_User::SetUp(const std::string& database) {
   Edit_Database.Text = database;
   CmbBox_Login.Items.Clear();
   CmbBox_Login.SetItemIndex(-1);

@@ -21,7 +21,7 @@ class TForm_User : public Form {
   Button Sbtn_Cancel{"Sbtn_Cancel", "Cancel"};
 
   // Gets the dialog ready for a new user of the database. Reads the server's logins.
-  void Prepare(const std::string& database);
+  void SetUp(const std::string& database);
 
   // Throws ServerError, with fields and dialog as they stand.
   void SBtn_UpdateClick();

@@ -14,6 +14,10 @@
 #include "database/Unit_Database_Property.h"
 #include "database/Unit_Restore.h"
 #include "query/Unit_Exec_SQL.h"
+#include "security/Unit_Login_Property.h"
+#include "security/Unit_Privileges.h"
+#include "security/Unit_Role.h"
+#include "security/Unit_User.h"
 
 namespace dbkeeper {
 
@@ -41,8 +45,12 @@ class Application {
   TFormMain FormMain{Session, host_, settings_, *this};
   TForm_Database_Property Form_Database_Property{FormMain.Workbench()};
   TFormExecSQL FormExecSQL{FormMain.Workbench()};
+  TForm_Login_Property Form_Login_Property{FormMain.Workbench()};
   TFormLogin FormLogin{FormMain};
   TForm_BackupMedia Form_BackupMedia{FormMain.Workbench()};
+  TForm_User Form_User{FormMain.Workbench()};
+  TForm_Privileges Form_Privileges{FormMain.Workbench()};
+  TFormRole FormRole{FormMain.Workbench()};
   TFormRestore FormRestore{FormMain.Workbench()};
 
   // Calls `visit` with each window, in the same order.
@@ -51,8 +59,12 @@ class Application {
     visit(FormMain);
     visit(Form_Database_Property);
     visit(FormExecSQL);
+    visit(Form_Login_Property);
     visit(FormLogin);
     visit(Form_BackupMedia);
+    visit(Form_User);
+    visit(Form_Privileges);
+    visit(FormRole);
     visit(FormRestore);
   }
 

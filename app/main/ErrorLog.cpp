@@ -26,6 +26,11 @@ std::string ClassNameOf(const std::exception& error) {
   return "exception";
 }
 
+std::string LogTextOf(const std::exception& error) {
+  const auto* const own = dynamic_cast<const Error*>(&error);
+  return own != nullptr ? own->LogText() : error.what();
+}
+
 // More than one run can write with boxes that a person must close.
 constexpr std::size_t kLongestLog = 64 << 20;
 
@@ -46,7 +51,7 @@ void ErrorLog::Append(const std::exception& error) {
   const std::array<std::string, 3> lines = {
       "Error Time Stamp: " + FormatDateTime(now, "hh:nn am/pm") + " on " +
           FormatDateTime(now, "mm/dd/yy"),
-      "Error Class: " + ClassNameOf(error), "Error Message: " + std::string(error.what())};
+      "Error Class: " + ClassNameOf(error), "Error Message: " + LogTextOf(error)};
   for (const std::string& line : lines) {
     bytes += ToAnsiWithNumbers(host_.code_page, line) + "\r\n";
   }

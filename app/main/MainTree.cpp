@@ -63,7 +63,8 @@ void TFormMain::TreeViewClick() {
   if (kind->status.empty()) return kind->list(workbench_, database);
   RunningStatus status(workbench_);
   kind->list(workbench_, database);
-  status.Done(std::string(kind->status));
+  const bool remarks = kind->remark != nullptr;
+  status.Done(std::string(kind->status) + (remarks ? kind->remark(workbench_, database) : ""));
 }
 
 void TFormMain::TreeViewKeyUp() { TreeViewClick(); }

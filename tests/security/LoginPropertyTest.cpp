@@ -23,11 +23,11 @@ class LoginPropertyTest : public ::testing::Test, protected testing::WorkbenchFi
                        {{"kato", "", "", "", "master", "1", "0", "0", "0"}}});
   }
   void OpenNew() {
-    form.PrepareNew();
+    form.SetUpNew();
     form.Open();
   }
   void OpenExisting() {
-    form.PrepareExisting("kato");
+    form.SetUpExisting("kato");
     form.Open();
   }
   void Type(const std::string& name, const std::string& password, const std::string& again) {
@@ -79,7 +79,7 @@ TEST_F(LoginPropertyTest, TheFirstRuleThatFitsMakesTheStatement) {
     connection.statements.clear();
     fake.dialogs.messages.clear();
     Type(each.name, each.password, each.again);
-    if (each.windows) form.CheckBox_Windows.UserCheck(true);
+    form.CheckBox_Windows.UserCheck(each.windows);
     form.SBtn_Update.UserClick();
     if (each.statement.empty()) {
       EXPECT_EQ(fake.dialogs.messages, Texts{"入力内容が不正"});
@@ -134,6 +134,12 @@ TEST_F(LoginPropertyTest, OpensForANewLoginOrLockedForOneThatExists) {
   EXPECT_EQ(form.Edit_loginame.Text(), "");
   EXPECT_FALSE(form.Edit_loginame.ReadOnly);
   EXPECT_EQ(form.Edit_loginame.Color(), Color::kWindow);
+  // What a new login is stays chosen from one to the next.
+  form.CheckBox_Windows.UserCheck(true);
+  form.Close();
+  OpenNew();
+  EXPECT_TRUE(form.CheckBox_Windows.Checked);
+  EXPECT_FALSE(form.Edit_passwd1.Visible);
 }
 
 TEST_F(LoginPropertyTest, NoPasswordOutlivesTheWindow) {

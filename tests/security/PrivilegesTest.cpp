@@ -91,7 +91,7 @@ TEST_F(PrivilegesTest, SaysWhatItIs) {
 }
 
 TEST_F(PrivilegesTest, ShowsTheRightsOfEveryUser) {
-  form.Prepare("sales", "items", "Table");
+  form.SetUp("sales", "items", "Table");
   EXPECT_EQ(connection.statements, refill);
   EXPECT_EQ(form.Edit_Database.Text(), "sales");
   EXPECT_EQ(form.Edit_ObjectName.Text(), "items");
@@ -109,7 +109,7 @@ TEST_F(PrivilegesTest, ShowsTheRightsOfEveryUser) {
 
 TEST_F(PrivilegesTest, AnObjectHasTheGroupsOfItsKind) {
   for (const char* kind : {"Table", "View", "Procedure"}) {
-    form.Prepare("sales", "items", kind);
+    form.SetUp("sales", "items", kind);
     const bool with_rows = std::string(kind) != "Procedure";
     for (const RadioGroup* group : {&form.RadioGroup_Select, &form.RadioGroup_Insert,
                                     &form.RadioGroup_Update, &form.RadioGroup_Delete}) {
@@ -122,7 +122,7 @@ TEST_F(PrivilegesTest, AnObjectHasTheGroupsOfItsKind) {
 }
 
 TEST_F(PrivilegesTest, EveryStepFromOneStateToAnotherHasItsStatements) {
-  form.Prepare("sales", "items", "Table");
+  form.SetUp("sales", "items", "Table");
   const auto batch = [](const std::string& statements) {
     return "use [sales]\r\nbegin \r\n" + statements + "end;";
   };
@@ -152,7 +152,7 @@ TEST_F(PrivilegesTest, EveryStepFromOneStateToAnotherHasItsStatements) {
   EXPECT_EQ(Apply(0, {}), "");
   EXPECT_EQ(Apply(0, {{&form.RadioGroup_Delete, kDeny}}),
             batch(" deny delete on [items] to [public]\r\n"));
-  form.Prepare("sales", "items", "Procedure");
+  form.SetUp("sales", "items", "Procedure");
   EXPECT_EQ(Rows().at(2), (Texts{"16400", "課", "-", "-", "-", "-", "Permit"}));
   EXPECT_EQ(Apply(2, {{&form.RadioGroup_Delete, kPermit}}),
             batch(" grant execute on [items] to [課]\r\n"));
@@ -161,7 +161,7 @@ TEST_F(PrivilegesTest, EveryStepFromOneStateToAnotherHasItsStatements) {
 }
 
 TEST_F(PrivilegesTest, WithoutAUserOrARowNothingHappens) {
-  form.Prepare("sales", "items", "Table");
+  form.SetUp("sales", "items", "Table");
   connection.statements.clear();
   form.SpeedButton2.UserClick();
   form.Edit_User.UserType("kato");
@@ -173,7 +173,7 @@ TEST_F(PrivilegesTest, WithoutAUserOrARowNothingHappens) {
 }
 
 TEST_F(PrivilegesTest, AFailedBatchLeavesTheListAsItIs) {
-  form.Prepare("sales", "items", "Table");
+  form.SetUp("sales", "items", "Table");
   form.ListView.UserSelect({1});
   connection.statements.clear();
   connection.Fail("begin", "no such user");

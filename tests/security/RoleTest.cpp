@@ -68,7 +68,7 @@ TEST_F(RoleTest, SaysWhatItIs) {
 }
 
 TEST_F(RoleTest, ShowsTheUsersAndWhoIsAMember) {
-  form.Prepare("sales", "r", "Database");
+  form.SetUp("sales", "r", "Database");
   EXPECT_EQ(connection.statements, refill);
   EXPECT_EQ(Rows(),
             (std::vector<Texts>{{"1", "dbo", "-"}, {"5", "kato", "-"}, {"6", "mori", "○"}}));
@@ -106,7 +106,7 @@ TEST_F(RoleTest, OnlyAChangeOfAListedUserIsSent) {
   for (const auto& each : cases) {
     SCOPED_TRACE(std::string(each.kind) + " " + each.user + " " + std::to_string(each.choice));
     const bool server = std::string(each.kind) == "Server";
-    server ? form.Prepare("master", "sysadmin", "Server") : form.Prepare("sales", "r", "Database");
+    server ? form.SetUp("master", "sysadmin", "Server") : form.SetUp("sales", "r", "Database");
     const Texts sent = Apply(each.user, each.choice);
     const std::string statement = each.statement;
     EXPECT_EQ(sent, With(statement.empty() ? Texts{} : Texts{statement},
@@ -117,7 +117,7 @@ TEST_F(RoleTest, OnlyAChangeOfAListedUserIsSent) {
 }
 
 TEST_F(RoleTest, ANewRoleIsCreatedAndThenLocked) {
-  form.Prepare("sales", "", "Database");
+  form.SetUp("sales", "", "Database");
   EXPECT_EQ(connection.statements, Texts{});
   EXPECT_EQ(Rows(), std::vector<Texts>{});
   EXPECT_FALSE(form.Edit_RoleName.ReadOnly);
@@ -133,7 +133,7 @@ TEST_F(RoleTest, ANewRoleIsCreatedAndThenLocked) {
 }
 
 TEST_F(RoleTest, ANewRoleTakesAMemberAtOnce) {
-  form.Prepare("sales", "", "Database");
+  form.SetUp("sales", "", "Database");
   form.Edit_RoleName.UserType("r");
   const Texts sent = Apply("kato", 0);
   EXPECT_EQ(sent,
@@ -143,14 +143,14 @@ TEST_F(RoleTest, ANewRoleTakesAMemberAtOnce) {
 }
 
 TEST_F(RoleTest, AFailureStopsAtItsStatement) {
-  form.Prepare("sales", "", "Database");
+  form.SetUp("sales", "", "Database");
   form.Edit_RoleName.UserType("r");
   connection.Fail("sp_addrole ", "exists");
   EXPECT_THROW(Apply("kato", 0), ServerError);
   EXPECT_EQ(connection.statements, (Texts{"use [sales]", "exec sp_addrole [r]"}));
   EXPECT_FALSE(form.Edit_RoleName.ReadOnly);
   EXPECT_EQ(form.Edit_User.Text(), "kato");
-  form.Prepare("sales", "r", "Database");
+  form.SetUp("sales", "r", "Database");
   connection.Fail("sp_addrolemember", "no");
   EXPECT_THROW(Apply("kato", 0), ServerError);
   EXPECT_EQ(connection.statements.back(), "exec sp_addrolemember    [r], [kato]");

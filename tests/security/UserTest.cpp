@@ -20,7 +20,7 @@ class UserTest : public ::testing::Test, protected testing::WorkbenchFixture {
     connection.Answer("sysusers",
                       {TextFields({"uid", "name", "createdate", "updatedate", "hasdbaccess"}),
                        {{"5", "kato", "", "", "1"}}});
-    form.Prepare("sales");
+    form.SetUp("sales");
     form.Open();
   }
   void Press(int login) {
@@ -46,7 +46,7 @@ TEST_F(UserTest, OpensWithTheServersLoginsAndNoneOfThemChosen) {
   EXPECT_EQ(form.SBtn_Update.Caption(), "OK");
   EXPECT_EQ(form.Sbtn_Cancel.Caption(), "Cancel");
   Press(1);
-  form.Prepare("stock");
+  form.SetUp("stock");
   EXPECT_EQ(form.CmbBox_Login.Items.Count(), 3u);
   EXPECT_EQ(form.CmbBox_Login.ItemIndex(), -1);
 }
@@ -74,7 +74,7 @@ TEST_F(UserTest, TheLoginBecomesAUserOfItsName) {
 
 TEST_F(UserTest, AFailureAtAnyStatementKeepsTheDialog) {
   for (const char* failing : {"use [sales]", "sp_grantdbaccess", "issqlrole"}) {
-    form.Prepare("sales");
+    form.SetUp("sales");
     connection.Fail(failing, "no");
     EXPECT_THROW(Press(2), ServerError) << failing;
     EXPECT_TRUE(form.Visible);

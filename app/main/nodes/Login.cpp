@@ -1,5 +1,6 @@
 // "Login": the logins of the server.
 
+#include "app/main/Application.h"
 #include "app/main/nodes/NodeKinds.h"
 #include "app/main/nodes/SharedRows.h"
 #include "catalog/ServerLists.h"
@@ -31,9 +32,23 @@ void PopupMenu_Login_dropClick(const CommandContext& context) {
   RunRowCommand(context.workbench, windows ? kRevokeWindowsLogin : kDropLogin);
 }
 
+void PopupMenu_Login_CreateClick(const CommandContext& context) {
+  TForm_Login_Property& form = context.program.Form_Login_Property;
+  form.SetUpNew();
+  context.workbench.Host.windows.ShowModal(form);
+}
+
+void PopupMenu_Login_PasswordClick(const CommandContext& context) {
+  const Workbench& workbench = context.workbench;
+  if (workbench.List.SelCount() != 1) return;
+  TForm_Login_Property& form = context.program.Form_Login_Property;
+  form.SetUpExisting(std::string(workbench.List.Selected()->SubItem(0)));
+  workbench.Host.windows.ShowModal(form);
+}
+
 constexpr MenuRow kLoginRows[] = {
-    {0, "PopupMenu_Login_Create", "新規ﾛｸﾞｲﾝ...", kNoCommand},
-    {0, "PopupMenu_Login_Password", "ﾊﾟｽﾜｰﾄﾞ変更", kNoCommand, &RowSelected},
+    {0, "PopupMenu_Login_Create", "新規ﾛｸﾞｲﾝ...", &PopupMenu_Login_CreateClick},
+    {0, "PopupMenu_Login_Password", "ﾊﾟｽﾜｰﾄﾞ変更", &PopupMenu_Login_PasswordClick, &RowSelected},
     kRefreshRow,
     SqlRow("PopupMenu_Login_SQL", &PopupMenu_Databases_SQLClick),
     kCsvRow,

@@ -25,6 +25,8 @@ struct NodeKind {
   ListRoutine list;
   const MenuTable* menu;    // of the list
   std::string_view status;  // after listing; empty: the status bar keeps " >"
+  // What the status bar says behind that; null: nothing.
+  std::string (*remark)(const Workbench& workbench, const std::string& database) = nullptr;
 };
 
 extern const NodeKind kServerNode;

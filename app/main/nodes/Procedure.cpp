@@ -16,7 +16,8 @@ constexpr RowCommand PopupMenu_Procedure_DropClick = {
 };
 
 constexpr MenuRow kProcedureRows[] = {
-    {0, "PopupMenu_Procedure_Privileges", "権限の表示...", kNoCommand, &RowSelected},
+    {0, "PopupMenu_Procedure_Privileges", "権限の表示...", &PopupMenu_Table_PrivilegesClick,
+     &RowSelected},
     kRefreshRow,
     SqlRow("PopupMenu_Procedure_SQL", &PopupMenu_Table_SQLClick),
     kCsvRow,

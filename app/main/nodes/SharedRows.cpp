@@ -70,6 +70,20 @@ void PopupMenu_Table_SQLClick(const CommandContext& context) {
   context.workbench.Host.windows.Show(window);
 }
 
+void PopupMenu_Table_PrivilegesClick(const CommandContext& context) {
+  const Workbench& workbench = context.workbench;
+  const ListItem* const row = workbench.List.Selected();
+  if (row == nullptr) return;
+  const RowNames names = NamesOf(*row, workbench.Tree);
+  TForm_Privileges& form = context.program.Form_Privileges;
+  {
+    RunningStatus status(workbench);
+    form.SetUp(names.database, names.name, workbench.Tree.Selected()->Text());
+    status.Done("select * from sysprotects");
+  }
+  workbench.Host.windows.ShowModal(form);
+}
+
 void PopupMenu_Table_OpenClick(const CommandContext& context) {
   context.program.FormMain.Browser.OpenSelected();
 }

@@ -33,6 +33,9 @@ constexpr MenuRow SqlRow(std::string_view name, MenuCommand command) {
   return {0, name, "SQL 発行...", command};
 }
 
+// Opens the rights on the selected row's object.
+void PopupMenu_Table_PrivilegesClick(const CommandContext& context);
+
 // Opens the selected row's table or view in the table browser.
 void PopupMenu_Table_OpenClick(const CommandContext& context);
 

@@ -1,5 +1,6 @@
 // "User": the users of a database.
 
+#include "app/main/Application.h"
 #include "app/main/nodes/NodeKinds.h"
 #include "app/main/nodes/SharedRows.h"
 #include "catalog/ServerLists.h"
@@ -7,6 +8,13 @@
 namespace dbkeeper {
 
 namespace {
+
+void PopupMenu_Users_CreateClick(const CommandContext& context) {
+  context.workbench.Status.SimpleText = " *";
+  TForm_User& form = context.program.Form_User;
+  form.SetUp(NamesOf({}, context.workbench.Tree).database);
+  context.workbench.Host.windows.ShowModal(form);
+}
 
 constexpr RowCommand PopupMenu_Users_DropClick = {
     .question = "ユーザー:%N をこのﾃﾞｰﾀﾍﾞｰｽから削除してよろしいですか?",
@@ -17,7 +25,7 @@ constexpr RowCommand PopupMenu_Users_DropClick = {
 };
 
 constexpr MenuRow kUserRows[] = {
-    {0, "PopupMenu_Users_Create", "新規ﾕｰｻﾞｰ...", kNoCommand},
+    {0, "PopupMenu_Users_Create", "新規ﾕｰｻﾞｰ...", &PopupMenu_Users_CreateClick},
     kRefreshRow,
     SqlRow("PopupMenu_Users_SQL", &PopupMenu_Table_SQLClick),
     kCsvRow,

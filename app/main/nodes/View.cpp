@@ -19,7 +19,8 @@ constexpr RowCommand PopupMenu_View_DropClick = {
 
 constexpr MenuRow kViewRows[] = {
     {0, "PopupMenu_View_Open", "開く...", &PopupMenu_Table_OpenClick, &RowSelected},
-    {0, "PopupMenu_View_Privileges", "権限の表示...", kNoCommand, &RowSelected},
+    {0, "PopupMenu_View_Privileges", "権限の表示...", &PopupMenu_Table_PrivilegesClick,
+     &RowSelected},
     SqlRow("PopupMenu_View_SQL", &PopupMenu_Table_SQLClick),
     kCsvRow,
     {0, "PopupMenu_View_Script", "生成Script...", kNoCommand, &RowSelected},

@@ -82,7 +82,7 @@ class SecurityWindows : public ::testing::Test, protected WorkbenchFixture {
 
 TEST_F(SecurityWindows, PasswordsAreMaskedAndGoneWithTheWindow) {
   TForm_Login_Property form(workbench);
-  form.PrepareNew();
+  form.SetUpNew();
   const auto window = Show(form);
   EXPECT_EQ(Stops(), (Texts{"Edit_loginame", "Edit_passwd1", "Edit_passwd2", "CheckBox_Windows",
                             "SBtn_Update", "Sbtn_Cancel"}));
@@ -101,7 +101,7 @@ TEST_F(SecurityWindows, PasswordsAreMaskedAndGoneWithTheWindow) {
 
 TEST_F(SecurityWindows, ANewLoginIsTypedWithoutTheMouse) {
   TForm_Login_Property form(workbench);
-  form.PrepareNew();
+  form.SetUpNew();
   const auto window = Show(form);
   const QSize size = window->size();
   Type("PC01\\kato");
@@ -119,7 +119,7 @@ TEST_F(SecurityWindows, ANewLoginIsTypedWithoutTheMouse) {
 
 TEST_F(SecurityWindows, AUserIsChosenByKeys) {
   TForm_User form(workbench);
-  form.Prepare("sales");
+  form.SetUp("sales");
   const auto window = Show(form);
   EXPECT_EQ(Stops(), (Texts{"Edit_Database", "CmbBox_Login", "SBtn_Update", "Sbtn_Cancel"}));
   EXPECT_EQ(window->minimumSize(), window->maximumSize());
@@ -134,7 +134,7 @@ TEST_F(SecurityWindows, AUserIsChosenByKeys) {
 
 TEST_F(SecurityWindows, AMemberJoinsByKeysAndTheMarkStandsInTheMiddle) {
   TFormRole form(workbench);
-  form.Prepare("sales", "r", "Database");
+  form.SetUp("sales", "r", "Database");
   const auto window = Show(form);
   EXPECT_EQ(Stops(), (Texts{"Edit_Database", "Edit_RoleName", "Edit_User", "RadioGroup_Role",
                             "ListView", "SBtn_Update", "SBtn_Close"}));
@@ -163,7 +163,7 @@ TEST_F(SecurityWindows, AMemberJoinsByKeysAndTheMarkStandsInTheMiddle) {
 
 TEST_F(SecurityWindows, RightsAreSetByKeysAndAGroupThatIsNotForTheObjectIsPassedOver) {
   TForm_Privileges form(workbench);
-  form.Prepare("sales", "items", "Table");
+  form.SetUp("sales", "items", "Table");
   const auto window = Show(form);
   EXPECT_EQ(Stops(), (Texts{"Edit_Database", "Edit_ObjectName", "Edit_User", "RadioGroup_Select",
                             "RadioGroup_Insert", "RadioGroup_Update", "RadioGroup_Delete",
