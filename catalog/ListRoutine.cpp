@@ -59,7 +59,7 @@ void ResetList(ListView& list, std::span<const CatalogColumn> columns) {
   list.ClearItems();
   list.ClearColumns();
   for (const CatalogColumn& column : columns) {
-    list.AddColumn(std::string(column.caption), column.width, column.align);
+    list.AddColumn(std::string(column.caption), column.width, column.align, column.picture);
   }
 }
 

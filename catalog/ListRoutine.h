@@ -38,6 +38,7 @@ struct CatalogColumn {
   int width;  // pixels
   Alignment align;
   CellSource source;
+  ColumnPicture picture = ColumnPicture::kNone;
 };
 
 // Removes rows and columns and adds the columns of the table.

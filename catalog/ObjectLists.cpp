@@ -35,8 +35,8 @@ constexpr std::array<CatalogColumn, 9> kCapacityColumns = {{
     kType,
     kCreated,
     {"rows", 64, Alignment::kRight, FilledLater{}},
-    {"reserved", 82, Alignment::kRight, FilledLater{}},
-    {"data", 82, Alignment::kRight, FilledLater{}},
+    {"reserved", 82, Alignment::kRight, FilledLater{}, ColumnPicture::kBar},
+    {"data", 82, Alignment::kRight, FilledLater{}, ColumnPicture::kBar},
     {"index_size", 82, Alignment::kRight, FilledLater{}},
     {"unused", 82, Alignment::kRight, FilledLater{}},
 }};

@@ -1,5 +1,5 @@
 # The Qt face, the machine behind it, the program and the guided tour, with their tests.
-find_package(Qt6 REQUIRED COMPONENTS Widgets Test)
+find_package(Qt6 REQUIRED COMPONENTS DBus Svg Widgets Test)
 
 add_library(dbkeeper_host STATIC
   platform/host/DesktopLocale.cpp
@@ -13,7 +13,10 @@ add_library(dbkeeper_host STATIC
 target_link_libraries(dbkeeper_host PUBLIC dbkeeper_core dbkeeper_local_server dbkeeper_odbc Qt6::Gui)
 
 add_library(dbkeeper_qt STATIC
+  platform/qt/DesktopColors.cpp
+  platform/qt/DesktopColors.h
   platform/qt/FormWindow.cpp
+  platform/qt/Icons.cpp
   platform/qt/Look.cpp
   platform/qt/QtDialogs.cpp
   platform/qt/QtFace.cpp
@@ -50,8 +53,10 @@ add_library(dbkeeper_qt STATIC
   platform/qt/forms/RestoreWindow.cpp
   platform/qt/forms/RoleWindow.cpp
   platform/qt/forms/UserWindow.cpp
+  platform/qt/icons/icons.qrc
 )
-target_link_libraries(dbkeeper_qt PUBLIC dbkeeper_core Qt6::Widgets)
+set_target_properties(dbkeeper_qt PROPERTIES AUTOMOC ON AUTORCC ON)
+target_link_libraries(dbkeeper_qt PUBLIC dbkeeper_core Qt6::DBus Qt6::Svg Qt6::Widgets)
 target_compile_definitions(dbkeeper_qt PUBLIC QT_NO_KEYWORDS)
 target_precompile_headers(dbkeeper_qt PRIVATE <QtWidgets>)
 
@@ -91,6 +96,7 @@ dbkeeper_test(qt_tests QT
     tests/platform/qt/BinderTest.cpp
     tests/platform/qt/DatabaseWindowsTest.cpp
     tests/platform/qt/ListTest.cpp
+    tests/platform/qt/LookTest.cpp
     tests/platform/qt/OffscreenMain.cpp
     tests/platform/qt/ProgressTest.cpp
     tests/platform/qt/RealWindows.cpp

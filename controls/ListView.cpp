@@ -77,8 +77,8 @@ void ListView::ClearColumns() {
   Tell(Change::kColumns);
 }
 
-void ListView::AddColumn(std::string caption, int width, Alignment align) {
-  columns_.push_back({std::move(caption), width, align});
+void ListView::AddColumn(std::string caption, int width, Alignment align, ColumnPicture picture) {
+  columns_.push_back({std::move(caption), width, align, picture});
   Tell(Change::kColumns);
 }
 

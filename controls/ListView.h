@@ -16,10 +16,17 @@ namespace dbkeeper {
 
 enum class Alignment { kLeft, kCenter, kRight };
 
+// What stands behind the texts of a column.
+enum class ColumnPicture {
+  kNone,
+  kBar,  // as long as the number that the text begins with, the column's largest being the longest
+};
+
 struct ListColumn {
   std::string Caption;
   int Width = 0;  // pixels at 96 dpi
   Alignment Align = Alignment::kLeft;
+  ColumnPicture Picture = ColumnPicture::kNone;
   bool operator==(const ListColumn&) const = default;
 };
 
@@ -81,7 +88,8 @@ class ListView : public Control {
 
   void ClearItems();
   void ClearColumns();
-  void AddColumn(std::string caption, int width, Alignment align = Alignment::kLeft);
+  void AddColumn(std::string caption, int width, Alignment align = Alignment::kLeft,
+                 ColumnPicture picture = ColumnPicture::kNone);
   void AddItem(ListItem item);
   void DeleteItem(std::size_t row);
   // Appends the next sub-item of a row.

@@ -1,7 +1,7 @@
 # The Debian packages that the project needs, and their installation. Sourced by ./run and ./test.
 
 # To build.
-BUILD_PACKAGES=(g++ cmake ninja-build ccache pkg-config qt6-base-dev libgl1-mesa-dev unixodbc-dev
+BUILD_PACKAGES=(g++ cmake ninja-build ccache pkg-config qt6-base-dev qt6-svg-dev libgl1-mesa-dev unixodbc-dev
   libsqlite3-dev libboost-dev libxxhash-dev libgtest-dev)
 # To run: the driver to the servers, Japanese letters, the toolkit's words in Japanese.
 PROGRAM_PACKAGES=(tdsodbc unixodbc fonts-vlgothic qt6-translations-l10n)

@@ -1,14 +1,29 @@
 // Fonts, colours, words and measures of every window.
 #pragma once
 
+#include "controls/Inputs.h"
+
 class QApplication;
+class QPalette;
 class QWidget;
 
 namespace dbkeeper::qt {
 
-// The style, a font with Japanese letters and half-width kana, a selection that keeps its colour in
-// a window or list without the focus, and the toolkit's own words in Japanese where it has them.
+// The style, a font with Japanese letters and half-width kana, colours that follow the desktop's
+// light or dark choice as long as the application lives, a selection that is grey in a list without
+// the focus, the program's icon, and the toolkit's own words in Japanese where it has them.
 void ApplyLook(QApplication& application);
+
+enum class Scheme { kLight, kDark };
+
+// The colours of all windows.
+void ApplyScheme(Scheme scheme);
+
+// Whether letters are lighter than what they stand on.
+bool IsDark(const QPalette& palette);
+
+// A field of the window's colour or, locked, of the buttons'.
+void ShowFieldColor(QWidget& field, Color color);
 
 // Pixels at 96 dpi as pixels of the widget's screen.
 int Scaled(const QWidget& widget, int pixels);

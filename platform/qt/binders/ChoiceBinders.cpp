@@ -53,11 +53,11 @@ void ShowItems(const CheckListBox& list, QListWidget& widget) {
   ShowChecks(list, widget);
 }
 
-QDateTime ToQt(const DateTimeValue& value) {
+QDateTime ToQtDate(const DateTimeValue& value) {
   return {QDate(value.year, value.month, value.day), QTime(value.hour, value.minute, value.second)};
 }
 
-DateTimeValue FromQt(const QDateTime& value) {
+DateTimeValue FromQtDate(const QDateTime& value) {
   const QDate date = value.date();
   const QTime time = value.time();
   return {date.year(), date.month(), date.day(), time.hour(), time.minute(), time.second()};
@@ -113,7 +113,7 @@ QComboBox* Binder::Make(ComboBox& box) const {
   if (editable) {
     QObject::connect(widget->lineEdit(), &QLineEdit::textEdited, widget,
                      [guard = &guard_, &box, widget](const QString& text) {
-                       guard->Run([&] { box.UserType(dbkeeper::qt::FromQt(text)); });
+                       guard->Run([&] { box.UserType(FromQt(text)); });
                        ShowChoice(box, *widget);
                      });
   }
@@ -233,12 +233,12 @@ QDateTimeEdit* Binder::Make(DateTimePicker& picker, Picks picks) const {
   BindCommon(picker, *widget);
   const auto show = [&picker, widget] {
     const QSignalBlocker quiet(widget);
-    widget->setDateTime(ToQt(picker.Value()));
+    widget->setDateTime(ToQtDate(picker.Value()));
   };
   Keep(*widget, picker.Value.Observe([show](const DateTimeValue&) { show(); }));
   QObject::connect(widget, &QDateTimeEdit::dateTimeChanged, widget,
                    [guard = &guard_, &picker, show](const QDateTime& value) {
-                     guard->Run([&] { picker.UserPick(FromQt(value)); });
+                     guard->Run([&] { picker.UserPick(FromQtDate(value)); });
                      show();
                    });
   return widget;

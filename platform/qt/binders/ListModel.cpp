@@ -1,5 +1,8 @@
 #include "platform/qt/binders/ListModel.h"
 
+#include <algorithm>
+#include <charconv>
+
 #include "app/support/TextHelpers.h"
 #include "platform/qt/QtText.h"
 
@@ -21,6 +24,13 @@ Qt::Alignment ToQtAlignment(Alignment align) {
   return kFlags[static_cast<std::size_t>(align)] | Qt::AlignVCenter;
 }
 
+// The number at the beginning of a text such as "80 KB"; 0 where there is none.
+double LeadingNumber(std::string_view text) {
+  double number = 0;
+  std::from_chars(text.data(), text.data() + text.size(), number);
+  return number;
+}
+
 }  // namespace
 
 ListModel::ListModel(ListView& list, const ActionGuard& guard, QObject* parent)
@@ -32,12 +42,14 @@ void ListModel::Reload() {
   beginResetModel();
   rows_ = static_cast<int>(list_.Items().size());
   columns_ = static_cast<int>(list_.Columns().size());
+  longest_.assign(list_.Columns().size(), std::nullopt);
   endResetModel();
 }
 
 void ListModel::RowChanged(std::size_t row) {
   const int changed = static_cast<int>(row);
   if (changed >= rows_ || columns_ == 0) return;
+  longest_.assign(longest_.size(), std::nullopt);
   Q_EMIT dataChanged(index(changed, 0), index(changed, columns_ - 1));
 }
 
@@ -61,9 +73,24 @@ QVariant ListModel::data(const QModelIndex& index, int role) const {
     case Qt::CheckStateRole:
       if (column > 0 || !list_.CheckBoxes()) return {};
       return item.Checked ? Qt::Checked : Qt::Unchecked;
+    case kBarRole:
+      return BarOf(item, column);
     default:
       return {};
   }
+}
+
+QVariant ListModel::BarOf(const ListItem& item, std::size_t column) const {
+  const bool barred = list_.Columns()[column].Picture == ColumnPicture::kBar;
+  if (!barred || column >= longest_.size()) return {};
+  std::optional<double>& longest = longest_[column];
+  if (!longest) {
+    longest = 0;
+    for (const ListItem& row : list_.Items()) {
+      longest = std::max(*longest, LeadingNumber(row.Cell(column)));
+    }
+  }
+  return *longest > 0 ? QVariant(LeadingNumber(item.Cell(column)) / *longest) : QVariant();
 }
 
 QVariant ListModel::headerData(int section, Qt::Orientation orientation, int role) const {

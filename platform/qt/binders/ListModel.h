@@ -3,6 +3,8 @@
 #pragma once
 
 #include <QAbstractTableModel>
+#include <optional>
+#include <vector>
 
 #include "controls/ActionGuard.h"
 #include "controls/ListView.h"
@@ -11,6 +13,9 @@ namespace dbkeeper::qt {
 
 class ListModel : public QAbstractTableModel {
  public:
+  // How long a cell's bar is, from 0 to 1; invalid where there is none.
+  static constexpr int kBarRole = Qt::UserRole;
+
   // Both must outlive the model.
   ListModel(ListView& list, const ActionGuard& guard, QObject* parent);
 
@@ -27,10 +32,14 @@ class ListModel : public QAbstractTableModel {
   bool setData(const QModelIndex& index, const QVariant& value, int role) override;
 
  private:
+  QVariant BarOf(const ListItem& item, std::size_t column) const;
+
   ListView& list_;
   const ActionGuard& guard_;
   int rows_ = 0;
   int columns_ = 0;
+  // By column, the number that has the longest bar; absent where it is not known yet.
+  mutable std::vector<std::optional<double>> longest_;
 };
 
 }  // namespace dbkeeper::qt

@@ -4,7 +4,9 @@
 #include <QContextMenuEvent>
 #include <QGuiApplication>
 #include <QHeaderView>
+#include <QPainter>
 #include <QScopedValueRollback>
+#include <QStyledItemDelegate>
 #include <algorithm>
 #include <utility>
 
@@ -48,11 +50,58 @@ std::vector<std::size_t> RowsOf(const QItemSelection& selection) {
   return rows;
 }
 
+// Draws the bar of a cell that has one between its background and its text.
+class BarDelegate : public QStyledItemDelegate {
+ public:
+  using QStyledItemDelegate::QStyledItemDelegate;
+
+  void paint(QPainter* painter, const QStyleOptionViewItem& option,
+             const QModelIndex& index) const override {
+    const QVariant length = index.data(ListModel::kBarRole);
+    if (!length.isValid()) return QStyledItemDelegate::paint(painter, option, index);
+    QStyleOptionViewItem cell = option;
+    initStyleOption(&cell, index);
+    const QString text = std::exchange(cell.text, QString());
+    QStyle& style = *cell.widget->style();
+    style.drawControl(QStyle::CE_ItemViewItem, &cell, painter, cell.widget);
+    painter->fillRect(BarPlace(cell.rect, length.toDouble()), BarColor(cell));
+    // The text alone: the background is drawn.
+    cell.text = text;
+    cell.state.setFlag(QStyle::State_Selected, false);
+    cell.state.setFlag(QStyle::State_HasFocus, false);
+    cell.backgroundBrush = Qt::NoBrush;
+    if (IsHighlighted(option)) cell.palette.setColor(QPalette::Text, SelectedText(option));
+    style.drawControl(QStyle::CE_ItemViewItem, &cell, painter, cell.widget);
+  }
+
+ private:
+  static QRect BarPlace(const QRect& cell, double length) {
+    constexpr int kAir = 3;
+    QRect place = cell.adjusted(1, kAir, -1, -kAir);
+    place.setWidth(static_cast<int>(place.width() * length));
+    return place;
+  }
+  static bool IsHighlighted(const QStyleOptionViewItem& cell) {
+    return cell.state.testFlag(QStyle::State_Selected) && cell.widget->hasFocus();
+  }
+  static QColor SelectedText(const QStyleOptionViewItem& cell) {
+    return cell.palette.color(QPalette::HighlightedText);
+  }
+  static QColor BarColor(const QStyleOptionViewItem& cell) {
+    constexpr int kThin = 70;
+    QColor color =
+        IsHighlighted(cell) ? SelectedText(cell) : cell.palette.color(QPalette::Highlight);
+    color.setAlpha(kThin);
+    return color;
+  }
+};
+
 }  // namespace
 
 ListWidget::ListWidget(ListView& list, const ActionGuard& guard, QWidget* parent)
     : QTreeView(parent), list_(list), guard_(guard), model_(list, guard, nullptr) {
   setModel(&model_);
+  setItemDelegate(new BarDelegate(this));
   setRootIsDecorated(false);
   setUniformRowHeights(true);
   setAllColumnsShowFocus(true);

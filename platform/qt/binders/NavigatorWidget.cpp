@@ -1,12 +1,10 @@
 #include "platform/qt/binders/NavigatorWidget.h"
 
 #include <QHBoxLayout>
-#include <QPainter>
-#include <QPainterPath>
 #include <algorithm>
 #include <array>
-#include <initializer_list>
 
+#include "platform/qt/Icons.h"
 #include "platform/qt/Keep.h"
 #include "platform/qt/Look.h"
 
@@ -17,83 +15,25 @@ namespace {
 constexpr int kIconSize = 12;
 constexpr int kHeight = 24;
 
-// Signs are drawn in a square of 12 units.
-QPainterPath Polygon(std::initializer_list<QPointF> points) {
-  QPainterPath path;
-  path.addPolygon(QPolygonF(QList<QPointF>(points)));
-  path.closeSubpath();
-  return path;
-}
-
-QPainterPath Bar(double x) {
-  QPainterPath path;
-  path.addRect(x, 1, 2, 10);
-  return path;
-}
-
-QPainterPath First() { return Bar(1) + Polygon({{10, 1}, {10, 11}, {4, 6}}); }
-QPainterPath Prior() { return Polygon({{9, 1}, {9, 11}, {3, 6}}); }
-QPainterPath Next() { return Polygon({{3, 1}, {3, 11}, {9, 6}}); }
-QPainterPath Last() { return Bar(9) + Polygon({{2, 1}, {2, 11}, {8, 6}}); }
-QPainterPath Minus() { return Polygon({{1, 5}, {11, 5}, {11, 7}, {1, 7}}); }
-QPainterPath Plus() { return Minus() + Polygon({{5, 1}, {7, 1}, {7, 11}, {5, 11}}); }
-QPainterPath Triangle() { return Polygon({{1, 10}, {6, 2}, {11, 10}}); }
-QPainterPath Check() {
-  return Polygon({{1, 6}, {2.5, 4.5}, {5, 7.5}, {9.5, 2}, {11, 3.5}, {5, 10.5}});
-}
-QPainterPath Cross() {
-  return Polygon({{2.5, 1}, {11, 9.5}, {9.5, 11}, {1, 2.5}}) +
-         Polygon({{9.5, 1}, {11, 2.5}, {2.5, 11}, {1, 9.5}});
-}
-QPainterPath Refresh() {
-  QPainterPath ring;
-  ring.moveTo(10, 6);
-  ring.arcTo(2, 2, 8, 8, 0, -270);
-  QPainterPathStroker stroker;
-  stroker.setWidth(1.8);
-  return stroker.createStroke(ring) + Polygon({{6, -0.5}, {6, 4.5}, {10, 2}});
-}
-
 struct Look {
   NavigatorButton button;
   const char* name;
   const char* hint;
-  QPainterPath (*sign)();
+  const char* icon;
 };
 
 constexpr std::array<Look, 10> kLooks = {{
-    {NavigatorButton::kFirst, "First", "先頭", &First},
-    {NavigatorButton::kPrior, "Prior", "前", &Prior},
-    {NavigatorButton::kNext, "Next", "次", &Next},
-    {NavigatorButton::kLast, "Last", "最終", &Last},
-    {NavigatorButton::kInsert, "Insert", "挿入", &Plus},
-    {NavigatorButton::kDelete, "Delete", "削除", &Minus},
-    {NavigatorButton::kEdit, "Edit", "編集", &Triangle},
-    {NavigatorButton::kPost, "Post", "データ更新", &Check},
-    {NavigatorButton::kCancel, "Cancel", "取消", &Cross},
-    {NavigatorButton::kRefresh, "Refresh", "最新の情報に更新", &Refresh},
+    {NavigatorButton::kFirst, "First", "先頭", "first"},
+    {NavigatorButton::kPrior, "Prior", "前", "prior"},
+    {NavigatorButton::kNext, "Next", "次", "next"},
+    {NavigatorButton::kLast, "Last", "最終", "last"},
+    {NavigatorButton::kInsert, "Insert", "挿入", "insert"},
+    {NavigatorButton::kDelete, "Delete", "削除", "delete"},
+    {NavigatorButton::kEdit, "Edit", "編集", "edit"},
+    {NavigatorButton::kPost, "Post", "データ更新", "post"},
+    {NavigatorButton::kCancel, "Cancel", "取消", "cancel"},
+    {NavigatorButton::kRefresh, "Refresh", "最新の情報に更新", "refresh"},
 }};
-
-QPixmap Draw(const QPainterPath& sign, const QColor& color, double scale) {
-  const int side = static_cast<int>(kIconSize * scale);
-  QPixmap pixmap(side, side);
-  pixmap.fill(Qt::transparent);
-  QPainter painter(&pixmap);
-  painter.setRenderHint(QPainter::Antialiasing);
-  painter.scale(scale, scale);
-  painter.fillPath(sign, color);
-  return pixmap;
-}
-
-QIcon IconOf(const QPainterPath& sign, const QWidget& widget) {
-  const double scale = Scaled(widget, 100) / 100.0 * widget.devicePixelRatioF();
-  QIcon icon;
-  const QPalette& palette = widget.palette();
-  icon.addPixmap(Draw(sign, palette.color(QPalette::Active, QPalette::ButtonText), scale));
-  icon.addPixmap(Draw(sign, palette.color(QPalette::Disabled, QPalette::Mid), scale),
-                 QIcon::Disabled);
-  return icon;
-}
 
 }  // namespace
 
@@ -106,7 +46,7 @@ NavigatorWidget::NavigatorWidget(Navigator& navigator, const ActionGuard& guard,
     auto* button = new QToolButton(this);
     button->setObjectName(look.name);
     button->setToolTip(look.hint);
-    button->setIcon(IconOf(look.sign(), *this));
+    button->setIcon(NamedIcon(look.icon));
     button->setIconSize(QSize(Scaled(*this, kIconSize), Scaled(*this, kIconSize)));
     button->setAutoRaise(true);
     // A press takes the focus, so that a cell being edited gives its text first.

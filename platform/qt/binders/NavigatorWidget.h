@@ -1,4 +1,4 @@
-// The record navigator's widget: a row of small buttons with drawn signs.
+// The record navigator's widget: a row of small buttons with signs.
 #pragma once
 
 #include <QToolButton>

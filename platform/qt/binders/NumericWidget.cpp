@@ -57,11 +57,7 @@ void NumericWidget::FollowControl() {
     setAlignment(ToQt(alignment) | Qt::AlignVCenter);
   }));
   Keep(*this, edit_.ReadOnly.Observe([this](bool read_only) { setReadOnly(read_only); }));
-  Keep(*this, edit_.Color.Observe([this](Color color) {
-    QPalette shown = window()->palette();
-    if (color == Color::kButtonFace) shown.setColor(QPalette::Base, shown.button().color());
-    setPalette(shown);
-  }));
+  Keep(*this, edit_.Color.Observe([this](Color color) { ShowFieldColor(*this, color); }));
 }
 
 template <class Action>

@@ -6,6 +6,7 @@
 #include <QStatusBar>
 
 #include "platform/qt/Keep.h"
+#include "platform/qt/Look.h"
 #include "platform/qt/QtText.h"
 #include "platform/qt/binders/Binder.h"
 #include "platform/qt/binders/NumericWidget.h"
@@ -78,11 +79,7 @@ QLineEdit* Binder::Make(Edit& edit) const {
   Keep(*widget, edit.Text.Observe([widget](const std::string& text) { Show(*widget, text); }));
   Keep(*widget,
        edit.ReadOnly.Observe([widget](bool read_only) { widget->setReadOnly(read_only); }));
-  Keep(*widget, edit.Color.Observe([widget](Color color) {
-    QPalette palette = widget->window()->palette();
-    if (color == Color::kButtonFace) palette.setColor(QPalette::Base, palette.button().color());
-    widget->setPalette(palette);
-  }));
+  Keep(*widget, edit.Color.Observe([widget](Color color) { ShowFieldColor(*widget, color); }));
   QObject::connect(widget, &QLineEdit::textEdited, widget, [this_guard = &guard_, &edit, widget] {
     this_guard->Run([&] { edit.UserType(FromQt(widget->text())); });
     Show(*widget, edit.Text());

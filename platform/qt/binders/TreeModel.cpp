@@ -133,8 +133,11 @@ void TreeModel::fetchMore(const QModelIndex& parent) {
 }
 
 QVariant TreeModel::data(const QModelIndex& index, int role) const {
-  if (!index.isValid() || role != Qt::DisplayRole) return {};
-  return KnownAt(index)->text;
+  if (!index.isValid()) return {};
+  const Known& known = *KnownAt(index);
+  if (role == Qt::DisplayRole) return known.text;
+  if (role == Qt::DecorationRole && icon_of_) return icon_of_(*known.node);
+  return {};
 }
 
 }  // namespace dbkeeper::qt

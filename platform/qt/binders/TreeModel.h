@@ -7,7 +7,10 @@
 #pragma once
 
 #include <QAbstractItemModel>
+#include <QIcon>
+#include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "controls/TreeView.h"
@@ -18,6 +21,11 @@ class TreeModel : public QAbstractItemModel {
  public:
   // The tree must outlive the model.
   TreeModel(const TreeView& tree, QObject* parent);
+
+  // The picture of a node; an icon of none leaves its place empty.
+  void SetIcons(std::function<QIcon(const TreeNode& node)> icon_of) {
+    icon_of_ = std::move(icon_of);
+  }
 
   // The children of a node (null: the roots, and the whole tree below) have changed.
   void StructureChanged(const TreeNode* node);
@@ -58,6 +66,7 @@ class TreeModel : public QAbstractItemModel {
   void Insert(Known& known, const Nodes& nodes);
 
   const TreeView& tree_;
+  std::function<QIcon(const TreeNode& node)> icon_of_;
   std::unique_ptr<Known> root_;
 };
 

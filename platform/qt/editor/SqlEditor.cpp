@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "platform/qt/Look.h"
 #include "platform/qt/editor/SqlHighlighter.h"
 
 namespace dbkeeper::qt {
@@ -21,9 +22,8 @@ const QStringList kFontFamilies = {"VL Gothic", "IPAGothic", "Noto Sans Mono CJK
 constexpr int kTabCharacters = 4;
 constexpr int kNumbersMargin = 6;
 
-const QColor& CurrentLineColor() {
-  static const QColor color(0xee, 0xf4, 0xfb);
-  return color;
+QColor CurrentLineColor(const QPalette& palette) {
+  return IsDark(palette) ? QColor(0x28, 0x2f, 0x38) : QColor(0xee, 0xf4, 0xfb);
 }
 
 }  // namespace
@@ -48,7 +48,7 @@ SqlEditor::SqlEditor(QWidget* parent) : QPlainTextEdit(parent), numbers_(new Lin
   setLineWrapMode(NoWrap);
   setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
   setTabStopDistance(kTabCharacters * fontMetrics().horizontalAdvance(' '));
-  new SqlHighlighter(document());
+  highlighter_ = new SqlHighlighter(document(), IsDark(palette()));
   connect(this, &QPlainTextEdit::blockCountChanged, this, [this] { PlaceNumbers(); });
   connect(this, &QPlainTextEdit::cursorPositionChanged, this, [this] { MarkCurrentLine(); });
   connect(this, &QPlainTextEdit::updateRequest, this, [this](const QRect& area, int scrolled) {
@@ -92,7 +92,7 @@ void SqlEditor::PaintNumbers(QPaintEvent* event) {
 
 void SqlEditor::MarkCurrentLine() {
   QTextEdit::ExtraSelection line;
-  line.format.setBackground(CurrentLineColor());
+  line.format.setBackground(CurrentLineColor(palette()));
   line.format.setProperty(QTextFormat::FullWidthSelection, true);
   line.cursor = textCursor();
   line.cursor.clearSelection();
@@ -108,6 +108,10 @@ void SqlEditor::resizeEvent(QResizeEvent* event) {
 void SqlEditor::changeEvent(QEvent* event) {
   QPlainTextEdit::changeEvent(event);
   if (event->type() == QEvent::FontChange && numbers_ != nullptr) PlaceNumbers();
+  if (event->type() == QEvent::PaletteChange && highlighter_ != nullptr) {
+    highlighter_->SetColors(IsDark(palette()));
+    MarkCurrentLine();
+  }
 }
 
 void SqlEditor::keyPressEvent(QKeyEvent* event) {

@@ -7,6 +7,8 @@
 
 namespace dbkeeper::qt {
 
+class SqlHighlighter;
+
 class SqlEditor : public QPlainTextEdit {
  public:
   explicit SqlEditor(QWidget* parent);
@@ -40,6 +42,7 @@ class SqlEditor : public QPlainTextEdit {
   void Unindent();
 
   QWidget* numbers_;
+  SqlHighlighter* highlighter_ = nullptr;
 };
 
 // The paths of a drop or paste that is made of local files only; empty otherwise.

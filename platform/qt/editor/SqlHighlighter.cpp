@@ -48,13 +48,18 @@ bool InWord(QChar c) {
 
 }  // namespace
 
-SqlHighlighter::SqlHighlighter(QTextDocument* document)
-    : QSyntaxHighlighter(document),
-      keyword_(Coloured(QColor(0x00, 0x33, 0xb3))),
-      text_(Coloured(QColor(0xb0, 0x20, 0x20))),
-      comment_(Coloured(QColor(0x2e, 0x7d, 0x32))),
-      number_(Coloured(QColor(0x80, 0x40, 0x00))),
-      name_(Coloured(QColor(0x55, 0x55, 0x55))) {}
+SqlHighlighter::SqlHighlighter(QTextDocument* document, bool dark) : QSyntaxHighlighter(document) {
+  SetColors(dark);
+}
+
+void SqlHighlighter::SetColors(bool dark) {
+  keyword_ = Coloured(dark ? QColor(0x7a, 0xb0, 0xf5) : QColor(0x00, 0x33, 0xb3));
+  text_ = Coloured(dark ? QColor(0xf0, 0x8f, 0x86) : QColor(0xb0, 0x20, 0x20));
+  comment_ = Coloured(dark ? QColor(0x7f, 0xc4, 0x86) : QColor(0x2e, 0x7d, 0x32));
+  number_ = Coloured(dark ? QColor(0xe0, 0xb0, 0x70) : QColor(0x80, 0x40, 0x00));
+  name_ = Coloured(dark ? QColor(0xb0, 0xb8, 0xc2) : QColor(0x55, 0x55, 0x55));
+  rehighlight();
+}
 
 void SqlHighlighter::highlightBlock(const QString& text) {
   setCurrentBlockState(kPlain);

@@ -8,7 +8,10 @@ namespace dbkeeper::qt {
 
 class SqlHighlighter : public QSyntaxHighlighter {
  public:
-  explicit SqlHighlighter(QTextDocument* document);
+  // `dark` where the letters stand on a dark background.
+  SqlHighlighter(QTextDocument* document, bool dark);
+
+  void SetColors(bool dark);
 
  protected:
   void highlightBlock(const QString& text) override;

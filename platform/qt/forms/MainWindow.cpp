@@ -8,6 +8,7 @@
 
 #include "app/main/UnitMain.h"
 #include "platform/qt/FormWindow.h"
+#include "platform/qt/Icons.h"
 #include "platform/qt/Keep.h"
 #include "platform/qt/Look.h"
 #include "platform/qt/QtText.h"
@@ -67,7 +68,9 @@ std::unique_ptr<QWidget> MakeMainWindow(TFormMain& form, const ActionGuard& guar
   auto* panel = binder.Make(form.Pnl_Main);
   auto* halves = new QSplitter(window.get());
   halves->setChildrenCollapsible(false);
-  halves->addWidget(binder.Make(form.TreeView));
+  TreeWidget* const tree = binder.Make(form.TreeView);
+  tree->Model().SetIcons(&NodeIcon);
+  halves->addWidget(tree);
   halves->addWidget(MakeListSide(form, binder, *window));
   halves->setStretchFactor(1, 1);
   const int tree_width = Scaled(*window, kTreeWidth);
