@@ -34,6 +34,7 @@ add_library(dbkeeper_qt STATIC
   platform/qt/binders/MenuBinder.cpp
   platform/qt/binders/NavigatorWidget.cpp
   platform/qt/binders/NumericWidget.cpp
+  platform/qt/binders/TabBinder.cpp
   platform/qt/binders/TextBinders.cpp
   platform/qt/binders/TreeModel.cpp
   platform/qt/binders/TreeWidget.cpp
@@ -50,6 +51,7 @@ add_library(dbkeeper_qt STATIC
   platform/qt/forms/LoginWindow.cpp
   platform/qt/forms/MainWindow.cpp
   platform/qt/forms/PrivilegesWindow.cpp
+  platform/qt/forms/PageStack.cpp
   platform/qt/forms/RestoreWindow.cpp
   platform/qt/forms/RoleWindow.cpp
   platform/qt/forms/UserWindow.cpp

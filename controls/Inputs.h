@@ -131,13 +131,15 @@ class CheckListBox : public Control {
 
 enum class TextEnd { kStart, kEnd };
 
-// A text of several lines, joined by CR LF.
+// A text of several lines, joined by CR LF, with a label of its own.
 class Memo : public Control {
  public:
-  using Control::Control;
+  explicit Memo(std::string name = "", std::string label = "")
+      : Control(std::move(name)), EditLabel(LabelName(Name), std::move(label)) {}
 
   Property<std::string> Text;
   Property<bool> ReadOnly{false};
+  Label EditLabel;
   Event OnChange;
   // The program puts the caret at the text's start or end and scrolls there.
   Signal<TextEnd> CaretRequested;
@@ -146,6 +148,15 @@ class Memo : public Control {
   void SetLines(const std::vector<std::string>& lines);
   void Clear() { Text = std::string(); }
   void UserType(std::string text);
+};
+
+// A frame with a title around controls that belong together.
+struct GroupBox : Control {
+  explicit GroupBox(std::string name = "", std::string caption = "") : Control(std::move(name)) {
+    Caption = std::move(caption);
+  }
+
+  Property<std::string> Caption;
 };
 
 struct Panel : Control {
@@ -166,16 +177,22 @@ class TabControl : public Control {
   using Control::Control;
 
   StringList Tabs;
-  Property<int> TabIndex{0};
+  Property<int> TabIndex{0};  // -1: none is chosen
   Event OnChange;
 
   void UserSelect(int index);
 };
 
-struct DateTimePicker : Control {
-  using Control::Control;
+// What a picker lets a person choose.
+enum class Picks { kDate, kTime };
 
+struct DateTimePicker : Control {
+  explicit DateTimePicker(std::string name = "", Picks kind = Picks::kDate, std::string label = "")
+      : Control(std::move(name)), Kind(kind), EditLabel(LabelName(Name), std::move(label)) {}
+
+  const Picks Kind;
   Property<DateTimeValue> Value;
+  Label EditLabel;
   Event OnChange;
 
   void UserPick(const DateTimeValue& value);

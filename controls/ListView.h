@@ -73,11 +73,14 @@ class ListView : public Control {
 
   Signal<Change, std::size_t> Changed;  // the row's index with kRow, otherwise 0
   Event OnSelectItem;
+  Event OnClick;  // wherever in the list, after the selection has followed
   Event OnDblClick;
   std::function<void(std::size_t column)> OnColumnClick;
   // Null: the list has no popup menu.
   Property<PopupMenu*> Popup{nullptr};
   Property<bool> CheckBoxes{false};
+  // Whether a person may select several rows at once.
+  Property<bool> MultiSelect{true};
 
   const std::vector<ListColumn>& Columns() const { return columns_; }
   const std::vector<ListItem>& Items() const { return items_; }
@@ -108,6 +111,7 @@ class ListView : public Control {
   void Select(std::vector<std::size_t> rows);
 
   void UserSelect(std::vector<std::size_t> rows);
+  void UserClick() { Raise(OnClick); }
   void UserDblClick() { Raise(OnDblClick); }
   void UserColumnClick(std::size_t column);
   void UserCheck(std::size_t row, bool checked) { SetChecked(row, checked); }

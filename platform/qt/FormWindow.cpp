@@ -56,7 +56,8 @@ void FormDialog::showEvent(QShowEvent* event) {
     adjustSize();
     move(screen()->availableGeometry().center() - rect().center());
     QWidget* first = nextInFocusChain();
-    while (first != this && (first->focusPolicy() & Qt::TabFocus) == 0) {
+    while (first != this && ((first->focusPolicy() & Qt::TabFocus) == 0 || !first->isEnabled() ||
+                             !first->isVisibleTo(this))) {
       first = first->nextInFocusChain();
     }
     if (first != this) first->setFocus();

@@ -19,6 +19,8 @@ namespace {
 
 // The first of them that the machine has; fontconfig finds another one where it has none.
 const QStringList kFontFamilies = {"VL PGothic", "IPAPGothic", "Noto Sans CJK JP", "sans-serif"};
+const QStringList kCodeFamilies = {"VL Gothic", "IPAGothic", "Noto Sans Mono CJK JP", "monospace"};
+constexpr double kCodePoints = 0.75;  // larger than the widget's own
 constexpr double kFontPoints = 9.75;  // 13 pixels at 96 dpi
 constexpr int kDesignDpi = 96;
 constexpr int kRowAir = 5;
@@ -166,6 +168,14 @@ bool IsDark(const QPalette& palette) {
 void ShowFieldColor(QWidget& field, Color color) {
   field.setProperty(kFaceProperty, color == Color::kButtonFace);
   field.update();
+}
+
+QFont CodeFont(const QWidget& widget) {
+  QFont letters;
+  letters.setFamilies(kCodeFamilies);
+  letters.setStyleHint(QFont::TypeWriter);
+  letters.setPointSizeF(widget.font().pointSizeF() + kCodePoints);
+  return letters;
 }
 
 int Scaled(const QWidget& widget, int pixels) {

@@ -5,6 +5,7 @@
 
 class QApplication;
 class QPalette;
+class QFont;
 class QWidget;
 
 namespace dbkeeper::qt {
@@ -24,6 +25,8 @@ bool IsDark(const QPalette& palette);
 
 // A field of the window's colour or, locked, of the buttons'.
 void ShowFieldColor(QWidget& field, Color color);
+// Letters of one width, Japanese ones of two, somewhat larger than those of `widget`.
+QFont CodeFont(const QWidget& widget);
 
 // Pixels at 96 dpi as pixels of the widget's screen.
 int Scaled(const QWidget& widget, int pixels);

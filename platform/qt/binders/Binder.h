@@ -31,9 +31,6 @@ namespace dbkeeper::qt {
 class ListWidget;
 class TreeWidget;
 
-// What a picker lets a person choose.
-enum class Picks { kDate, kTime };
-
 class Binder {
  public:
   // The widgets become children of `window`; a layout may give them another parent. Guard and
@@ -53,15 +50,19 @@ class Binder {
   QGroupBox* Make(RadioGroup& group) const;
   QListWidget* Make(CheckListBox& list) const;
   QPlainTextEdit* Make(Memo& memo) const;
+  // As Make, for a text of a language: letters of one width, and no line is broken.
+  QPlainTextEdit* MakeCode(Memo& memo) const;
   // Ties a memo to an editor that the form has made. What the program puts in can be undone.
   void Bind(Memo& memo, QPlainTextEdit& editor) const;
   // The box alone, as with an edit.
   QLineEdit* Make(TFnpNumericEdit& edit) const;
   // An empty frame; the form's layout fills it. A Height or Width of 0 leaves it to the layout.
   QFrame* Make(Panel& panel) const;
+  // As with a panel, with a title.
+  QGroupBox* Make(GroupBox& group) const;
   QStatusBar* Make(StatusBar& bar) const;
   QTabBar* Make(TabControl& tabs) const;
-  QDateTimeEdit* Make(DateTimePicker& picker, Picks picks) const;
+  QDateTimeEdit* Make(DateTimePicker& picker) const;
   ListWidget* Make(ListView& list) const;
   TreeWidget* Make(TreeView& tree) const;
   // The grid with the line below it that says why rows cannot be edited.

@@ -9,7 +9,6 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QTabBar>
 #include <QVBoxLayout>
 
 #include "platform/qt/Keep.h"
@@ -191,6 +190,14 @@ QListWidget* Binder::Make(CheckListBox& list) const {
   return widget;
 }
 
+QGroupBox* Binder::Make(GroupBox& group) const {
+  auto* widget = new QGroupBox(&window_);
+  BindCommon(group, *widget);
+  Keep(*widget, group.Caption.Observe(
+                    [widget](const std::string& text) { widget->setTitle(ToQtCaption(text)); }));
+  return widget;
+}
+
 QFrame* Binder::Make(Panel& panel) const {
   auto* widget = new QFrame(&window_);
   BindCommon(panel, *widget);
@@ -203,31 +210,9 @@ QFrame* Binder::Make(Panel& panel) const {
   return widget;
 }
 
-QTabBar* Binder::Make(TabControl& tabs) const {
-  auto* widget = new QTabBar(&window_);
-  BindCommon(tabs, *widget);
-  Keep(*widget, tabs.Tabs.Observe([&tabs, widget](const std::vector<std::string>& captions) {
-    const QSignalBlocker quiet(widget);
-    while (widget->count() > 0) widget->removeTab(0);
-    for (const std::string& caption : captions) widget->addTab(ToQtCaption(caption));
-    widget->setCurrentIndex(tabs.TabIndex());
-  }));
-  Keep(*widget, tabs.TabIndex.Observe([widget](int index) {
-    const QSignalBlocker quiet(widget);
-    widget->setCurrentIndex(index);
-  }));
-  QObject::connect(widget, &QTabBar::currentChanged, widget,
-                   [guard = &guard_, &tabs, widget](int index) {
-                     guard->Run([&] { tabs.UserSelect(index); });
-                     const QSignalBlocker quiet(widget);
-                     widget->setCurrentIndex(tabs.TabIndex());
-                   });
-  return widget;
-}
-
-QDateTimeEdit* Binder::Make(DateTimePicker& picker, Picks picks) const {
+QDateTimeEdit* Binder::Make(DateTimePicker& picker) const {
   auto* widget = new QDateTimeEdit(&window_);
-  const bool date = picks == Picks::kDate;
+  const bool date = picker.Kind == Picks::kDate;
   widget->setDisplayFormat(date ? "yyyy/MM/dd" : "HH:mm:ss");
   widget->setCalendarPopup(date);
   BindCommon(picker, *widget);

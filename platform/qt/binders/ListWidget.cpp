@@ -106,7 +106,6 @@ ListWidget::ListWidget(ListView& list, const ActionGuard& guard, QWidget* parent
   setUniformRowHeights(true);
   setAllColumnsShowFocus(true);
   setSelectionBehavior(SelectRows);
-  setSelectionMode(ExtendedSelection);
   setEditTriggers(NoEditTriggers);
   setHorizontalScrollMode(ScrollPerPixel);
   header()->setStretchLastSection(false);
@@ -117,6 +116,9 @@ ListWidget::ListWidget(ListView& list, const ActionGuard& guard, QWidget* parent
 
   Keep(*this, list_.Changed.Connect(
                   [this](ListView::Change change, std::size_t row) { Mirror(change, row); }));
+  Keep(*this, list_.MultiSelect.Observe([this](bool several) {
+    setSelectionMode(several ? ExtendedSelection : SingleSelection);
+  }));
   Keep(*this, list_.CheckBoxes.Observe([this](bool) { viewport()->update(); }));
   QObject::connect(this, &QTreeView::doubleClicked, this,
                    [this](const QModelIndex&) { guard_.Run([this] { list_.UserDblClick(); }); });
@@ -145,6 +147,11 @@ void ListWidget::keyPressEvent(QKeyEvent* event) {
     return;
   }
   QTreeView::keyPressEvent(event);
+}
+
+void ListWidget::mouseReleaseEvent(QMouseEvent* event) {
+  QTreeView::mouseReleaseEvent(event);
+  if (event->button() == Qt::LeftButton) guard_.Run([this] { list_.UserClick(); });
 }
 
 void ListWidget::contextMenuEvent(QContextMenuEvent* event) {

@@ -109,6 +109,13 @@ QPlainTextEdit* Binder::Make(Memo& memo) const {
   return widget;
 }
 
+QPlainTextEdit* Binder::MakeCode(Memo& memo) const {
+  QPlainTextEdit* const widget = Make(memo);
+  widget->setFont(CodeFont(*widget));
+  widget->setLineWrapMode(QPlainTextEdit::NoWrap);
+  return widget;
+}
+
 void Binder::Bind(Memo& memo, QPlainTextEdit& editor) const {
   BindCommon(memo, editor);
   Keep(editor, memo.ReadOnly.Observe([&editor](bool read_only) { editor.setReadOnly(read_only); }));

@@ -17,8 +17,6 @@ namespace dbkeeper::qt {
 
 namespace {
 
-// Letters of one width, Japanese ones of two.
-const QStringList kFontFamilies = {"VL Gothic", "IPAGothic", "Noto Sans Mono CJK JP", "monospace"};
 constexpr int kTabCharacters = 4;
 constexpr int kNumbersMargin = 6;
 
@@ -40,11 +38,7 @@ class SqlEditor::LineNumbers : public QWidget {
 };
 
 SqlEditor::SqlEditor(QWidget* parent) : QPlainTextEdit(parent), numbers_(new LineNumbers(*this)) {
-  QFont letters;
-  letters.setFamilies(kFontFamilies);
-  letters.setStyleHint(QFont::TypeWriter);
-  letters.setPointSizeF(font().pointSizeF() + 0.75);
-  setFont(letters);
+  setFont(CodeFont(*this));
   setLineWrapMode(NoWrap);
   setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
   setTabStopDistance(kTabCharacters * fontMetrics().horizontalAdvance(' '));

@@ -6,18 +6,13 @@
 #include <QPushButton>
 
 #include "platform/qt/Look.h"
+#include "platform/qt/forms/PageStack.h"
 
 namespace dbkeeper::qt {
 
 namespace {
 constexpr int kChooserWidth = 32;
 constexpr int kGap = 8;
-
-void KeepPlace(QWidget& hidden) {
-  QSizePolicy policy = hidden.sizePolicy();
-  policy.setRetainSizeWhenHidden(true);
-  hidden.setSizePolicy(policy);
-}
 
 }  // namespace
 

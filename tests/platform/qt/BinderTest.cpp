@@ -211,10 +211,35 @@ TEST_F(BinderTest, TabsMirrorBothWays) {
   EXPECT_EQ(events, 1);
 }
 
+TEST_F(BinderTest, AClickChoosesATabWhereNoneWasChosen) {
+  TabControl tabs;
+  tabs.OnChange = Counted();
+  QTabBar* widget = binder.Make(tabs);
+  tabs.Tabs.Assign({"Job Step", "Job Schedule"});
+  tabs.TabIndex = -1;
+  widget->resize(widget->sizeHint());
+  QTest::mouseClick(widget, Qt::LeftButton, {}, widget->tabRect(0).center());
+  EXPECT_EQ(tabs.TabIndex(), 0);
+  EXPECT_EQ(events, 1);
+}
+
+TEST_F(BinderTest, AGroupBoxShowsItsTitle) {
+  GroupBox group("GroupBox1", "Option :");
+  EXPECT_EQ(binder.Make(group)->title(), "Option :");
+}
+
+TEST_F(BinderTest, ATextOfALanguageHasLettersOfOneWidthAndWholeLines) {
+  Memo memo("Memo_Checks");
+  const QPlainTextEdit* widget = binder.MakeCode(memo);
+  const QFontMetrics letters = widget->fontMetrics();
+  EXPECT_EQ(letters.horizontalAdvance("iiii"), letters.horizontalAdvance("MMMM"));
+  EXPECT_EQ(widget->lineWrapMode(), QPlainTextEdit::NoWrap);
+}
+
 TEST_F(BinderTest, APickerMirrorsBothWays) {
-  DateTimePicker picker;
+  DateTimePicker picker("Picker", Picks::kTime);
   picker.Value = DateTimeValue{2005, 3, 8, 9, 5, 7};
-  QDateTimeEdit* widget = binder.Make(picker, Picks::kTime);
+  QDateTimeEdit* widget = binder.Make(picker);
   EXPECT_EQ(widget->text(), "09:05:07");
   widget->setTime({23, 0, 0});
   EXPECT_EQ(picker.Value(), (DateTimeValue{2005, 3, 8, 23, 0, 0}));

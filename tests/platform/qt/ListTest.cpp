@@ -99,6 +99,36 @@ TEST_F(ListTest, APersonsSelectionReachesTheControlAndAProgramsOneTheWidget) {
   EXPECT_EQ(selections, told);
 }
 
+TEST_F(ListTest, AClickBesideTheRowsTakesTheSelectionBackAndIsTold) {
+  AddRows(2);
+  std::vector<std::size_t> at_click{99};
+  list.OnClick = [&] { at_click = list.Selection(); };
+  const QRect last = widget->visualRect(widget->model()->index(1, 1));
+  QTest::mouseClick(widget->viewport(), Qt::LeftButton, {}, last.center());
+  EXPECT_EQ(at_click, std::vector<std::size_t>{1});
+  QTest::mouseClick(widget->viewport(), Qt::LeftButton, {}, last.center() + QPoint(0, 100));
+  EXPECT_TRUE(at_click.empty());
+}
+
+TEST_F(ListTest, ADialogsListMaySelectOneRowAlone) {
+  AddRows(3);
+  list.MultiSelect = false;
+  list.Select({0});
+  widget->setFocus();
+  QTest::keyClick(widget, Qt::Key_Down, Qt::ShiftModifier);
+  EXPECT_EQ(list.Selection(), std::vector<std::size_t>{1});
+}
+
+TEST_F(ListTest, AColumnMayStandInTheMiddle) {
+  list.AddColumn("Role", 58, Alignment::kCenter);
+  list.AddItem({"1", "guest", "-"});
+  const QAbstractItemModel& model = *widget->model();
+  const auto center = Qt::Alignment(Qt::AlignCenter);
+  EXPECT_EQ(model.index(0, 2).data(Qt::TextAlignmentRole).value<Qt::Alignment>(), center);
+  EXPECT_EQ(model.headerData(2, Qt::Horizontal, Qt::TextAlignmentRole).value<Qt::Alignment>(),
+            center);
+}
+
 TEST_F(ListTest, TheSelectionGoesWithItsRowsThroughASort) {
   AddRows(3);
   list.Select({0});
