@@ -34,6 +34,7 @@ add_library(dbkeeper_core STATIC
   app/session/RowView.cpp
   app/session/SelectSource.cpp
   app/session/ServerSession.cpp
+  app/workbench/GridPane.cpp
   app/workbench/StatementRun.cpp
   catalog/DatabaseList.cpp
   catalog/DatabaseProperties.cpp

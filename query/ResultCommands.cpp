@@ -32,27 +32,20 @@ void TFormExecSQL::SpeedButton7Click() {
       {"CSVﾌｧｲﾙ(*.csv)|*.csv|ﾃｷｽﾄﾌｧｲﾙ(*.txt)|*.txt|全てのﾌｧｲﾙ(*.*)|*.*", "", ""});
   if (!file) return;
   if (!rows_.Active()) throw SessionError(std::string(messages::kNoResult));
-  rows_.First();
   std::optional<std::string> lacking;
   {
     const BusyScope busy(host_.windows);
     lacking = ExportResult(rows_, PathOf(*file), host_);
   }
+  // A row that is being changed is neither in the file nor written, nor left.
+  if (rows_.State() == GridState::kBrowse) rows_.First();
   if (lacking) {
     host_.dialogs.ShowMessage(messages::Fill(messages::kExportedAsUtf8, *lacking));
   }
 }
 
 // The lock mode is that of the result opened next.
-void TFormExecSQL::SBtn_REClick() {
-  const bool editing = SBtn_RE.Down;
-  lock_mode_ = editing ? LockMode::kOptimistic : LockMode::kReadOnly;
-  SBtn_RE.Caption = editing ? "Ronly" : "Edit";
-  DBGrid1.ReadOnly = !editing;
-  DBNavigator1.VisibleButtons = editing ? AllNavigatorButtons() : MovingButtons();
-  DBNavigator1.Width = editing ? 250 : 100;
-  Panel_ToolRight.Width = editing ? 446 : 294;
-}
+void TFormExecSQL::SBtn_REClick() { pane_.FollowSwitch(); }
 
 std::size_t TFormExecSQL::SelectedField() const {
   const int column = DBGrid1.CurrentColumn;

@@ -27,7 +27,7 @@ class Exporter {
  private:
   std::string_view Cell(std::int64_t row, std::size_t field) {
     return row == kHeader ? std::string_view(rows_.Fields()[field].name)
-                          : rows_.DisplayText(row, field);
+                          : rows_.StoredText(row, field);
   }
 
   // Appends lines from `row` on until the piece is full; gives the row behind them.
@@ -35,6 +35,7 @@ class Exporter {
     const std::int64_t end = rows_.RowCount().Rows;
     const std::size_t fields = rows_.Fields().size();
     for (; row < end && piece.size() < kPieceBytes; ++row) {
+      if (rows_.IsNew(row)) continue;
       for (std::size_t field = 0; field < fields; ++field) {
         if (field > 0) piece += '\t';
         piece += Cell(row, field);
@@ -60,6 +61,7 @@ class Exporter {
 
   std::optional<std::string> FirstLacking(std::int64_t row, std::int64_t end) {
     for (; row < end; ++row) {
+      if (rows_.IsNew(row)) continue;
       for (std::size_t field = 0; field < rows_.Fields().size(); ++field) {
         if (code_page_.FromUtf8(Cell(row, field))) continue;
         const std::string line =

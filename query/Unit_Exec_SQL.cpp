@@ -15,6 +15,10 @@ namespace dbkeeper {
 
 namespace {
 
+// Widths of the strip with navigator and database.
+constexpr int kStripReading = 294;
+constexpr int kStripEditing = 446;
+
 constexpr const char* kHistoryHint = "過去に実行したSQL文を読み出します";
 
 struct HintRow {
@@ -88,6 +92,8 @@ TFormExecSQL::TFormExecSQL(const Workbench& workbench)
       host_(workbench.Host),
       query_(workbench.Session.TheConnection(), workbench.Host.locale, nullptr),
       rows_(workbench.Host.locale),
+      pane_({DBGrid1, DBNavigator1, SBtn_RE, Panel_ToolRight, kStripReading, kStripEditing}, rows_,
+            workbench),
       templates_(workbench.ProgramFolder, workbench.Host) {
   Caption =
       "SQL発行:   ScriptﾌｧｲﾙのDrop可, 「/* COM01:xxxx */」, 「/* COM02:aaaa "
@@ -103,13 +109,7 @@ TFormExecSQL::TFormExecSQL(const Workbench& workbench)
   Sbtn_SQL_Log_Forward.Enabled = false;
   Sbtn_Count.Enabled = false;
   rows_.Reopen = [this] { OpenResult(); };
-  DBGrid1.Source = &rows_;
   DBGrid1.Popup = &PopupMenu_Grid;
-  DBNavigator1.Source = &rows_;
-  DBNavigator1.ConfirmDelete = [this] {
-    return workbench_.ConfirmCaution(std::string(messages::kDeleteRow));
-  };
-  SBtn_REClick();
   BuildMenus();
   JoinEvents();
 }
@@ -221,7 +221,7 @@ bool TFormExecSQL::OpenResult(std::span<const std::string> before) {
     if (auto store = ReadResult()) {
       const std::vector<Field> fields = store->Fields();
       rows_.Open(std::move(store));
-      if (lock_mode_ == LockMode::kOptimistic) {
+      if (pane_.Editing()) {
         rows_.AllowEditing(
             std::make_unique<RowEditor>(session_.TheConnection(), opened_sql_, fields));
       } else {

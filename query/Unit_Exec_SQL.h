@@ -19,6 +19,7 @@
 #include "app/session/Query.h"
 #include "app/session/RowStore.h"
 #include "app/session/RowView.h"
+#include "app/workbench/GridPane.h"
 #include "app/workbench/Workbench.h"
 #include "controls/DataGrid.h"
 #include "controls/FnpNumericEdit.h"
@@ -135,8 +136,6 @@ class TFormExecSQL : public Form {
   void Sbtn_EasySQL_ClearClick();
 
  private:
-  enum class LockMode { kReadOnly, kOptimistic };
-
   void JoinEvents();
   void BuildMenus();
   // Runs batches without rows, each one whatever became of those before, and gives the rows that
@@ -169,7 +168,7 @@ class TFormExecSQL : public Form {
   const Host& host_;
   Query query_;
   RowView rows_;
-  LockMode lock_mode_ = LockMode::kReadOnly;
+  GridPane pane_;
   SqlHistory history_;
   MessageLog messages_;
   TemplateStore templates_;

@@ -1,7 +1,5 @@
 #include "app/main/TableBrowser.h"
 
-#include "app/support/Messages.h"
-
 namespace dbkeeper {
 
 namespace {
@@ -10,34 +8,25 @@ namespace {
 constexpr int kOneRow = 31;
 constexpr int kTwoRows = 53;
 
-struct Mode {
-  LockType lock;
-  int navigator_width;
-  int panel_width;
-  const char* caption;  // of the button: the mode that a press switches to
-  const char* status;
-};
+// Widths of the navigator's panel.
+constexpr int kPanelReading = 104;
+constexpr int kPanelEditing = 254;
 
-constexpr Mode kReadOnlyMode = {LockType::kReadOnly, 100, 104, "Edit", ""};
-constexpr Mode kEditMode = {
-    LockType::kOptimistic, 250, 254, "Ronly",
+constexpr const char* kEditStatus =
     "Tab=Cancelと処理します。Inser時に全ﾌｨｰﾙﾄﾞを埋ない場合は、"
-    "空白ﾌｨｰﾙﾄﾞにﾌｫｰｶｽを移動させてNull扱いを明示して、「データ更新」を押します。"};
+    "空白ﾌｨｰﾙﾄﾞにﾌｫｰｶｽを移動させてNull扱いを明示して、「データ更新」を押します。";
 
 }  // namespace
 
 TableBrowser::TableBrowser(const Workbench& workbench)
-    : workbench_(workbench), query_(workbench.Session.ADOQuery_User) {
+    : workbench_(workbench),
+      query_(workbench.Session.ADOQuery_User),
+      pane_({DBGrid1, DBNavigator1, Sbtn_RE, Pnl_Navigator, kPanelReading, kPanelEditing},
+            query_.Rows, workbench) {
   Edit_Open_TableName.Text = ">";
   Edit_Open_TableName.Lock(true);
   ComboBox_Table_Where.Items.Assign({"*"});
   ComboBox_Table_Where.SetItemIndex(0);
-  Pnl_Navigator.Width = kReadOnlyMode.panel_width;
-  DBNavigator1.Source = &query_.Rows;
-  DBNavigator1.ConfirmDelete = [this] {
-    return workbench_.ConfirmCaution(std::string(messages::kDeleteRow));
-  };
-  DBGrid1.Source = &query_.Rows;
   Sbtn_TableOpen.OnClick = [this] { Sbtn_TableOpenClick(); };
   Sbtn_TableClose.OnClick = [this] { Sbtn_TableCloseClick(); };
   Sbtn_RE.OnClick = [this] { Sbtn_REClick(); };
@@ -143,15 +132,9 @@ void TableBrowser::ComboBox_Table_WhereChange() {
 }
 
 void TableBrowser::Sbtn_REClick() {
-  const Mode& mode = Sbtn_RE.Down ? kEditMode : kReadOnlyMode;
-  const bool editing = mode.lock == LockType::kOptimistic;
-  DBGrid1.ReadOnly = !editing;
-  DBNavigator1.VisibleButtons = editing ? AllNavigatorButtons() : MovingButtons();
-  DBNavigator1.Width = mode.navigator_width;
-  Pnl_Navigator.Width = mode.panel_width;
-  Sbtn_RE.Caption = mode.caption;
-  workbench_.Status.SimpleText = std::string(" >") + mode.status;
-  query_.SetLock(mode.lock);
+  pane_.FollowSwitch();
+  workbench_.Status.SimpleText = std::string(" >") + (pane_.Editing() ? kEditStatus : "");
+  query_.SetLock(pane_.Lock());
 }
 
 }  // namespace dbkeeper

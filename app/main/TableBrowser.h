@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "app/workbench/GridPane.h"
 #include "app/workbench/Workbench.h"
 #include "controls/DataGrid.h"
 #include "controls/Inputs.h"
@@ -51,6 +52,7 @@ class TableBrowser {
 
   const Workbench& workbench_;
   BrowseQuery& query_;
+  GridPane pane_;
 };
 
 }  // namespace dbkeeper

@@ -56,7 +56,7 @@ void BrowseQuery::UseDatabase(const std::string& database) {
 void BrowseQuery::SetLock(LockType lock) {
   lock_ = lock;
   if (!Active()) return;
-  Rows.Post();
+  Rows.Leave();
   Rows.Refresh();
 }
 

@@ -14,6 +14,11 @@ namespace {
 // What a grid shows of a long value, in bytes.
 constexpr std::size_t kShownBytes = 1024;
 
+std::optional<std::string_view> ViewOf(const std::optional<std::string>& value) {
+  if (value) return *value;
+  return std::nullopt;
+}
+
 }  // namespace
 
 RowView::RowView(HostLocale& locale) : locale_(locale) {}
@@ -112,13 +117,13 @@ bool RowView::IsBeingChanged(std::int64_t row) const {
 }
 
 std::optional<std::string_view> RowView::Value(std::int64_t row, std::size_t field) {
-  const auto kept = [field](const RowValues& values) -> std::optional<std::string_view> {
-    if (values[field]) return *values[field];
-    return std::nullopt;
-  };
-  if (IsBeingChanged(row)) return kept(change_.after);
+  return IsBeingChanged(row) ? ViewOf(change_.after[field]) : StoredValue(row, field);
+}
+
+std::optional<std::string_view> RowView::StoredValue(std::int64_t row, std::size_t field) {
   const RowOverlay::Place place = overlay_.At(row);
-  return place.values != nullptr ? kept(*place.values) : rows_->Value(place.source_row, field);
+  return place.values != nullptr ? ViewOf((*place.values)[field])
+                                 : rows_->Value(place.source_row, field);
 }
 
 RowValues RowView::ValuesOf(std::int64_t row) {
@@ -129,8 +134,8 @@ RowValues RowView::ValuesOf(std::int64_t row) {
   return values;
 }
 
-std::string_view RowView::DisplayText(std::int64_t row, std::size_t field) {
-  const auto value = Value(row, field);
+std::string_view RowView::StoredText(std::int64_t row, std::size_t field) {
+  const auto value = StoredValue(row, field);
   return value ? ShownText(Fields()[field], *value, shown_, locale_) : std::string_view();
 }
 
@@ -173,7 +178,11 @@ void RowView::SetCurrent(std::int64_t row) {
 
 void RowView::MoveTo(std::int64_t row) {
   if (rows_ == nullptr) return;
-  Post();
+  const std::int64_t left = current_;
+  const std::int64_t before = RowCount().Rows;
+  Leave();
+  // A new row that was dropped had moved those behind it.
+  if (row > left) row -= before - RowCount().Rows;
   FetchTo(row);
   SetCurrent(std::clamp<std::int64_t>(row, RowCount().Rows > 0 ? 0 : -1, RowCount().Rows - 1));
 }
@@ -186,7 +195,7 @@ void RowView::Next() { MoveTo(current_ + 1); }
 
 void RowView::Last() {
   if (rows_ == nullptr) return;
-  Post();
+  Leave();
   const GridRowCount before = RowCount();
   rows_->FetchLast();
   if (!(RowCount() == before)) Changed.Emit(Change::kRows, 0);
@@ -205,7 +214,7 @@ void RowView::BeginChange(GridState state, RowValues before, RowValues after) {
 
 void RowView::Insert() {
   RequireEditable();
-  Post();
+  Leave();
   const RowValues nothing(Fields().size());
   const std::int64_t row = std::max<std::int64_t>(current_, 0);
   overlay_.Insert(row, nothing);
@@ -234,13 +243,24 @@ void RowView::Delete() {
   Changed.Emit(Change::kCurrent, current_);
 }
 
+bool RowView::AnythingGiven() const {
+  return std::find(change_.assigned.begin(), change_.assigned.end(), true) !=
+         change_.assigned.end();
+}
+
+void RowView::Leave() {
+  if (state_ == GridState::kInsert && !AnythingGiven()) {
+    Cancel();
+  } else {
+    Post();
+  }
+}
+
 void RowView::Post() {
   if (state_ != GridState::kEdit && state_ != GridState::kInsert) return;
-  const bool given =
-      std::find(change_.assigned.begin(), change_.assigned.end(), true) != change_.assigned.end();
   if (state_ == GridState::kInsert) {
     overlay_.Replace(current_, editor_->Insert(change_));
-  } else if (given) {
+  } else if (AnythingGiven()) {
     overlay_.Replace(current_, editor_->Update(change_));
   }
   change_ = {};

@@ -44,9 +44,11 @@ class RowView : public GridSource {
   // A value of a row in the form of the connection's port, alive until the next call; absence is a
   // null. Throws ServerError.
   std::optional<std::string_view> Value(std::int64_t row, std::size_t field);
-  // The whole text that the grid shows for a value, unshortened; empty for a null. Alive until the
-  // next call.
-  std::string_view DisplayText(std::int64_t row, std::size_t field);
+  // Whether a row is one that was not written yet.
+  bool IsNew(std::int64_t row) const { return row == current_ && state_ == GridState::kInsert; }
+  // The whole text that the grid shows for a value, unshortened and without what is being changed;
+  // empty for a null. Alive until the next call.
+  std::string_view StoredText(std::int64_t row, std::size_t field);
   // As SetCell, with the value in the form of the port (binary as hexadecimal digits).
   void SetValue(std::size_t field, std::optional<std::string> value);
 
@@ -74,7 +76,13 @@ class RowView : public GridSource {
   void Refresh() override;
   void SetCell(std::size_t column, const std::optional<std::string>& typed) override;
 
+  // Ends a change because the current row is left: it is written, but a new row into which nobody
+  // has typed is dropped. Only Post writes such a one.
+  void Leave();
+
  private:
+  bool AnythingGiven() const;
+  std::optional<std::string_view> StoredValue(std::int64_t row, std::size_t field);
   void DescribeColumns();
   void FetchTo(std::int64_t row);
   void SetState(GridState state);

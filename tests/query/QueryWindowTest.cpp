@@ -314,6 +314,29 @@ TEST_F(ExportTest, AResultWithoutRowsGivesItsHeaderLine) {
   EXPECT_EQ(FileBytes(folder / "out.csv"), "id\r\n");
 }
 
+TEST_F(ExportTest, WritesNoRowToTheServerAndNoneThatIsBeingChanged) {
+  connection.Answer("db_name()", {TextFields({"name"}), {{"sales"}}});
+  connection.Answer("sysobjects", {TextFields({"id", "xtype", "name", "type", "c", "s"}),
+                                   {{"77", "U ", "id", "varchar", "0", "0"}}});
+  connection.Answer("select * from", {TextFields({"id"}), {{"1"}, {"2"}}});
+  window.SBtn_RE.UserClick();
+  Run("select * from [items]", window.Sbtn_Select);
+  connection.statements.clear();
+  GridSource& rows = *window.DBGrid1.Source();
+  rows.Next();
+  rows.Insert();
+  Export("new.csv");
+  EXPECT_EQ(FileBytes(folder / "new.csv"), "id\r\n1\r\n2\r\n");
+  EXPECT_EQ(rows.State(), GridState::kInsert);
+  EXPECT_EQ(rows.CurrentRow(), 1);
+  rows.Cancel();
+  window.DBGrid1.UserSetCell(0, "3");
+  Export("changed.csv");
+  EXPECT_EQ(FileBytes(folder / "changed.csv"), "id\r\n1\r\n2\r\n");
+  EXPECT_EQ(rows.State(), GridState::kEdit);
+  EXPECT_TRUE(connection.statements.empty());
+}
+
 TEST_F(ExportTest, TextTheCodePageLacksMakesItUtf8AndIsNamed) {
   FakeResult result{TextFields({"id", "text"}), {}};
   // Far enough down that a part of the file has been written before it is met.

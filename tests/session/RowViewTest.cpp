@@ -249,6 +249,46 @@ TEST_F(RowViewTest, WritesTheChangedRowBeforeItIsLeft) {
   EXPECT_EQ(Text(1, 1), "plum") << "what was typed is still there to be tried again";
 }
 
+TEST_F(RowViewTest, ANewRowThatNobodyTypedIntoIsDroppedByWhateverLeavesIt) {
+  const struct {
+    const char* what;
+    void (*leave)(RowView& view);
+    const char* current;  // the first cell of the row that the view stands on then
+  } kCases[] = {
+      {"next", [](RowView& v) { v.Next(); }, "2"},
+      {"prior", [](RowView& v) { v.Prior(); }, "1"},
+      {"first", [](RowView& v) { v.First(); }, "1"},
+      {"last", [](RowView& v) { v.Last(); }, "2"},
+      {"the row behind it", [](RowView& v) { v.MoveTo(2); }, "2"},
+      {"the edit switch", [](RowView& v) { v.Leave(); }, "2"},
+      {"read-only", [](RowView& v) { v.ForbidEditing(); }, "2"},
+      {"refresh", [](RowView& v) { v.Refresh(); }, "2"},
+      {"another new row", [](RowView& v) { v.Insert(); }, "(null)"},
+  };
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(c.what);
+    Open();
+    view.Next();
+    view.Insert();
+    c.leave(view);
+    EXPECT_TRUE(connection.statements.empty());
+    EXPECT_EQ(view.RowCount().Rows, view.State() == GridState::kInsert ? 3 : 2);
+    EXPECT_EQ(Text(view.CurrentRow(), 0), c.current);
+  }
+}
+
+TEST_F(RowViewTest, StoredTextsLeaveOutWhatIsBeingChanged) {
+  Open();
+  view.SetCell(1, "pear");
+  EXPECT_EQ(Text(0, 1), "pear");
+  EXPECT_EQ(view.StoredText(0, 1), "apple");
+  view.Cancel();
+  view.Insert();
+  EXPECT_TRUE(view.IsNew(0));
+  EXPECT_FALSE(view.IsNew(1));
+  EXPECT_EQ(view.StoredText(1, 1), "apple");
+}
+
 TEST_F(RowViewTest, RefusesToWriteWhatTheServerFillsItselfAndWhatItCannotRead) {
   Open();
   EXPECT_THROW(view.SetCell(0, "5"), RowError) << "identity";

@@ -147,7 +147,10 @@ Steps RowSteps() {
        }},
       {"edit-inserted", [] { Click("Post"); }, [] { RequireCell(kGrid, 0, kNumber, "41", "▶"); }},
       {"edit-delete-question", [] { Click("Delete"); },
-       [] { RequireEqual(BoxText(), "この行を削除してよろしいですか?"); }},
+       [] {
+         Require(BoxText().startsWith("この行を削除してよろしいですか?\n"), "another question");
+         Require(BoxText().contains(" : 41\n"), "the question does not tell which row");
+       }},
       {"edit-deleted", [] { ClickButton("OK"); },
        [] {
          ExpectRows(kRows);
