@@ -1,6 +1,7 @@
 // DB Keeper: the one place that joins the program to the real platform.
 #include <QApplication>
 #include <clocale>
+#include <optional>
 
 #include "app/main/Application.h"
 #include "app/support/SettingsFile.h"
@@ -13,6 +14,7 @@
 #include "platform/host/SystemClock.h"
 #include "platform/host/SystemRandom.h"
 #include "platform/odbc/OdbcConnection.h"
+#include "platform/qt/CommandLine.h"
 #include "platform/qt/Look.h"
 #include "platform/qt/ProgramRun.h"
 #include "platform/qt/QtDialogs.h"
@@ -23,8 +25,13 @@
 int main(int argc, char** argv) {
   using namespace dbkeeper;
 
+  if (const auto code = qt::AnswerCommandLine(argc, argv, qt::Usage(), DBKEEPER_VERSION)) {
+    return *code;
+  }
   const std::filesystem::path program_file = qt::ProgramFile(argc, argv);
+  std::optional<qt::DisplayNeeded> display(std::in_place);
   QApplication application(argc, argv);
+  display.reset();
   // The toolkit sets the operator's language; numbers in texts keep their "." all the same.
   std::setlocale(LC_NUMERIC, "C");
   QApplication::setApplicationName("DBKEEPER.exe");

@@ -15,6 +15,8 @@ target_link_libraries(dbkeeper_host PUBLIC dbkeeper_core dbkeeper_local_server d
 add_library(dbkeeper_qt STATIC
   platform/qt/DesktopColors.cpp
   platform/qt/DesktopColors.h
+  platform/qt/BusyInput.cpp
+  platform/qt/CommandLine.cpp
   platform/qt/FormWindow.cpp
   platform/qt/Icons.cpp
   platform/qt/Look.cpp
@@ -126,6 +128,20 @@ if(TARGET dbkeeper_test_server)
   dbkeeper_test(security_server_test WIRE
     SOURCES tests/platform/odbc/SecurityTest.cpp
     LIBS dbkeeper_host dbkeeper_test_server dbkeeper_test_support)
+endif()
+
+foreach(program dbkeeper dbkeeper-tour)
+  add_test(NAME command_line_of_${program}
+    COMMAND ${CMAKE_COMMAND} -DPROGRAM=$<TARGET_FILE:${program}> -DVERSION=${PROJECT_VERSION}
+      -DSCRATCH=${CMAKE_BINARY_DIR}/no-display -P ${CMAKE_SOURCE_DIR}/cmake/CheckCommandLine.cmake)
+  set_tests_properties(command_line_of_${program} PROPERTIES LABELS wire)
+endforeach()
+if(CMAKE_BUILD_TYPE STREQUAL "Release" AND TARGET dbkeeper-server)
+  add_test(NAME programs_are_hardened
+    COMMAND ${CMAKE_COMMAND}
+      "-DPROGRAMS=$<TARGET_FILE:dbkeeper>,$<TARGET_FILE:dbkeeper-tour>,$<TARGET_FILE:dbkeeper-server>"
+      -P ${CMAKE_SOURCE_DIR}/cmake/CheckHardening.cmake)
+  set_tests_properties(programs_are_hardened PROPERTIES LABELS wire)
 endif()
 
 # The whole of it on the local server: real windows, real wire.

@@ -28,6 +28,16 @@ void Edit::UserType(std::string text) {
   Raise(OnChange);
 }
 
+void Edit::UserEnter() {
+  entered_text_ = Text;
+  Raise(OnEnter);
+}
+
+void Edit::UserExit() {
+  if (Text == std::exchange(entered_text_, Text())) return;
+  Raise(OnExit);
+}
+
 void Button::UserClick() {
   if (!Enabled) return;
   if (Kind == ButtonKind::kToggle) Down = !Down();

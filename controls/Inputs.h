@@ -22,7 +22,8 @@ struct Label : Control {
 inline std::string LabelName(const std::string& control) { return control + "_Label"; }
 
 // A single-line text with a label of its own.
-struct Edit : Control {
+class Edit : public Control {
+ public:
   explicit Edit(std::string name = "", std::string label = "")
       : Control(std::move(name)), EditLabel(LabelName(Name), std::move(label)) {}
 
@@ -32,14 +33,19 @@ struct Edit : Control {
   Label EditLabel;
   Event OnChange;
   Event OnEnter;
-  Event OnExit;
+  Event OnExit;  // when it is left with another text
 
   // Locked: read-only with the button-face colour; otherwise editable with the window colour.
   void Lock(bool locked);
   // What a person types; ignored while read-only or disabled.
   void UserType(std::string text);
-  void UserEnter() { Raise(OnEnter); }
-  void UserExit() { Raise(OnExit); }
+  // The keyboard comes here, and goes to another control of the window. Only a text that is another
+  // one than at the entry is worth the event of leaving.
+  void UserEnter();
+  void UserExit();
+
+ private:
+  std::string entered_text_;
 };
 
 // Whether a button stays down when it is pressed.

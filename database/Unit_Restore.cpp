@@ -167,10 +167,10 @@ void TFormRestore::CheckBox_ChangeNameClick() {
   CheckBox_ChangeName.Enabled = false;
 }
 
-// The colour tells whether renaming is on. The old name stays the one of the set-up.
+// The old name stays the one of the set-up.
 void TFormRestore::Edit_DatabaseNameExit() {
   const std::string& name = Edit_DatabaseName.Text;
-  if (Edit_DatabaseName.Color() != Color::kWindow || name.empty()) return;
+  if (!CheckBox_ChangeName.Checked || name.empty()) return;
   for (Edit* edit : {&Edit_DatabaseFName, &Edit_LogFName}) {
     edit->Text = Renamed(edit->Text, database_, name);
   }

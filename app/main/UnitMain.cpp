@@ -155,7 +155,7 @@ void TFormMain::ApplicationException(const std::exception& error) {
     error_log_.Append(error);
   } catch (const std::exception& log_error) {
     // The error itself must be shown even where it cannot be logged.
-    host_.dialogs.ShowError(log_error.what());
+    host_.dialogs.ShowError(log_error.what(), "");
   }
   const std::string message = error.what();
   if (message.find("の操作") != std::string::npos && session_.ADOQuery_User.Active()) {
@@ -166,7 +166,8 @@ void TFormMain::ApplicationException(const std::exception& error) {
     return Browser.Abandon();
   }
   Browser.Settle();
-  host_.dialogs.ShowError(message);
+  const auto* const of_server = dynamic_cast<const ServerError*>(&error);
+  host_.dialogs.ShowError(message, of_server == nullptr ? "" : of_server->Places());
 }
 
 void TFormMain::ShowServer(const std::string& server) {

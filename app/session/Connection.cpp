@@ -1,5 +1,6 @@
 #include "app/session/Connection.h"
 
+#include <string>
 #include <utility>
 
 namespace dbkeeper {
@@ -33,6 +34,18 @@ std::string ConfidentialError::LogText() const {
     text += words[first] + std::string("***") + (last > first ? words.substr(last) : "");
   }
   return text;
+}
+
+std::string ServerError::Places() const {
+  std::string lines;
+  for (const ServerMessage& message : messages_) {
+    if (message.number == 0) continue;
+    lines += (lines.empty() ? "番号 " : "\r\n番号 ") + std::to_string(message.number);
+    if (message.severity > 0) lines += ", レベル " + std::to_string(message.severity);
+    if (message.state > 0) lines += ", 状態 " + std::to_string(message.state);
+    if (message.line > 0) lines += ", 行 " + std::to_string(message.line);
+  }
+  return lines;
 }
 
 void RowReader::AddRow(RowBlock& block) const {

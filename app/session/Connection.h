@@ -30,6 +30,8 @@ class ServerError : public Error {
   explicit ServerError(std::vector<ServerMessage> messages);
   const char* ClassName() const override { return "ServerError"; }
   const std::vector<ServerMessage>& Messages() const { return messages_; }
+  // Numbers, levels, states and lines of the messages that have them, a line each.
+  std::string Places() const;
   // The first message's number.
   int Number() const { return messages_.empty() ? 0 : messages_.front().number; }
 

@@ -64,8 +64,8 @@ class Dialogs {
  public:
   virtual ~Dialogs() = default;
   virtual void ShowMessage(const std::string& text) = 0;
-  // The standard box of an unhandled error.
-  virtual void ShowError(const std::string& text) = 0;
+  // The standard box of an unhandled error; the details, which may be empty, stand below the text.
+  virtual void ShowError(const std::string& text, const std::string& details) = 0;
   virtual Answer Ask(const Question& question) = 0;
   virtual std::optional<std::string> OpenFile(const FileChoice& choice) = 0;
   virtual std::optional<std::string> SaveFile(const FileChoice& choice) = 0;

@@ -85,6 +85,13 @@ class AiryStyle : public QProxyStyle {
     return result;
   }
 
+  int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                QStyleHintReturn* result) const override {
+    // The toolkit's own boxes have plain buttons, as the forms.
+    if (hint == SH_DialogButtonBox_ButtonsHaveIcons) return 0;
+    return QProxyStyle::styleHint(hint, option, widget, result);
+  }
+
   int pixelMetric(PixelMetric metric, const QStyleOption* option,
                   const QWidget* widget) const override {
     if (metric == PM_FocusFrameHMargin || metric == PM_HeaderMargin) return kCellMargin;

@@ -6,6 +6,9 @@
 
 namespace dbkeeper::qt {
 
+// What --help prints.
+const char* Usage();
+
 // The file that the program takes itself to be: its settings and folders stand beside it. Call it
 // before the windows are made.
 std::filesystem::path ProgramFile(int argc, char** argv);

@@ -1,8 +1,10 @@
 #include "platform/qt/QtDialogs.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QDialogButtonBox>
 #include <QFileDialog>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -12,6 +14,7 @@
 #include <algorithm>
 #include <array>
 #include <span>
+#include <vector>
 
 #include "platform/qt/Look.h"
 #include "platform/qt/QtText.h"
@@ -22,15 +25,15 @@ namespace {
 
 struct BoxButton {
   Answer answer;
-  QMessageBox::StandardButton button;
+  const char* name;
   const char* caption;
 };
 
-constexpr BoxButton kOk = {Answer::kOk, QMessageBox::Ok, "OK"};
-constexpr BoxButton kCancel = {Answer::kCancel, QMessageBox::Cancel, "キャンセル"};
-constexpr BoxButton kYes = {Answer::kYes, QMessageBox::Yes, "はい"};
-constexpr BoxButton kNo = {Answer::kNo, QMessageBox::No, "いいえ"};
-// The last button of a box is the one that Esc presses.
+constexpr BoxButton kOk = {Answer::kOk, "Ok", "OK"};
+constexpr BoxButton kCancel = {Answer::kCancel, "Cancel", "キャンセル"};
+constexpr BoxButton kYes = {Answer::kYes, "Yes", "はい"};
+constexpr BoxButton kNo = {Answer::kNo, "No", "いいえ"};
+// The last button of a box is the one that Esc presses, where Esc presses one.
 constexpr std::array<BoxButton, 1> kOkOnly = {kOk};
 constexpr std::array<BoxButton, 2> kOkCancel = {kOk, kCancel};
 constexpr std::array<BoxButton, 2> kYesNo = {kYes, kNo};
@@ -47,6 +50,58 @@ std::span<const BoxButton> ButtonsOf(Buttons buttons) {
   return kOkOnly;
 }
 
+// A box whose question must be answered by one of its buttons has neither Esc nor a close button,
+// for none of the answers is harmless. Ctrl+C copies the text, whatever of it is selected.
+class Box : public QMessageBox {
+ public:
+  Box(QMessageBox::Icon icon, const dbkeeper::Question& question)
+      : QMessageBox(icon, ToQt(question.caption), ToQtLines(question.text), QMessageBox::NoButton,
+                    QApplication::activeWindow()) {
+    setObjectName("MessageBox");
+    setTextFormat(Qt::PlainText);
+    setTextInteractionFlags(Qt::TextSelectableByMouse);
+    const std::span<const BoxButton> buttons = ButtonsOf(question.buttons);
+    for (const BoxButton& button : buttons) {
+      // Only of its role does the toolkit know nothing: it would find one for Esc by itself.
+      QPushButton* const made = addButton(button.caption, QMessageBox::ActionRole);
+      made->setObjectName(button.name);
+      if (button.answer == question.default_answer) setDefaultButton(made);
+      made_.push_back({made, button.answer});
+    }
+    if (question.buttons == Buttons::kYesNo) {
+      setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint);
+    } else {
+      setEscapeButton(made_.back().widget);
+    }
+  }
+
+  Answer Run() {
+    exec();
+    for (const Made& made : made_) {
+      if (made.widget == clickedButton()) return made.answer;
+    }
+    return made_.back().answer;
+  }
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override {
+    if (event->matches(QKeySequence::Copy)) {
+      const QString details = informativeText();
+      QApplication::clipboard()->setText(details.isEmpty() ? text() : text() + "\n\n" + details);
+    } else {
+      QMessageBox::keyPressEvent(event);
+    }
+  }
+
+ private:
+  struct Made {
+    QPushButton* widget;
+    Answer answer;
+  };
+
+  std::vector<Made> made_;
+};
+
 // A box breaks a line only where it would become too wide.
 void KeepLines(QMessageBox& box) {
   constexpr int kWidest = 700;
@@ -56,30 +111,16 @@ void KeepLines(QMessageBox& box) {
   label->setMinimumWidth(std::min(text, Scaled(box, kWidest)));
 }
 
-Answer RunBox(const Question& question, QMessageBox::Icon icon) {
-  QMessageBox box(icon, ToQt(question.caption), ToQtLines(question.text), QMessageBox::NoButton,
-                  QApplication::activeWindow());
-  box.setObjectName("MessageBox");
-  box.setTextFormat(Qt::PlainText);
-  box.setTextInteractionFlags(Qt::TextSelectableByMouse);
-  const std::span<const BoxButton> buttons = ButtonsOf(question.buttons);
-  for (const BoxButton& button : buttons) {
-    QPushButton* made = box.addButton(button.button);
-    made->setText(button.caption);
-    if (button.answer == question.default_answer) box.setDefaultButton(made);
-  }
-  box.setEscapeButton(buttons.back().button);
+Answer RunBox(const Question& question, QMessageBox::Icon icon, const std::string& details = "") {
+  Box box(icon, question);
+  box.setInformativeText(ToQtLines(details));
   KeepLines(box);
-  const int pressed = box.exec();
-  for (const BoxButton& button : buttons) {
-    if (button.button == pressed) return button.answer;
-  }
-  return buttons.back().answer;
+  return box.Run();
 }
 
-void RunMessage(const std::string& text, QMessageBox::Icon icon) {
-  const std::string title = FromQt(QCoreApplication::applicationName());
-  RunBox({text, title, Buttons::kOk, Icon::kNone, Answer::kOk}, icon);
+Question Message(const std::string& text) {
+  return {text, FromQt(QCoreApplication::applicationName()), Buttons::kOk, Icon::kNone,
+          Answer::kOk};
 }
 
 constexpr int kChooserWidth = 800;
@@ -164,9 +205,11 @@ QString ToQtFilter(const std::string& filter) {
   return result.join(QLatin1String(";;"));
 }
 
-void QtDialogs::ShowMessage(const std::string& text) { RunMessage(text, QMessageBox::NoIcon); }
+void QtDialogs::ShowMessage(const std::string& text) { RunBox(Message(text), QMessageBox::NoIcon); }
 
-void QtDialogs::ShowError(const std::string& text) { RunMessage(text, QMessageBox::Critical); }
+void QtDialogs::ShowError(const std::string& text, const std::string& details) {
+  RunBox(Message(text), QMessageBox::Critical, details);
+}
 
 Answer QtDialogs::Ask(const Question& question) {
   return RunBox(question,

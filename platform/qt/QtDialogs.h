@@ -10,7 +10,7 @@ namespace dbkeeper::qt {
 class QtDialogs : public Dialogs {
  public:
   void ShowMessage(const std::string& text) override;
-  void ShowError(const std::string& text) override;
+  void ShowError(const std::string& text, const std::string& details) override;
   Answer Ask(const Question& question) override;
   std::optional<std::string> OpenFile(const FileChoice& choice) override;
   std::optional<std::string> SaveFile(const FileChoice& choice) override;

@@ -65,6 +65,7 @@ bool QtWindows::AppendSystemMenu(const std::string& caption, int id) {
 }
 
 void QtWindows::BeginBusy() {
+  busy_input_.Begin();
   QApplication::setOverrideCursor(Qt::WaitCursor);
   // The statement that follows keeps the event loop from painting.
   for (QWidget* window : QApplication::topLevelWidgets()) {
@@ -73,6 +74,9 @@ void QtWindows::BeginBusy() {
   }
 }
 
-void QtWindows::EndBusy() { QApplication::restoreOverrideCursor(); }
+void QtWindows::EndBusy() {
+  QApplication::restoreOverrideCursor();
+  busy_input_.End();
+}
 
 }  // namespace dbkeeper::qt

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "app/support/Host.h"
+#include "platform/qt/BusyInput.h"
 
 class QWidget;
 
@@ -54,6 +55,7 @@ class QtWindows : public Windows {
   std::map<Form*, Entry> entries_;
   QWidget* main_window_ = nullptr;  // the first one made
   std::vector<SystemMenuItem> system_menu_;
+  BusyInput busy_input_;
 };
 
 }  // namespace dbkeeper::qt

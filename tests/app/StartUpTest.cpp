@@ -117,6 +117,19 @@ TEST_F(StartUpTest, ErrorLogGrowsByThreeLinesForEveryUncaughtError) {
   EXPECT_EQ(fake.dialogs.errors[0], "日 failed");
 }
 
+TEST_F(StartUpTest, AServersErrorShowsItsNumbersBelowItsWords) {
+  app.Start();
+  app.Guard().Run([] {
+    throw ServerError({{.number = 3201, .state = 2, .severity = 16, .line = 1, .text = "no file"},
+                       {.text = "a remark of the driver"},
+                       {.number = 3013, .line = 4, .text = "terminating"}});
+  });
+  app.Guard().Run([] { throw FileError("of the machine"); });
+  EXPECT_EQ(
+      fake.dialogs.error_details,
+      (std::vector<std::string>{"番号 3201, レベル 16, 状態 2, 行 1\r\n番号 3013, 行 4", ""}));
+}
+
 TEST_F(StartUpTest, ErrorIsShownAlsoWhereTheLogCannotBeWritten) {
   app.Start();
   fs::create_directory(folder / "error.log");

@@ -43,6 +43,7 @@ class FakeDialogs : public Dialogs {
  public:
   std::vector<std::string> messages;
   std::vector<std::string> errors;
+  std::vector<std::string> error_details;
   std::vector<Question> questions;
   std::vector<FileChoice> choices;
   // Answers in the order of asking; the default answer, or a cancel, once they are used up.
@@ -50,7 +51,10 @@ class FakeDialogs : public Dialogs {
   std::deque<std::optional<std::string>> paths;
 
   void ShowMessage(const std::string& text) override { messages.push_back(text); }
-  void ShowError(const std::string& text) override { errors.push_back(text); }
+  void ShowError(const std::string& text, const std::string& details) override {
+    errors.push_back(text);
+    error_details.push_back(details);
+  }
   Answer Ask(const Question& question) override {
     questions.push_back(question);
     if (answers.empty()) return question.default_answer;

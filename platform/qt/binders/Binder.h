@@ -45,6 +45,10 @@ class Binder {
   // As Make, showing "*" for each character.
   QLineEdit* MakePassword(Edit& edit) const;
   QPushButton* Make(Button& button) const;
+  // As Make, for a button of a tool bar: it never takes the keyboard, neither by a click nor by
+  // Tab, so that a key that follows goes where it was meant to. What is being typed into a cell is
+  // given to the cell first; where it is refused there, the click does nothing.
+  QPushButton* MakeTool(Button& button) const;
   QCheckBox* Make(CheckBox& box) const;
   QComboBox* Make(ComboBox& box) const;
   QGroupBox* Make(RadioGroup& group) const;

@@ -10,15 +10,26 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QVBoxLayout>
+#include <QWheelEvent>
 
 #include "platform/qt/Keep.h"
 #include "platform/qt/Look.h"
 #include "platform/qt/QtText.h"
 #include "platform/qt/binders/Binder.h"
+#include "platform/qt/binders/CellEditor.h"
 
 namespace dbkeeper::qt {
 
 namespace {
+
+// The wheel turns a list that is open; over a closed one it goes to what scrolls around it.
+class ChoiceWidget : public QComboBox {
+ public:
+  explicit ChoiceWidget(QWidget* parent) : QComboBox(parent) { setFocusPolicy(Qt::StrongFocus); }
+
+ protected:
+  void wheelEvent(QWheelEvent* event) override { event->ignore(); }
+};
 
 void ShowChoice(const ComboBox& box, QComboBox& widget) {
   if (box.Style == ComboStyle::kDropDownList) {
@@ -52,11 +63,11 @@ void ShowItems(const CheckListBox& list, QListWidget& widget) {
   ShowChecks(list, widget);
 }
 
-QDateTime ToQtDate(const DateTimeValue& value) {
+QDateTime ToQtMoment(const DateTimeValue& value) {
   return {QDate(value.year, value.month, value.day), QTime(value.hour, value.minute, value.second)};
 }
 
-DateTimeValue FromQtDate(const QDateTime& value) {
+DateTimeValue FromQtMoment(const QDateTime& value) {
   const QDate date = value.date();
   const QTime time = value.time();
   return {date.year(), date.month(), date.day(), time.hour(), time.minute(), time.second()};
@@ -74,9 +85,15 @@ QPushButton* Binder::Make(Button& button) const {
                     [widget](const std::string& text) { widget->setText(ToQtCaption(text)); }));
   Keep(*widget, button.Down.Observe([widget](bool down) { widget->setChecked(down); }));
   QObject::connect(widget, &QPushButton::clicked, widget, [guard = &guard_, &button, widget] {
-    guard->Run([&] { button.UserClick(); });
+    if (FinishTyping()) guard->Run([&] { button.UserClick(); });
     widget->setChecked(button.Down());
   });
+  return widget;
+}
+
+QPushButton* Binder::MakeTool(Button& button) const {
+  QPushButton* const widget = Make(button);
+  widget->setFocusPolicy(Qt::NoFocus);
   return widget;
 }
 
@@ -95,7 +112,7 @@ QCheckBox* Binder::Make(CheckBox& box) const {
 }
 
 QComboBox* Binder::Make(ComboBox& box) const {
-  auto* widget = new QComboBox(&window_);
+  auto* widget = new ChoiceWidget(&window_);
   const bool editable = box.Style == ComboStyle::kEditable;
   widget->setEditable(editable);
   widget->setInsertPolicy(QComboBox::NoInsert);
@@ -218,12 +235,12 @@ QDateTimeEdit* Binder::Make(DateTimePicker& picker) const {
   BindCommon(picker, *widget);
   const auto show = [&picker, widget] {
     const QSignalBlocker quiet(widget);
-    widget->setDateTime(ToQtDate(picker.Value()));
+    widget->setDateTime(ToQtMoment(picker.Value()));
   };
   Keep(*widget, picker.Value.Observe([show](const DateTimeValue&) { show(); }));
   QObject::connect(widget, &QDateTimeEdit::dateTimeChanged, widget,
                    [guard = &guard_, &picker, show](const QDateTime& value) {
-                     guard->Run([&] { picker.UserPick(FromQtDate(value)); });
+                     guard->Run([&] { picker.UserPick(FromQtMoment(value)); });
                      show();
                    });
   return widget;

@@ -15,6 +15,7 @@
 #include "platform/qt/Keep.h"
 #include "platform/qt/Look.h"
 #include "platform/qt/QtText.h"
+#include "platform/qt/binders/CellEditor.h"
 #include "platform/qt/binders/CellViewer.h"
 #include "platform/qt/binders/MenuBinder.h"
 
@@ -46,13 +47,19 @@ class CellDelegate : public QStyledItemDelegate {
 
   QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem&,
                         const QModelIndex& index) const override {
-    auto* editor = new QLineEdit(parent);
+    auto* editor = new CellEditor(parent);
     editor->setObjectName("CellEdit");
     editor->setStyleSheet("QLineEdit { border: 1px solid palette(highlight); }");
     editor->setAlignment(index.data(Qt::TextAlignmentRole).value<Qt::Alignment>());
     const auto column = static_cast<std::size_t>(index.column());
     connect(editor, &QLineEdit::textEdited, this,
             [this, column] { guard_.Run([&] { grid_.UserBeginEdit(column); }); });
+    editor->Finish = [this, editor] {
+      refused_ = false;
+      Q_EMIT const_cast<CellDelegate*>(this)->commitData(editor);
+      Q_EMIT const_cast<CellDelegate*>(this)->closeEditor(editor);
+      return !refused_;
+    };
     return editor;
   }
 
@@ -78,7 +85,11 @@ class CellDelegate : public QStyledItemDelegate {
     // First of all: a message box takes the focus away, and the editor asks to be read again.
     line->setModified(false);
     const std::string text = FromQt(line->text());
-    guard_.Run([&] { grid_.UserSetCell(static_cast<std::size_t>(index.column()), text); });
+    refused_ = true;
+    guard_.Run([&] {
+      grid_.UserSetCell(static_cast<std::size_t>(index.column()), text);
+      refused_ = false;
+    });
   }
 
   bool eventFilter(QObject* watched, QEvent* event) override {
@@ -103,9 +114,15 @@ class CellDelegate : public QStyledItemDelegate {
   DataGrid& grid_;
   const ActionGuard& guard_;
   GridWidget& widget_;
+  mutable bool refused_ = false;  // the text that was typed last
 };
 
 }  // namespace
+
+bool FinishTyping() {
+  auto* const editor = dynamic_cast<CellEditor*>(QApplication::focusWidget());
+  return editor == nullptr || editor->Finish();
+}
 
 GridWidget::GridWidget(DataGrid& grid, const ActionGuard& guard, QWidget* parent)
     : QTableView(parent),
@@ -115,7 +132,8 @@ GridWidget::GridWidget(DataGrid& grid, const ActionGuard& guard, QWidget* parent
       note_(new QLabel(parent)) {
   setModel(&model_);
   setItemDelegate(new CellDelegate(grid, guard, *this));
-  setSelectionMode(ExtendedSelection);
+  // Several cells to copy, and the current one always among them.
+  setSelectionMode(ContiguousSelection);
   setEditTriggers(DoubleClicked | EditKeyPressed | AnyKeyPressed);
   setTabKeyNavigation(false);
   setWordWrap(false);
@@ -194,7 +212,9 @@ void GridWidget::ShowCurrent() {
   const int column = std::clamp(grid_.CurrentColumn(), 0, model_.columnCount() - 1);
   grid_.CurrentColumn = column;
   const QModelIndex index = model_.index(static_cast<int>(row), column);
-  if (currentIndex() != index) setCurrentIndex(index);
+  if (currentIndex() == index && selectionModel()->isSelected(index)) return;
+  // Whatever keys are held: the row that commands mean is the one that is marked.
+  selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
 }
 
 void GridWidget::KeepColumnWidths() {
@@ -292,6 +312,13 @@ void GridWidget::currentChanged(const QModelIndex& current, const QModelIndex& p
   // The row left behind could not be written: the focus goes back to it.
   QMetaObject::invokeMethod(
       this, [this] { ShowCurrent(); }, Qt::QueuedConnection);
+}
+
+QItemSelectionModel::SelectionFlags GridWidget::selectionCommand(const QModelIndex& index,
+                                                                 const QEvent* event) const {
+  // A press beside the cells would leave the current one unmarked.
+  if (!index.isValid()) return QItemSelectionModel::NoUpdate;
+  return QTableView::selectionCommand(index, event);
 }
 
 bool GridWidget::NeedsViewer(const QModelIndex& index) const {

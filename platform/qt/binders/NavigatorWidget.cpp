@@ -7,6 +7,7 @@
 #include "platform/qt/Icons.h"
 #include "platform/qt/Keep.h"
 #include "platform/qt/Look.h"
+#include "platform/qt/binders/CellEditor.h"
 
 namespace dbkeeper::qt {
 
@@ -49,12 +50,11 @@ NavigatorWidget::NavigatorWidget(Navigator& navigator, const ActionGuard& guard,
     button->setIcon(NamedIcon(look.icon));
     button->setIconSize(QSize(Scaled(*this, kIconSize), Scaled(*this, kIconSize)));
     button->setAutoRaise(true);
-    // A press takes the focus, so that a cell being edited gives its text first.
-    button->setFocusPolicy(Qt::StrongFocus);
+    button->setFocusPolicy(Qt::NoFocus);
     button->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     button->setFixedHeight(Scaled(*this, kHeight));
     connect(button, &QToolButton::clicked, this, [this, sign = look.button] {
-      guard_.Run([&] { navigator_.UserPress(sign); });
+      if (FinishTyping()) guard_.Run([&] { navigator_.UserPress(sign); });
       ShowEnabled();
     });
     layout->addWidget(button);

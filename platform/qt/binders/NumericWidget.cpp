@@ -17,7 +17,7 @@ namespace {
 constexpr int kWidth = 73;
 constexpr char32_t kBackspace = 8;
 
-Qt::Alignment ToQt(TextAlignment alignment) {
+Qt::Alignment ToQtAlignment(TextAlignment alignment) {
   switch (alignment) {
     case TextAlignment::kLeft:
       return Qt::AlignLeft;
@@ -54,7 +54,7 @@ void NumericWidget::FollowControl() {
   Keep(*this, edit_.Text.Observe([this](const std::string&) { Show(); }));
   Keep(*this, edit_.Selection.Observe([this](const TextSelection&) { Show(); }));
   Keep(*this, edit_.Alignment.Observe([this](TextAlignment alignment) {
-    setAlignment(ToQt(alignment) | Qt::AlignVCenter);
+    setAlignment(ToQtAlignment(alignment) | Qt::AlignVCenter);
   }));
   Keep(*this, edit_.ReadOnly.Observe([this](bool read_only) { setReadOnly(read_only); }));
   Keep(*this, edit_.Color.Observe([this](Color color) { ShowFieldColor(*this, color); }));

@@ -42,7 +42,8 @@ void Show(QPlainTextEdit& widget, const std::string& text) {
   widget.moveCursor(QTextCursor::Start);
 }
 
-// Tells when the keyboard focus enters or leaves a widget.
+// Tells when the keyboard focus enters or leaves a widget inside its window. Another window or a
+// menu that takes the keyboard for a while is neither.
 class FocusWatcher : public QObject {
  public:
   FocusWatcher(QWidget& widget, std::function<void()> entered, std::function<void()> left)
@@ -51,14 +52,29 @@ class FocusWatcher : public QObject {
   }
 
   bool eventFilter(QObject* watched, QEvent* event) override {
-    if (event->type() == QEvent::FocusIn) entered_();
-    if (event->type() == QEvent::FocusOut) left_();
+    if (event->type() == QEvent::FocusIn && !inside_) {
+      inside_ = true;
+      entered_();
+    }
+    if (event->type() == QEvent::FocusOut && inside_ && !IsForAWhile(*event)) {
+      inside_ = false;
+      left_();
+    }
+    // The window has gone, and nobody left the field.
+    if (event->type() == QEvent::Hide) inside_ = false;
     return QObject::eventFilter(watched, event);
   }
 
  private:
+  static bool IsForAWhile(QEvent& event) {
+    const Qt::FocusReason reason = static_cast<QFocusEvent&>(event).reason();
+    return reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason ||
+           reason == Qt::MenuBarFocusReason;
+  }
+
   std::function<void()> entered_;
   std::function<void()> left_;
+  bool inside_ = false;
 };
 
 }  // namespace

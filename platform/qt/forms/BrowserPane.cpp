@@ -30,11 +30,11 @@ QHBoxLayout* Row(const QWidget& widget) {
 }
 
 QHBoxLayout* MakeToolRow(TableBrowser& form, const Binder& binder, const QWidget& area) {
-  auto* close = binder.Make(form.Sbtn_TableClose);
-  auto* open = binder.Make(form.Sbtn_TableOpen);
+  auto* close = binder.MakeTool(form.Sbtn_TableClose);
+  auto* open = binder.MakeTool(form.Sbtn_TableOpen);
   auto* name = binder.Make(form.Edit_Open_TableName);
   auto* filter = binder.Make(form.ComboBox_Table_Where);
-  auto* mode = binder.Make(form.Sbtn_RE);
+  auto* mode = binder.MakeTool(form.Sbtn_RE);
   close->setFixedWidth(Scaled(area, kCloseWidth));
   open->setFixedWidth(Scaled(area, kButtonWidth));
   mode->setFixedWidth(Scaled(area, kButtonWidth));

@@ -101,7 +101,7 @@ class ExecSqlWindow : public FormSecondWindow {
 
   // A button as narrow as the widest of its captions so far, for there are many in a row.
   QPushButton* Narrow(Button& button) {
-    QPushButton* const widget = binder_.Make(button);
+    QPushButton* const widget = binder_.MakeTool(button);
     Keep(*widget, button.Caption.Observe([widget](const std::string& caption) {
       const int text = widget->fontMetrics().horizontalAdvance(ToQt(caption));
       widget->setFixedWidth(
@@ -209,7 +209,7 @@ class ExecSqlWindow : public FormSecondWindow {
     auto* column = new QVBoxLayout(panel);
     column->setContentsMargins(side, side, side, side);
     column->setSpacing(side);
-    column->addWidget(binder_.Make(form_.Sbtn_EasySQL_Get_Columns));
+    column->addWidget(binder_.MakeTool(form_.Sbtn_EasySQL_Get_Columns));
     auto* top = new QHBoxLayout;
     top->addWidget(binder_.Make(form_.ComboBox_EasySQL_Mode), 1);
     top->addWidget(binder_.Make(form_.Fne_EasySQL_Top.EditLabel));
@@ -219,10 +219,10 @@ class ExecSqlWindow : public FormSecondWindow {
     column->addLayout(top);
     auto* buttons = new QGridLayout;
     buttons->setSpacing(side);
-    buttons->addWidget(binder_.Make(form_.Sbtn_EasySQL_Select), 0, 0);
-    buttons->addWidget(binder_.Make(form_.Sbtn_EasySQL_Where), 0, 1);
-    buttons->addWidget(binder_.Make(form_.Sbtn_EasySQL_OrderBy), 1, 0);
-    buttons->addWidget(binder_.Make(form_.Sbtn_EasySQL_Clear), 1, 1);
+    buttons->addWidget(binder_.MakeTool(form_.Sbtn_EasySQL_Select), 0, 0);
+    buttons->addWidget(binder_.MakeTool(form_.Sbtn_EasySQL_Where), 0, 1);
+    buttons->addWidget(binder_.MakeTool(form_.Sbtn_EasySQL_OrderBy), 1, 0);
+    buttons->addWidget(binder_.MakeTool(form_.Sbtn_EasySQL_Clear), 1, 1);
     column->addLayout(buttons);
     column->addWidget(binder_.Make(form_.CheckListBox_EasySQL), 1);
     return panel;

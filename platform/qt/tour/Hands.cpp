@@ -23,6 +23,8 @@ namespace dbkeeper::qt::tour {
 
 namespace {
 
+constexpr int kMoment = 5;  // milliseconds
+
 [[noreturn]] void Missing(const QString& what) {
   throw std::runtime_error(what.toStdString() + " is not shown");
 }
@@ -47,6 +49,8 @@ QWidget* FindOrNull(const QString& name) {
 // A window that is pressed or typed into comes to the front, also where no window manager sees to
 // it.
 void BringToFront(QWidget& window) {
+  // A person takes a moment; what comes at once was meant for what stood there before.
+  QTest::qWait(kMoment);
   if (window.windowType() == Qt::Popup || window.isActiveWindow()) return;
   window.activateWindow();
   if (!QTest::qWaitForWindowActive(&window)) Missing("The focus of " + window.objectName());

@@ -10,13 +10,20 @@
 
 namespace dbkeeper::qt {
 
+const char* Usage() {
+  return "usage: dbkeeper-tour DIR\n"
+         "Shows the program by itself and writes pictures of it into DIR.\n"
+         "  --help     prints this\n"
+         "  --version  prints the version\n";
+}
+
 namespace {
 
 constexpr int kWrongUse = 2;
 
 std::filesystem::path PictureFolder(int argc, char** argv) {
   if (argc != 2) {
-    std::fprintf(stderr, "usage: dbkeeper-tour DIR\nWrites pictures of the program into DIR.\n");
+    std::fputs(Usage(), stderr);
     std::exit(kWrongUse);
   }
   return std::filesystem::absolute(argv[1]);

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <QApplication>
+#include <QFocusEvent>
 #include <QLineEdit>
 #include <QRadioButton>
 #include <QTest>
@@ -61,6 +63,38 @@ TEST_F(DatabaseWindows, EnterInTheNameFieldRenamesTheFilesBeforeTheRestore) {
   EXPECT_TRUE(form.Visible);
   QTest::keyClick(window.get(), Qt::Key_Escape);
   EXPECT_FALSE(form.Visible);
+}
+
+// The name is left when another control gets the keyboard; a menu or another window only borrows
+// it.
+TEST_F(DatabaseWindows, FilesAreRenamedOnceForEachNameThatWasTyped) {
+  TFormRestore& form = app.FormRestore;
+  const auto window = qt::MakeWindow(form, app.Guard(), nullptr);
+  form.SetUp({.database = "db",
+              .file = "C:\\b.bak",
+              .log_logical = "l",
+              .data_logical = "d",
+              .log_physical = "C:\\db.ldf",
+              .data_physical = "C:\\db.mdf"});
+  Show(form, *window);
+  QTest::keyClick(&Child(*window, "CheckBox_ChangeName"), Qt::Key_Space);
+  QWidget& name = Child(*window, "Edit_DatabaseName");
+  QWidget& file = Child(*window, "Edit_DatabaseFName");
+  Type(*window, "Edit_DatabaseName", "db2");
+  for (const Qt::FocusReason reason :
+       {Qt::PopupFocusReason, Qt::ActiveWindowFocusReason, Qt::MenuBarFocusReason}) {
+    QFocusEvent out(QEvent::FocusOut, reason);
+    QFocusEvent in(QEvent::FocusIn, reason);
+    QApplication::sendEvent(&name, &out);
+    EXPECT_EQ(form.Edit_DatabaseFName.Text(), "C:\\db.mdf") << reason;
+    QApplication::sendEvent(&name, &in);
+  }
+  for (int i = 0; i < 2; ++i) {
+    file.setFocus();
+    EXPECT_EQ(form.Edit_DatabaseFName.Text(), "C:\\db2.mdf");
+    EXPECT_EQ(form.Edit_LogFName.Text(), "C:\\db2.ldf");
+    name.setFocus();
+  }
 }
 
 TEST_F(DatabaseWindows, SizesAreTypedAndGrowthIsChosenByMouse) {

@@ -1,7 +1,9 @@
 // The query window itself, driven by keys, drops and an input method.
 #include <gtest/gtest.h>
 
+#include <QAbstractButton>
 #include <QApplication>
+#include <QComboBox>
 #include <QDropEvent>
 #include <QInputMethodEvent>
 #include <QLineEdit>
@@ -10,6 +12,7 @@
 #include <QScrollBar>
 #include <QTest>
 #include <QUrl>
+#include <QWheelEvent>
 #include <memory>
 #include <string>
 
@@ -52,6 +55,55 @@ TEST_F(ExecSqlWindowTest, KeysRunTheText) {
   QTest::keyClick(shown.get(), Qt::Key_E, Qt::ControlModifier);
   EXPECT_EQ(connection.statements.size(), 2U);
   EXPECT_EQ(shown->windowTitle(), "RowsAffected : -1");
+}
+
+// A blank after a click on "Exec" goes into the text, and runs nothing again.
+TEST_F(ExecSqlWindowTest, NoButtonOfTheToolBarTakesTheKeyboard) {
+  ASSERT_TRUE(QTest::qWaitForWindowActive(shown.get()));
+  Type("select 1");
+  for (const QAbstractButton* button : shown->findChildren<QAbstractButton*>()) {
+    if (button->objectName().isEmpty() || button->window() != shown.get()) continue;
+    EXPECT_EQ(button->focusPolicy(), Qt::NoFocus) << button->objectName().toStdString();
+  }
+  QTest::mouseClick(&Get<QPushButton>("SpeedButton3"), Qt::LeftButton);
+  QTest::keyClick(shown->focusWidget(), Qt::Key_Space);
+  EXPECT_EQ(connection.statements.size(), 1U);
+  EXPECT_EQ(window.MemoSQL.Text(), "select 1 ");
+}
+
+TEST_F(ExecSqlWindowTest, TheWheelTurnsNoClosedBox) {
+  window.ComboBox_DatabaseName.Items.Assign({"master", "sales"});
+  window.ComboBox_DatabaseName.SetItemIndex(0);
+  auto& box = Get<QComboBox>("ComboBox_DatabaseName");
+  QWheelEvent wheel(QPointF(5, 5), box.mapToGlobal(QPointF(5, 5)), {}, {0, -120}, Qt::NoButton,
+                    Qt::NoModifier, Qt::NoScrollPhase, false);
+  QApplication::sendEvent(&box, &wheel);
+  EXPECT_EQ(window.ComboBox_DatabaseName.Text(), "master");
+  EXPECT_TRUE(connection.statements.empty());
+}
+
+// Whatever loses the keyboard by being disabled or hidden, no box gets it that a key would change.
+TEST_F(ExecSqlWindowTest, TheKeyboardNeverFallsOnABox) {
+  ASSERT_TRUE(QTest::qWaitForWindowActive(shown.get()));
+  window.Panel_Template.Visible = true;
+  window.Panel_EasySQL.Visible = true;
+  struct Case {
+    const char* focused;
+    Control& control;
+    bool hides;
+  };
+  const Case cases[] = {{"CmbBox_Template", window.Panel_Template, true},
+                        {"Fne_EasySQL_Top", window.Panel_EasySQL, true},
+                        {"DBGrid1", window.DBGrid1, false},
+                        {"MemoSQL", window.MemoSQL, false}};
+  for (const Case& c : cases) {
+    Get<QWidget>(c.focused).setFocus();
+    (c.hides ? c.control.Visible : c.control.Enabled) = false;
+    const QWidget* const focused = shown->focusWidget();
+    EXPECT_EQ(qobject_cast<const QComboBox*>(focused), nullptr) << c.focused;
+    EXPECT_NE(focused, &Get<QWidget>(c.focused)) << c.focused;
+    (c.hides ? c.control.Visible : c.control.Enabled) = true;
+  }
 }
 
 TEST_F(ExecSqlWindowTest, AnInputMethodComposesUndisturbed) {

@@ -167,6 +167,63 @@ TEST_F(GridTest, AnInputMethodWritesIntoACell) {
   }
 }
 
+// A person sees which row a command would take.
+TEST_F(GridTest, TheCurrentCellIsMarkedAfterEveryMove) {
+  OpenForEditing();
+  const auto expect_marked = [this](const char* what) {
+    const QModelIndex current = widget.currentIndex();
+    EXPECT_EQ(current.row(), view.CurrentRow()) << what;
+    EXPECT_TRUE(widget.selectionModel()->isSelected(current)) << what;
+  };
+  const auto expect_alone = [&](const char* what) {
+    expect_marked(what);
+    EXPECT_EQ(widget.selectionModel()->selectedIndexes().size(), 1) << what;
+  };
+  struct Move {
+    const char* what;
+    Qt::Key key;
+    Qt::KeyboardModifiers modifiers;
+  };
+  const Move moves[] = {{"ctrl+end", Qt::Key_End, Qt::ControlModifier},
+                        {"ctrl+home", Qt::Key_Home, Qt::ControlModifier},
+                        {"ctrl+down", Qt::Key_Down, Qt::ControlModifier},
+                        {"ctrl+right", Qt::Key_Right, Qt::ControlModifier},
+                        {"page down", Qt::Key_PageDown, Qt::NoModifier},
+                        {"home", Qt::Key_Home, Qt::NoModifier},
+                        {"up", Qt::Key_Up, Qt::NoModifier}};
+  Focus(1, 1);
+  for (const Move& move : moves) {
+    Key(move.key, move.modifiers);
+    expect_alone(move.what);
+  }
+  const auto click = [this](int row, Qt::KeyboardModifiers modifiers) {
+    QTest::mouseClick(widget.viewport(), Qt::LeftButton, modifiers,
+                      widget.visualRect(widget.model()->index(row, 1)).center());
+  };
+  for (const int row : {2, 2, 0}) {
+    click(row, Qt::ControlModifier);
+    expect_marked("ctrl+click");
+  }
+  click(2, Qt::ShiftModifier);
+  expect_marked("shift+click");
+  QTest::mouseClick(widget.viewport(), Qt::LeftButton, {}, QPoint(10, 230));
+  expect_marked("a click beside the rows");
+  view.First();
+  expect_alone("first");
+  view.Insert();
+  expect_alone("insert");
+  click(2, Qt::NoModifier);
+  EXPECT_EQ(Shown(view.CurrentRow() < 0 ? 0 : static_cast<int>(view.CurrentRow()), 0), "2")
+      << "the row that was clicked, though an untouched new one before it has gone";
+  QApplication::processEvents();
+  expect_alone("a click that drops a new row");
+  connection.Answer(
+      "with (updlock)",
+      {ItemFields(), {{"2", std::nullopt, std::nullopt, "00FF10", "一行目\r\n二行目"}}, {}});
+  view.Delete();
+  expect_alone("delete");
+}
+
 TEST_F(GridTest, LookingAtANullDoesNotMakeItAnEmptyText) {
   OpenForEditing();
   Focus(1, 1);

@@ -1,7 +1,15 @@
+#include <QAbstractButton>
 #include <QApplication>
+#include <QClipboard>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
+#include <QMouseEvent>
+#include <QPlainTextEdit>
 #include <QStatusBar>
+#include <QTest>
+#include <QTimer>
 
 #include "platform/qt/tour/Chapters.h"
 #include "platform/qt/tour/Hands.h"
@@ -140,6 +148,84 @@ TEST_F(RealWindows, TheStatusBarIsPaintedBeforeAStatementGoesOut) {
     EXPECT_EQ(QGuiApplication::overrideCursor()->shape(), Qt::WaitCursor);
   }
   EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
+}
+
+TEST_F(RealWindows, WhatIsTypedAndClickedWhileAStatementRunsIsDropped) {
+  app.Start();
+  windows.Show(app.FormExecSQL);
+  QWidget& window = windows.WindowOf(app.FormExecSQL);
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+  auto& editor = FindA<QPlainTextEdit>("MemoSQL");
+  QWidget& exec = Find("SpeedButton3");
+  const auto press = [](QWidget& widget, Qt::Key key, const QString& text) {
+    QApplication::postEvent(&widget, new QKeyEvent(QEvent::KeyPress, key, Qt::NoModifier, text));
+    QApplication::postEvent(&widget, new QKeyEvent(QEvent::KeyRelease, key, Qt::NoModifier, text));
+  };
+  const auto click = [](QWidget& widget) {
+    const QPointF place(5, 5);
+    for (const auto type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
+      QApplication::postEvent(
+          &widget, new QMouseEvent(type, place, widget.mapToGlobal(place), Qt::LeftButton,
+                                   type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton,
+                                   Qt::NoModifier));
+    }
+  };
+  const auto person = [&] {
+    press(editor, Qt::Key_X, "x");
+    click(exec);
+  };
+  {
+    const BusyScope outer(windows);
+    const BusyScope inner(windows);
+    person();
+  }
+  QTest::qWait(50);
+  EXPECT_EQ(app.FormExecSQL.MemoSQL.Text(), "");
+  EXPECT_TRUE(connection.statements.empty());
+  person();
+  QTest::qWait(50);
+  EXPECT_EQ(app.FormExecSQL.MemoSQL.Text(), "x");
+  EXPECT_EQ(connection.statements.size(), 1U);
+}
+
+// A statement that asks must be answered; what was pressed before the question is no answer.
+TEST_F(RealWindows, AQuestionWithinAStatementIsAnsweredByWhatComesAfterIt) {
+  app.Start();
+  windows.Show(app.FormMain);
+  const BusyScope busy(windows);
+  QTimer::singleShot(200, [] { PressKey(Qt::Key_Return); });
+  EXPECT_EQ(dialogs.Ask({"?", "注意", Buttons::kOkCancel, Icon::kStop, Answer::kOk}), Answer::kOk);
+}
+
+TEST_F(RealWindows, AYesNoQuestionHasNoWayOut) {
+  app.Start();
+  windows.Show(app.FormMain);
+  bool still_open = false;
+  QTimer::singleShot(50, [&] {
+    auto& box = FindA<QMessageBox>("MessageBox");
+    EXPECT_FALSE(box.windowFlags().testFlag(Qt::WindowCloseButtonHint));
+    PressKey(Qt::Key_Escape);
+    box.close();
+    still_open = box.isVisible();
+    ClickButton("はい");
+  });
+  EXPECT_EQ(dialogs.Ask({"?", "確認", Buttons::kYesNo, Icon::kNone, Answer::kNo}), Answer::kYes);
+  EXPECT_TRUE(still_open);
+}
+
+TEST_F(RealWindows, EscIsCancelAndCtrlCCopiesTheText) {
+  app.Start();
+  windows.Show(app.FormMain);
+  QTimer::singleShot(50, [] {
+    PressKey(Qt::Key_C, Qt::ControlModifier);
+    for (const QAbstractButton* button : FindA<QMessageBox>("MessageBox").buttons()) {
+      EXPECT_TRUE(button->icon().isNull()) << button->text().toStdString();
+    }
+    PressKey(Qt::Key_Escape);
+  });
+  EXPECT_EQ(dialogs.Ask({"削除?", "注意", Buttons::kOkCancel, Icon::kStop, Answer::kOk}),
+            Answer::kCancel);
+  EXPECT_EQ(QApplication::clipboard()->text(), "削除?");
 }
 
 TEST_F(RealWindows, TheProgramIsMinimisedAsAWhole) {
