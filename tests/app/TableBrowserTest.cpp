@@ -160,20 +160,20 @@ TEST_F(TableBrowserTest, EditModeOpensTheRowsAgainAndSurvivesTheNextTable) {
 
 TEST_F(TableBrowserTest, TheEditSwitchWritesNoRowThatNobodyTypedInto) {
   OpenItems();
-  Press(form.Sbtn_RE);
+  Press(browser.Sbtn_RE);
   app.Guard().Run([&] { rows.Insert(); });
   connection.statements.clear();
-  Press(form.Sbtn_RE);
+  Press(browser.Sbtn_RE);
   EXPECT_EQ(connection.statements, Statements{"select * from [items]"});
   EXPECT_FALSE(rows.CanEdit());
 }
 
 TEST_F(TableBrowserTest, TheQuestionBeforeADeletionShowsTheRow) {
   OpenItems();
-  Press(form.Sbtn_RE);
+  Press(browser.Sbtn_RE);
   connection.statements.clear();
   fake.dialogs.answers = {Answer::kCancel};
-  app.Guard().Run([&] { form.DBNavigator1.UserPress(NavigatorButton::kDelete); });
+  app.Guard().Run([&] { browser.DBNavigator1.UserPress(NavigatorButton::kDelete); });
   ASSERT_EQ(fake.dialogs.questions.size(), 1U);
   EXPECT_EQ(fake.dialogs.questions[0].text,
             "この行を削除してよろしいですか?\r\n\r\nid : 0\r\nname : n0");
