@@ -29,6 +29,7 @@ add_library(dbkeeper_server_sql STATIC
   server/types/conversion.cpp
   server/types/datetime.cpp
   server/types/decimal.cpp
+  server/types/job_schedule.cpp
   server/types/messages.cpp
   server/types/text.cpp
   server/types/type_rules.cpp
@@ -69,7 +70,11 @@ add_library(dbkeeper_server_engine STATIC
   server/instance/sample_instance.cpp
   server/procedures/backup_history_procedures.cpp
   server/procedures/database_procedures.cpp
+  server/procedures/job_call.cpp
+  server/procedures/job_history_procedures.cpp
   server/procedures/job_procedures.cpp
+  server/procedures/job_schedule_procedures.cpp
+  server/procedures/job_step_procedures.cpp
   server/procedures/login_procedures.cpp
   server/procedures/metadata_procedures.cpp
   server/procedures/object_procedures.cpp
@@ -97,6 +102,7 @@ dbkeeper_test(server_sql_tests
     tests/server/sql/translator_test.cpp
     tests/server/types/datetime_test.cpp
     tests/server/types/decimal_test.cpp
+    tests/server/types/job_schedule_test.cpp
     tests/server/types/text_test.cpp
   LIBS dbkeeper_server_sql
 )
@@ -107,6 +113,7 @@ dbkeeper_test(server_engine_tests
     tests/server/engine/catalog_test.cpp
     tests/server/engine/durability_test.cpp
     tests/server/engine/engine_fixture.cpp
+    tests/server/engine/job_procedures_test.cpp
     tests/server/engine/permissions_test.cpp
     tests/server/engine/session_test.cpp
     tests/server/engine/statement_cases_test.cpp

@@ -6,6 +6,7 @@
 #include <functional>
 #include <string>
 
+#include "server/engine/job_agent.h"
 #include "server/engine/session.h"
 
 namespace dbkeeper::server {
@@ -29,6 +30,14 @@ class Instance : public SessionFactory {
   // Sets the password of an SQL login; makes the login, as a system administrator, when there is
   // none of that name.
   virtual void SetLoginPassword(const std::string& name, const std::string& password) = 0;
+
+  // Lets in whom the instance trusts without a password: its agent, in a login's name. Throws
+  // SqlError when the login cannot use the database.
+  virtual std::unique_ptr<Session> Admit(const std::string& login, const ClientInfo& client,
+                                         const std::string& database) = 0;
+
+  // Who runs the jobs; null: nobody. It is set while no client is in.
+  virtual void SetAgent(JobAgent* agent) = 0;
 
   // `callback` runs, on the thread of the client that asked, when a client runs SHUTDOWN.
   virtual void OnShutdown(std::function<void()> callback) = 0;

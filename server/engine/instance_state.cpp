@@ -252,13 +252,24 @@ std::unique_ptr<Session> InstanceState::Login(const LoginRequest& request) {
       database = master.TextOf("select dbname from main.syslogins where name = ?1", request.user);
     }
     if (database.empty()) database = "master";
-    auto session = std::make_unique<EngineSession>(*this, login);
-    session->Enter(request.client, database);
-    return session;
+    return Enter(login, request.client, database);
   } catch (const SqlError&) {
     throw LoginRefused{request.database.empty() ? MakeMessage(4064)
                                                 : MakeMessage(4060, {request.database})};
   }
+}
+
+std::unique_ptr<Session> InstanceState::Admit(const std::string& login, const ClientInfo& client,
+                                              const std::string& database) {
+  SqliteConnection master = OpenMaster(*this);
+  return Enter(ReadLogin(master, login, false), client, database);
+}
+
+std::unique_ptr<Session> InstanceState::Enter(const LoginInfo& login, const ClientInfo& client,
+                                              const std::string& database) {
+  auto session = std::make_unique<EngineSession>(*this, login);
+  session->Enter(client, database);
+  return session;
 }
 
 }  // namespace dbkeeper::server

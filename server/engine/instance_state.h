@@ -49,6 +49,7 @@ struct FileState {
 };
 
 class FolderLock;
+struct LoginInfo;
 
 class InstanceState : public Instance {
  public:
@@ -61,6 +62,9 @@ class InstanceState : public Instance {
 
   void SetOperator(const std::string& windows_name, const std::string& secret) override;
   void SetLoginPassword(const std::string& name, const std::string& password) override;
+  std::unique_ptr<Session> Admit(const std::string& login, const ClientInfo& client,
+                                 const std::string& database) override;
+  void SetAgent(JobAgent* agent) override { agent_ = agent; }
   void OnShutdown(std::function<void()> callback) override;
   void OnKill(std::function<void(int)> callback) override;
   std::string server_name() const override { return options_.server_name; }
@@ -68,6 +72,8 @@ class InstanceState : public Instance {
 
   const InstanceOptions& options() const { return options_; }
   SystemProcedures run_procedure() const { return run_procedure_; }
+  // Null: nobody runs the jobs.
+  JobAgent* agent() const { return agent_; }
   DatabasePlaces& places() { return places_; }
   std::filesystem::path FileOf(int dbid) const { return places_.Of(dbid).data; }
   FileState FileStateOf(int dbid) const;
@@ -99,6 +105,8 @@ class InstanceState : public Instance {
   void RequestShutdown();
 
  private:
+  std::unique_ptr<Session> Enter(const LoginInfo& login, const ClientInfo& client,
+                                 const std::string& database);
   bool InUseUnlocked(int dbid, int spid) const;
   bool IsOperator(const std::string& name, const std::string& secret) const;
 
@@ -113,6 +121,7 @@ class InstanceState : public Instance {
   std::uint64_t last_timestamp_ = 0;
   std::string operator_name_;
   std::string operator_secret_;
+  JobAgent* agent_ = nullptr;
   std::function<void()> on_shutdown_;
   std::function<void(int)> on_kill_;
 };

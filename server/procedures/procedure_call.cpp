@@ -4,8 +4,10 @@
 
 #include "server/engine/state_functions.h"
 #include "server/sql/parser.h"
+#include "server/types/conversion.h"
 #include "server/types/messages.h"
 #include "server/types/text.h"
+#include "server/types/type_rules.h"
 
 namespace dbkeeper::server {
 
@@ -39,7 +41,10 @@ struct ProcedureFamily {
 constexpr ProcedureFamily kFamilies[] = {
     {BackupHistoryProcedures, "msdb"},
     {DatabaseProcedures},
+    {JobHistoryProcedures, "msdb"},
     {JobProcedures, "msdb"},
+    {JobScheduleProcedures, "msdb"},
+    {JobStepProcedures, "msdb"},
     {LoginProcedures},
     {MetadataProcedures},
     {ObjectProcedures},
@@ -107,6 +112,17 @@ bool ProcedureCall::Has(std::string_view parameter) const { return !IsNullCell(V
 
 std::string ProcedureCall::Text(std::string_view parameter, std::string_view otherwise) const {
   return Has(parameter) ? TextOfCell(Value(parameter)) : std::string(otherwise);
+}
+
+std::int64_t ProcedureCall::Integer(std::string_view parameter, std::int64_t otherwise) const {
+  const Parameter& argument = *Find(parameter);
+  if (IsNullCell(argument.value)) return otherwise;
+  try {
+    return std::get<std::int64_t>(
+        ConvertCell(argument.value, argument.type, kIntType, 0, ConversionKind::kAssignment));
+  } catch (const SqlError&) {
+    Fail(8114, {NameOf(argument.type.id), NameOf(kIntType.id)});
+  }
 }
 
 FoundObject ProcedureCall::Object(std::string_view parameter, std::string_view xtypes) {

@@ -49,6 +49,8 @@ class ProcedureCall {
   bool Has(std::string_view parameter) const;
   const Cell& Value(std::string_view parameter) const;
   std::string Text(std::string_view parameter, std::string_view otherwise = {}) const;
+  // Throws 8114 when the value is no integer.
+  std::int64_t Integer(std::string_view parameter, std::int64_t otherwise = 0) const;
   // A name that is looked up as an object; throws 15009 when there is none of the kinds `xtypes`.
   FoundObject Object(std::string_view parameter, std::string_view xtypes);
 
@@ -105,7 +107,10 @@ bool RunSystemProcedure(std::string_view name, EngineSession& session, const Par
 // The families, one source each; procedure_call.cpp lists them.
 std::span<const ProcedureRow> BackupHistoryProcedures();
 std::span<const ProcedureRow> DatabaseProcedures();
+std::span<const ProcedureRow> JobHistoryProcedures();
 std::span<const ProcedureRow> JobProcedures();
+std::span<const ProcedureRow> JobScheduleProcedures();
+std::span<const ProcedureRow> JobStepProcedures();
 std::span<const ProcedureRow> LoginProcedures();
 std::span<const ProcedureRow> MetadataProcedures();
 std::span<const ProcedureRow> ObjectProcedures();

@@ -104,6 +104,13 @@ std::size_t SqliteStatement::ParameterCount() const {
   return static_cast<std::size_t>(sqlite3_bind_parameter_count(statement_.get()));
 }
 
+std::vector<Cell> SqliteStatement::Row() const {
+  std::vector<Cell> cells;
+  cells.reserve(static_cast<std::size_t>(ColumnCount()));
+  for (int i = 0; i < ColumnCount(); ++i) cells.push_back(Value(i));
+  return cells;
+}
+
 int SqliteStatement::ColumnCount() const { return sqlite3_column_count(statement_.get()); }
 
 std::string FileUri(const std::filesystem::path& file, std::string_view mode) {

@@ -55,6 +55,7 @@ class SqliteStatement {
   std::string_view Bytes(int column) const;  // text or blob, until the next step
   std::string Text(int column) const { return std::string(Bytes(column)); }
   Cell Value(int column) const;
+  std::vector<Cell> Row() const;
   int ColumnCount() const;
   std::size_t ParameterCount() const;
 
