@@ -27,7 +27,7 @@ set(server
   "server/storage"
   "server/catalog"
   "server/engine"
-  "server/procedures|server/wire"
+  "server/agent|server/procedures|server/wire"
   "server/instance"
 )
 

@@ -39,6 +39,10 @@ target_include_directories(dbkeeper_server_sql PUBLIC ${CMAKE_SOURCE_DIR})
 target_link_libraries(dbkeeper_server_sql PUBLIC SQLite::SQLite3 PRIVATE Boost::headers)
 
 add_library(dbkeeper_server_engine STATIC
+  server/agent/agent.cpp
+  server/agent/agent_session.cpp
+  server/agent/job_history.cpp
+  server/agent/job_run.cpp
   server/catalog/catalog.cpp
   server/catalog/login_store.cpp
   server/catalog/new_database.cpp
@@ -109,6 +113,7 @@ dbkeeper_test(server_sql_tests
 
 dbkeeper_test(server_engine_tests
   SOURCES
+    tests/server/engine/agent_test.cpp
     tests/server/engine/BackupTest.cpp
     tests/server/engine/catalog_test.cpp
     tests/server/engine/durability_test.cpp

@@ -7,7 +7,8 @@
 //
 //   operator NAME<TAB>SECRET   lets NAME in by Windows authentication with SECRET as the password
 //   login NAME<TAB>PASSWORD    sets the password of an SQL login
-//   start                      opens the port, prints "port N", serves
+//   start                      starts the agent of jobs, opens the port, prints "port N", serves
+//   clock YYYYMMDD HHMMSS      lets the agent's clock go on from that local time (for tests)
 //
 // It ends when its input ends (whoever started it is gone; not with --standalone), on SIGTERM or
 // SIGINT, or when a client runs SHUTDOWN.
@@ -28,7 +29,9 @@
 #include <string>
 #include <string_view>
 
+#include "server/agent/agent.h"
 #include "server/instance/open_instance.h"
+#include "server/types/job_schedule.h"
 #include "server/wire/server.h"
 
 namespace dbkeeper::server {
@@ -110,6 +113,7 @@ class Program {
     const std::string_view rest = line.substr(std::min(command.size() + 1, line.size()));
     const std::size_t tab = rest.find('\t');
     if (command == "start" && rest.empty()) return Start();
+    if (command == "clock") return SetClock(rest);
     const bool is_operator = command == "operator";
     if (tab == std::string_view::npos || (!is_operator && command != "login")) {
       throw std::runtime_error("unknown command: " + std::string(command));
@@ -136,12 +140,26 @@ class Program {
     if (server_) throw std::runtime_error("already started");
     ServerOptions options;
     options.port = arguments_.port;
+    agent_.emplace(*instance_);
     server_.emplace(*instance_, options);
     std::cout << "port " << server_->port() << std::endl;
   }
 
+  void SetClock(std::string_view text) {
+    AgentTime time;
+    const char* const end = text.data() + text.size();
+    const char* const blank = std::from_chars(text.data(), end, time.date).ptr;
+    const bool two = blank != end && std::from_chars(blank + 1, end, time.time).ptr == end;
+    if (!two || !IsAgentDate(time.date) || !IsAgentClock(time.time)) {
+      throw std::runtime_error("not a date and a time: " + std::string(text));
+    }
+    if (!agent_) throw std::runtime_error("not started yet");
+    agent_->SetClock(FromAgentTime(time));
+  }
+
   const Arguments arguments_;
   const std::unique_ptr<Instance> instance_;
+  std::optional<Agent> agent_;
   std::optional<Server> server_;
 };
 
