@@ -38,6 +38,10 @@ add_library(dbkeeper_core STATIC
   app/workbench/StatementRun.cpp
   catalog/DatabaseList.cpp
   catalog/DatabaseProperties.cpp
+  catalog/ExtendedProperties.cpp
+  catalog/BulkCopy.cpp
+  catalog/ColumnList.cpp
+  catalog/TableCatalog.cpp
   catalog/ListRoutine.cpp
   catalog/ObjectLists.cpp
   catalog/PermissionScript.cpp
@@ -45,6 +49,17 @@ add_library(dbkeeper_core STATIC
   database/Unit_BackupMedia.cpp
   database/Unit_Database_Property.cpp
   database/Unit_Restore.cpp
+  table_designer/CheckPage.cpp
+  table_designer/ColumnPage.cpp
+  table_designer/ColumnText.cpp
+  table_designer/IndexPage.cpp
+  table_designer/TriggerPage.cpp
+  table_designer/Unit_Table.cpp
+  testdata/PatternString.cpp
+  testdata/RowBuilder.cpp
+  testdata/SettingsLines.cpp
+  testdata/Unit_Table_TestData.cpp
+  testdata/ValueFile.cpp
   query/EasySql.cpp
   query/EasySqlCommands.cpp
   query/MessageLog.cpp
@@ -142,6 +157,9 @@ dbkeeper_test(core_tests
     tests/security/RoleTest.cpp
     tests/security/UserTest.cpp
     tests/session/SessionTest.cpp
+    tests/table_designer/TableDesignerTest.cpp
+    tests/testdata/RowBuilderTest.cpp
+    tests/testdata/TestDataFormTest.cpp
   LIBS dbkeeper_test_support
 )
 

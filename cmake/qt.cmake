@@ -58,6 +58,8 @@ add_library(dbkeeper_qt STATIC
   platform/qt/forms/RoleWindow.cpp
   platform/qt/forms/UserWindow.cpp
   platform/qt/icons/icons.qrc
+  platform/qt/forms/TableWindow.cpp
+  platform/qt/forms/TestDataWindow.cpp
 )
 set_target_properties(dbkeeper_qt PROPERTIES AUTOMOC ON AUTORCC ON)
 target_link_libraries(dbkeeper_qt PUBLIC dbkeeper_core Qt6::DBus Qt6::Svg Qt6::Widgets)

@@ -18,6 +18,8 @@
 #include "security/Unit_Privileges.h"
 #include "security/Unit_Role.h"
 #include "security/Unit_User.h"
+#include "table_designer/Unit_Table.h"
+#include "testdata/Unit_Table_TestData.h"
 
 namespace dbkeeper {
 
@@ -50,8 +52,10 @@ class Application {
   TForm_BackupMedia Form_BackupMedia{FormMain.Workbench()};
   TForm_User Form_User{FormMain.Workbench()};
   TForm_Privileges Form_Privileges{FormMain.Workbench()};
+  TForm_Table Form_Table{FormMain.Workbench()};
   TFormRole FormRole{FormMain.Workbench()};
   TFormRestore FormRestore{FormMain.Workbench()};
+  TForm_Table_TestData Form_Table_TestData{FormMain.Workbench()};
 
   // Calls `visit` with each window, in the same order.
   template <class Visitor>
@@ -64,8 +68,10 @@ class Application {
     visit(Form_BackupMedia);
     visit(Form_User);
     visit(Form_Privileges);
+    visit(Form_Table);
     visit(FormRole);
     visit(FormRestore);
+    visit(Form_Table_TestData);
   }
 
  private:

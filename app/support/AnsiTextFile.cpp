@@ -84,6 +84,11 @@ AnsiTextFile::~AnsiTextFile() {
 
 void AnsiTextFile::Add(std::string_view text) { bytes_ += ToAnsi(code_page_, text); }
 
+void AnsiTextFile::AnsiLine(std::string_view bytes) {
+  bytes_ += bytes;
+  EndLine();
+}
+
 void AnsiTextFile::EndLine() {
   bytes_ += "\r\n";
   if (bytes_.size() >= kBytesAtOnce) WriteBytes();

@@ -29,6 +29,8 @@ class AnsiTextFile {
   // Appends to the present line. Throws FileError, which names the first character that the code
   // page lacks, and then appends nothing.
   void Add(std::string_view text);
+  // Appends a line that is in the code page already. Throws FileError.
+  void AnsiLine(std::string_view bytes);
   // Ends the present line. Throws FileError.
   void EndLine();
   void Line(std::string_view text) {

@@ -69,6 +69,11 @@ bool ReadNumber(std::string_view text, std::size_t at, std::size_t width, int& v
   return problem == std::errc() && stop == begin + width;
 }
 
+std::chrono::year_month_day Date(const DateTimeValue& value) {
+  return {std::chrono::year(value.year), std::chrono::month(static_cast<unsigned>(value.month)),
+          std::chrono::day(static_cast<unsigned>(value.day))};
+}
+
 // Reads the date that the pattern describes; nothing where the text has another form.
 std::optional<DateTimeValue> ReadByPattern(std::string_view text, std::string_view pattern) {
   DateTimeValue value;
@@ -89,10 +94,7 @@ std::optional<DateTimeValue> ReadByPattern(std::string_view text, std::string_vi
     (kind == 'y' ? value.year : kind == 'm' ? value.month : value.day) = number;
   }
   if (!text.empty()) return std::nullopt;
-  const std::chrono::year_month_day date(std::chrono::year(value.year),
-                                         std::chrono::month(static_cast<unsigned>(value.month)),
-                                         std::chrono::day(static_cast<unsigned>(value.day)));
-  return date.ok() ? std::optional(value) : std::nullopt;
+  return Date(value).ok() ? std::optional(value) : std::nullopt;
 }
 
 }  // namespace
@@ -148,14 +150,13 @@ std::string ServerDateToHostText(std::string_view text, std::string_view short_d
   return shown;
 }
 
+std::int64_t DayNumber(const DateTimeValue& value) {
+  return std::chrono::sys_days(Date(value)).time_since_epoch().count();
+}
+
 DateTimeValue AddDays(const DateTimeValue& value, int days) {
-  using std::chrono::year_month_day;
-  const std::chrono::sys_days moved =
-      std::chrono::sys_days(year_month_day(std::chrono::year(value.year),
-                                           std::chrono::month(static_cast<unsigned>(value.month)),
-                                           std::chrono::day(static_cast<unsigned>(value.day)))) +
-      std::chrono::days(days);
-  const year_month_day date(moved);
+  const std::chrono::year_month_day date(std::chrono::sys_days(Date(value)) +
+                                         std::chrono::days(days));
   DateTimeValue result = value;
   result.year = static_cast<int>(date.year());
   result.month = static_cast<int>(static_cast<unsigned>(date.month()));

@@ -1,6 +1,7 @@
 // Dates and times as texts.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -25,6 +26,9 @@ std::string ServerDateToHostText(std::string_view text, std::string_view short_d
 // century below 50. Absence where the text is no such date or the day does not exist.
 std::optional<DateTimeValue> ParseHostDate(std::string_view text,
                                            std::string_view short_date_format);
+
+// The day, counted from 1970-01-01.
+std::int64_t DayNumber(const DateTimeValue& value);
 
 // The day `days` later.
 DateTimeValue AddDays(const DateTimeValue& value, int days);

@@ -54,9 +54,10 @@ struct Question {
 // Which file a chooser offers first, and what it lists. The filter has the form
 // "caption|pattern|caption|pattern".
 struct FileChoice {
-  std::string filter;
-  std::string initial_name;
-  std::string default_extension;
+  std::string filter = {};
+  std::string initial_name = {};
+  std::string default_extension = {};
+  std::string folder = {};  // shown first; empty: the chooser's own
 };
 
 // Modal boxes. A chooser gives nothing when the operator cancels.

@@ -30,10 +30,11 @@ struct Workbench {
   SettingsFile& Settings;
   std::filesystem::path ProgramFolder;
 
-  // The machine's name where the session's server is the local one, its server name otherwise.
-  std::string ServerMachine() const {
-    return Session.ServerName == kLocalServer ? Host.shell.ComputerName() : Session.ServerName;
+  // The machine's name where the server is the local one, the server's name otherwise.
+  std::string MachineOf(const std::string& server) const {
+    return server == kLocalServer ? Host.shell.ComputerName() : server;
   }
+  std::string ServerMachine() const { return MachineOf(Session.ServerName); }
 
   // The question before something that destroys or alters; Cancel is the default.
   bool ConfirmCaution(const std::string& text) const {

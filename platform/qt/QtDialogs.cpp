@@ -182,6 +182,7 @@ std::optional<std::string> RunChooser(const FileChoice& choice, QFileDialog::Acc
   chooser.setFileMode(QFileDialog::AnyFile);
   chooser.setNameFilter(ToQtFilter(choice.filter));
   chooser.setDefaultSuffix(ToQt(choice.default_extension));
+  if (!choice.folder.empty()) chooser.setDirectory(ToQt(choice.folder));
   if (!choice.initial_name.empty()) chooser.selectFile(ToQt(choice.initial_name));
   return Chosen(chooser.Run());
 }

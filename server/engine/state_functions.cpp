@@ -65,6 +65,16 @@ Cell LocalObjectId(const StateContext& context, const Arguments& arguments) {
   return local ? Number(found->object.id) : Cell();
 }
 
+// What the identity counter of a table began with (0), or goes on by (1); null where it has none.
+Cell IdentityCounter(const StateContext& context, const Arguments& arguments, int part) {
+  const auto found = FindByName(context, TextAt(arguments, 0));
+  if (!found) return Cell();
+  SqliteStatement row =
+      Catalog(context.workspace.connection(), found->alias)
+          .Prepare("select seed, increment from {}\"#identity\" where id = ?1", found->object.id);
+  return row.Step() ? Number(row.Integer(part)) : Cell();
+}
+
 Cell ServerProperty(const StateContext& context, const Arguments& arguments) {
   const InstanceOptions& options = context.workspace.instance().options();
   const std::string property = TextAt(arguments, 0);
@@ -187,6 +197,8 @@ constexpr StateFunction kFunctions[] = {
     {"table_pages", TablePages},
     {"object_id", ObjectId},
     {"local_object_id", LocalObjectId},
+    {"ident_seed", [](auto& c, auto& a) { return IdentityCounter(c, a, 0); }},
+    {"ident_incr", [](auto& c, auto& a) { return IdentityCounter(c, a, 1); }},
     {"db_name", DatabaseName},
     {"database_bytes", DatabaseBytes},
     {"user", UserName},

@@ -70,10 +70,6 @@ constexpr std::string_view kIsMember = R"((select count(*) from $d.sysmembers m
 constexpr std::string_view kIdentityCurrent =
     "(select coalesce(last, seed) from $d.\"#identity\" where id = ms_state('local_object_id', "
     "$1))";
-constexpr std::string_view kIdentitySeed =
-    "(select seed from $d.\"#identity\" where id = ms_state('local_object_id', $1))";
-constexpr std::string_view kIdentityIncrement =
-    "(select increment from $d.\"#identity\" where id = ms_state('local_object_id', $1))";
 
 // The number that ODBC has for a type of systypes; dates have others since version 3.
 constexpr std::string_view kOdbcType = R"((case $1 when 104 then -7 when 48 then -6 when 52 then 5
@@ -128,8 +124,8 @@ constexpr FunctionRow kRows[] = {
     {"has_dbaccess", "t", kIntType, "state"},
     {"scope_identity", "", kIdentityType, "state"},
     {"ident_current", "t", kIdentityType, kIdentityCurrent},
-    {"ident_seed", "t", kIdentityType, kIdentitySeed},
-    {"ident_incr", "t", kIdentityType, kIdentityIncrement},
+    {"ident_seed", "t", kIdentityType, "state"},
+    {"ident_incr", "t", kIdentityType, "state"},
     {"@@connections", "", kIntType, "state"},
     {"@@cursor_rows", "", kIntType, "0"},
     {"@@datefirst", "", kIntType, "7"},

@@ -36,6 +36,11 @@ bool RowSelected(const Workbench& workbench) { return workbench.List.SelCount() 
 bool Connected(const Workbench& workbench) { return workbench.Session.Connected(); }
 bool Disconnected(const Workbench& workbench) { return !workbench.Session.Connected(); }
 
+std::string NodeDatabase(const Workbench& workbench) {
+  const TreeNode* const node = workbench.Tree.Selected();
+  return node != nullptr && node->Parent() != nullptr ? node->Parent()->Text() : std::string();
+}
+
 void PopupMenu_Minimum_CSV_OutClick(const CommandContext& context) {
   const Host& host = context.workbench.Host;
   const auto file = host.dialogs.SaveFile(

@@ -20,6 +20,9 @@ inline constexpr MenuRow kHomePageRow = {0, "PM_GotoHomePage", "サポート Hom
 inline constexpr MenuRow kRefreshRow = {0, "PM_Refresh", "最新の情報に更新",
                                         &TFormMain::TreeViewClick};
 
+// The database of the selected node, which is its parent's text.
+std::string NodeDatabase(const Workbench& workbench);
+
 // Saves what the list shows.
 void PopupMenu_Minimum_CSV_OutClick(const CommandContext& context);
 inline constexpr MenuRow kCsvRow = {0, "PopupMenu_Minimum_CSV_Out", "表示内容のCSV出力...",

@@ -23,6 +23,8 @@ FieldRows::FieldRows(const Binder& binder, int field_width)
 
 void FieldRows::AddWidget(QWidget& widget) { grid_->addWidget(&widget, row_++, 1, 1, 2); }
 
+void FieldRows::AddLayout(QLayout& layout) { grid_->addLayout(&layout, row_++, 1, 1, 2); }
+
 void FieldRows::AddGap() { grid_->setRowMinimumHeight(row_++, Scaled(binder_.Window(), kGap)); }
 
 QLineEdit* FieldRows::AddPassword(Edit& edit) {

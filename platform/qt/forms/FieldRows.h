@@ -4,6 +4,7 @@
 #include "platform/qt/binders/Binder.h"
 
 class QGridLayout;
+class QLayout;
 
 namespace dbkeeper::qt {
 
@@ -49,6 +50,8 @@ class FieldRows {
   }
   // The same for what the form's window has made itself.
   void AddWidget(QWidget& widget);
+  // Several fields in one row.
+  void AddLayout(QLayout& layout);
   // Some air before the next row.
   void AddGap();
 

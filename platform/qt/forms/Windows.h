@@ -19,6 +19,8 @@ class TForm_Database_Property;
 class TForm_Login_Property;
 class TForm_Privileges;
 class TForm_User;
+class TForm_Table;
+class TForm_Table_TestData;
 
 namespace qt {
 
@@ -40,6 +42,9 @@ std::unique_ptr<QWidget> MakeWindow(TForm_Login_Property& form, const ActionGuar
 std::unique_ptr<QWidget> MakeWindow(TForm_Privileges& form, const ActionGuard& guard,
                                     QWidget* owner);
 std::unique_ptr<QWidget> MakeWindow(TForm_User& form, const ActionGuard& guard, QWidget* owner);
+std::unique_ptr<QWidget> MakeWindow(TForm_Table& form, const ActionGuard& guard, QWidget* owner);
+std::unique_ptr<QWidget> MakeWindow(TForm_Table_TestData& form, const ActionGuard& guard,
+                                    QWidget* owner);
 // The main window, with what the program has added to the system menu of `windows`.
 std::unique_ptr<QWidget> MakeMainWindow(TFormMain& form, const ActionGuard& guard,
                                         const QtWindows& windows);
