@@ -23,6 +23,7 @@ Texts InSales(const char* node) { return {"Database", "sales", node}; }
 class SecurityCommandsTest : public AppFixture {
  public:
   using AppFixture::app;
+  using AppFixture::ClickPath;
   using AppFixture::connection;
   using AppFixture::failing;
   using AppFixture::fake;
