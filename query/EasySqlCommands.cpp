@@ -16,6 +16,8 @@ void TFormExecSQL::OpenForTables(const std::string& database) {
   Sbtn_EasySQLClick();
   // Nothing is asked before the window is there: without a selected table the builder is empty.
   const auto table = SelectedTable();
+  easy_sql_database_.clear();
+  SettleBuilder();
   if (!table) return;
   GetColumns(*table);
   Sbtn_EasySQL_SelectClick();
@@ -46,6 +48,13 @@ void TFormExecSQL::Sbtn_EasySQL_Get_ColumnsClick() {
   if (table) GetColumns(*table);
 }
 
+void TFormExecSQL::SettleBuilder() {
+  if (easy_sql_table_.empty() || easy_sql_database_ == ComboBox_DatabaseName.Text()) return;
+  easy_sql_table_.clear();
+  easy_sql_database_.clear();
+  CheckListBox_EasySQL.Clear();
+}
+
 void TFormExecSQL::GetColumns(const std::string& table) {
   const BusyScope busy(host_.windows);
   Query& query = session_.ADOQuerySystem;
@@ -62,6 +71,7 @@ void TFormExecSQL::GetColumns(const std::string& table) {
       "name");
   columns.insert(columns.begin(), "*");
   easy_sql_table_ = table;
+  easy_sql_database_ = ComboBox_DatabaseName.Text;
   CheckListBox_EasySQL.Clear();
   const std::size_t count = columns.size();
   CheckListBox_EasySQL.Items.Assign(std::move(columns));

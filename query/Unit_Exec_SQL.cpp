@@ -173,10 +173,22 @@ void TFormExecSQL::OpenForDatabase(const std::string& database) {
   }
   ComboBox_DatabaseName.Items.Assign(std::move(names));
   ComboBox_DatabaseName.SetItemIndex(ComboBox_DatabaseName.Items.IndexOf(database));
+  SettleBuilder();
   UseDatabase(database);
 }
 
-void TFormExecSQL::ComboBox_DatabaseNameChange() { UseDatabase(ComboBox_DatabaseName.Text); }
+void TFormExecSQL::ShowServer(const std::string& server) {
+  ReleaseOpen();
+  ComboBox_DatabaseName.Items.Clear();
+  ComboBox_DatabaseName.SetItemIndex(-1);
+  Label_Server.Caption = server;
+  SettleBuilder();
+}
+
+void TFormExecSQL::ComboBox_DatabaseNameChange() {
+  SettleBuilder();
+  UseDatabase(ComboBox_DatabaseName.Text);
+}
 
 void TFormExecSQL::UseDatabase(const std::string& database) {
   if (session_.CurrentDatabase() == database) return;

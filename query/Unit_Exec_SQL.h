@@ -56,6 +56,9 @@ class TFormExecSQL : public Form {
   Panel Panel_ToolRight{"Panel_ToolRight"};
   ComboBox ComboBox_DatabaseName{"ComboBox_DatabaseName", ComboStyle::kDropDownList, "DB :"};
 
+  // Beside it: the server that the texts go to; empty without a connection.
+  Label Label_Server{"Label_Server"};
+
   // Template strip.
   Panel Panel_Template{"Panel_Template"};
   ComboBox CmbBox_Template{"CmbBox_Template", ComboStyle::kEditable};
@@ -99,6 +102,9 @@ class TFormExecSQL : public Form {
   // The same for a node's list of tables: an empty editor, the builder shown, and where a table is
   // selected its columns in it.
   void OpenForTables(const std::string& database);
+  // Another server, or with an empty name none, is connected: what came from the one before closes
+  // and its databases go.
+  void ShowServer(const std::string& server);
   // Closes the result and puts a text into the editor.
   void ShowText(const std::string& text);
   // Runs the editor's text as the Open button does, whether a result is open already or not.
@@ -156,6 +162,8 @@ class TFormExecSQL : public Form {
   void ShowMessages();
   std::size_t SelectedField() const;
   void UseDatabase(const std::string& database);
+  // Empties the builder where it holds columns of another database than the chosen one.
+  void SettleBuilder();
   bool TemplateNameUsable();
   std::optional<std::string> SelectedTable() const;
   std::optional<std::string> AskForTable();
@@ -175,6 +183,7 @@ class TFormExecSQL : public Form {
   std::string opened_sql_;
   std::string dropped_file_;
   std::string easy_sql_table_;
+  std::string easy_sql_database_;  // where the table stands
 };
 
 }  // namespace dbkeeper

@@ -3,6 +3,8 @@
 #include <string>
 
 #include "app/main/UnitMain.h"
+#include "app/support/Messages.h"
+#include "app/support/TextHelpers.h"
 
 namespace dbkeeper {
 
@@ -46,7 +48,10 @@ void TFormLogin::CheckBox_WindowsClick() {
 }
 
 void TFormLogin::SBtn_UpdateClick() {
-  const std::string server = ComboBox_SQL_Server.Text;
+  const std::string server = Trim(ComboBox_SQL_Server.Text());
+  if (server.empty()) {
+    return workbench_.Host.dialogs.ShowMessage(std::string(messages::kServerNameNeeded));
+  }
   ServerSession& session = workbench_.Session;
   session.ServerName = server;
   session.LoginName = Edit_loginame.Text;
@@ -62,7 +67,14 @@ void TFormLogin::SBtn_UpdateClick() {
   Edit_passwd.Text = "";
   Close();
   // Behind the close: a settings file that cannot be written is told, and the connection stands.
-  if (server != kLocalServer) workbench_.Settings.Write("SQLServer", server, "Connected");
+  if (server != kLocalServer) Remember(server);
+}
+
+void TFormLogin::Remember(const std::string& server) {
+  for (const std::string& known : workbench_.Settings.Keys("SQLServer")) {
+    if (EqualsIgnoringCase(known, server)) return;
+  }
+  workbench_.Settings.Write("SQLServer", server, "Connected");
 }
 
 void TFormLogin::Sbtn_CancelClick() {

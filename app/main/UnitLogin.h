@@ -1,6 +1,8 @@
 // The dialog that connects to a server.
 #pragma once
 
+#include <string>
+
 #include "app/workbench/Workbench.h"
 #include "controls/Form.h"
 #include "controls/Inputs.h"
@@ -30,6 +32,8 @@ class TFormLogin : public Form {
 
  private:
   void ShowPassword(bool shown);
+  // Offers the server next time; one key for each server whatever its case.
+  void Remember(const std::string& server);
 
   TFormMain& main_;
   const Workbench& workbench_;

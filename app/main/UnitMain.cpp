@@ -9,6 +9,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "app/main/Application.h"
 #include "app/main/nodes/NodeKinds.h"
 #include "app/support/Files.h"
 
@@ -54,7 +55,8 @@ TFormMain::TFormMain(ServerSession& session, const dbkeeper::Host& host, Setting
       workbench_{session,    host_,    TreeView,  ListViewMain,
                  StatusBar1, options_, settings_, host.shell.Executable().parent_path()},
       error_log_(workbench_.ProgramFolder, host),
-      Browser(workbench_) {
+      Browser(workbench_),
+      program_(program) {
   Caption = "DB Keeper";
   OnHide = [this] { FormHide(); };
   TreeView.OnClick = [this] { TreeViewClick(); };
@@ -163,18 +165,38 @@ void TFormMain::ApplicationException(const std::exception& error) {
         "異常が発生したので、TableをCloseします。\r\n対処方法：\r\n"
         "　新規挿入時には、全フィールドを埋めてください。\r\n\r\n" +
         message);
-    return Browser.Abandon();
+    Browser.Abandon();
+    return SettleConnection();
   }
-  Browser.Settle();
+  SettleConnection();
   const auto* const of_server = dynamic_cast<const ServerError*>(&error);
   host_.dialogs.ShowError(message, of_server == nullptr ? "" : of_server->Places());
 }
 
-void TFormMain::ShowServer(const std::string& server) {
-  TreeView.Roots().front()->SetText("SQL Server :" + server);
-  const std::string title = server + "  へ接続中";
+void TFormMain::NameServer(const std::string& node, const std::string& title) {
+  TreeView.Roots().front()->SetText("SQL Server :" + node);
   host_.windows.SetApplicationTitle(title);
   Caption = kProgramTitle + ("  " + title);
+}
+
+void TFormMain::ShowServer(const std::string& server) {
+  if (link_ == Link::kLost) {
+    Browser.Hide();
+    ClearList();
+  }
+  link_ = Link::kConnected;
+  NameServer(server, server + "  へ接続中");
+  program_.FormExecSQL.ShowServer(server);
+}
+
+void TFormMain::SettleConnection() {
+  Browser.Settle();
+  if (link_ != Link::kConnected || session_.Connected()) return;
+  link_ = Link::kLost;
+  const std::string& server = session_.ServerName;
+  NameServer(server + " (切断されました)", server + "  との接続が切れました");
+  program_.FormExecSQL.ShowServer("");
+  ShowConnectionState();
 }
 
 void TFormMain::ShowConnected() {
@@ -183,6 +205,8 @@ void TFormMain::ShowConnected() {
 }
 
 void TFormMain::Disconnect() {
+  link_ = Link::kNone;
+  program_.FormExecSQL.ShowServer("");
   host_.windows.SetApplicationTitle(kProgramTitle);
   Caption = kProgramTitle;
   Browser.Hide();

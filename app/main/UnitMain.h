@@ -60,7 +60,8 @@ class TFormMain : public Form {
   // The program-wide handler of every error that no command catches.
   void ApplicationException(const std::exception& error);
 
-  // Names the server that the session is connected to.
+  // The session is connected to that server: names it everywhere, and takes away what is left of
+  // one before.
   void ShowServer(const std::string& server);
   // Offers the nodes and commands of a connected server.
   void ShowConnected();
@@ -77,6 +78,9 @@ class TFormMain : public Form {
   void PM_GotoHomePageClick();
 
  private:
+  // Shows a connection that was lost, the first time it is seen.
+  void SettleConnection();
+  void NameServer(const std::string& node, const std::string& title);
   void BuildRoots();
   void BuildServerNodes();
   void ShowConnectionState();
@@ -85,6 +89,10 @@ class TFormMain : public Form {
   void AppendSystemMenu();
   void OpenProgramFile(const std::string& name);
 
+  enum class Link { kNone, kConnected, kLost };
+
+  Application& program_;
+  Link link_ = Link::kNone;  // what the windows show
   std::vector<std::unique_ptr<PopupMenu>> menus_;
   int sort_direction_ = -1;
 };

@@ -26,6 +26,9 @@ inline constexpr std::string_view kNotADate = "日付ではありません: %1";
 
 inline constexpr std::string_view kNotConnected = "サーバーに接続していません。";
 inline constexpr std::string_view kConnectionClosed = "この結果を読み込んだ接続は閉じられました。";
+inline constexpr std::string_view kGoneWithoutAnswer =
+    "サーバーの応答がないまま接続が切れました。停止したかどうかは確認できません。";
+inline constexpr std::string_view kServerNameNeeded = "サーバー名を入力してください。";
 inline constexpr std::string_view kNoDriverManager = "ODBCを利用できません。";
 inline constexpr std::string_view kNoDriver =
     "ODBCドライバーのFreeTDSが見つかりません。パッケージtdsodbcを導入するか、"

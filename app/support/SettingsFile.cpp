@@ -30,12 +30,22 @@ struct Entry {
   std::string value;
 };
 
+// A value may stand in quotes, which are no part of it.
+std::string WithoutQuotes(std::string text) {
+  const bool quoted = text.size() >= 2 && text.front() == text.back() &&
+                      (text.front() == '"' || text.front() == '\'');
+  return quoted ? text.substr(1, text.size() - 2) : text;
+}
+
 std::optional<Entry> EntryOf(const std::string& line) {
   const std::string text = Trim(line);
   const std::size_t equals = text.find('=');
   if (text.empty() || text.front() == ';' || equals == std::string::npos) return std::nullopt;
-  return Entry{Trim(text.substr(0, equals)), Trim(text.substr(equals + 1))};
+  return Entry{Trim(text.substr(0, equals)), WithoutQuotes(Trim(text.substr(equals + 1)))};
 }
+
+// An editor that writes it writes UTF-8; the file stays in it.
+constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
 
 // Where a key stands, or where it is to be added.
 struct Place {
@@ -73,20 +83,22 @@ fs::path SettingsPath(const fs::path& executable) {
 
 SettingsFile::SettingsFile(fs::path file, const Host& host) : file_(std::move(file)), host_(host) {}
 
-std::vector<std::string> SettingsFile::Lines() const {
+SettingsFile::Content SettingsFile::Load() const {
   std::error_code problem;
   if (!fs::exists(file_, problem) && !problem) return {};
   const std::string bytes = ReadFile(file_, kLongestFile);
-  const auto text = host_.code_page.ToUtf8(bytes);
+  const bool utf8 = bytes.starts_with(kByteOrderMark);
+  const auto text =
+      utf8 ? std::optional(bytes.substr(kByteOrderMark.size())) : host_.code_page.ToUtf8(bytes);
   if (!text || text->find('\0') != std::string::npos) {
     throw FileError(messages::Fill(messages::kNoSettingsText, PathText(file_)));
   }
-  return SplitLines(*text);
+  return {SplitLines(*text), utf8};
 }
 
 std::string SettingsFile::Read(std::string_view section, std::string_view key,
                                const std::string& default_value) const {
-  const std::vector<std::string> lines = Lines();
+  const std::vector<std::string> lines = Load().lines;
   const Place place = FindKey(lines, section, key);
   return place.line ? EntryOf(lines[*place.line])->value : default_value;
 }
@@ -94,7 +106,8 @@ std::string SettingsFile::Read(std::string_view section, std::string_view key,
 std::vector<std::string> SettingsFile::Keys(std::string_view section) const {
   std::vector<std::string> keys;
   bool inside = false;
-  for (const std::string& line : Lines()) {
+  const Content content = Load();
+  for (const std::string& line : content.lines) {
     if (const auto name = SectionOf(line)) {
       if (inside) break;
       inside = EqualsIgnoringCase(*name, section);
@@ -106,7 +119,8 @@ std::vector<std::string> SettingsFile::Keys(std::string_view section) const {
 }
 
 void SettingsFile::Write(std::string_view section, std::string_view key, std::string_view value) {
-  std::vector<std::string> lines = Lines();
+  Content content = Load();
+  std::vector<std::string>& lines = content.lines;
   const Place place = FindKey(lines, section, key);
   const std::string entry = std::string(key) + "=" + std::string(value);
   if (place.line) {
@@ -116,6 +130,11 @@ void SettingsFile::Write(std::string_view section, std::string_view key, std::st
   } else {
     lines.push_back("[" + std::string(section) + "]");
     lines.push_back(entry);
+  }
+  if (content.utf8) {
+    std::string text(kByteOrderMark);
+    for (const std::string& line : lines) text += line + "\r\n";
+    return ReplaceFile(host_.disk, file_, text);
   }
   AnsiTextFile text(host_, file_, Writing::kWhole);
   for (const std::string& line : lines) text.Line(line);

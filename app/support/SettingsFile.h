@@ -20,9 +20,10 @@ class SettingsFile {
   // `host` outlives this.
   SettingsFile(std::filesystem::path file, const Host& host);
 
-  // Section and key names compare without case; of several sections of a name the first counts. The
-  // default stands for an absent key, section or file. Throws FileError when the file is there and
-  // cannot be understood.
+  // A file that begins with a byte order mark is UTF-8 and stays so; quotes around a value are no
+  // part of it. Section and key names compare without case; of several sections of a name the first
+  // counts. The default stands for an absent key, section or file. Throws FileError when the file
+  // is there and cannot be understood.
   std::string Read(std::string_view section, std::string_view key,
                    const std::string& default_value) const;
   // The key names of a section in file order. Throws like Read.
@@ -32,7 +33,11 @@ class SettingsFile {
   void Write(std::string_view section, std::string_view key, std::string_view value);
 
  private:
-  std::vector<std::string> Lines() const;
+  struct Content {
+    std::vector<std::string> lines;
+    bool utf8 = false;  // with a byte order mark; otherwise in the ANSI code page
+  };
+  Content Load() const;
 
   std::filesystem::path file_;
   const Host& host_;

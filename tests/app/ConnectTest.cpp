@@ -195,15 +195,72 @@ TEST_F(ConnectTest, FailedShutdownKeepsTheConnection) {
   EXPECT_EQ(fake.windows.busy, 0);
 }
 
-TEST_F(ConnectTest, AServerThatIsGoneBeforeItAnswersItsShutdownIsStopped) {
+TEST_F(ConnectTest, AServerThatIsGoneHasStoppedOnlyIfItSaidSo) {
+  struct Case {
+    int number;
+    bool stopped;
+  };
+  for (const Case& c : {Case{6006, true}, Case{20017, false}}) {
+    Connect();
+    connection.Answer("shutdown",
+                      {.error = ServerMessage{.number = c.number, .text = "gone"}, .breaks = true});
+    fake.dialogs.answers.push_back(Answer::kOk);
+    fake.dialogs.messages.clear();
+    Choose(main.Menu("PopupMenu_SQLServer"), "PopupMenu_SQLServer_Stop");
+    EXPECT_TRUE(fake.dialogs.errors.empty());
+    EXPECT_EQ(Status(), c.stopped ? " >shutdown" : " *") << c.number;
+    EXPECT_EQ(fake.dialogs.messages.size(), c.stopped ? 0U : 1U) << c.number;
+    ExpectState(false);
+  }
+}
+
+TEST_F(ConnectTest, ALostConnectionIsShownAndTheNextOneStartsAnew) {
   Connect();
-  connection.Answer("shutdown", {.error = ServerMessage{.number = 20017, .text = "Unexpected EOF"},
-                                 .breaks = true});
-  fake.dialogs.answers.push_back(Answer::kOk);
-  Choose(main.Menu("PopupMenu_SQLServer"), "PopupMenu_SQLServer_Stop");
-  EXPECT_TRUE(fake.dialogs.errors.empty());
-  EXPECT_EQ(Status(), " >shutdown");
+  ClickPath({"Database"});
+  connection.Answer("sp_help_job", {.error = ServerMessage{.text = "gone"}, .breaks = true});
+  TFormExecSQL& window = app.FormExecSQL;
+  window.OpenForDatabase("sales");
+  EXPECT_EQ(window.Label_Server.Caption(), "(local)");
+  ClickPath({"Management", "Job"});
+  EXPECT_EQ(fake.dialogs.errors.size(), 1U);
+  EXPECT_EQ(Node({}).Text(), "SQL Server :(local) (切断されました)");
+  EXPECT_EQ(main.Caption(), "DBKEEPER.exe  (local)  との接続が切れました");
+  EXPECT_EQ(window.Label_Server.Caption(), "");
+  EXPECT_EQ(window.ComboBox_DatabaseName.Items.Count(), 0U);
   ExpectState(false);
+  Connect();
+  ExpectState(true);
+  EXPECT_TRUE(main.ListViewMain.Columns().empty());
+  EXPECT_EQ(Node({}).Text(), "SQL Server :(local)");
+  EXPECT_EQ(window.Label_Server.Caption(), "(local)");
+}
+
+TEST_F(ConnectTest, AResultOfTheQueryWindowEndsWithItsServer) {
+  Connect();
+  ClickPath({"Database"});
+  TFormExecSQL& window = app.FormExecSQL;
+  window.OpenForDatabase("sales");
+  connection.Answer("select 1", {testing::TextFields({"a"}), {{"1"}}});
+  window.MemoSQL.Text = "select 1";
+  app.Guard().Run([&] { window.Sbtn_Select.UserClick(); });
+  ASSERT_NE(window.DBGrid1.Source()->State(), GridState::kClosed);
+  Choose(main.Menu("PopupMenu_SQLServer"), "PopupMenu_SQLServer_DisConnect");
+  EXPECT_EQ(window.DBGrid1.Source()->State(), GridState::kClosed);
+  EXPECT_FALSE(window.Sbtn_Select.Down);
+  EXPECT_EQ(window.ComboBox_DatabaseName.Text(), "");
+  EXPECT_EQ(window.Label_Server.Caption(), "");
+  EXPECT_EQ(window.MemoSQL.Text(), "select 1");
+}
+
+TEST_F(ConnectTest, ServerNamesAreTrimmedNeverBlankAndRememberedOnceWhateverTheirCase) {
+  ConnectTo("  ");
+  EXPECT_TRUE(connection.opened.empty());
+  EXPECT_EQ(fake.dialogs.messages, (std::vector<std::string>{"サーバー名を入力してください。"}));
+  ConnectTo(" PC02 ");
+  EXPECT_EQ(app.Session.ServerName, "PC02");
+  Choose(main.Menu("PopupMenu_SQLServer"), "PopupMenu_SQLServer_DisConnect");
+  ConnectTo("pc02");
+  EXPECT_EQ(FileBytes(folder / "DBKEEPER.ini"), "[SQLServer]\r\nPC02=Connected\r\n");
 }
 
 }  // namespace

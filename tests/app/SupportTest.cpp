@@ -25,6 +25,18 @@ using testing::FileBytes;
 using testing::PutFile;
 using testing::TemporaryFolder;
 
+TEST(SettingsFile, ReadsValuesInQuotesAndKeepsAByteOrderMark) {
+  const TemporaryFolder folder;
+  testing::FakeHost fake;
+  const auto file = folder / "a.ini";
+  PutFile(file, "\xef\xbb\xbf[SYSTEM]\r\nAdvanced=\"True\"\r\nName='\u8868'\r\n");
+  SettingsFile settings(file, fake.host);
+  EXPECT_EQ(settings.Read("SYSTEM", "Advanced", ""), "True");
+  EXPECT_EQ(settings.Read("SYSTEM", "Name", ""), "\u8868");
+  settings.Write("SYSTEM", "Advanced", "False");
+  EXPECT_EQ(FileBytes(file), "\xef\xbb\xbf[SYSTEM]\r\nAdvanced=False\r\nName='\u8868'\r\n");
+}
+
 TEST(FillText, PutsTheValuesIntoTheirPlacesInOnePass) {
   struct Case {
     const char *text, *expected;

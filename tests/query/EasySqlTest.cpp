@@ -96,6 +96,15 @@ TEST_F(EasySqlTest, BuildsTheStatementOfEachAction) {
   }
 }
 
+TEST_F(EasySqlTest, ColumnsGoWithTheirDatabase) {
+  window.OpenForTables("master");
+  EXPECT_EQ(window.CheckListBox_EasySQL.Items.Count(), 0U);
+  window.MemoSQL.Text = "kept";
+  window.ComboBox_EasySQL_Mode.UserSelect(2);
+  window.Sbtn_EasySQL_WhereClick();
+  EXPECT_EQ(window.MemoSQL.Text(), "kept");
+}
+
 TEST_F(EasySqlTest, AppendsConditionAndOrderOnLinesOfTheirOwn) {
   struct Case {
     Action action;

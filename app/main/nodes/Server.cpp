@@ -1,9 +1,14 @@
 // The server: its properties, connect and disconnect, stop and pause, the server tools.
 
+#include <algorithm>
+#include <string>
+#include <vector>
+
 #include "app/main/Application.h"
 #include "app/main/nodes/NodeKinds.h"
 #include "app/main/nodes/SharedRows.h"
 #include "app/support/DateText.h"
+#include "app/support/Messages.h"
 #include "catalog/ServerLists.h"
 
 namespace dbkeeper {
@@ -25,19 +30,30 @@ void PopupMenu_SQLServer_DisConnectClick(const CommandContext& context) {
   context.program.FormMain.Disconnect();
 }
 
+// Whether the server has said, before it was gone, that it shuts down.
+bool SaidShutdown(const Workbench& workbench, const ServerError& error) {
+  const auto said = [](const ServerMessage& message) {
+    return message.number == 6005 || message.number == 6006;
+  };
+  const std::vector<ServerMessage> remarks = workbench.Session.TheConnection().TakeMessages();
+  return std::ranges::any_of(error.Messages(), said) || std::ranges::any_of(remarks, said);
+}
+
 void PopupMenu_SQLServer_StopClick(const CommandContext& context) {
   const Workbench& workbench = context.workbench;
+  bool silent = false;
   try {
     if (!RunStatements(workbench, {.question = "サーバーを停止しますが、よろしいですか?",
                                    .statements = {"shutdown"}})) {
       return;
     }
-  } catch (const ServerError&) {
-    // A server that was gone before it could answer has done what it was told.
+  } catch (const ServerError& error) {
     if (workbench.Session.Connected()) throw;
-    workbench.Status.SimpleText = " >shutdown";
+    silent = !SaidShutdown(workbench, error);
+    if (!silent) workbench.Status.SimpleText = " >shutdown";
   }
   context.program.FormMain.Disconnect();
+  if (silent) workbench.Host.dialogs.ShowMessage(std::string(messages::kGoneWithoutAnswer));
 }
 
 void PopupMenu_SQLServer_OneStopClick(const CommandContext& context) {

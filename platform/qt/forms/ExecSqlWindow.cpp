@@ -141,6 +141,7 @@ class ExecSqlWindow : public FormSecondWindow {
     row->addWidget(binder_.Make(form_.DBNavigator1));
     row->addWidget(binder_.Make(form_.ComboBox_DatabaseName.EditLabel));
     row->addWidget(binder_.Make(form_.ComboBox_DatabaseName), 1);
+    row->addWidget(binder_.Make(form_.Label_Server));
     return strip;
   }
 
