@@ -20,6 +20,7 @@ target_link_libraries(dbkeeper_server_wire PUBLIC dbkeeper_server_sql Threads::T
 
 add_executable(dbkeeper-server server/main.cpp)
 target_link_libraries(dbkeeper-server PRIVATE dbkeeper_server_engine dbkeeper_server_wire)
+target_compile_definitions(dbkeeper-server PRIVATE DBKEEPER_VERSION="${PROJECT_VERSION}")
 
 dbkeeper_test(server_wire_tests
   SOURCES

@@ -1,6 +1,7 @@
 // dbkeeper-server: the local server as a program of its own.
 //
 //   dbkeeper-server --data DIR [--port N] [--name NAME] [--standalone]
+//   dbkeeper-server --help | --version
 //
 // It is told what is secret over its standard input, so that nothing of it stands on a command line
 // or in a file, one command a line:
@@ -16,6 +17,7 @@
 #include <sys/eventfd.h>
 #include <sys/resource.h>
 #include <sys/signalfd.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
@@ -70,6 +72,34 @@ Arguments ReadArguments(int count, char** values) {
   }
   if (arguments.data.empty()) throw std::runtime_error("--data DIR is missing");
   return arguments;
+}
+
+constexpr std::string_view kHelp =
+    "dbkeeper-server --data DIR [--port N] [--name NAME] [--standalone]\n"
+    "\n"
+    "The local server of DB Keeper: SQL Server 2000's dialect and protocol over SQLite.\n"
+    "\n"
+    "  --data DIR     the folder of its databases; made, with samples, when it is not there\n"
+    "  --port N       the port on this machine that it serves; a free one without it\n"
+    "  --name NAME    the name it has for its clients; the machine's without it\n"
+    "  --standalone   goes on when its standard input ends\n"
+    "  --help, --version\n"
+    "\n"
+    "It reads commands from its standard input, one a line: \"operator NAME<TAB>SECRET\",\n"
+    "\"login NAME<TAB>PASSWORD\", \"start\".\n";
+
+// Answers an option that asks for words alone; false when there is none.
+bool AnswersWithWords(int count, char** values) {
+  if (count != 2) return false;
+  const std::string_view option = values[1];
+  if (option == "--help") {
+    std::cout << kHelp;
+  } else if (option == "--version") {
+    std::cout << "dbkeeper-server " DBKEEPER_VERSION "\n";
+  } else {
+    return false;
+  }
+  return true;
 }
 
 std::string HostName() {
@@ -183,6 +213,8 @@ bool ReadCommands(std::string& pending, Program& program) {
 
 void Run(const Arguments& arguments) {
   RaiseDescriptorLimit();
+  // Databases and backups hold what is nobody else's, wherever they are made.
+  umask(S_IRWXG | S_IRWXO);
   const int signals = OpenSignals();
   const int shutdown_event = eventfd(0, EFD_CLOEXEC);
   Program program(arguments, shutdown_event);
@@ -202,6 +234,7 @@ void Run(const Arguments& arguments) {
 
 int main(int count, char** values) {
   try {
+    if (dbkeeper::server::AnswersWithWords(count, values)) return 0;
     dbkeeper::server::Run(dbkeeper::server::ReadArguments(count, values));
     return 0;
   } catch (const std::exception& error) {

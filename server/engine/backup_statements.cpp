@@ -112,6 +112,8 @@ void RecordFiles(EngineSession& session, std::int64_t set_id, const BackupSet& s
 void Record(EngineSession& session, const BackupPlace& place, const std::string& medium_id,
             const BackupSet& set) {
   Workspace& workspace = session.workspace();
+  // Whoever may back up a database need have no rights in msdb.
+  const ServerWork own(workspace);
   workspace.BeginTransaction();
   try {
     Parameters values = set.details;

@@ -298,6 +298,14 @@ WriteScope::WriteScope(Workspace& workspace, const DatabaseInfo& database, const
 void WriteScope::Lock(const DatabaseInfo& database, const std::string& alias,
                       std::int64_t object_id) {
   if (alias == "temp" || workspace_.Holds(database.dbid, object_id)) return;
+  // Each file has a log of its own, so that a kill could leave half of a commit to two of them.
+  constexpr int kTempdb = 2;
+  for (const auto& [held, object] : workspace_.held_) {
+    if (own_transaction_ || held == database.dbid) continue;
+    if (held == kTempdb || database.dbid == kTempdb) continue;  // new with each start anyway
+    throw Unsupported("a transaction that changes '" + database.name + "' beside '" +
+                      workspace_.LookUpDatabase(held)->name + "'");
+  }
   InstanceState& instance = workspace_.instance();
   const LockRecord wanted{database.dbid, object_id, true};
   workspace_.waiting_for_dbid_ = database.dbid;

@@ -73,6 +73,8 @@ class Workspace {
   InstanceState& instance() { return instance_; }
   const LoginInfo& login() const { return login_; }
   SessionOptions& options() { return options_; }
+  // Whether a statement is the server's own, so that nobody's rights count.
+  bool for_server() const { return for_server_; }
   // How long to wait for a lock; negative: for ever.
   std::chrono::milliseconds LockTimeout() const {
     return options_.lock_timeout.value_or(instance_.options().lock_timeout);
@@ -137,6 +139,7 @@ class Workspace {
 
  private:
   friend class WriteScope;
+  friend class ServerWork;
   struct Counter {
     std::int64_t increment = 1;
     Decimal next{1, 0};
@@ -163,6 +166,7 @@ class Workspace {
   int spid_ = 0;
   std::string database_ = "master";
   int dbid_ = 1;
+  bool for_server_ = false;
   struct Attached {
     int dbid;
     int generation;  // of the file, see FileState
@@ -173,6 +177,20 @@ class Workspace {
   std::chrono::steady_clock::time_point wait_start_;
   std::map<std::pair<std::string, std::int64_t>, Counter> identities_;
   std::atomic<bool> interrupted_ = false;
+};
+
+// While this lives, the session's statements are the server's own.
+class ServerWork {
+ public:
+  explicit ServerWork(Workspace& workspace) : workspace_(workspace) {
+    workspace_.for_server_ = true;
+  }
+  ~ServerWork() { workspace_.for_server_ = false; }
+  ServerWork(const ServerWork&) = delete;
+  ServerWork& operator=(const ServerWork&) = delete;
+
+ private:
+  Workspace& workspace_;
 };
 
 // The writing part of a statement: the database is locked for writing, and what was written is

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <initializer_list>
+#include <limits>
 #include <utility>
 
 #include "server/sql/parser.h"
@@ -252,10 +253,13 @@ void RpcCalls::CursorFetch(const Parameters& arguments, WireSink& sink) {
   const auto* const fetch =
       std::ranges::find(kFetches, code, [](const auto& row) { return row.first; });
   if (fetch == std::end(kFetches)) Fail(16902, {"sp_cursorfetch", "fetchtype"});
+  const auto count = At<std::int64_t>(arguments, 3, 1);
+  if (count < 0 || count > std::numeric_limits<int>::max()) {
+    Fail(16902, {"sp_cursorfetch", "nrows"});
+  }
   sink.AddRowStatus();
   sink.OnColumns(cursor.columns());
-  cursor.Fetch(fetch->second, At<std::int64_t>(arguments, 2),
-               static_cast<int>(At<std::int64_t>(arguments, 3, 1)), sink);
+  cursor.Fetch(fetch->second, At<std::int64_t>(arguments, 2), static_cast<int>(count), sink);
 }
 
 // sp_cursoroption @cursor, @code, @value: names the cursor, or asks for text pointers, which are

@@ -40,6 +40,33 @@ TEST_F(Program, LetsInWhoItWasTold) {
   }
 }
 
+TEST_F(Program, FilesOutsideItsFolderAreForItsUserAlone) {
+  OdbcClient client(server_.port(), "tester", "Secret_1");
+  const std::string outside = (folder_.path() / "outside").string();
+  std::filesystem::create_directory(outside);
+  client.Execute("backup database master to disk = '" + outside + "/master.bak'");
+  client.Execute("create database d on (name = d, filename = '" + outside +
+                 "/d.mdf') log on (name = l, filename = '" + outside + "/d.ldf')");
+  int files = 0;
+  for (const auto& file : std::filesystem::directory_iterator(outside)) {
+    ++files;
+    EXPECT_EQ(file.status().permissions() & std::filesystem::perms(0077),
+              std::filesystem::perms::none)
+        << file.path();
+  }
+  EXPECT_GE(files, 3);
+}
+
+TEST(ProgramWords, HelpAndVersionAnswerAndEnd) {
+  const ToolResult help = RunTool(std::string(DBKEEPER_SERVER) + " --help");
+  EXPECT_EQ(help.status, 0);
+  EXPECT_NE(help.output.find("--data DIR"), std::string::npos);
+  const ToolResult version = RunTool(std::string(DBKEEPER_SERVER) + " --version");
+  EXPECT_EQ(version.status, 0);
+  EXPECT_EQ(version.output.find("dbkeeper-server "), 0U);
+  EXPECT_NE(RunTool(std::string(DBKEEPER_SERVER) + " --nothing").status, 0);
+}
+
 TEST_F(Program, IsReadByClientsThatOthersWrote) {
   const std::string port = std::to_string(server_.port());
   const ToolResult tsql =

@@ -129,6 +129,38 @@ TEST_F(SessionTest, WritersWaitForEachOtherAndReadersDoNot) {
   EXPECT_EQ(first.Run("select @@trancount exec sp_lock " + spid).find("TAB"), std::string::npos);
 }
 
+TEST_F(SessionTest, ATransactionChangesOneDatabaseOrIsRefusedByName) {
+  Client client = Operator();
+  client.Run("create database 甲 create database 乙");
+  client.Run(
+      "create table 甲..t (a int) create table 乙..t (a int) create table tempdb..t (a int)");
+  EXPECT_EQ(
+      client.Run("begin tran insert 甲..t values (1) insert tempdb..t values (1) create table "
+                 "#t (a int) insert #t values (1)"),
+      "(1)\n(1)\n(1)");
+  EXPECT_EQ(client.Run("insert 乙..t values (1)"), "error 50001");
+  EXPECT_NE(client.FirstMessage().find("'乙' beside '甲'"), std::string::npos);
+  EXPECT_EQ(client.Run("select count(*) from 乙..t commit select count(*) from 甲..t"), "0\n1");
+  EXPECT_EQ(client.Run("insert 乙..t select a from 甲..t"), "(1)");
+  client.Run("drop table tempdb..t drop database 甲, 乙");
+}
+
+TEST_F(SessionTest, ABackupNeedsNoRightsInMsdb) {
+  Client administrator = Operator();
+  administrator.Run("exec sp_addlogin 'keeper', 'Secret_1' create database 控 use 控");
+  administrator.Run(
+      "exec sp_grantdbaccess 'keeper' exec sp_addrolemember 'db_backupoperator', 'keeper'");
+  Client keeper = LogIn("keeper", "Secret_1");
+  keeper.Run("backup database 控 to disk = 'C:\\控.bak'");
+  for (const ServerMessage& message : keeper.last().messages) {
+    EXPECT_FALSE(message.IsError()) << message.text;
+  }
+  EXPECT_EQ(administrator.Run("select user_name from msdb..backupset where database_name = '控'"),
+            "keeper");
+  EXPECT_EQ(keeper.Run("delete msdb..backupset"), "error 229");
+  administrator.Run("use master drop database 控 exec sp_droplogin 'keeper'");
+}
+
 TEST_F(SessionTest, ADatabaseInUseIsNotTakenAway) {
   Client first = Operator();
   Client second = Operator();
