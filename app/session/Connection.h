@@ -39,8 +39,8 @@ class ServerError : public Error {
   std::vector<ServerMessage> messages_;
 };
 
-// The failure of a statement that held a secret. It is shown as it is, but the log gets the server's
-// words without what they quote, which may be a part of the secret.
+// The failure of a statement that held a secret. It is shown as it is, but the log gets the
+// server's words without what they quote, which may be a part of the secret.
 class ConfidentialError : public ServerError {
  public:
   explicit ConfidentialError(const ServerError& error) : ServerError(error) {}

@@ -1,8 +1,8 @@
 // Jobs in msdb: shown, made, changed, assigned to the server, started and stopped.
 #include <utility>
 
-#include "server/storage/host_file.h"
 #include "server/procedures/job_call.h"
+#include "server/storage/host_file.h"
 #include "server/types/messages.h"
 
 namespace dbkeeper::server {

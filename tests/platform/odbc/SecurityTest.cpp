@@ -1,5 +1,5 @@
-// Logins, users, roles and rights over the real wire: what an operator does in the dialogs, and what
-// another client then may and may not do.
+// Logins, users, roles and rights over the real wire: what an operator does in the dialogs, and
+// what another client then may and may not do.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -58,8 +58,8 @@ int Try(LocalServer& server, const std::string& login, const std::string& passwo
         const std::string& statement) {
   OdbcConnection connection{OdbcOptions{}, server.Endpoint()};
   try {
-    connection.Open("Provider=SQLOLEDB;Database=master;User ID=" + login +
-                    ";Password=" + password + ";Data Source=" + server.DataSource());
+    connection.Open("Provider=SQLOLEDB;Database=master;User ID=" + login + ";Password=" + password +
+                    ";Data Source=" + server.DataSource());
     connection.Execute(statement);
     return 0;
   } catch (const ServerError& error) {
@@ -198,7 +198,8 @@ TEST_F(SecurityTest, ALoginMadeInTheDialogsDoesWhatItMayAndNoMore) {
   SetRights(In("Table"), "品目", kTableItem, "鈴木",
             {{&rights.RadioGroup_Select, 2}, {&rights.RadioGroup_Update, 2}});
   EXPECT_EQ(attempt("select * from 在庫..品目"), 229);
-  EXPECT_EQ(Value("select count(*) from 在庫..sysprotects where id = object_id('在庫..品目')"), "0");
+  EXPECT_EQ(Value("select count(*) from 在庫..sysprotects where id = object_id('在庫..品目')"),
+            "0");
 
   Open(kLogins, "鈴木", "PopupMenu_Login_Password", [&] {
     login.Edit_passwd1.UserType("Suzuki#2");
@@ -241,8 +242,9 @@ TEST_F(SecurityTest, WhatTheServerRefusesIsToldInItsWordsAndTheListIsStillRight)
   EXPECT_EQ(LastError(),
             "Windows NT user or group 'NOWHERE\\nobody' not found. Check the name again.");
   Drop(kLogins, "kato", "PopupMenu_Login_drop");
-  EXPECT_EQ(LastError().substr(0, 60),
-            std::string("Login 'kato' is aliased or mapped to a user in one or more d").substr(0, 60));
+  EXPECT_EQ(
+      LastError().substr(0, 60),
+      std::string("Login 'kato' is aliased or mapped to a user in one or more d").substr(0, 60));
   Drop(kLogins, LocalServer::kLogin, "PopupMenu_Login_drop");
   EXPECT_EQ(LastError(), "Could not drop login 'tester' as the user is currently logged in.");
   for (const char* name : {"kato", LocalServer::kLogin, "sa"}) EXPECT_TRUE(Lists(name)) << name;
