@@ -1,7 +1,6 @@
 #include "catalog/ColumnList.h"
 
-#include "catalog/ColumnTypes.h"
-#include "catalog/ExtendedProperties.h"
+#include "catalog/ExtendedProperty.h"
 #include "catalog/TableCatalog.h"
 
 namespace dbkeeper {
@@ -28,21 +27,10 @@ void AddHeading(ListView& list, const Heading& heading) {
   list.AddColumn(std::string(heading.caption), heading.width, heading.align);
 }
 
-std::string SizeText(const TableColumn& column) {
-  const TypeRule rule = RuleOf(column.type);
-  if (rule == TypeRule::kNothing || rule == TypeRule::kIdentity) return "0";
-  if (column.precision > 0) {
-    return std::to_string(column.precision) + "." + std::to_string(column.scale);
-  }
-  return std::to_string(column.length);
-}
-
 ListItem RowOf(const TableColumn& column) {
-  const std::string identity = column.identity_seed.empty()
-                                   ? std::string()
-                                   : column.identity_seed + "," + column.identity_increment;
-  return {column.name, column.type,        SizeText(column), column.nullable ? "null" : "-",
-          identity,    column.default_text};
+  return {column.name,           column.type,
+          column.SizeText(),     column.nullable ? "null" : "-",
+          column.IdentityText(), column.default_text};
 }
 
 void ListDescriptions(const Workbench& workbench, ListView& list, const std::string& database,
@@ -87,7 +75,9 @@ void ListColumns(const Workbench& workbench, ListView& list, const std::string& 
   const ListUpdate update(list);
   const bool advanced = workbench.Switches.Advanced;
   ResetColumnList(list, form, advanced);
-  for (const TableColumn& column : ReadColumns(workbench.Session.ADOQuerySystem, database, table)) {
+  const auto definition = ReadTable(workbench.Session.ADOQuerySystem, database, table);
+  if (!definition) return;
+  for (const TableColumn& column : definition->columns) {
     ListItem row = RowOf(column);
     if (form == ColumnListForm::kDesigner) {
       row.AddCell("");

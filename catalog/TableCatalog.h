@@ -1,46 +1,30 @@
-// What a table is, read from the server's catalog in a fixed number of statements. Database and
-// table are named in full: the current database stays what it is.
+// Reads from the server's catalog what tables and modules are.
+//
+// Reading takes a fixed number of statements, for one table and for all tables of a database
+// alike. They name the database themselves: the connection's current database stays.
 #pragma once
 
-#include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "app/session/Query.h"
+#include "catalog/TableDefinition.h"
 
 namespace dbkeeper {
 
-struct TableColumn {
-  std::string name;
-  std::string type;            // of systypes; a user's own type has its own name
-  std::int64_t length = 0;     // bytes
-  std::int64_t precision = 0;  // 0 where the type is no number
-  std::int64_t scale = 0;
-  bool nullable = true;
-  std::string identity_seed;  // empty: no identity
-  std::string identity_increment;
-  std::string default_text;  // as the server keeps it, such as "(0)"
-};
+// Every user table of a database in the order of names. Throws ServerError.
+std::vector<TableDefinition> ReadTables(Query& query, const std::string& database);
 
-struct CheckConstraint {
-  std::string name;
-  std::string text;  // as the server keeps it
-};
+// The user table of that name that dbo owns; absence when there is none. Throws ServerError.
+std::optional<TableDefinition> ReadTable(Query& query, const std::string& database,
+                                         const std::string& table);
 
-struct Trigger {
-  std::string id;
-  std::string name;
-  std::string created;
-  std::string text;  // the whole of its statement; empty where it is encrypted
-};
-
-// The parts of a table that dbo owns, columns in their order and the others by name. A table that
-// is not there has none. Throw ServerError.
-std::vector<TableColumn> ReadColumns(Query& query, const std::string& database,
-                                     const std::string& table);
-std::vector<CheckConstraint> ReadChecks(Query& query, const std::string& database,
-                                        const std::string& table);
-std::vector<Trigger> ReadTriggers(Query& query, const std::string& database,
-                                  const std::string& table);
+// The text of the view, procedure or trigger of that name that dbo owns; none when there is no such
+// object, and one for each member of a group of procedures. `type` is its type in sysobjects, such
+// as "V". Throws ServerError.
+std::vector<ModuleText> ReadModule(Query& query, const std::string& database,
+                                   const std::string& name, std::string_view type);
 
 }  // namespace dbkeeper

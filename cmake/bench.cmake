@@ -21,6 +21,8 @@ if(TARGET dbkeeper_test_server)
 endif()
 
 if(TARGET dbkeeper_test_server)
+  dbkeeper_bench(catalog_bench SOURCES bench/catalog_bench.cpp
+    LIBS dbkeeper_odbc dbkeeper_test_server dbkeeper_test_support)
   dbkeeper_bench(lists_bench SOURCES bench/lists_bench.cpp
     LIBS dbkeeper_odbc dbkeeper_test_server dbkeeper_test_support)
 endif()

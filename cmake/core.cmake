@@ -38,16 +38,18 @@ add_library(dbkeeper_core STATIC
   app/session/ServerSession.cpp
   app/workbench/GridPane.cpp
   app/workbench/StatementRun.cpp
-  catalog/DatabaseList.cpp
-  catalog/DatabaseProperties.cpp
-  catalog/ExtendedProperties.cpp
   catalog/BulkCopy.cpp
   catalog/ColumnList.cpp
-  catalog/TableCatalog.cpp
+  catalog/DatabaseList.cpp
+  catalog/DatabaseProperties.cpp
+  catalog/ExtendedProperty.cpp
   catalog/ListRoutine.cpp
   catalog/ObjectLists.cpp
+  catalog/ObjectScript.cpp
   catalog/PermissionScript.cpp
   catalog/ServerLists.cpp
+  catalog/TableCatalog.cpp
+  catalog/TableDefinition.cpp
   database/Unit_BackupMedia.cpp
   database/Unit_Database_Property.cpp
   database/Unit_Restore.cpp
@@ -141,6 +143,9 @@ dbkeeper_test(core_tests
     tests/app/TextFileTest.cpp
     tests/app/Utf16Test.cpp
     tests/catalog/CatalogTest.cpp
+    tests/catalog/ExtendedPropertyTest.cpp
+    tests/catalog/ListRowsTest.cpp
+    tests/catalog/ObjectScriptTest.cpp
     tests/catalog/PermissionScriptTest.cpp
     tests/controls/FnpNumericEditTest.cpp
     tests/controls/InputsTest.cpp

@@ -38,7 +38,8 @@ if(TARGET dbkeeper-server)
     SOURCES
       tests/platform/odbc/ConnectionContract.cpp
       tests/platform/odbc/LocalServerTest.cpp
-    LIBS dbkeeper_odbc dbkeeper_test_server)
+      tests/platform/odbc/TableCatalogTest.cpp
+    LIBS dbkeeper_odbc dbkeeper_test_server dbkeeper_test_support)
 
   dbkeeper_test(rows_server_test WIRE TOGETHER
     SOURCES tests/platform/odbc/EditModeTest.cpp

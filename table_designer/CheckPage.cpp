@@ -24,8 +24,9 @@ void TForm_Table::ListChecks() {
   ListView.AddColumn("Name", 200);
   ListView.AddColumn("Text", 440);
   if (!table_.Exists()) return;
-  for (const CheckConstraint& check :
-       ReadChecks(Shared(), Edit_DataBase.Text(), Edit_TableName.Text())) {
+  const auto table = ReadTable(Shared(), Edit_DataBase.Text(), Edit_TableName.Text());
+  if (!table) return;
+  for (const TableCheck& check : table->checks) {
     ListView.AddItem({check.name, check.text});
   }
 }

@@ -3,7 +3,7 @@
 #include "app/workbench/StatementRun.h"
 #include "catalog/ColumnList.h"
 #include "catalog/ColumnTypes.h"
-#include "catalog/ExtendedProperties.h"
+#include "catalog/ExtendedProperty.h"
 #include "table_designer/ColumnText.h"
 #include "table_designer/Unit_Table.h"
 
@@ -145,16 +145,16 @@ bool TForm_Table::AddColumn() {
                       .use = UseText(),
                       .statements = {command},
                       .status = lines.front()};
-  const ExtendedObject column = ColumnProperties(table, fields.name);
+  const PropertyOwner column = {table, fields.name};
   if (!fields.comment.empty()) {
-    run.statements.push_back(AddPropertyText(kDescriptionProperty, fields.comment, column));
+    run.statements.push_back(AddPropertyStatement(kDescriptionProperty, column, fields.comment));
   }
   if (workbench_.Switches.Advanced && !fields.note.empty()) {
     // Deliberately the comment's text first, and then what the selected row's note asks for, which
     // the server refuses where there is none: two notes of one column.
-    run.statements.push_back(AddPropertyText(kNoteProperty, fields.comment, column));
+    run.statements.push_back(AddPropertyStatement(kNoteProperty, column, fields.comment));
     run.statements.push_back(
-        ChangePropertyText(kNoteProperty, !SelectedCell(kNoteCell).empty(), fields.note, column));
+        PropertyStatement(kNoteProperty, column, !SelectedCell(kNoteCell).empty(), fields.note));
   }
   return RunStatements(workbench_, run);
 }
@@ -170,9 +170,9 @@ bool TForm_Table::AlterColumn() {
       .use = UseText(),
       .statements = {command},
       .status = command};
-  const ExtendedObject column = ColumnProperties(table, fields.name);
+  const PropertyOwner column = {table, fields.name};
   const auto change = [&](std::string_view property, ColumnCell cell, const std::string& text) {
-    std::string statement = ChangePropertyText(property, !SelectedCell(cell).empty(), text, column);
+    std::string statement = PropertyStatement(property, column, !SelectedCell(cell).empty(), text);
     if (!statement.empty()) run.statements.push_back(std::move(statement));
   };
   change(kDescriptionProperty, kCommentCell, fields.comment);

@@ -1,5 +1,6 @@
 // The designer's page of triggers.
 
+#include "app/support/DateText.h"
 #include "app/workbench/StatementRun.h"
 #include "catalog/TableCatalog.h"
 #include "table_designer/Unit_Table.h"
@@ -34,14 +35,18 @@ void TForm_Table::ListTriggers() {
   ListView.AddColumn("Date", 140);
   triggers_.clear();
   if (!table_.Exists()) return;
-  triggers_ = ReadTriggers(Shared(), Edit_DataBase.Text(), Edit_TableName.Text());
-  for (const Trigger& trigger : triggers_) {
-    ListView.AddItem({trigger.id, trigger.name, trigger.created});
+  auto table = ReadTable(Shared(), Edit_DataBase.Text(), Edit_TableName.Text());
+  if (!table) return;
+  triggers_ = std::move(table->triggers);
+  const std::string form = workbench_.Host.locale.ShortDateFormat();
+  for (const TableTrigger& trigger : triggers_) {
+    ListView.AddItem(
+        {std::to_string(trigger.id), trigger.name, ServerDateToHostText(trigger.created, form)});
   }
 }
 
 void TForm_Table::SelectTrigger() {
-  Memo_Trigger.Text = triggers_[ListView.Selection().front()].text;
+  Memo_Trigger.Text = triggers_[ListView.Selection().front()].module.text;
   trigger_.Show(Record::kExisting);
 }
 

@@ -5,7 +5,7 @@
 #include "app/support/Errors.h"
 #include "app/workbench/StatementRun.h"
 #include "catalog/ColumnList.h"
-#include "catalog/ExtendedProperties.h"
+#include "catalog/ExtendedProperty.h"
 #include "catalog/ObjectLists.h"
 #include "table_designer/ColumnText.h"
 
@@ -135,8 +135,8 @@ void TForm_Table::SBtn_CreateClick() {
   for (const ListItem& row : rows) {
     const std::string comment(row.SubItem(kCommentCell));
     if (comment.empty()) continue;
-    run.statements.push_back(AddPropertyText(kDescriptionProperty, comment,
-                                             ColumnProperties(table, std::string(row.Caption()))));
+    run.statements.push_back(
+        AddPropertyStatement(kDescriptionProperty, {table, std::string(row.Caption())}, comment));
   }
   RunStatements(workbench_, run);
   Close();
@@ -156,7 +156,7 @@ void TForm_Table::UpdateTableProperty(std::string_view property, const std::stri
                 table + "', default, default) where name = '" + std::string(property) + "'");
   const bool exists = !Shared().Eof();
   Shared().Close();
-  const std::string statement = ChangePropertyText(property, exists, text, TableProperties(table));
+  const std::string statement = PropertyStatement(property, {table}, exists, text);
   if (!statement.empty()) Shared().Command(statement);
 }
 

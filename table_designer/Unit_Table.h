@@ -16,7 +16,7 @@
 
 #include "app/workbench/StatementRun.h"
 #include "app/workbench/Workbench.h"
-#include "catalog/TableCatalog.h"
+#include "catalog/TableDefinition.h"
 #include "controls/FnpNumericEdit.h"
 #include "controls/Form.h"
 #include "controls/Inputs.h"
@@ -192,7 +192,7 @@ class TForm_Table : public Form {
   std::vector<ListItem> designed_;  // a new table's columns while another page is shown
   bool columns_shown_ = false;      // the list holds columns
   bool primary_key_chosen_ = false;
-  std::vector<Trigger> triggers_;  // in the order of their list
+  std::vector<TableTrigger> triggers_;  // in the order of their list
 };
 
 }  // namespace dbkeeper

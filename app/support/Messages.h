@@ -20,6 +20,8 @@ inline constexpr std::string_view kNoSettingsText =
     "設定ファイルの内容を読み取れません。ファイルは変更されません: %1";
 inline constexpr std::string_view kNotInCodePage = "シフトJISで表せない文字があります: %1";
 
+inline constexpr std::string_view kEncrypted = "暗号化されているため、Scriptを生成できません: %1";
+inline constexpr std::string_view kNotDbos = "所有者がdboのオブジェクトが見つかりません: %1";
 inline constexpr std::string_view kNotAnInteger = "整数ではありません: %1";
 inline constexpr std::string_view kNotADecimal = "数値ではありません: %1";
 inline constexpr std::string_view kNotADate = "日付ではありません: %1";

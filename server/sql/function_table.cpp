@@ -25,6 +25,11 @@ constexpr std::string_view kObjectProperty = R"((select case $2 collate mstext
   when 'IsConstraint' then xtype in ('PK', 'UQ', 'F', 'C', 'D')
   when 'IsScalarFunction' then xtype = 'FN' when 'IsExtendedProc' then xtype = 'X'
   when 'OwnerId' then uid
+  when 'CnstIsDisabled' then iif(xtype in ('C', 'F'), status >> 14 & 1, null)
+  when 'CnstIsNotRepl' then iif(xtype in ('C', 'F'), 0, null)
+  when 'CnstIsDeleteCascade' then iif(xtype = 'F', status >> 12 & 1, null)
+  when 'CnstIsUpdateCascade' then iif(xtype = 'F', status >> 13 & 1, null)
+  when 'ExecIsTriggerDisabled' then iif(xtype = 'TR', 0, null)
   when 'TableHasPrimaryKey' then exists(select 1 from $d.sysobjects p where p.parent_obj = o.id
     and p.xtype = 'PK')
   when 'TableHasCheckCnst' then exists(select 1 from $d.sysobjects p where p.parent_obj = o.id
@@ -112,6 +117,7 @@ constexpr FunctionRow kRows[] = {
     {"col_length", "tt", kIntType, kColumnLength},
     {"columnproperty", "itt", kIntType, kColumnProperty},
     {"objectproperty", "it", kIntType, kObjectProperty},
+    {"filegroup_name", "i", kNameType, "(case $1 when 1 then 'PRIMARY' end)"},
     {"indexproperty", "itt", kIntType, kIndexProperty},
     {"index_col", "tii", kNameType, kIndexColumn},
     {"indexkey_property", "iiit", kIntType, kIndexKeyProperty},

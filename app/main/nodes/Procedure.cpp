@@ -21,7 +21,7 @@ constexpr MenuRow kProcedureRows[] = {
     kRefreshRow,
     SqlRow("PopupMenu_Procedure_SQL", &PopupMenu_Table_SQLClick),
     kCsvRow,
-    {0, "PopupMenu_Procedure_Script", "生成Script...", kNoCommand, &RowSelected},
+    {0, "PopupMenu_Procedure_Script", "生成Script...", &PopupMenu_Table_ScriptClick, &RowSelected},
     {0, "PopupMenu_Procedure_Drop", "削除", &PopupMenu_Procedure_DropClick, &RowSelected},
 };
 constexpr MenuTable kProcedureMenu = {"PopupMenu_Procedure", kProcedureRows};

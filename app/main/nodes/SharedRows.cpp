@@ -4,6 +4,7 @@
 #include "app/main/CsvExport.h"
 #include "app/main/nodes/NodeKinds.h"
 #include "app/support/Files.h"
+#include "catalog/ObjectScript.h"
 
 namespace dbkeeper {
 
@@ -87,6 +88,20 @@ void PopupMenu_Table_PrivilegesClick(const CommandContext& context) {
     status.Done("select * from sysprotects");
   }
   workbench.Host.windows.ShowModal(form);
+}
+
+void PopupMenu_Table_ScriptClick(const CommandContext& context) {
+  const Workbench& workbench = context.workbench;
+  const ListItem* const row = workbench.List.Selected();
+  if (row == nullptr) return;
+  const RowNames names = NamesOf(*row, workbench.Tree);
+  TFormExecSQL& window = context.program.FormExecSQL;
+  {
+    const BusyScope busy(workbench.Host.windows);
+    window.ShowText(WriteObjectScript(workbench, names.database, names.name,
+                                      workbench.Tree.Selected()->Text()));
+  }
+  workbench.Host.windows.Show(window);
 }
 
 void PopupMenu_Table_OpenClick(const CommandContext& context) {

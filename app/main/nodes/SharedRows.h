@@ -39,6 +39,9 @@ constexpr MenuRow SqlRow(std::string_view name, MenuCommand command) {
 // Opens the rights on the selected row's object.
 void PopupMenu_Table_PrivilegesClick(const CommandContext& context);
 
+// Puts the script that creates the selected row's object into the query window.
+void PopupMenu_Table_ScriptClick(const CommandContext& context);
+
 // Opens the selected row's table or view in the table browser.
 void PopupMenu_Table_OpenClick(const CommandContext& context);
 

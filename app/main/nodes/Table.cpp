@@ -113,7 +113,7 @@ constexpr MenuRow kTableRows[] = {
     kRefreshRow,
     SqlRow("PopupMenu_Table_SQL", &PopupMenu_Table_SQLClick),
     kCsvRow,
-    {0, "PopupMenu_Table_Script", "生成Script...", kNoCommand, &RowSelected},
+    {0, "PopupMenu_Table_Script", "生成Script...", &PopupMenu_Table_ScriptClick, &RowSelected},
     {0, "PopupMenu_Table_BCP", "BCP", kNoCommand, &RowSelected},
     {1, "PopupMenu_Table_BCP_Exp", "BCPによるｴｸｽﾎﾟｰﾄ ...", &PopupMenu_Table_BCP_ExpClick},
     {1, "PopupMenu_Table_BCP_Imp", "BCPによるｲﾝﾎﾟｰﾄ ...", &PopupMenu_Table_BCP_ImpClick},

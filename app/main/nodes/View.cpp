@@ -23,7 +23,7 @@ constexpr MenuRow kViewRows[] = {
      &RowSelected},
     SqlRow("PopupMenu_View_SQL", &PopupMenu_Table_SQLClick),
     kCsvRow,
-    {0, "PopupMenu_View_Script", "生成Script...", kNoCommand, &RowSelected},
+    {0, "PopupMenu_View_Script", "生成Script...", &PopupMenu_Table_ScriptClick, &RowSelected},
     {0, "PopupMenu_View_Drop", "削除", &PopupMenu_View_DropClick, &RowSelected},
 };
 constexpr MenuTable kViewMenu = {"PopupMenu_View", kViewRows};
