@@ -22,12 +22,10 @@ add_library(dbkeeper_core STATIC
   app/support/TextLines.cpp
   app/support/Utf16.cpp
   app/support/Utf8.cpp
-  app/session/BatchResults.cpp
   app/session/BrowseQuery.cpp
   app/session/CellText.cpp
   app/session/Connection.cpp
   app/session/CursorRows.cpp
-  app/session/EditedTable.cpp
   app/session/Query.cpp
   app/session/RowBlock.cpp
   app/session/RowEditor.cpp

@@ -41,7 +41,7 @@ void BrowseQuery::Open() {
   if (lock_ == LockType::kReadOnly) return;
   try {
     Rows.AllowEditing(std::make_unique<RowEditor>(connection_, text, Rows.Fields()));
-  } catch (const Error& error) {
+  } catch (const ServerError& error) {
     // The rows are there to be read; why they cannot be written stands beside them.
     Rows.ForbidEditing(error.what());
   }

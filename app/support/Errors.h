@@ -22,13 +22,6 @@ class FileError : public Error {
   const char* ClassName() const override { return "FileError"; }
 };
 
-// A row could not be written though the server raised no error.
-class RowError : public Error {
- public:
-  using Error::Error;
-  const char* ClassName() const override { return "RowError"; }
-};
-
 // A text is no number or date, or does not fit its place.
 class ConvertError : public Error {
  public:

@@ -61,11 +61,6 @@ inline constexpr std::string_view kDeleteRow = "この行を削除してよろ�
 inline constexpr std::string_view kReadOnlyRows = "読取専用のため、編集できません。";
 inline constexpr std::string_view kReadOnlyField = "編集できないフィールドです: %1";
 inline constexpr std::string_view kNotAValue = "フィールドの型に合わない値です: %1";
-inline constexpr std::string_view kAnswerUnreadable =
-    "サーバーの応答を読み取れないため、編集できません。この接続でset showplan_text、set noexec、"
-    "set fmtonlyなどが有効になっていないか確認してください。";
-inline constexpr std::string_view kOneRowAnswers =
-    "この接続でset rowcount 1が有効なため、対象を一行に特定できず、変更を取り消しました。";
 inline constexpr std::string_view kRowGone =
     "他の利用者が先に変更または削除したため、この行は書き込まれませんでした。"
     "「最新の情報に更新」してからやり直してください。";

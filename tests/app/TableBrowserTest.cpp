@@ -3,7 +3,6 @@
 #include <vector>
 
 #include "tests/support/AppFixture.h"
-#include "tests/support/EditableTable.h"
 
 namespace dbkeeper::testing {
 namespace {
@@ -20,8 +19,12 @@ class TableBrowserTest : public AppFixture {
     for (int i = 0; i < 300; ++i)
       items.rows.push_back({std::to_string(i), "n" + std::to_string(i)});
     connection.Answer("select * from [items]", items);
-    AnswerForTable(connection,
-                   {{"U ", "id", "int", "0", "0"}, {"U ", "name", "varchar", "0", "0"}});
+    connection.Answer("db_name()", {TextFields({"name"}), {{"sales"}}, {}});
+    connection.Answer(
+        "syscolumns c on c.id = o.id",
+        {TextFields({"id", "xtype", "name", "type", "c", "s"}),
+         {{"77", "U ", "id", "int", "0", "0"}, {"77", "U ", "name", "varchar", "0", "0"}},
+         {}});
   }
 
   // The list of the tables of database sales, its first row selected.

@@ -28,7 +28,6 @@ struct FakeResult {
   int further_results = 0;                   // behind the rows
   std::vector<ServerMessage> messages = {};  // said while the statement runs
   bool breaks = false;                       // the connection is gone with the error
-  std::vector<FakeResult> then = {};         // the results behind it
 };
 
 // Text fields of the given names.
@@ -54,18 +53,10 @@ class FakeReader : public RowReader {
     const auto& cell = result_.rows[row_][field];
     return cell ? std::string_view(*cell) : std::string_view();
   }
-  bool NextResult() override {
-    if (next_ == then_.size()) return result_.further_results-- > 0;
-    result_ = then_[next_++];
-    row_ = static_cast<std::size_t>(-1);
-    if (result_.fields.empty() && result_.error) throw ServerError({*result_.error});
-    return true;
-  }
+  bool NextResult() override { return result_.further_results-- > 0; }
 
  private:
   FakeResult result_;
-  std::vector<FakeResult> then_ = result_.then;
-  std::size_t next_ = 0;
   std::size_t row_ = static_cast<std::size_t>(-1);
 };
 

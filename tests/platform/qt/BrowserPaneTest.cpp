@@ -10,7 +10,6 @@
 #include "platform/qt/binders/GridWidget.h"
 #include "platform/qt/forms/Windows.h"
 #include "tests/support/AppFixture.h"
-#include "tests/support/EditableTable.h"
 
 namespace dbkeeper::testing {
 namespace {
@@ -28,7 +27,11 @@ class BrowserPaneTest : public AppFixture {
     }
     items.rows[1][1] = std::nullopt;
     connection.Answer("select * from [商品]", items);
-    AnswerForTable(connection, {{"V ", "id", "int", "0", "0"}});
+    connection.Answer("db_name()", {TextFields({"name"}), {{"sales"}}, {}});
+    connection.Answer("syscolumns c on c.id = o.id",
+                      {TextFields({"id", "xtype", "name", "type", "c", "s"}),
+                       {{"77", "V ", "id", "int", "0", "0"}},
+                       {}});
     Connect();
     ClickPath({"Database"});
     app.FormMain.TreeView.Select(&Node({"Database", "sales", "Table"}));
