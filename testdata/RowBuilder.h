@@ -18,11 +18,11 @@ namespace dbkeeper {
 
 // A column's settings as they are shown and stored, all as texts.
 struct ColumnSettings {
-  std::string pattern;
-  std::string null_rate;  // percent
-  std::string a;          // the parameters
-  std::string b;
-  std::string count;  // lines of the value file
+  std::string pattern = {};
+  std::string null_rate = {};  // percent
+  std::string a = {};          // the parameters
+  std::string b = {};
+  std::string count = {};  // lines of the value file
 };
 
 // The value files of a run by their names, each read when it is first asked for.
