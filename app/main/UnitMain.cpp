@@ -8,6 +8,7 @@
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 #include "app/main/Application.h"
 #include "app/main/nodes/NodeKinds.h"
@@ -156,8 +157,8 @@ void TFormMain::ApplicationException(const std::exception& error) {
   try {
     error_log_.Append(error);
   } catch (const std::exception& log_error) {
-    // The error itself must be shown even where it cannot be logged.
-    host_.dialogs.ShowError(log_error.what(), "");
+    // Told once: the error itself is shown each time, also where it cannot be logged.
+    if (!std::exchange(log_failure_told_, true)) host_.dialogs.ShowError(log_error.what(), "");
   }
   const std::string message = error.what();
   if (message.find("の操作") != std::string::npos && session_.ADOQuery_User.Active()) {

@@ -95,6 +95,7 @@ class TFormMain : public Form {
   Link link_ = Link::kNone;  // what the windows show
   std::vector<std::unique_ptr<PopupMenu>> menus_;
   int sort_direction_ = -1;
+  bool log_failure_told_ = false;
 };
 
 }  // namespace dbkeeper

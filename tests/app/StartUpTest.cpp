@@ -136,6 +136,9 @@ TEST_F(StartUpTest, ErrorIsShownAlsoWhereTheLogCannotBeWritten) {
   app.Guard().Run([] { throw Error("lost"); });
   ASSERT_EQ(fake.dialogs.errors.size(), 2U);
   EXPECT_EQ(fake.dialogs.errors[1], "lost");
+  app.Guard().Run([] { throw Error("lost again"); });
+  ASSERT_EQ(fake.dialogs.errors.size(), 3U);
+  EXPECT_EQ(fake.dialogs.errors[2], "lost again");
 }
 
 }  // namespace
