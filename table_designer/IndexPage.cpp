@@ -9,7 +9,7 @@ namespace dbkeeper {
 namespace {
 
 constexpr std::string_view kDescending = "(-)";
-constexpr std::string_view kPrimaryKey = "primary key";
+constexpr std::string_view kPrimaryKeyWords = "primary key";
 constexpr std::size_t kKeysCell = 0;         // of the list of indexes
 constexpr std::size_t kDescriptionCell = 1;  // of the list of indexes
 constexpr std::size_t kDescCell = 0;         // of the list of an index's keys
@@ -94,7 +94,7 @@ void TForm_Table::SelectIndex() {
     }
   }
   const std::string_view description = row.SubItem(kDescriptionCell);
-  primary_key_chosen_ = Holds(description, kPrimaryKey);
+  primary_key_chosen_ = Holds(description, kPrimaryKeyWords);
   CheckBox_Index_PrimaryKey.Checked = primary_key_chosen_;
   CheckBox_Index_Unique.Checked = Holds(description, "unique");
   CheckBox_Index_Clustered.Checked =
