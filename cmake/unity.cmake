@@ -12,10 +12,13 @@ set_source_files_properties(
   platform/qt/binders/TextBinders.cpp
   security/Unit_Privileges.cpp
   security/Unit_Role.cpp
+  server/agent/job_run.cpp
   server/instance/sample_instance.cpp
   server/procedures/backup_history_procedures.cpp
   server/procedures/database_procedures.cpp
   server/procedures/job_procedures.cpp
+  server/procedures/job_schedule_procedures.cpp
+  server/procedures/job_step_procedures.cpp
   server/procedures/login_procedures.cpp
   server/procedures/metadata_procedures.cpp
   server/procedures/object_procedures.cpp

@@ -1,6 +1,7 @@
 // Schedules of jobs in msdb: shown, added, changed, deleted.
 #include "server/procedures/job_call.h"
 #include "server/types/messages.h"
+#include "server/types/sql_type.h"
 
 namespace dbkeeper::server {
 
@@ -156,7 +157,7 @@ void AddSchedule(ProcedureCall& call) {
   TakeGiven(call, schedule);
   Verify(call, schedule);
   const std::int64_t table = change.catalog.FindObject("sysjobschedules")->id;
-  schedule.id = call.workspace().NextIdentity(change.catalog.alias(), table);
+  schedule.id = call.workspace().NextIdentity(change.catalog.alias(), table, kIntType);
   const JobSchedule& when = schedule.when;
   change.catalog.Run(
       "insert into {}sysjobschedules values (?1, ?2, ?3, ?4, ?5, ?6, ?7, 0, ?8, ?9, ?10, ?11, ?12, "

@@ -27,6 +27,7 @@ class Program : public AppFixture {
   void ListTables() {
     connection.Answer(".dbo.sysobjects", {TextFields({"name", "xtype", "crdate"}),
                                           {{"商品", "U", ""}, {"a b", "U", ""}}});
+    app.Start();
     Connect();
     ClickPath({"Database"});
     ClickPath({"Database", "sales", "Table"});

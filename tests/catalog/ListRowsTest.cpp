@@ -103,7 +103,7 @@ std::vector<Case> ServerCases() {
         {"securityadmin", "-"},
         {"serveradmin", "[serveradmin]"},
         {"loginname", "-"}},
-       {"No.|32", "Name|180", "作成日|118", "更新日|118", "言語|64", "dbname|64", "ｱｸｾｽ許可|72",
+       {"No.|32>", "Name|180", "作成日|118", "更新日|118", "言語|64", "dbname|64", "ｱｸｾｽ許可|72",
         "NTﾕｰｻﾞ|64", "sysadmin|64", "serveradmin|84"},
        {"1", "[name]", "[createdate]", "[updatedate]", "[language]", "[dbname]", "[hasaccess]",
         "[isntname]", "[sysadmin]", "[serveradmin]"}},
@@ -140,14 +140,14 @@ std::vector<Case> ServerCases() {
         {"status", "16"},
         {"cntrltype", "-"},
         {"phyname", "[phyname]"}},
-       {"No.|32", "Name|128", "Path|360"},
+       {"No.|32>", "Name|128", "Path|360"},
        {"1", "[name]", "[phyname]"}},
       {"server roles",
        ListServerRoles,
        {"exec sp_helpsrvrole"},
        "sp_helpsrvrole",
        {{"ServerRole", "[ServerRole]"}, {"Description", "[Description]"}},
-       {"No.|32", "ServerRole|96", "Description|240"},
+       {"No.|32>", "ServerRole|96", "Description|240"},
        {"1", "[ServerRole]", "[Description]"}},
   };
 }
@@ -164,21 +164,21 @@ std::vector<Case> DatabaseCases() {
         {"uid", "-"},
         {"crdate", "[crdate]"},
         {"type", "-"}},
-       {"No.|32", "Name|100", "xtype|48", "作成日|118"},
+       {"No.|32>", "Name|100", "xtype|48", "作成日|118"},
        {"1", "[name]", "[xtype]", "[crdate]"}},
       {"views",
        ListViews,
        {"select * from [sales].dbo.sysobjects where xtype='V' order by name"},
        "sysobjects",
        {{"name", "[name]"}, {"xtype", "[xtype]"}, {"crdate", "[crdate]"}, {"type", "-"}},
-       {"No.|32", "Name|100", "xtype|48", "作成日|118"},
+       {"No.|32>", "Name|100", "xtype|48", "作成日|118"},
        {"1", "[name]", "[xtype]", "[crdate]"}},
       {"procedures",
        ListProcedures,
        {"select * from [sales].dbo.sysobjects where (xtype='P')or       (xtype='X') order by name"},
        "sysobjects",
        {{"crdate", "[crdate]"}, {"name", "[name]"}, {"xtype", "[xtype]"}},
-       {"No.|32", "Name|100", "xtype|48", "作成日|118"},
+       {"No.|32>", "Name|100", "xtype|48", "作成日|118"},
        {"1", "[name]", "[xtype]", "[crdate]"}},
       {"users",
        ListUsers,
@@ -275,12 +275,12 @@ TEST(ListRows, OfDescribedTablesAndOfCapacityHaveTheirOwnColumns) {
       "sp_spaceused", {TextFields({"name", "rows", "reserved", "data", "index_size", "unused"}),
                        {{"t", "[rows]", "[reserved]", "[data]", "[index]", "[unused]"}}});
   ListTables(fixture.workbench, "sales");
-  EXPECT_EQ(ColumnsOf(fixture.list),
-            (Texts{"No.|32", "Name|100", "Description|120", "Note|180", "xtype|48", "作成日|118"}));
+  EXPECT_EQ(ColumnsOf(fixture.list), (Texts{"No.|32>", "Name|100", "Description|120", "Note|180",
+                                            "xtype|48", "作成日|118"}));
   EXPECT_EQ(CellsOf(fixture.list.Items()[0]), (Texts{"1", "t", "[d]", "[n]", "U", "c"}));
   ListCapacity(fixture.workbench, "sales");
   EXPECT_EQ(ColumnsOf(fixture.list),
-            (Texts{"No.|32", "Name|128", "xtype|48", "作成日|118", "rows|64>", "reserved|82>",
+            (Texts{"No.|32>", "Name|128", "xtype|48", "作成日|118", "rows|64>", "reserved|82>",
                    "data|82>", "index_size|82>", "unused|82>"}));
   EXPECT_EQ(CellsOf(fixture.list.Items()[0]),
             (Texts{"1", "t", "U", "c", "[rows]", "[reserved]", "[data]", "[index]", "[unused]"}));
@@ -294,7 +294,7 @@ TEST(ListRows, OfServerPropertiesHaveEachItsNumberAndName) {
                    "ProductLevel", "Edition", "ServerName", "MachineName"}),
        {{"[9]", "[8]", "[7]", "[6]", "[5]", "[4]", "[3]", "[2]", "[1]"}}});
   ListServerProperties(fixture.workbench, {});
-  EXPECT_EQ(ColumnsOf(fixture.list), (Texts{"No.|32", "項目|96", "内容|240"}));
+  EXPECT_EQ(ColumnsOf(fixture.list), (Texts{"No.|32>", "項目|96", "内容|240"}));
   const char* const names[] = {"MachineName",  "ServerName",     "Edition",
                                "ProductLevel", "ProductVersion", "SecurityMode",
                                "IsSingleUser", "LicenseType",    "NumLicenses"};
@@ -329,7 +329,7 @@ TEST(ListRows, OfADatabasesPropertiesTellEveryOption) {
   }
   WorkbenchFixture fixture;
   ListDatabaseProperties(fixture.workbench, "sales");
-  EXPECT_EQ(ColumnsOf(fixture.list), (Texts{"No.|32", "項目|192", "内容|240"}));
+  EXPECT_EQ(ColumnsOf(fixture.list), (Texts{"No.|32>", "項目|192", "内容|240"}));
   EXPECT_EQ(fixture.connection.statements,
             (Texts{"select * from master.dbo.sysdatabases where name = 'sales'", "use [sales]",
                    "EXEC sp_spaceused", "sp_helpdb [sales]"}));

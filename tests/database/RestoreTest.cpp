@@ -36,6 +36,7 @@ class RestoreTest : public AppFixture {
   }
   void Rename(const std::string& name) {
     form.CheckBox_ChangeName.UserCheck(true);
+    form.Edit_DatabaseName.UserEnter();
     form.Edit_DatabaseName.UserType(name);
     form.Edit_DatabaseName.UserExit();
   }

@@ -15,6 +15,9 @@ using Texts = std::vector<std::string>;
 
 class TableDesignerTest : public ::testing::Test, protected WorkbenchFixture {
  protected:
+  TableDesignerTest() {
+    connection.Answer(".dbo.sysobjects", {TextFields({"name", "xtype", "crdate"}), {}});
+  }
   void OpenNew() {
     form.SetUp("sales");
     form.Open();
