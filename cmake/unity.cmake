@@ -9,6 +9,7 @@ set_source_files_properties(
   catalog/ServerLists.cpp
   database/Unit_Restore.cpp
   document/xls/StyleTable.cpp
+  platform/qt/QtProgress.cpp
   platform/qt/binders/TextBinders.cpp
   security/Unit_Privileges.cpp
   security/Unit_Role.cpp

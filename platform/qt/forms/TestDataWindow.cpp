@@ -34,10 +34,10 @@ QHBoxLayout* MakeParameters(TForm_Table_TestData& form, const Binder& binder) {
   QHBoxLayout* const row = Row({
       binder.Make(form.Lbl_Param1),
       binder.Make(form.Fne_Start),
-      binder.Make(form.DateTimePicker_Start, Picks::kDate),
+      binder.Make(form.DateTimePicker_Start),
       binder.Make(form.Lbl_Param2),
       binder.Make(form.Fne_End),
-      binder.Make(form.DateTimePicker_End, Picks::kDate),
+      binder.Make(form.DateTimePicker_End),
       text = binder.Make(form.Edit_ParamStr),
       binder.Make(form.Sbtn_FileName),
   });
