@@ -103,7 +103,7 @@ std::vector<Case> ServerCases() {
         {"securityadmin", "-"},
         {"serveradmin", "[serveradmin]"},
         {"loginname", "-"}},
-       {"No.|32>", "Name|180", "作成日|118", "更新日|118", "言語|64", "dbname|64", "ｱｸｾｽ許可|72",
+       {"No.|32", "Name|180", "作成日|118", "更新日|118", "言語|64", "dbname|64", "ｱｸｾｽ許可|72",
         "NTﾕｰｻﾞ|64", "sysadmin|64", "serveradmin|84"},
        {"1", "[name]", "[createdate]", "[updatedate]", "[language]", "[dbname]", "[hasaccess]",
         "[isntname]", "[sysadmin]", "[serveradmin]"}},
@@ -140,14 +140,14 @@ std::vector<Case> ServerCases() {
         {"status", "16"},
         {"cntrltype", "-"},
         {"phyname", "[phyname]"}},
-       {"No.|32>", "Name|128", "Path|360"},
+       {"No.|32", "Name|128", "Path|360"},
        {"1", "[name]", "[phyname]"}},
       {"server roles",
        ListServerRoles,
        {"exec sp_helpsrvrole"},
        "sp_helpsrvrole",
        {{"ServerRole", "[ServerRole]"}, {"Description", "[Description]"}},
-       {"No.|32>", "ServerRole|96", "Description|240"},
+       {"No.|32", "ServerRole|96", "Description|240"},
        {"1", "[ServerRole]", "[Description]"}},
   };
 }
@@ -294,7 +294,7 @@ TEST(ListRows, OfServerPropertiesHaveEachItsNumberAndName) {
                    "ProductLevel", "Edition", "ServerName", "MachineName"}),
        {{"[9]", "[8]", "[7]", "[6]", "[5]", "[4]", "[3]", "[2]", "[1]"}}});
   ListServerProperties(fixture.workbench, {});
-  EXPECT_EQ(ColumnsOf(fixture.list), (Texts{"No.|32>", "項目|96", "内容|240"}));
+  EXPECT_EQ(ColumnsOf(fixture.list), (Texts{"No.|32", "項目|96", "内容|240"}));
   const char* const names[] = {"MachineName",  "ServerName",     "Edition",
                                "ProductLevel", "ProductVersion", "SecurityMode",
                                "IsSingleUser", "LicenseType",    "NumLicenses"};
@@ -329,7 +329,7 @@ TEST(ListRows, OfADatabasesPropertiesTellEveryOption) {
   }
   WorkbenchFixture fixture;
   ListDatabaseProperties(fixture.workbench, "sales");
-  EXPECT_EQ(ColumnsOf(fixture.list), (Texts{"No.|32>", "項目|192", "内容|240"}));
+  EXPECT_EQ(ColumnsOf(fixture.list), (Texts{"No.|32", "項目|192", "内容|240"}));
   EXPECT_EQ(fixture.connection.statements,
             (Texts{"select * from master.dbo.sysdatabases where name = 'sales'", "use [sales]",
                    "EXEC sp_spaceused", "sp_helpdb [sales]"}));
