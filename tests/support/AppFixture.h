@@ -22,6 +22,7 @@ class AppTest : public ::testing::Test {
   void Connect() {
     fake.windows.modal.emplace_back([this](Form&) {
       TFormLogin& login = app.FormLogin;
+      login.ComboBox_SQL_Server.Text = std::string(kLocalServer);
       app.Guard().Run([&] { login.CheckBox_Windows.UserCheck(true); });
       app.Guard().Run([&] { login.SBtn_Update.UserClick(); });
     });

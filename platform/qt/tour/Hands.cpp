@@ -23,7 +23,8 @@ namespace dbkeeper::qt::tour {
 
 namespace {
 
-constexpr int kMoment = 5;  // milliseconds
+constexpr int kMoment = 5;       // milliseconds
+constexpr int kPatience = 2000;  // milliseconds
 
 [[noreturn]] void Missing(const QString& what) {
   throw std::runtime_error(what.toStdString() + " is not shown");
@@ -171,6 +172,11 @@ void ChooseItem(const QString& item) {
   for (QAction* action : menu.actions()) {
     if (action->text().replace("&&", "&") != item || !action->isVisible()) continue;
     PressAt(menu, menu.actionGeometry(action).center(), Press::kLeft);
+    // A menu below it opens a moment later.
+    const QMenu* const below = action->menu();
+    if (below != nullptr && !QTest::qWaitFor([below] { return below->isVisible(); }, kPatience)) {
+      Missing("The menu of " + item);
+    }
     return;
   }
   Missing("The item " + item);

@@ -281,11 +281,18 @@ class ScriptedServer : private HasOtherServer, public testing::AppTest {
     Connect();
     ClickPath({"Database"});
     app.FormExecSQL.OpenForDatabase("master");
-    IconvCodePage code_page;
+    host::IconvCodePage code_page;
     app.FormExecSQL.MemoSQL.UserType(*code_page.ToUtf8(testing::FileBytes(file)));
     app.Guard().Run([&] { app.FormExecSQL.SpeedButton3.UserClick(); });
   }
   const Texts& Errors() const { return fake.dialogs.errors; }
+};
+
+// A machine with the real code page.
+struct Machine : testing::FakeHost {
+  host::IconvCodePage japanese;
+  const Host with_japanese{shell,  dialogs, clock, random,  japanese,
+                           locale, windows, disk,  progress};
 };
 
 TEST(PermissionScriptOverTheWire, GivesAnotherServerTheSameUsersRolesAndRights) {
@@ -318,13 +325,12 @@ TEST(PermissionScriptOverTheWire, GivesAnotherServerTheSameUsersRolesAndRights) 
     there.other.Execute(statement);
   }
 
-  testing::FakeLocale locale;
+  Machine machine;
   OdbcConnection connection{OdbcOptions{}, here.server.Endpoint()};
   connection.Open(here.server.ConnectionString());
-  Query query(connection, locale, {});
-  IconvCodePage code_page;
+  Query query(connection, machine.locale, {});
   testing::TemporaryFolder folder;
-  WritePermissionScript(query, machine.host, folder / "permissions.sql");
+  WritePermissionScript(query, machine.with_japanese, folder / "permissions.sql");
   scripted.RunScript(folder / "permissions.sql");
   // Only who was no user before cannot be removed first.
   EXPECT_EQ(scripted.Errors(), Texts{"User 'mori' does not exist in the current database."});
