@@ -171,10 +171,10 @@ void ChooseItem(const QString& item) {
   QMenu& menu = OpenMenu();
   for (QAction* action : menu.actions()) {
     if (action->text().replace("&&", "&") != item || !action->isVisible()) continue;
+    // A menu below it opens a moment later; the item itself may be gone with what it does.
+    const QPointer<QMenu> below = action->menu();
     PressAt(menu, menu.actionGeometry(action).center(), Press::kLeft);
-    // A menu below it opens a moment later.
-    const QMenu* const below = action->menu();
-    if (below != nullptr && !QTest::qWaitFor([below] { return below->isVisible(); }, kPatience)) {
+    if (below != nullptr && !QTest::qWaitFor([&] { return below->isVisible(); }, kPatience)) {
       Missing("The menu of " + item);
     }
     return;

@@ -79,34 +79,6 @@ TEST_F(LookTest, EveryKindOfNodeHasAPictureOfItsOwn) {
   EXPECT_TRUE(NodeIcon(management.AddChild("Other")).isNull());
 }
 
-TEST_F(LookTest, TheSelectionShowsWhichListHasTheKeys) {
-  ListView list;
-  list.AddColumn("Name", 200);
-  list.AddItem({"one"});
-  list.Select({0});
-  ListWidget* const widget = binder.Make(list);
-  QLineEdit other(&window);
-  widget->resize(300, 200);
-  other.move(0, 220);
-  window.resize(320, 260);
-  window.show();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
-  const auto background = [widget] {
-    const QRect row = widget->visualRect(widget->model()->index(0, 0));
-    return widget->viewport()->grab(row).toImage().pixelColor(row.width() - 3, row.height() / 2);
-  };
-  for (const Scheme scheme : {Scheme::kLight, Scheme::kDark}) {
-    ApplyScheme(scheme);
-    widget->setFocus();
-    const QColor focused = background();
-    EXPECT_GT(focused.blue(), focused.red() + 60);
-    other.setFocus();
-    const QColor faded = background();
-    EXPECT_LT(std::abs(faded.blue() - faded.red()), 20);
-    EXPECT_NE(faded, widget->palette().color(QPalette::Base));
-  }
-}
-
 TEST_F(LookTest, ALockedFieldHasTheColourOfTheButtonsWhateverTheDesktopChooses) {
   Edit edit;
   QLineEdit* const widget = binder.Make(edit);

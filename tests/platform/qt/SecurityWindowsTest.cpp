@@ -99,24 +99,6 @@ TEST_F(SecurityWindows, PasswordsAreMaskedAndGoneWithTheWindow) {
   EXPECT_FALSE(field.isUndoAvailable());
 }
 
-TEST_F(SecurityWindows, ANewLoginIsTypedWithoutTheMouse) {
-  TForm_Login_Property form(workbench);
-  form.SetUpNew();
-  const auto window = Show(form);
-  const QSize size = window->size();
-  Type("PC01\\kato");
-  TabTo("CheckBox_Windows");
-  Press(Qt::Key_Space);
-  EXPECT_FALSE(Child(*window, "Edit_passwd1").isVisible());
-  EXPECT_FALSE(Child(*window, "Edit_passwd2_Label").isVisible());
-  EXPECT_EQ(Child<QLabel>(*window, "Lbl_Description").text().count('\n'), 5);
-  QTest::qWait(0);
-  EXPECT_EQ(window->size(), size);
-  Press(Qt::Key_Return);
-  EXPECT_EQ(connection.statements.front(), "EXEC sp_grantlogin @loginame = [PC01\\kato]");
-  EXPECT_FALSE(window->isVisible());
-}
-
 TEST_F(SecurityWindows, AUserIsChosenByKeys) {
   TForm_User form(workbench);
   form.SetUp("sales");
@@ -130,63 +112,6 @@ TEST_F(SecurityWindows, AUserIsChosenByKeys) {
   Press(Qt::Key_Return);
   EXPECT_EQ(connection.statements.at(2), "EXEC sp_grantdbaccess [kato], [kato]");
   EXPECT_FALSE(window->isVisible());
-}
-
-TEST_F(SecurityWindows, AMemberJoinsByKeysAndTheMarkStandsInTheMiddle) {
-  TFormRole form(workbench);
-  form.SetUp("sales", "r", "Database");
-  const auto window = Show(form);
-  EXPECT_EQ(Stops(), (Texts{"Edit_Database", "Edit_RoleName", "Edit_User", "RadioGroup_Role",
-                            "ListView", "SBtn_Update", "SBtn_Close"}));
-  const QAbstractItemModel& model = *Child<QAbstractItemView>(*window, "ListView").model();
-  EXPECT_EQ(model.index(1, 2).data(), "○");
-  EXPECT_TRUE(model.index(1, 2).data(Qt::TextAlignmentRole).value<Qt::Alignment>() &
-              Qt::AlignHCenter);
-  TabTo("ListView");
-  Press(Qt::Key_Home);
-  EXPECT_EQ(form.Edit_User.Text(), "kato");
-  EXPECT_EQ(form.RadioGroup_Role.ItemIndex(), 1);
-  TabTo("RadioGroup_Role");
-  Press(Qt::Key_Left);
-  EXPECT_EQ(form.RadioGroup_Role.ItemIndex(), 0);
-  connection.statements.clear();
-  TabTo("SBtn_Update");
-  Press(Qt::Key_Space);
-  EXPECT_EQ(connection.statements.front(), "exec sp_addrolemember    [r], [kato]");
-  EXPECT_EQ(form.RadioGroup_Role.ItemIndex(), -1);
-  for (const QRadioButton* button : window->findChildren<QRadioButton*>()) {
-    EXPECT_FALSE(button->isChecked());
-  }
-  Press(Qt::Key_Escape);
-  EXPECT_FALSE(window->isVisible());
-}
-
-TEST_F(SecurityWindows, RightsAreSetByKeysAndAGroupThatIsNotForTheObjectIsPassedOver) {
-  TForm_Privileges form(workbench);
-  form.SetUp("sales", "items", "Table");
-  const auto window = Show(form);
-  EXPECT_EQ(Stops(), (Texts{"Edit_Database", "Edit_ObjectName", "Edit_User", "RadioGroup_Select",
-                            "RadioGroup_Insert", "RadioGroup_Update", "RadioGroup_Delete",
-                            "ListView", "SpeedButton2", "SpeedButton1"}));
-  EXPECT_FALSE(Child(*window, "RadioGroup_Exec").isEnabled());
-  const QAbstractItemModel& model = *Child<QAbstractItemView>(*window, "ListView").model();
-  for (int column = 2; column < model.columnCount(); ++column) {
-    EXPECT_TRUE(model.index(0, column).data(Qt::TextAlignmentRole).value<Qt::Alignment>() &
-                Qt::AlignHCenter);
-  }
-  TabTo("ListView");
-  Press(Qt::Key_Home);
-  EXPECT_EQ(form.Edit_User.Text(), "kato");
-  TabTo("RadioGroup_Select");
-  Press(Qt::Key_Down);
-  TabTo("RadioGroup_Insert");
-  Press(Qt::Key_Up);
-  Press(Qt::Key_Up);
-  connection.statements.clear();
-  Press(Qt::Key_Return);
-  EXPECT_EQ(connection.statements.front(),
-            "use [sales]\r\nbegin \r\n revoke select on [items] to [kato]\r\n deny select on "
-            "[items] to [kato]\r\n grant insert on [items] to [kato]\r\nend;");
 }
 
 }  // namespace
