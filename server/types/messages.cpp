@@ -440,7 +440,7 @@ constexpr MessageRow kMessages[] = {
      "before "
      "dropping login: %2"},
     {15175, 16, 1,
-     "The login '%1' is aliased or mapped to a user in one or more database(s). Drop the user or "
+     "Login '%1' is aliased or mapped to a user in one or more database(s). Drop the user or "
      "alias before dropping the login."},
     {15183, 16, 1, "The user owns objects in the database and cannot be dropped."},
     {15197, 16, 1, "There is no text for object '%1'."},
